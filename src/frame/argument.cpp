@@ -1,0 +1,135 @@
+#include "frame/argument.h"
+
+#include <cstring>
+
+#include "frame/string_arrays.h"
+#include "frame/text.h"
+
+namespace velk {
+namespace {
+
+bool IsMissing(const VARIANT& value) noexcept { return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND; }
+
+bool PointsNowhere(const VARIANT& value) noexcept { return (value.vt & VT_BYREF) && !value.byref; }
+
+bool HoldsObject(const VARIANT& value) noexcept {
+    const VARTYPE type = value.vt & ~VT_BYREF;
+    return type == VT_DISPATCH || type == VT_UNKNOWN;
+}
+
+// A pointer to any other interface than these two may not be read as one to the interface that a member takes.
+bool TakesAnyObject(const Parameter& parameter) noexcept {
+    return parameter.iid == IID_IDispatch || parameter.iid == IID_IUnknown;
+}
+
+bool IsStringArray(VARTYPE type) noexcept { return type == (VT_ARRAY | VT_BSTR); }
+
+// Automation answers only these to a failed conversion, whatever a foreign default property failed with.
+HRESULT ConversionFailure(HRESULT result) noexcept {
+    const bool known = result == DISP_E_OVERFLOW || result == E_OUTOFMEMORY || result == DISP_E_BADVARTYPE;
+    return known ? result : DISP_E_TYPEMISMATCH;
+}
+
+HRESULT ChangeType(VARIANT* to, VARIANT* from, VARTYPE type, LCID locale) noexcept {
+    const HRESULT result = VariantChangeTypeEx(to, from, locale, 0, type);
+    return SUCCEEDED(result) ? S_OK : ConversionFailure(result);
+}
+
+HRESULT ToInterface(VARIANT* to, const VARIANT& from, const Parameter& parameter) noexcept {
+    IUnknown* object = from.vt & VT_BYREF ? *from.ppunkVal : from.punkVal;
+    to->vt = parameter.type;
+    to->punkVal = nullptr;
+    if (!object) return S_OK;
+    const HRESULT result = object->QueryInterface(parameter.iid, reinterpret_cast<void**>(&to->punkVal));
+    return SUCCEEDED(result) ? S_OK : DISP_E_TYPEMISMATCH;
+}
+
+}  // namespace
+
+bool Argument::Omitted(const Parameter& parameter) const noexcept {
+    return !given_ || (parameter.type != VT_VARIANT && IsMissing(*given_));
+}
+
+HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID locale) noexcept {
+    given_ = given;
+    if (Omitted(parameter)) return parameter.optional ? S_OK : DISP_E_PARAMNOTOPTIONAL;
+    if (PointsNowhere(*given)) return DISP_E_TYPEMISMATCH;
+    if (given->vt == (VT_BYREF | VT_VARIANT)) {
+        variable_ = given->pvarVal;
+        if (PointsNowhere(*variable_) || variable_->vt == (VT_BYREF | VT_VARIANT)) return DISP_E_TYPEMISMATCH;
+    }
+    VARIANT& value = variable_ ? *variable_ : *given;
+    if (parameter.type == VT_VARIANT || !HoldsObject(value)) return S_OK;
+    const bool inPlace = variable_ ? value.vt == parameter.type : value.vt == (parameter.type | VT_BYREF);
+    if (parameter.byReference && TakesAnyObject(parameter) && inPlace) return S_OK;
+    settled_ = true;
+    const HRESULT result =
+        parameter.IsObject() ? ToInterface(&own_, value, parameter) : ChangeType(&own_, &value, parameter.type, locale);
+    return FAILED(result) ? result : KeepForComparison();
+}
+
+HRESULT Argument::SettleRest(const Parameter& parameter, LCID locale) noexcept {
+    if (!settled_) {
+        if (!Omitted(parameter) && PassStraight(parameter)) return S_OK;
+        const HRESULT result = Convert(parameter, locale);
+        if (FAILED(result)) return result;
+    }
+    PassOwn(parameter);
+    return S_OK;
+}
+
+// Takes the client's own storage where its type is already right.
+bool Argument::PassStraight(const Parameter& parameter) noexcept {
+    if (!parameter.byReference) {
+        if (given_->vt != parameter.type) return false;
+        passed_ = *given_;
+        return true;
+    }
+    if (given_->vt == (parameter.type | VT_BYREF)) {
+        passed_ = *given_;
+        return true;
+    }
+    if (!variable_ || variable_->vt != parameter.type) return false;
+    passed_.vt = parameter.type | VT_BYREF;
+    passed_.byref = &variable_->byref;  // every value starts where the union starts
+    return true;
+}
+
+HRESULT Argument::Convert(const Parameter& parameter, LCID locale) noexcept {
+    if (Omitted(parameter)) return VariantCopy(&own_, const_cast<Variant*>(&parameter.defaultValue));
+    VARIANT& value = variable_ ? *variable_ : *given_;
+    if (parameter.type == VT_VARIANT) return VariantCopy(&own_, &value);
+    if (HoldsObject(value)) return DISP_E_TYPEMISMATCH;  // foreign code put it there since the first step
+    if (IsStringArray(parameter.type)) return StringArrayFrom(&own_, value);
+    const HRESULT result = ChangeType(&own_, &value, parameter.type, locale);
+    return FAILED(result) ? result : KeepForComparison();
+}
+
+HRESULT Argument::KeepForComparison() noexcept { return variable_ ? VariantCopy(&before_, &own_) : S_OK; }
+
+void Argument::PassOwn(const Parameter& parameter) noexcept {
+    if (!parameter.byReference) {
+        passed_ = own_;
+        return;
+    }
+    passed_.vt = parameter.type | VT_BYREF;
+    passed_.byref = parameter.type == VT_VARIANT ? static_cast<void*>(&own_) : static_cast<void*>(&own_.byref);
+}
+
+bool Argument::Unchanged() const noexcept {
+    if (own_.vt == VT_BSTR) return View(own_.bstrVal) == View(before_.bstrVal);
+    return !IsStringArray(own_.vt) && own_.llVal == before_.llVal;
+}
+
+HRESULT Argument::WriteBack(const Parameter& parameter) noexcept {
+    const bool converted = passed_.vt == (parameter.type | VT_BYREF) && passed_.byref == &own_.byref;
+    if (!converted || !given_) return S_OK;
+    VARIANT* const target = variable_ ? variable_ : given_;
+    if (IsStringArray(parameter.type)) return StringArrayTo(target, variable_ != nullptr, &own_);
+    if (!variable_ || Unchanged()) return S_OK;
+    const HRESULT cleared = VariantClear(variable_);
+    if (SUCCEEDED(cleared)) *variable_ = own_.Detach();
+    return cleared;
+}
+
+}  // namespace velk

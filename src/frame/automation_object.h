@@ -1,0 +1,164 @@
+// The base of every class: identity, reference count, late-bound calls, error information and class information, and
+// the guard at the boundary.
+//
+// A member is written as if failure did not exist: its body runs inside Guard, which turns whatever the body throws
+// into what the caller sees, by the policy that the class states once in its ClassInfo.
+#pragma once
+
+#include <atomic>
+#include <type_traits>
+#include <utility>
+
+#include "frame/call_plan.h"
+#include "frame/dispatch.h"
+#include "frame/failure.h"
+#include "frame/library.h"
+#include "frame/platform.h"
+
+namespace velk {
+
+enum class FailurePolicy {
+    PassOn,            // the caller gets the error itself
+    ComponentFailure,  // the class's own errors reach the caller; every other becomes its component-failure code
+    Report,            // a message box titled with the member's name; the caller gets what the result was so far
+};
+
+struct ClassInfo {
+    const wchar_t* name;  // "CCRC32"
+    const CLSID& clsid;
+    const IID& iid;     // its dispatch interface
+    const IID* events;  // its outgoing interface, or null
+    FailurePolicy policy;
+    HRESULT componentFailure;       // for that policy
+    const wchar_t* creationFailed;  // heading of the report of a failed creation
+};
+
+// What needs no knowledge of the class's interface.
+class ObjectCore {
+  public:
+    ObjectCore(const ObjectCore&) = delete;
+    ObjectCore& operator=(const ObjectCore&) = delete;
+
+  protected:
+    explicit ObjectCore(const ClassInfo& info) noexcept : info_(info) {}
+    virtual ~ObjectCore() = default;
+
+    ULONG CountUp() noexcept { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
+    ULONG CountDown() noexcept;
+
+    // Turns the exception that is being handled into the member's answer.
+    HRESULT Fail(const wchar_t* member) const noexcept;
+
+    HRESULT GetCoclass(ITypeInfo** info) const noexcept;
+    HRESULT GetEventsGuid(DWORD kind, GUID* guid) const noexcept;
+
+    const ClassInfo& info_;
+
+  private:
+    library::Use use_;
+    std::atomic<ULONG> count_ = 1;
+};
+
+namespace detail {
+
+// Stores what a member's body gave in what the caller gets.
+template <class To, class From>
+void HandOver(To& to, From&& from) noexcept {
+    if constexpr (std::is_same_v<std::decay_t<From>, bool>) {
+        to = from ? VARIANT_TRUE : VARIANT_FALSE;
+    } else if constexpr (requires { from.Detach(); }) {
+        to = from.Detach();
+    } else {
+        to = from;
+    }
+}
+
+}  // namespace detail
+
+template <class Interface>
+class AutomationObject : public ObjectCore, public Interface, public ISupportErrorInfo, public IProvideClassInfo2 {
+  public:
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        if (!object) return E_POINTER;
+        *object = Face(iid);
+        if (!*object) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return CountUp(); }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return CountDown(); }
+
+    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override {
+        if (!count) return E_POINTER;
+        *count = 1;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        if (index != 0) return DISP_E_BADINDEX;
+        return Guard(L"GetTypeInfo", info, [] { return library::TypeInfo(__uuidof(Interface)); });
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) noexcept override {
+        const InterfacePlan* const plan = Plan();
+        return plan ? dispatch::GetIDsOfNames(*plan, reserved, names, count, ids) : E_OUTOFMEMORY;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT* badArgument) noexcept override {
+        const InterfacePlan* const plan = Plan();
+        if (!plan) return E_OUTOFMEMORY;
+        return dispatch::Invoke(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
+    }
+
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
+        return iid == __uuidof(Interface) ? S_OK : S_FALSE;
+    }
+    STDMETHODIMP GetClassInfo(ITypeInfo** info) noexcept override { return GetCoclass(info); }
+    STDMETHODIMP GetGUID(DWORD kind, GUID* guid) noexcept override { return GetEventsGuid(kind, guid); }
+
+  protected:
+    explicit AutomationObject(const ClassInfo& info) noexcept : ObjectCore(info) {}
+
+    // A class with further interfaces adds them here. The pointer is not counted.
+    virtual void* ExtraFace(REFIID) noexcept { return nullptr; }
+
+    template <class Body>
+    HRESULT Guard(const wchar_t* member, Body&& body) const noexcept try {
+        body();
+        return S_OK;
+    } catch (...) {
+        return Fail(member);
+    }
+
+    // For a member with a result: what the body returns is handed over; after a failure the result is empty.
+    template <class T, class Body>
+    HRESULT Guard(const wchar_t* member, T* result, Body&& body) const noexcept try {
+        if (!result) return E_POINTER;
+        *result = T{};
+        detail::HandOver(*result, body());
+        return S_OK;
+    } catch (...) {
+        return Fail(member);
+    }
+
+  private:
+    void* Face(REFIID iid) noexcept {
+        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(Interface)) {
+            return static_cast<Interface*>(this);
+        }
+        if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
+        if (iid == IID_IProvideClassInfo) return static_cast<IProvideClassInfo*>(this);
+        if (iid == IID_IProvideClassInfo2) return static_cast<IProvideClassInfo2*>(this);
+        return ExtraFace(iid);
+    }
+
+    // Read from the type library at the first late-bound call of the interface; null only when memory ran out.
+    static const InterfacePlan* Plan() noexcept try {
+        static const InterfacePlan plan(__uuidof(Interface));
+        return &plan;
+    } catch (...) {
+        return nullptr;
+    }
+};
+
+}  // namespace velk

@@ -1,0 +1,38 @@
+// What the library knows about itself: its module, its name and folder, its type library, and who still uses it.
+#pragma once
+
+#include <atomic>
+#include <string>
+
+#include "frame/com_ptr.h"
+#include "frame/platform.h"
+
+namespace velk::library {
+
+// The type library's name; also the first half of each program identifier and the source of run-time errors.
+inline constexpr const wchar_t* kName = L"VelkSupport";
+
+HINSTANCE Module() noexcept;
+std::wstring FilePath();
+std::wstring FileBaseName();  // file name without folder and extension, "VelkSprt" unless the file was renamed
+
+// The type library embedded in this module, never the registered one: another version may be registered.
+ComPtr<ITypeLib> TypeLibrary();
+ComPtr<ITypeInfo> TypeInfo(REFGUID guid);
+
+// One for each thing that keeps the module needed: a live object, a class factory in a client's hands, a server lock.
+class Use {
+  public:
+    Use() noexcept { ++count_; }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() { --count_; }
+
+    static bool Any() noexcept { return count_ != 0; }
+    static void Lock(bool lock) noexcept { lock ? ++count_ : --count_; }
+
+  private:
+    static inline std::atomic<LONG> count_ = 0;
+};
+
+}  // namespace velk::library

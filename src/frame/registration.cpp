@@ -1,0 +1,146 @@
+#include "frame/registration.h"
+
+#include <string>
+
+#include "frame/class_table.h"
+#include "frame/handles.h"
+#include "frame/library.h"
+#include "frame/platform.h"
+
+namespace velk {
+namespace {
+
+enum class Scope { Machine, User };
+
+struct RegistryError {
+    LSTATUS status;
+};
+
+constexpr const wchar_t* kClassesKey = L"Software\\Classes\\";
+
+HKEY RootOf(Scope scope) noexcept { return scope == Scope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER; }
+
+std::wstring GuidText(REFGUID guid) {
+    wchar_t text[39];
+    StringFromGUID2(guid, text, ARRAYSIZE(text));
+    return text;
+}
+
+std::wstring ProgId(const ClassInfo& info) { return std::wstring(library::kName) + L"." + info.name; }
+
+void SetValue(Scope scope, const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+    RegistryKey opened;
+    LSTATUS status = RegCreateKeyExW(RootOf(scope), (kClassesKey + key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                                     opened.Receive(), nullptr);
+    if (status == ERROR_SUCCESS) {
+        const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
+        status = RegSetValueExW(opened.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()), size);
+    }
+    if (status != ERROR_SUCCESS) throw RegistryError{status};
+}
+
+// Deletes a key with all that is below it. What is not there is no error.
+LSTATUS RemoveKey(Scope scope, const std::wstring& key) {
+    const LSTATUS status = RegDeleteTreeW(RootOf(scope), (kClassesKey + key).c_str());
+    return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
+}
+
+struct LibraryIdentity {
+    GUID guid;
+    LCID locale;
+    SYSKIND system;
+    WORD major;
+    WORD minor;
+};
+
+LibraryIdentity Identity() {
+    TLIBATTR* attributes = nullptr;
+    const ComPtr<ITypeLib> types = library::TypeLibrary();
+    ThrowIfFailed(types->GetLibAttr(&attributes));
+    const LibraryIdentity identity{attributes->guid, attributes->lcid, attributes->syskind, attributes->wMajorVerNum,
+                                   attributes->wMinorVerNum};
+    types->ReleaseTLibAttr(attributes);
+    return identity;
+}
+
+void WriteClass(Scope scope, const ClassInfo& info, const LibraryIdentity& types) {
+    const std::wstring name = ProgId(info);
+    const std::wstring guid = GuidText(info.clsid);
+    const std::wstring key = L"CLSID\\" + guid;
+    SetValue(scope, key, nullptr, name);
+    SetValue(scope, key + L"\\InprocServer32", nullptr, library::FilePath());
+    SetValue(scope, key + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
+    SetValue(scope, key + L"\\ProgID", nullptr, name);
+    SetValue(scope, key + L"\\Programmable", nullptr, L"");
+    SetValue(scope, key + L"\\TypeLib", nullptr, GuidText(types.guid));
+    SetValue(scope, key + L"\\VERSION", nullptr, std::to_wstring(types.major) + L"." + std::to_wstring(types.minor));
+    SetValue(scope, name, nullptr, name);
+    SetValue(scope, name + L"\\CLSID", nullptr, guid);
+}
+
+void WriteTypeLibrary(Scope scope) {
+    std::wstring path = library::FilePath();
+    const auto write = scope == Scope::Machine ? RegisterTypeLib : RegisterTypeLibForUser;
+    ThrowIfFailed(write(library::TypeLibrary().get(), path.data(), nullptr));
+}
+
+void Write(Scope scope) {
+    for (const ClassEntry& entry : Classes()) WriteClass(scope, *entry.info, Identity());
+    WriteTypeLibrary(scope);
+}
+
+void RemoveTypeLibrary(Scope scope) {
+    const LibraryIdentity types = Identity();
+    const auto remove = scope == Scope::Machine ? UnRegisterTypeLib : UnRegisterTypeLibForUser;
+    // An answer that nothing is registered is as good as success.
+    remove(types.guid, types.major, types.minor, types.locale, types.system);
+}
+
+// Whatever this scope holds goes; the first key that may not be deleted is the answer.
+HRESULT Remove(Scope scope) {
+    LSTATUS status = ERROR_SUCCESS;
+    const auto remove = [&](const std::wstring& key) {
+        const LSTATUS removed = RemoveKey(scope, key);
+        if (status == ERROR_SUCCESS) status = removed;
+    };
+    RemoveTypeLibrary(scope);
+    for (const ClassEntry& entry : Classes()) {
+        remove(ProgId(*entry.info));
+        remove(L"CLSID\\" + GuidText(entry.info->clsid));
+    }
+    return HRESULT_FROM_WIN32(status);
+}
+
+bool MayWriteForMachine() noexcept {
+    RegistryKey key;
+    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes", 0, KEY_WRITE, key.Receive()) == ERROR_SUCCESS;
+}
+
+template <class Body>
+HRESULT Answer(Body body) noexcept try {
+    return body();
+} catch (const RegistryError& error) {
+    return HRESULT_FROM_WIN32(error.status);
+} catch (...) {
+    return SELFREG_E_TYPELIB;
+}
+
+}  // namespace
+
+HRESULT RegisterLibrary() noexcept {
+    const Scope scope = MayWriteForMachine() ? Scope::Machine : Scope::User;
+    const HRESULT written = Answer([scope] {
+        Write(scope);
+        return S_OK;
+    });
+    if (FAILED(written)) Answer([scope] { return Remove(scope); });  // nothing half registered stays behind
+    return written;
+}
+
+HRESULT UnregisterLibrary() noexcept {
+    const HRESULT user = Answer([] { return Remove(Scope::User); });
+    const HRESULT machine = Answer([] { return Remove(Scope::Machine); });
+    return FAILED(machine) ? machine : user;
+}
+
+}  // namespace velk

@@ -1,0 +1,14 @@
+#include "integrity/dat_seal.h"
+
+#include "frame/run_time_error.h"
+
+namespace velk {
+
+std::u16string_view SealedRegion(std::u16string_view text) {
+    const auto begin = text.find(u"[BEGIN]");
+    if (begin == text.npos) throw RuntimeError(5);
+    const auto end = text.rfind(u"[END]");
+    return text.substr(begin, end == text.npos ? 0 : end + 1);
+}
+
+}  // namespace velk

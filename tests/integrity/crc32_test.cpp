@@ -1,0 +1,272 @@
+// CCRC32 as its clients see it: results, events one by one, and what is shown when a file cannot be read.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "frame/handles.h"
+#include "frame/text.h"
+#include "integrity/crc32_engine.h"
+#include "support/client.h"
+#include "support/event_sink.h"
+#include "support/late_bound.h"
+#include "support/report_recorder.h"
+#include "support/scratch_folder.h"
+#include "velksprt.h"
+
+namespace velk::test {
+namespace {
+
+// The definition, bit by bit.
+LONG ReferenceCrc(std::string_view bytes) {
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        crc ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    }
+    return static_cast<LONG>(~crc);
+}
+
+std::string Bytes(std::size_t count) {
+    std::string bytes(count, '\0');
+    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<char>(i * 31 + i / 251);
+    return bytes;
+}
+
+class Crc32 : public testing::Test {
+  protected:
+    LONG OfString(std::wstring_view text) {
+        Bstr argument(text);
+        BSTR raw = argument.get();
+        LONG result = 99;
+        EXPECT_EQ(S_OK, crc_->GetCRCFromString(&raw, &result));
+        return result;
+    }
+    LONG OfAscii(std::wstring_view text) {
+        Bstr argument(text);
+        BSTR raw = argument.get();
+        LONG result = 99;
+        EXPECT_EQ(S_OK, crc_->GetCRCFromStringAscii(&raw, &result));
+        return result;
+    }
+    LONG OfFile(const std::wstring& path) {
+        EXPECT_EQ(S_OK, crc_->put_InputFileName(Bstr(path).get()));
+        LONG result = 99;
+        EXPECT_EQ(S_OK, crc_->GetCRCFromFile(&result));
+        return result;
+    }
+    std::vector<double> EventsOf(auto&& computation) {
+        const auto sink = EventSink::Make();
+        const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+        EXPECT_EQ(S_OK, connection.result());
+        computation();
+        std::vector<double> values;
+        for (const EventSink::Event& event : sink->events) {
+            EXPECT_EQ(1, event.id);
+            values.push_back(event.value);
+        }
+        return values;
+    }
+
+    ComPtr<_CCRC32> crc_ = CreateObject<_CCRC32>(__uuidof(::CCRC32));
+    ScratchFolder folder_;
+};
+
+double Single(double value) { return static_cast<float>(value); }
+
+TEST_F(Crc32, OfStrings) {
+    EXPECT_EQ(-873187034, OfAscii(L"123456789"));
+    EXPECT_EQ(0, OfAscii(L""));
+    EXPECT_EQ(0, OfString(L""));
+    EXPECT_EQ(ReferenceCrc(std::string_view("A\0B\0", 4)), OfString(L"AB"));
+    EXPECT_EQ(ReferenceCrc(std::string_view("\xAC\x20\0\0\x34\x12", 6)),
+              OfString(std::wstring_view(L"\u20AC\0\u1234", 3)));
+    // In code page 1252 the euro sign is one byte and the Chinese character becomes "?".
+    EXPECT_EQ(ReferenceCrc("\x80?\xE9"), OfAscii(L"\u20AC\u6F22\u00E9"));
+
+    LONG result = 99;
+    BSTR none = nullptr;
+    EXPECT_EQ(S_OK, crc_->GetCRCFromString(&none, &result));
+    EXPECT_EQ(0, result);
+    EXPECT_EQ(E_POINTER, crc_->GetCRCFromString(nullptr, &result));
+    EXPECT_EQ(E_POINTER, crc_->GetCRCFromString(&none, nullptr));
+}
+
+TEST_F(Crc32, InputFileNameIsStoredAsGiven) {
+    BSTR name = nullptr;
+    EXPECT_EQ(S_OK, crc_->get_InputFileName(&name));
+    EXPECT_EQ(L"", View(name));
+    for (const wchar_t* given : {L"Q:\\no\\such*?file", L""}) {
+        EXPECT_EQ(S_OK, crc_->put_InputFileName(Bstr(given).get()));
+        EXPECT_EQ(S_OK, crc_->get_InputFileName(&name));
+        EXPECT_EQ(given, View(name));
+        SysFreeString(name);
+    }
+}
+
+TEST_F(Crc32, OfFilesLeavesOutALastByteThatWouldStartABlock) {
+    struct Case {
+        std::size_t length;
+        std::size_t covered;
+    };
+    const Case cases[] = {{0, 0},         {1, 0},         {2, 2},         {32767, 32767},
+                          {32768, 32767}, {32769, 32769}, {65535, 65534}, {200000, 200000}};
+    const std::string bytes = Bytes(200000);
+    for (const Case& c : cases) {
+        const std::wstring path = folder_.Write(L"file", std::string_view(bytes).substr(0, c.length));
+        EXPECT_EQ(ReferenceCrc(std::string_view(bytes).substr(0, c.covered)), OfFile(path)) << c.length;
+    }
+}
+
+TEST_F(Crc32, FileEventsCarryTheFractionReadAfterEachBlock) {
+    struct Case {
+        std::size_t length;
+        std::vector<double> fractions;
+    };
+    const Case cases[] = {
+        {0, {0}},
+        {1, {0}},
+        {2, {0, 1}},
+        {32767, {0, 1}},
+        {32768, {0, Single(32767.0 / 32768)}},
+        {32769, {0, Single(32767.0 / 32769), 1}},
+        {100000, {0, Single(32767.0 / 100000), Single(65534.0 / 100000), Single(98301.0 / 100000), 1}},
+    };
+    for (const Case& c : cases) {
+        const std::wstring path = folder_.Write(L"file", Bytes(c.length));
+        EXPECT_EQ(c.fractions, EventsOf([&] { OfFile(path); })) << c.length;
+    }
+}
+
+TEST_F(Crc32, StringEventsComeForEveryByteButMultiplesOf4096) {
+    EXPECT_EQ((std::vector<double>{0, 1}), EventsOf([&] { OfString(L""); }));
+    EXPECT_EQ((std::vector<double>{0, 1}), EventsOf([&] { OfAscii(L"x"); }));
+    EXPECT_EQ((std::vector<double>{0, 1, 1}), EventsOf([&] { OfString(L"x"); }));
+    EXPECT_EQ((std::vector<double>{0, Single(1.0 / 3), Single(2.0 / 3), 1, 1}), EventsOf([&] { OfAscii(L"wxyz"); }));
+
+    std::vector<double> expected{0};
+    for (int i = 0; i <= 4096; ++i) {
+        if (i != 0 && i != 4096) expected.push_back(Single(i / 4096.0));
+    }
+    expected.push_back(1);
+    EXPECT_EQ(expected, EventsOf([&] { OfAscii(std::wstring(4097, L'a')); }));
+}
+
+TEST_F(Crc32, SinksCannotChangeAResult) {
+    const std::wstring path = folder_.Write(L"file", Bytes(70000));
+    const LONG undisturbed = OfFile(path);
+    const auto sink = EventSink::Make();
+    sink->answer = E_FAIL;
+    Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+    LONG nested = 0;
+    sink->onEvent = [&](VARIANT* argument) {
+        *argument->pfltVal = 77;
+        if (sink->events.size() == 2) nested = OfAscii(L"");
+        if (sink->events.size() == 3) crc_->put_InputFileName(Bstr(L"elsewhere").get());
+        if (sink->events.size() == 6) connection.Disconnect();
+    };
+    EXPECT_EQ(undisturbed, OfFile(path));
+    EXPECT_EQ(0, nested);
+    EXPECT_EQ(6u, sink->events.size());
+}
+
+TEST_F(Crc32, SurvivesASinkThatDropsTheLastReference) {
+    const auto sink = EventSink::Make();
+    const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+    auto* raw = crc_.get();
+    sink->onEvent = [&](VARIANT*) { crc_ = nullptr; };
+    Bstr text(L"123456789");
+    BSTR argument = text.get();
+    LONG result = 0;
+    EXPECT_EQ(S_OK, raw->GetCRCFromStringAscii(&argument, &result));
+    EXPECT_EQ(-873187034, result);
+}
+
+TEST_F(Crc32, ReportsWhatCannotBeRead) {
+    const std::wstring locked = folder_.Write(L"locked", "x");
+    const FileHandle lock(CreateFileW(locked.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    struct Case {
+        std::wstring path;
+        const wchar_t* text;
+    };
+    const Case cases[] = {
+        {folder_.Path(L"missing"), L"Error: 53. File not found"},
+        {folder_.Path(L"missing\\file"), L"Error: 76. Path not found"},
+        {L"", L"Error: 75. Path/File access error"},
+        {folder_.path(), L"Error: 75. Path/File access error"},
+        {locked, L"Error: 70. Permission denied"},
+        {folder_.Path(L"*"), L"Error: 52. Bad file name or number"},
+        {folder_.Path(L"lock?d"), L"Error: 52. Bad file name or number"},
+        {locked + std::wstring(L"\0x", 2), L"Error: 52. Bad file name or number"},
+    };
+    const std::size_t handles = OpenHandles();
+    for (const Case& c : cases) {
+        const ReportRecorder recorder(Library());
+        EXPECT_EQ(std::vector<double>{}, EventsOf([&] { EXPECT_EQ(0, OfFile(c.path)); }));
+        ASSERT_EQ(1u, recorder.reports().size()) << c.text;
+        EXPECT_EQ(L"GetCRCFromFile", recorder.reports()[0].title);
+        EXPECT_EQ(c.text, recorder.reports()[0].text);
+        EXPECT_EQ(static_cast<UINT>(MB_OK), recorder.reports()[0].type & (MB_TYPEMASK | MB_ICONMASK));
+    }
+    {
+        const ReportRecorder recorder(Library());
+        EXPECT_EQ(0, OfFile(L"C:\\" + std::wstring(300, L'n')));
+        EXPECT_EQ(1u, recorder.reports().size());
+    }
+    EXPECT_EQ(handles, OpenHandles());
+}
+
+BOOL WINAPI FailingRead(HANDLE, void*, DWORD, DWORD*, OVERLAPPED*) {
+    SetLastError(ERROR_LOCK_VIOLATION);
+    return FALSE;
+}
+
+// A block that cannot be read has its own report and ends the file: the result covers what came before.
+TEST_F(Crc32, AFailingBlockEndsTheFile) {
+    const std::wstring path = folder_.Write(L"file", Bytes(100000));
+    const ReportRecorder recorder(Library());
+    const auto sink = EventSink::Make();
+    const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+    std::optional<ImportPatch> failing;
+    sink->onEvent = [&](VARIANT*) {
+        if (sink->events.size() == 3) failing.emplace(Library(), "ReadFile", reinterpret_cast<void*>(&FailingRead));
+    };
+    EXPECT_EQ(ReferenceCrc(Bytes(2 * 32767)), OfFile(path));
+    EXPECT_EQ(3u, sink->events.size());
+    ASSERT_EQ(1u, recorder.reports().size());
+    EXPECT_EQ(L"ReadFile", recorder.reports()[0].title);
+    EXPECT_EQ(L"Error: 70. Permission denied", recorder.reports()[0].text);
+}
+
+// A file beyond 4 GB, stood in for by the length that the system reports and by blocks that are not on any disk.
+TEST_F(Crc32, CountsPastFourGigabytes) {
+    static std::uint64_t length;
+    static std::uint64_t delivered;
+    length = (std::uint64_t{1} << 32) + 3;
+    delivered = 0;
+    const auto size = [](HANDLE, LARGE_INTEGER * answer) __attribute__((stdcall))->BOOL {
+        answer->QuadPart = static_cast<LONGLONG>(length);
+        return TRUE;
+    };
+    const auto read = [](HANDLE, void* buffer, DWORD count, DWORD* got, OVERLAPPED*) __attribute__((stdcall))->BOOL {
+        if (delivered == 0) memset(buffer, 0, count);
+        delivered += count;
+        *got = count;
+        return TRUE;
+    };
+    const std::wstring path = folder_.Write(L"file", "x");
+    const ImportPatch patchedSize(Library(), "GetFileSizeEx", reinterpret_cast<void*>(+size));
+    const ImportPatch patchedRead(Library(), "ReadFile", reinterpret_cast<void*>(+read));
+    const std::vector<char> zeros(1 << 20);
+    std::uint32_t expected = crc32::kSeed;
+    for (std::uint64_t i = 0; i < length / zeros.size(); ++i) {
+        expected = crc32::Update(expected, zeros.data(), zeros.size());
+    }
+    expected = crc32::Update(expected, zeros.data(), length % zeros.size());
+    EXPECT_EQ(static_cast<LONG>(~expected), OfFile(path));
+    EXPECT_EQ(length, delivered);
+}
+
+}  // namespace
+}  // namespace velk::test

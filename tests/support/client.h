@@ -1,0 +1,33 @@
+// Reaches the built library as a client does: through the DLL's own class factory.
+#pragma once
+
+#include <string>
+
+#include "frame/com_ptr.h"
+#include "frame/platform.h"
+#include "velksprt.h"
+
+namespace velk::test {
+
+// The path of the DLL under test, and the module, which stays loaded while a test program runs.
+std::wstring LibraryPath();
+HMODULE Library();
+
+// An exported entry point.
+template <class Function>
+Function Export(const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(Library(), name)));
+}
+
+HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object);
+bool CanUnload();
+
+ComPtr<IUnknown> CreateUnknown(REFCLSID clsid);
+
+// CreateObject<_CCRC32>(__uuidof(CCRC32))
+template <class Interface>
+ComPtr<Interface> CreateObject(REFCLSID clsid) {
+    return CreateUnknown(clsid).template As<Interface>();
+}
+
+}  // namespace velk::test

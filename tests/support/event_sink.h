@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "frame/com_ptr.h"
+#include "frame/platform.h"
+
+namespace velk::test {
+
+// A late-bound sink that records what it is called with and can misbehave on demand.
+class EventSink final : public IDispatch {
+  public:
+    struct Event {
+        DISPID id;
+        double value;
+    };
+    std::vector<Event> events;
+    std::function<void(VARIANT* argument)> onEvent;  // runs inside the event
+    HRESULT answer = S_OK;
+
+    static ComPtr<EventSink> Make() { return ComPtr<EventSink>::Attach(new EventSink); }
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+        if (!*object) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++count_; }
+    STDMETHODIMP_(ULONG) Release() noexcept override {
+        const ULONG left = --count_;
+        if (left == 0) delete this;
+        return left;
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
+                        UINT*) noexcept override {
+        VARIANT* const argument = parameters->cArgs == 1 ? &parameters->rgvarg[0] : nullptr;
+        const bool isSingle = argument && argument->vt == (VT_R4 | VT_BYREF);
+        events.push_back({id, isSingle ? static_cast<double>(*argument->pfltVal) : -1.0});
+        if (onEvent) onEvent(argument);
+        return answer;
+    }
+
+    ULONG count() const noexcept { return count_; }
+
+  private:
+    ULONG count_ = 1;
+};
+
+// Connects a sink to an object's events for as long as it lives.
+class Connection {
+  public:
+    Connection(IUnknown* source, REFIID events, IUnknown* sink) {
+        const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+        if (container && SUCCEEDED(container->FindConnectionPoint(events, point_.Receive()))) {
+            result_ = point_->Advise(sink, &cookie_);
+        }
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection() { Disconnect(); }
+
+    HRESULT result() const noexcept { return result_; }
+    void Disconnect() {
+        if (point_ && cookie_) point_->Unadvise(cookie_);
+        point_ = nullptr;
+        cookie_ = 0;
+    }
+
+  private:
+    ComPtr<IConnectionPoint> point_;
+    DWORD cookie_ = 0;
+    HRESULT result_ = CONNECT_E_NOCONNECTION;
+};
+
+}  // namespace velk::test

@@ -1,0 +1,61 @@
+#include "support/import_patch.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace velk::test {
+namespace {
+
+template <class T>
+T* At(HMODULE module, DWORD offset) {
+    return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(module) + offset);
+}
+
+const IMAGE_DATA_DIRECTORY& Imports(HMODULE module) {
+    const auto* headers = At<IMAGE_NT_HEADERS>(module, At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew);
+    return headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+}
+
+void** FindIn(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const char* function) {
+    auto* names = At<IMAGE_THUNK_DATA>(module, library.OriginalFirstThunk);
+    auto* slots = At<IMAGE_THUNK_DATA>(module, library.FirstThunk);
+    for (; names->u1.AddressOfData; ++names, ++slots) {
+        if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) continue;
+        const auto* name = At<IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(names->u1.AddressOfData));
+        if (std::strcmp(reinterpret_cast<const char*>(name->Name), function) == 0) {
+            return reinterpret_cast<void**>(&slots->u1.Function);
+        }
+    }
+    return nullptr;
+}
+
+void** FindSlot(HMODULE module, const char* function) {
+    const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(module, Imports(module).VirtualAddress);
+    for (; library->Name; ++library) {
+        if (void** slot = FindIn(module, *library, function)) return slot;
+    }
+    return nullptr;
+}
+
+void Write(void** slot, void* value) {
+    DWORD before = 0;
+    VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &before);
+    *slot = value;
+    VirtualProtect(slot, sizeof(*slot), before, &before);
+}
+
+}  // namespace
+
+ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) : slot_(FindSlot(module, function)) {
+    EXPECT_NE(nullptr, slot_) << function << " is not imported";
+    if (!slot_) return;
+    original_ = *slot_;
+    Write(slot_, replacement);
+}
+
+ImportPatch::~ImportPatch() {
+    if (slot_) Write(slot_, original_);
+}
+
+}  // namespace velk::test

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "frame/platform.h"
+
+namespace velk::test {
+
+// Redirects one function that a module imports, for as long as the patch lives.
+class ImportPatch {
+  public:
+    // Fails the test when the module does not import the function.
+    ImportPatch(HMODULE module, const char* function, void* replacement);
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
+    ~ImportPatch();
+
+    template <class Function>
+    Function Original() const noexcept {
+        return reinterpret_cast<Function>(original_);
+    }
+
+  private:
+    void** slot_ = nullptr;
+    void* original_ = nullptr;
+};
+
+}  // namespace velk::test

@@ -1,0 +1,96 @@
+#include "support/late_bound.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "frame/text.h"
+
+namespace velk::test {
+namespace {
+
+VARIANT Make(VARTYPE type) {
+    VARIANT value{};
+    value.vt = type;
+    return value;
+}
+
+std::wstring Take(BSTR text) {
+    std::wstring taken(View(text));
+    SysFreeString(text);
+    return taken;
+}
+
+}  // namespace
+
+VARIANT Arg(LONG value) {
+    VARIANT made = Make(VT_I4);
+    made.lVal = value;
+    return made;
+}
+VARIANT Arg(bool value) {
+    VARIANT made = Make(VT_BOOL);
+    made.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
+    return made;
+}
+VARIANT Arg(double value) {
+    VARIANT made = Make(VT_R8);
+    made.dblVal = value;
+    return made;
+}
+VARIANT Arg(BSTR text) {
+    VARIANT made = Make(VT_BSTR);
+    made.bstrVal = text;
+    return made;
+}
+VARIANT Arg(IDispatch* object) {
+    VARIANT made = Make(VT_DISPATCH);
+    made.pdispVal = object;
+    return made;
+}
+VARIANT Arg(VARIANT* variable) {
+    VARIANT made = Make(VT_BYREF | VT_VARIANT);
+    made.pvarVal = variable;
+    return made;
+}
+VARIANT Missing() {
+    VARIANT made = Make(VT_ERROR);
+    made.scode = DISP_E_PARAMNOTFOUND;
+    return made;
+}
+
+Variant Text(const wchar_t* text) {
+    Variant made;
+    made.vt = VT_BSTR;
+    made.bstrVal = SysAllocString(text);
+    return made;
+}
+
+DISPID IdOf(IDispatch* object, const wchar_t* name) {
+    DISPID id = DISPID_UNKNOWN;
+    auto* wanted = const_cast<LPOLESTR>(name);
+    object->GetIDsOfNames(IID_NULL, &wanted, 1, LOCALE_USER_DEFAULT, &id);
+    return id;
+}
+
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments) {
+    std::vector<VARIANT> reversed(arguments);
+    std::reverse(reversed.begin(), reversed.end());
+    DISPID put = DISPID_PROPERTYPUT;
+    const bool isLet = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+    DISPPARAMS parameters{reversed.data(), isLet ? &put : nullptr, static_cast<UINT>(reversed.size()), isLet ? 1u : 0u};
+    EXCEPINFO exception{};
+    Outcome outcome;
+    outcome.result = object->Invoke(IdOf(object, name), IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+                                    &outcome.value, &exception, &outcome.badArgument);
+    outcome.code = exception.scode;
+    outcome.source = Take(exception.bstrSource);
+    outcome.description = Take(exception.bstrDescription);
+    SysFreeString(exception.bstrHelpFile);
+    return outcome;
+}
+
+std::wstring TextOf(const VARIANT& value) {
+    return value.vt == VT_BSTR ? std::wstring(View(value.bstrVal)) : L"<no string>";
+}
+
+}  // namespace velk::test

@@ -1,0 +1,49 @@
+// Calls members by name, as scripts do.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+
+#include "frame/com_ptr.h"
+#include "frame/platform.h"
+#include "frame/variant.h"
+
+namespace velk::test {
+
+// Arguments: values by value, pointers to variants as a script's variables, Missing() for one that is left out.
+VARIANT Arg(LONG value);
+VARIANT Arg(bool value);
+VARIANT Arg(double value);
+VARIANT Arg(BSTR text);
+VARIANT Arg(IDispatch* object);
+VARIANT Arg(VARIANT* variable);
+VARIANT Missing();
+
+Variant Text(const wchar_t* text);
+
+struct Outcome {
+    HRESULT result = S_OK;  // of Invoke itself
+    Variant value;
+    HRESULT code = S_OK;  // what the member failed with
+    std::wstring source;
+    std::wstring description;
+    UINT badArgument = static_cast<UINT>(-1);
+};
+
+DISPID IdOf(IDispatch* object, const wchar_t* name);
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments);
+
+inline Outcome Call(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments = {}) {
+    return Invoke(object, name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
+}
+inline Outcome Get(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments = {}) {
+    return Invoke(object, name, DISPATCH_PROPERTYGET, arguments);
+}
+inline Outcome Let(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments) {
+    return Invoke(object, name, DISPATCH_PROPERTYPUT, arguments);
+}
+
+// The text of a string result; a sentinel no member returns when it is none.
+std::wstring TextOf(const VARIANT& value);
+
+}  // namespace velk::test

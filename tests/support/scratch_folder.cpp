@@ -1,0 +1,65 @@
+#include "support/scratch_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "frame/handles.h"
+#include "frame/platform.h"
+
+namespace velk::test {
+
+ScratchFolder::ScratchFolder() {
+    static int count = 0;
+    wchar_t temporary[MAX_PATH];
+    GetTempPathW(MAX_PATH, temporary);
+    path_ = temporary + (L"velk-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
+    EXPECT_TRUE(CreateDirectoryW(path_.c_str(), nullptr));
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::wstring ScratchFolder::Write(std::wstring_view name, std::string_view bytes) const {
+    std::wstring path = Path(name);
+    const FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+    EXPECT_EQ(bytes.size(), written);
+    return path;
+}
+
+std::wstring ScratchFolder::MakeFolder(std::wstring_view name) const {
+    std::wstring path = Path(name);
+    EXPECT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+    return path;
+}
+
+// The documented counter answers 0 under Wine; the system-wide table, filtered by process, is exact.
+std::size_t OpenHandles() {
+    struct Entry {
+        USHORT process;
+        USHORT trace;
+        UCHAR type;
+        UCHAR attributes;
+        USHORT handle;
+        PVOID object;
+        ULONG access;
+    };
+    using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
+    const auto query = reinterpret_cast<Query>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+    constexpr ULONG kHandleInformation = 16;
+    std::vector<std::byte> buffer(1 << 20);
+    EXPECT_EQ(0, query(kHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), nullptr));
+    const ULONG count = *reinterpret_cast<ULONG*>(buffer.data());
+    const auto* entries = reinterpret_cast<const Entry*>(buffer.data() + sizeof(ULONG));
+    std::size_t ours = 0;
+    for (ULONG i = 0; i < count; ++i) ours += entries[i].process == static_cast<USHORT>(GetCurrentProcessId());
+    return ours;
+}
+
+}  // namespace velk::test
