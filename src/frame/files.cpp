@@ -49,6 +49,12 @@ std::uint64_t FileLength(const FileHandle& file) {
     return static_cast<std::uint64_t>(length.QuadPart);
 }
 
+void SeekTo(const FileHandle& file, std::uint64_t position) noexcept {
+    LARGE_INTEGER distance;
+    distance.QuadPart = static_cast<LONGLONG>(position);
+    SetFilePointerEx(file.get(), distance, nullptr, FILE_BEGIN);
+}
+
 std::size_t ReadBytes(const FileHandle& file, void* buffer, std::size_t count) {
     constexpr std::size_t kMost = 1u << 30;  // a single call counts in 32 bits
     std::size_t done = 0;

@@ -15,6 +15,8 @@ FileHandle OpenForReading(const std::wstring& path);
 
 std::uint64_t FileLength(const FileHandle& file);
 
+void SeekTo(const FileHandle& file, std::uint64_t position) noexcept;
+
 // Reads up to `count` bytes from the current position; returns fewer only at the end of the file.
 std::size_t ReadBytes(const FileHandle& file, void* buffer, std::size_t count);
 

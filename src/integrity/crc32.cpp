@@ -1,5 +1,6 @@
 #include "integrity/crc32.h"
 
+#include <span>
 #include <vector>
 
 #include "frame/files.h"
@@ -15,13 +16,45 @@ constexpr DISPID kProgress = 1;
 
 LONG Finish(std::uint32_t running) noexcept { return static_cast<LONG>(~running); }
 
-// A block that cannot be read ends the file, with a report of its own.
-std::size_t ReadBlock(const FileHandle& file, std::byte* buffer, std::uint64_t count) noexcept try {
-    return count == 0 ? 0 : ReadBytes(file, buffer, static_cast<std::size_t>(count));
-} catch (...) {
-    ReportFailure(CaughtFailure(), L"ReadFile");
-    return 0;
-}
+// Reads a file's blocks one after the other, or several at once where nobody watches.
+class BlockReader {
+  public:
+    BlockReader(const FileHandle& file, std::size_t blocksAtOnce)
+        : file_(file),
+          length_(FileLength(file)),
+          blocks_(blocksAtOnce),
+          buffer_(static_cast<std::size_t>(crc32::NextStretch(0, length_, blocksAtOnce))) {}
+
+    // Empty at the end of the file. A block that cannot be read ends it too, with a report of its own.
+    std::span<const std::byte> Next() noexcept try {
+        const std::uint64_t wanted = crc32::NextStretch(position_, length_, blocks_);
+        const std::size_t count = ReadBytes(file_, buffer_.data(), static_cast<std::size_t>(wanted));
+        position_ += count;
+        return {buffer_.data(), count};
+    } catch (...) {
+        if (blocks_ > 1) return RetryOneByOne();
+        ReportFailure(CaughtFailure(), L"ReadFile");
+        return {};
+    }
+
+    double Fraction() const noexcept { return static_cast<double>(position_) / static_cast<double>(length_); }
+
+  private:
+    // The blocks before the one that cannot be read still count.
+    std::span<const std::byte> RetryOneByOne() noexcept {
+        blocks_ = 1;
+        SeekTo(file_, position_);
+        return Next();
+    }
+
+    const FileHandle& file_;
+    const std::uint64_t length_;
+    std::size_t blocks_;
+    std::vector<std::byte> buffer_;
+    std::uint64_t position_ = 0;
+};
+
+constexpr std::size_t kBlocksAtOnce = 24;
 
 }  // namespace
 
@@ -68,15 +101,12 @@ STDMETHODIMP CCRC32::GetCRCFromStringAscii(BSTR* strInput, LONG* result) noexcep
 LONG CCRC32::ChecksumOfFile() {
     const ComPtr<_CCRC32> alive(this);  // a sink may drop the client's reference
     const FileHandle file = OpenForReading(inputFileName_);
-    const std::uint64_t length = FileLength(file);
-    std::vector<std::byte> buffer(crc32::kBlock);
+    BlockReader reader(file, events_.point().HasSinks() ? 1 : kBlocksAtOnce);
     std::uint32_t running = crc32::kSeed;
-    std::uint64_t total = 0;
     RaiseProgress(0);
-    while (const std::size_t count = ReadBlock(file, buffer.data(), crc32::NextBlock(total, length))) {
-        running = crc32::Update(running, buffer.data(), count);
-        total += count;
-        RaiseProgress(static_cast<double>(total) / static_cast<double>(length));
+    for (auto block = reader.Next(); !block.empty(); block = reader.Next()) {
+        running = crc32::Update(running, block.data(), block.size());
+        RaiseProgress(reader.Fraction());
     }
     return Finish(running);
 }
