@@ -49,7 +49,8 @@ int main() {
     LONG result = 0;
     const auto ours = [&] { crc->GetCRCFromFile(&result); };
     uLong expected = 0;
-    const auto medians = bench::MedianTimes(ours, [&] { expected = Reference(path); }, [&] { OnlyRead(path); });
+    const auto medians = bench::MedianTimes(
+        ours, [&] { expected = Reference(path); }, [&] { OnlyRead(path); });
     if (static_cast<LONG>(expected) != result) {
         std::puts("The results differ.");
         return 1;

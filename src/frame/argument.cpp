@@ -59,6 +59,7 @@ HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID
         if (PointsNowhere(*variable_) || variable_->vt == (VT_BYREF | VT_VARIANT)) return DISP_E_TYPEMISMATCH;
     }
     VARIANT& value = variable_ ? *variable_ : *given;
+    if (value.vt == VT_VARIANT) return DISP_E_BADVARTYPE;  // exists by reference only
     if (parameter.type == VT_VARIANT || !HoldsObject(value)) return S_OK;
     const bool inPlace = variable_ ? value.vt == parameter.type : value.vt == (parameter.type | VT_BYREF);
     if (parameter.byReference && TakesAnyObject(parameter) && inPlace) return S_OK;
@@ -70,12 +71,21 @@ HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID
 
 HRESULT Argument::SettleRest(const Parameter& parameter, LCID locale) noexcept {
     if (!settled_) {
-        if (!Omitted(parameter) && PassStraight(parameter)) return S_OK;
+        if (!Omitted(parameter)) {
+            if (!IsSound(parameter)) return DISP_E_TYPEMISMATCH;
+            if (PassStraight(parameter)) return S_OK;
+        }
         const HRESULT result = Convert(parameter, locale);
         if (FAILED(result)) return result;
     }
     PassOwn(parameter);
     return S_OK;
+}
+
+// Foreign code may have changed a variable since the first step.
+bool Argument::IsSound(const Parameter& parameter) const noexcept {
+    const VARIANT& value = variable_ ? *variable_ : *given_;
+    return !PointsNowhere(value) && (!IsStringArray(parameter.type) || HoldsStrings(value));
 }
 
 // Takes the client's own storage where its type is already right.
@@ -118,7 +128,7 @@ void Argument::PassOwn(const Parameter& parameter) noexcept {
 
 bool Argument::Unchanged() const noexcept {
     if (own_.vt == VT_BSTR) return View(own_.bstrVal) == View(before_.bstrVal);
-    return !IsStringArray(own_.vt) && own_.llVal == before_.llVal;
+    return own_.llVal == before_.llVal;
 }
 
 HRESULT Argument::WriteBack(const Parameter& parameter) noexcept {

@@ -25,6 +25,7 @@ class Argument {
 
   private:
     bool Omitted(const Parameter& parameter) const noexcept;
+    bool IsSound(const Parameter& parameter) const noexcept;
     bool PassStraight(const Parameter& parameter) noexcept;
     HRESULT Convert(const Parameter& parameter, LCID locale) noexcept;
     HRESULT KeepForComparison() noexcept;

@@ -173,8 +173,14 @@ void InterfacePlan::Add(ITypeInfo* info, const FUNCDESC& function) {
     if (names_.Find(reinterpret_cast<const char16_t*>(names[0].get())) == NameTable::kUnknown) {
         names_.Add(Utf16(View(names[0].get())), function.memid);
     }
-    if (id >= members_.size()) members_.resize(id + 1);
+    if (id >= members_.size()) {
+        members_.resize(id + 1);
+        plain_.resize(id + 1);
+    }
     CallPlan plan = ReadPlan(info, function);
+    if (plan.parameters.empty() && plan.result != VT_EMPTY) {
+        plain_[id] = {plan.slot, plan.result, static_cast<WORD>(function.invkind)};
+    }
     for (std::size_t i = 0; i < plan.parameters.size() && i + 1 < names.size(); ++i) {
         plan.parameters[i].name = Utf16(View(names[i + 1].get()));
     }

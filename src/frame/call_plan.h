@@ -33,6 +33,13 @@ struct CallPlan {
     bool isLet = false;  // a property let or set: the last argument is the new value
 };
 
+// A member with a result and without arguments: what late-bound clients call most.
+struct PlainCall {
+    unsigned slot = 0;
+    VARTYPE result = VT_EMPTY;
+    WORD flags = 0;  // the DISPATCH_ flag that it answers to; 0 for no such member
+};
+
 class InterfacePlan {
   public:
     explicit InterfacePlan(REFIID iid);
@@ -44,6 +51,10 @@ class InterfacePlan {
     // The way to call a member for the DISPATCH_ flags of an Invoke; null when it has none.
     const CallPlan* Find(DISPID id, WORD flags) const noexcept;
 
+    PlainCall Plain(DISPID id) const noexcept {
+        return static_cast<std::size_t>(id) < plain_.size() ? plain_[static_cast<std::size_t>(id)] : PlainCall{};
+    }
+
   private:
     struct Member {
         std::array<std::optional<CallPlan>, 4> ways;  // function, property get, let, set
@@ -51,7 +62,8 @@ class InterfacePlan {
     void Add(ITypeInfo* info, const FUNCDESC& function);
 
     NameTable names_;
-    std::vector<Member> members_;  // by dispatch identifier
+    std::vector<Member> members_;   // by dispatch identifier
+    std::vector<PlainCall> plain_;  // likewise
 };
 
 }  // namespace velk

@@ -95,30 +95,15 @@ HRESULT Arguments::WriteBack() noexcept {
 }
 
 // Where a member stores its result: the whole variant, or the value inside it.
-void* PlaceOf(Variant& result, VARTYPE type) noexcept {
+void* PlaceOf(VARIANT& result, VARTYPE type) noexcept {
     if (type == VT_EMPTY) return nullptr;
     if (type == VT_VARIANT) return &result;
     result.vt = type;
     return &result.byref;
 }
 
-// Turns the thread's error information into the form of a late-bound call.
-HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept {
-    if (!exception) return DISP_E_EXCEPTION;
-    *exception = {};
-    exception->scode = failure;
-    ComPtr<IErrorInfo> info;
-    if (GetErrorInfo(0, info.Receive()) == S_OK) {
-        info->GetSource(&exception->bstrSource);
-        info->GetDescription(&exception->bstrDescription);
-        info->GetHelpFile(&exception->bstrHelpFile);
-        info->GetHelpContext(&exception->dwHelpContext);
-    }
-    return DISP_E_EXCEPTION;
-}
-
 // What goes wrong on the way to the member and back is the answer; how the member itself ended is `ended`.
-HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& given, LCID locale, Variant* result,
+HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& given, LCID locale, VARIANT* result,
                    HRESULT* ended, UINT* badArgument) noexcept {
     void* const place = PlaceOf(*result, plan.result);
     if (plan.parameters.empty()) {
@@ -130,7 +115,10 @@ HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& gi
     const HRESULT settled = arguments.Settle(given, locale, badArgument);
     if (FAILED(settled)) return settled;
     *ended = arguments.Call(object, place);
-    return SUCCEEDED(*ended) ? arguments.WriteBack() : S_OK;
+    if (FAILED(*ended)) return S_OK;
+    const HRESULT written = arguments.WriteBack();
+    if (FAILED(written)) VariantClear(result);
+    return written;
 }
 
 }  // namespace
@@ -145,22 +133,36 @@ HRESULT GetIDsOfNames(const InterfacePlan& plan, REFIID reserved, LPOLESTR* name
     return std::find(ids, ids + count, DISPID_UNKNOWN) == ids + count ? S_OK : DISP_E_UNKNOWNNAME;
 }
 
-HRESULT Invoke(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale, WORD flags,
-               DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
+HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept {
+    if (!exception) return DISP_E_EXCEPTION;
+    *exception = {};
+    exception->scode = failure;
+    ComPtr<IErrorInfo> info;
+    if (GetErrorInfo(0, info.Receive()) == S_OK) {
+        info->GetSource(&exception->bstrSource);
+        info->GetDescription(&exception->bstrDescription);
+        info->GetHelpFile(&exception->bstrHelpFile);
+        info->GetHelpContext(&exception->dwHelpContext);
+    }
+    return DISP_E_EXCEPTION;
+}
+
+HRESULT InvokeAny(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale, WORD flags,
+                  DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (!parameters) return DISP_E_BADPARAMCOUNT;
-    if (result) VariantInit(result);
+    Variant unwanted;  // the result, for a client that does not ask for it
+    VARIANT& answer = result ? *result : unwanted;
+    answer.vt = VT_EMPTY;
     const CallPlan* const member = plan.Find(id, flags);
     if (!member) return DISP_E_MEMBERNOTFOUND;
     UINT ignored = 0;
-    Variant own;
     HRESULT ended = S_OK;
     const HRESULT called =
-        CallMember(*member, object, *parameters, locale, &own, &ended, badArgument ? badArgument : &ignored);
-    if (FAILED(called)) return called;
-    if (FAILED(ended)) return Exception(ended, exception);
-    if (result) *result = own.Detach();
-    return S_OK;
+        CallMember(*member, object, *parameters, locale, &answer, &ended, badArgument ? badArgument : &ignored);
+    if (SUCCEEDED(called) && SUCCEEDED(ended)) return S_OK;
+    answer.vt = VT_EMPTY;  // a member that fails leaves no result
+    return FAILED(called) ? called : Exception(ended, exception);
 }
 
 }  // namespace velk::dispatch

@@ -1,6 +1,7 @@
-// The library's four entry points.
+// The library's four entry points, and what happens when the module goes.
 #include "frame/class_factory.h"
 #include "frame/registration.h"
+#include "frame/runtime_threads.h"
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** factory) {
     return velk::GetClassFactory(clsid, iid, factory);
@@ -11,3 +12,12 @@ STDAPI DllCanUnloadNow() { return velk::library::Use::Any() ? S_FALSE : S_OK; }
 STDAPI DllRegisterServer() { return velk::RegisterLibrary(); }
 
 STDAPI DllUnregisterServer() { return velk::UnregisterLibrary(); }
+
+// At the end of the process nothing is released: the other threads have been stopped wherever they were.
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_DETACH && !processEnds) {
+        velk::library::ReleaseTypeLibrary();
+        velk::ReleaseRuntime();
+    }
+    return TRUE;
+}

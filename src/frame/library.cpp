@@ -10,10 +10,11 @@ extern "C" IMAGE_DOS_HEADER __ImageBase;
 namespace velk::library {
 namespace {
 
-ComPtr<ITypeLib> LoadOwnTypeLibrary() {
-    ComPtr<ITypeLib> loaded;
-    ThrowIfFailed(LoadTypeLibEx(FilePath().c_str(), REGKIND_NONE, loaded.Receive()));
-    return loaded;
+ITypeLib* kept = nullptr;
+
+ITypeLib* LoadOwnTypeLibrary() {
+    ThrowIfFailed(LoadTypeLibEx(FilePath().c_str(), REGKIND_NONE, &kept));
+    return kept;
 }
 
 }  // namespace
@@ -37,8 +38,12 @@ std::wstring FileBaseName() {
 
 // Kept for the module's life: loading costs a file mapping, and late-bound clients ask for it at each new interface.
 ComPtr<ITypeLib> TypeLibrary() {
-    static const ComPtr<ITypeLib> loaded = LoadOwnTypeLibrary();
-    return loaded;
+    static ITypeLib* const loaded = LoadOwnTypeLibrary();
+    return ComPtr<ITypeLib>(loaded);
+}
+
+void ReleaseTypeLibrary() noexcept {
+    if (kept) kept->Release();
 }
 
 ComPtr<ITypeInfo> TypeInfo(REFGUID guid) {

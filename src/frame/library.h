@@ -19,6 +19,7 @@ std::wstring FileBaseName();  // file name without folder and extension, "VelkSp
 // The type library embedded in this module, never the registered one: another version may be registered.
 ComPtr<ITypeLib> TypeLibrary();
 ComPtr<ITypeInfo> TypeInfo(REFGUID guid);
+void ReleaseTypeLibrary() noexcept;  // when the module is unloaded; nobody may ask for it any more
 
 // One for each thing that keeps the module needed: a live object, a class factory in a client's hands, a server lock.
 class Use {

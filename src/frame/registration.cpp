@@ -108,6 +108,8 @@ HRESULT Remove(Scope scope) {
         remove(ProgId(*entry.info));
         remove(L"CLSID\\" + GuidText(entry.info->clsid));
     }
+    // A user's part has no CLSID key from the start. Only an empty one can be deleted this way.
+    if (scope == Scope::User) RegDeleteKeyW(RootOf(scope), L"Software\\Classes\\CLSID");
     return HRESULT_FROM_WIN32(status);
 }
 

@@ -9,6 +9,13 @@ SAFEARRAY* ArrayIn(const VARIANT& value) noexcept {
     return value.vt & VT_BYREF ? *value.pparray : value.parray;
 }
 
+// Whether an array is what its value says, with one dimension and with data.
+bool IsVector(SAFEARRAY* array, VARTYPE element) noexcept {
+    VARTYPE actual = VT_EMPTY;
+    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &actual)) || actual != element) return false;
+    return array->pvData || array->rgsabound[0].cElements == 0;
+}
+
 HRESULT MakeArray(VARTYPE type, SAFEARRAYBOUND bounds, Variant* made) noexcept {
     SAFEARRAY* array = SafeArrayCreate(type, 1, &bounds);
     if (!array) return E_OUTOFMEMORY;
@@ -18,16 +25,15 @@ HRESULT MakeArray(VARTYPE type, SAFEARRAYBOUND bounds, Variant* made) noexcept {
 }
 
 HRESULT StringsFromVariants(SAFEARRAY* from, Variant* made) noexcept {
-    if (SafeArrayGetDim(from) != 1) return DISP_E_TYPEMISMATCH;
     HRESULT result = MakeArray(VT_BSTR, from->rgsabound[0], made);
     if (FAILED(result)) return result;
     const auto* elements = static_cast<VARIANT*>(from->pvData);
     auto* strings = static_cast<BSTR*>(made->parray->pvData);
     for (ULONG i = 0; i < from->rgsabound[0].cElements; ++i) {
         Variant text;
-        const bool object = elements[i].vt == VT_DISPATCH || elements[i].vt == VT_UNKNOWN;
-        result =
-            object ? DISP_E_TYPEMISMATCH : VariantChangeType(&text, const_cast<VARIANT*>(&elements[i]), 0, VT_BSTR);
+        const bool plain =
+            elements[i].vt != VT_DISPATCH && elements[i].vt != VT_UNKNOWN && !(elements[i].vt & VT_BYREF);
+        result = plain ? VariantChangeType(&text, const_cast<VARIANT*>(&elements[i]), 0, VT_BSTR) : DISP_E_TYPEMISMATCH;
         if (FAILED(result)) return result;
         strings[i] = text.Detach().bstrVal;
     }
@@ -55,15 +61,21 @@ HRESULT ReplaceReferenced(SAFEARRAY** place, Variant* made) noexcept {
 
 }  // namespace
 
+bool HoldsStrings(const VARIANT& value) noexcept {
+    const VARTYPE element = value.vt & ~(VT_BYREF | VT_ARRAY);
+    if (!(value.vt & VT_ARRAY)) return value.vt == VT_EMPTY;
+    if (element != VT_BSTR && element != VT_VARIANT) return false;
+    SAFEARRAY* const array = ArrayIn(value);
+    return !array || IsVector(array, element);
+}
+
 HRESULT StringArrayFrom(Variant* strings, const VARIANT& value) noexcept {
     strings->vt = VT_ARRAY | VT_BSTR;
     strings->parray = nullptr;
     SAFEARRAY* const array = ArrayIn(value);
-    const VARTYPE element = value.vt & ~(VT_BYREF | VT_ARRAY);
-    if (!(value.vt & VT_ARRAY)) return value.vt == VT_EMPTY ? S_OK : DISP_E_TYPEMISMATCH;
-    if (element != VT_BSTR && element != VT_VARIANT) return DISP_E_TYPEMISMATCH;
     if (!array) return S_OK;
-    return element == VT_BSTR ? SafeArrayCopy(array, &strings->parray) : StringsFromVariants(array, strings);
+    const bool ofStrings = (value.vt & ~VT_BYREF) == (VT_ARRAY | VT_BSTR);
+    return ofStrings ? SafeArrayCopy(array, &strings->parray) : StringsFromVariants(array, strings);
 }
 
 HRESULT StringArrayTo(VARIANT* target, bool isVariable, Variant* strings) noexcept {

@@ -6,8 +6,10 @@
 
 namespace velk {
 
-// Makes an array of strings from what a client's variable holds: an array of strings or of variants of one dimension,
-// or nothing, which gives an unallocated array.
+// Whether a client's variable holds an array of strings or of variants of one dimension, or nothing.
+bool HoldsStrings(const VARIANT& value) noexcept;
+
+// Makes an array of strings from one of these; nothing gives an unallocated array.
 HRESULT StringArrayFrom(Variant* strings, const VARIANT& value) noexcept;
 
 // Stores an array of strings as an array of variants with the same bounds, in a script's variable or in the place that

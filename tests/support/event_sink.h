@@ -5,11 +5,12 @@
 
 #include "frame/com_ptr.h"
 #include "frame/platform.h"
+#include "support/bare_dispatch.h"
 
 namespace velk::test {
 
 // A late-bound sink that records what it is called with and can misbehave on demand.
-class EventSink final : public IDispatch {
+class EventSink final : public BareDispatch {
   public:
     struct Event {
         DISPID id;
@@ -21,21 +22,6 @@ class EventSink final : public IDispatch {
 
     static ComPtr<EventSink> Make() { return ComPtr<EventSink>::Attach(new EventSink); }
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-        if (!*object) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++count_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override {
-        const ULONG left = --count_;
-        if (left == 0) delete this;
-        return left;
-    }
-    STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
                         UINT*) noexcept override {
         VARIANT* const argument = parameters->cArgs == 1 ? &parameters->rgvarg[0] : nullptr;
@@ -44,11 +30,6 @@ class EventSink final : public IDispatch {
         if (onEvent) onEvent(argument);
         return answer;
     }
-
-    ULONG count() const noexcept { return count_; }
-
-  private:
-    ULONG count_ = 1;
 };
 
 // Connects a sink to an object's events for as long as it lives.

@@ -1,7 +1,7 @@
 #include "support/late_bound.h"
 
 #include <algorithm>
-#include <vector>
+#include <utility>
 
 #include "frame/text.h"
 
@@ -18,6 +18,27 @@ std::wstring Take(BSTR text) {
     std::wstring taken(View(text));
     SysFreeString(text);
     return taken;
+}
+
+std::vector<DISPID> PutName(WORD flags) {
+    if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) return {DISPID_PROPERTYPUT};
+    return {};
+}
+
+template <class Target>
+Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> named) {
+    std::reverse(arguments.begin(), arguments.end());
+    std::reverse(named.begin(), named.end());
+    DISPPARAMS parameters{arguments.data(), named.data(), static_cast<UINT>(arguments.size()),
+                          static_cast<UINT>(named.size())};
+    EXCEPINFO exception{};
+    Outcome outcome;
+    outcome.result = call(&parameters, &outcome.value, &exception, &outcome.badArgument);
+    outcome.code = exception.scode;
+    outcome.source = Take(exception.bstrSource);
+    outcome.description = Take(exception.bstrDescription);
+    SysFreeString(exception.bstrHelpFile);
+    return outcome;
 }
 
 }  // namespace
@@ -57,6 +78,11 @@ VARIANT Missing() {
     made.scode = DISP_E_PARAMNOTFOUND;
     return made;
 }
+VARIANT Ref(VARTYPE type, void* place) {
+    VARIANT made = Make(type | VT_BYREF);
+    made.byref = place;
+    return made;
+}
 
 Variant Text(const wchar_t* text) {
     Variant made;
@@ -73,20 +99,22 @@ DISPID IdOf(IDispatch* object, const wchar_t* name) {
 }
 
 Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments) {
-    std::vector<VARIANT> reversed(arguments);
-    std::reverse(reversed.begin(), reversed.end());
-    DISPID put = DISPID_PROPERTYPUT;
-    const bool isLet = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    DISPPARAMS parameters{reversed.data(), isLet ? &put : nullptr, static_cast<UINT>(reversed.size()), isLet ? 1u : 0u};
-    EXCEPINFO exception{};
-    Outcome outcome;
-    outcome.result = object->Invoke(IdOf(object, name), IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-                                    &outcome.value, &exception, &outcome.badArgument);
-    outcome.code = exception.scode;
-    outcome.source = Take(exception.bstrSource);
-    outcome.description = Take(exception.bstrDescription);
-    SysFreeString(exception.bstrHelpFile);
-    return outcome;
+    return InvokeNamed(object, name, flags, arguments, PutName(flags));
+}
+
+Outcome InvokeNamed(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
+                    std::vector<DISPID> named) {
+    const auto call = [&](auto... rest) {
+        return object->Invoke(IdOf(object, name), IID_NULL, LOCALE_USER_DEFAULT, flags, rest...);
+    };
+    return Run(call, std::move(arguments), std::move(named));
+}
+
+Outcome InvokeByPlatform(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments) {
+    ComPtr<ITypeInfo> info;
+    object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive());
+    const auto call = [&](auto... rest) { return info->Invoke(object, IdOf(object, name), flags, rest...); };
+    return Run(call, std::move(arguments), PutName(flags));
 }
 
 std::wstring TextOf(const VARIANT& value) {

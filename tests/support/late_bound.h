@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "frame/com_ptr.h"
 #include "frame/platform.h"
@@ -18,6 +19,7 @@ VARIANT Arg(BSTR text);
 VARIANT Arg(IDispatch* object);
 VARIANT Arg(VARIANT* variable);
 VARIANT Missing();
+VARIANT Ref(VARTYPE type, void* place);  // a reference to a value of the type
 
 Variant Text(const wchar_t* text);
 
@@ -32,6 +34,13 @@ struct Outcome {
 
 DISPID IdOf(IDispatch* object, const wchar_t* name);
 Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments);
+
+// The last arguments are named ones, with these identifiers in reading order.
+Outcome InvokeNamed(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
+                    std::vector<DISPID> named);
+
+// The same call as Invoke through the platform's generic implementation, as a reference.
+Outcome InvokeByPlatform(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments);
 
 inline Outcome Call(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments = {}) {
     return Invoke(object, name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);

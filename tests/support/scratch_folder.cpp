@@ -10,12 +10,16 @@
 
 namespace velk::test {
 
+// A program that was stopped leaves its folder behind, and process numbers come again: the first free name is taken.
 ScratchFolder::ScratchFolder() {
-    static int count = 0;
     wchar_t temporary[MAX_PATH];
     GetTempPathW(MAX_PATH, temporary);
-    path_ = temporary + (L"velk-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
-    EXPECT_TRUE(CreateDirectoryW(path_.c_str(), nullptr));
+    const std::wstring prefix = temporary + (L"velk-" + std::to_wstring(GetCurrentProcessId()) + L"-");
+    for (int i = 0; path_.empty() && i < 10000; ++i) {
+        const std::wstring candidate = prefix + std::to_wstring(i);
+        if (CreateDirectoryW(candidate.c_str(), nullptr)) path_ = candidate;
+    }
+    EXPECT_FALSE(path_.empty());
 }
 
 ScratchFolder::~ScratchFolder() {

@@ -1,0 +1,63 @@
+// Use without registration: a program that carries the library and its manifest.
+#include <gtest/gtest.h>
+
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/scratch_folder.h"
+
+namespace velk::test {
+namespace {
+
+// Makes what a manifest declares known to the thread.
+class Activation {
+  public:
+    explicit Activation(const std::wstring& manifest) {
+        ACTCTXW request{};
+        request.cbSize = sizeof(request);
+        request.lpSource = manifest.c_str();
+        context_ = CreateActCtxW(&request);
+        EXPECT_NE(INVALID_HANDLE_VALUE, context_) << GetLastError();
+        EXPECT_TRUE(ActivateActCtx(context_, &cookie_));
+    }
+    Activation(const Activation&) = delete;
+    Activation& operator=(const Activation&) = delete;
+    ~Activation() {
+        DeactivateActCtx(0, cookie_);
+        ReleaseActCtx(context_);
+    }
+
+  private:
+    HANDLE context_;
+    ULONG_PTR cookie_ = 0;
+};
+
+std::wstring CopyInto(const ScratchFolder& folder, const std::wstring& name) {
+    const std::wstring built = LibraryPath();
+    const std::wstring copy = folder.Path(name);
+    EXPECT_TRUE(CopyFileW((built.substr(0, built.rfind(L'\\') + 1) + name).c_str(), copy.c_str(), TRUE)) << name;
+    return copy;
+}
+
+TEST(Activation, TheManifestReplacesRegistration) {
+    Export<decltype(&DllUnregisterServer)>("DllUnregisterServer")();
+    const ScratchFolder folder;
+    const std::wstring library = CopyInto(folder, L"VelkSprt.dll");
+    const std::wstring manifest = CopyInto(folder, L"VelkSprt.manifest");
+    CLSID clsid;
+    ASSERT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+    {
+        const Activation active(manifest);
+        ComPtr<IDispatch> object;
+        ASSERT_EQ(S_OK, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+        ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid()));
+        EXPECT_NE(nullptr, GetModuleHandleW(library.c_str())) << "another library answered";
+        const Variant text = Text(L"abc");
+        EXPECT_EQ(0x352441C2, Call(object.get(), L"GetCRCFromStringAscii", {text}).value.lVal);
+    }
+    CoFreeUnusedLibrariesEx(0, 0);
+    EXPECT_EQ(nullptr, GetModuleHandleW(library.c_str()));
+    EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,48 @@
+#include "frame/colour.h"
+
+#include <gtest/gtest.h>
+
+namespace velk {
+namespace {
+
+constexpr LONG System(DWORD index) { return static_cast<LONG>(0x80000000 | index); }
+
+TEST(Colour, ANegativeOneIsASystemColour) {
+    for (const int index : {COLOR_WINDOW, COLOR_BTNFACE, COLOR_HIGHLIGHT, COLOR_WINDOWTEXT}) {
+        EXPECT_EQ(static_cast<LONG>(GetSysColor(index)), TranslateVBColor(System(static_cast<DWORD>(index))));
+        EXPECT_EQ(static_cast<LONG>(GetSysColor(index)), TranslateColor(System(static_cast<DWORD>(index))));
+    }
+    EXPECT_NE(GetSysColor(COLOR_WINDOW), GetSysColor(COLOR_WINDOWTEXT));
+    for (const LONG plain : {0L, 0xFFL, 0xFFFFFFL, 0x01000000L, 0x02ABCDEFL, 0x7FFFFFFFL}) {
+        EXPECT_EQ(plain, TranslateVBColor(plain));
+    }
+}
+
+TEST(Colour, TranslateColorFollowsThePlatform) {
+    struct {
+        LOGPALETTE palette{0x300, 2, {{1, 2, 3, 0}}};
+        PALETTEENTRY second{10, 20, 30, 0};
+    } description;
+    const HPALETTE palette = CreatePalette(&description.palette);
+    ASSERT_TRUE(palette);
+    struct Case {
+        LONG colour;
+        HPALETTE palette;
+        LONG translated;
+    };
+    const Case cases[] = {
+        {0x00123456, nullptr, 0x00123456},
+        {0x00123456, palette, 0x02123456},  // now means the nearest entry of the palette
+        {0x01000001, palette, 0x01000001},
+        {0x01000002, palette, -1},  // beyond its last entry
+        {0x01000002, nullptr, 0x01000002},
+        {0x03000000, nullptr, -1},
+        {System(0x7FFF), nullptr, -1},
+        {-1, nullptr, -1},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.translated, TranslateColor(c.colour, c.palette)) << std::hex << c.colour;
+    DeleteObject(palette);
+}
+
+}  // namespace
+}  // namespace velk

@@ -1,0 +1,249 @@
+// The built library as a file, and what its type library promises.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <set>
+
+#include "support/client.h"
+#include "tools/type_reader.h"
+
+namespace velk::test {
+namespace {
+
+class Image {
+  public:
+    Image() {
+        std::ifstream file(LibraryPath().c_str(), std::ios::binary);
+        bytes_.assign(std::istreambuf_iterator<char>(file), {});
+    }
+
+    const std::string& bytes() const { return bytes_; }
+    const IMAGE_NT_HEADERS32& headers() const {
+        return *At<IMAGE_NT_HEADERS32>(
+            static_cast<DWORD>(reinterpret_cast<const IMAGE_DOS_HEADER*>(&bytes_[0])->e_lfanew));
+    }
+    const IMAGE_DATA_DIRECTORY& Directory(int which) const { return headers().OptionalHeader.DataDirectory[which]; }
+
+    // What the loader would place at this address.
+    template <class T>
+    const T* Mapped(DWORD address) const {
+        const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(&headers());
+        while (address - section->VirtualAddress >= section->SizeOfRawData) ++section;
+        return At<T>(address - section->VirtualAddress + section->PointerToRawData);
+    }
+
+  private:
+    template <class T>
+    const T* At(DWORD offset) const {
+        return reinterpret_cast<const T*>(&bytes_.at(offset));
+    }
+
+    std::string bytes_;
+};
+
+TEST(LibraryFile, IsARelocatableHardened32BitLibraryWithoutTimeStamps) {
+    const Image image;
+    const IMAGE_FILE_HEADER& file = image.headers().FileHeader;
+    EXPECT_EQ(IMAGE_FILE_MACHINE_I386, file.Machine);
+    EXPECT_TRUE(file.Characteristics & IMAGE_FILE_DLL);
+    EXPECT_FALSE(file.Characteristics & IMAGE_FILE_RELOCS_STRIPPED);
+    EXPECT_GT(image.Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC).Size, 0u);
+    const WORD hardening = image.headers().OptionalHeader.DllCharacteristics;
+    EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+    EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+    EXPECT_EQ(0u, file.TimeDateStamp);
+    const DWORD exports = image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress;
+    EXPECT_EQ(0u, image.Mapped<IMAGE_EXPORT_DIRECTORY>(exports)->TimeDateStamp);
+    EXPECT_EQ(0u, image.Directory(IMAGE_DIRECTORY_ENTRY_DEBUG).Size);
+}
+
+TEST(LibraryFile, ExportsTheFourEntryPointsUndecorated) {
+    const Image image;
+    const auto* exports =
+        image.Mapped<IMAGE_EXPORT_DIRECTORY>(image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
+    std::set<std::string> names;
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
+        names.insert(image.Mapped<char>(image.Mapped<DWORD>(exports->AddressOfNames)[i]));
+    }
+    const std::set<std::string> expected{"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
+                                         "DllUnregisterServer"};
+    EXPECT_EQ(expected, names);
+    EXPECT_EQ(4u, exports->NumberOfFunctions);
+}
+
+TEST(LibraryFile, ImportsOnlySystemLibraries) {
+    const std::set<std::string> system{"kernel32.dll", "user32.dll",   "gdi32.dll",    "advapi32.dll", "ole32.dll",
+                                       "oleaut32.dll", "shell32.dll",  "comdlg32.dll", "winmm.dll",    "wininet.dll",
+                                       "comctl32.dll", "winspool.drv", "version.dll",  "msvcrt.dll"};
+    const Image image;
+    const auto* library =
+        image.Mapped<IMAGE_IMPORT_DESCRIPTOR>(image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    for (; library->Name; ++library) {
+        std::string name = image.Mapped<char>(library->Name);
+        std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+        EXPECT_EQ(1u, system.count(name)) << name;
+    }
+}
+
+TEST(LibraryFile, StatesItsVersion) {
+    std::vector<std::byte> resource(GetFileVersionInfoSizeW(LibraryPath().c_str(), nullptr));
+    ASSERT_TRUE(GetFileVersionInfoW(LibraryPath().c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()));
+    void* value = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(VerQueryValueW(resource.data(), L"\\", &value, &size));
+    const auto* fixed = static_cast<VS_FIXEDFILEINFO*>(value);
+    EXPECT_EQ(MAKELONG(1, 1), fixed->dwFileVersionMS);
+    EXPECT_EQ(MAKELONG(1, 0), fixed->dwFileVersionLS);
+    ASSERT_TRUE(VerQueryValueW(resource.data(), L"\\StringFileInfo\\040904B0\\FileDescription", &value, &size));
+    EXPECT_STREQ(L"Velk Support Functions", static_cast<wchar_t*>(value));
+}
+
+TEST(LibraryFile, DoesNotTellWhereItWasBuilt) {
+    const Image image;
+    const std::string library = VELKSPRT_DLL;
+    for (const std::string& folder : {std::string(VELK_SOURCE_DIR "/"), library.substr(0, library.rfind('/') + 1)}) {
+        std::string wide;
+        for (const char c : folder) wide += {c, '\0'};
+        EXPECT_EQ(std::string::npos, image.bytes().find(folder)) << folder;
+        EXPECT_EQ(std::string::npos, image.bytes().find(wide)) << folder;
+    }
+}
+
+class TypeLibrary : public testing::Test {
+  protected:
+    std::vector<Type> Kind(TYPEKIND kind) const {
+        std::vector<Type> found;
+        for (const Type& type : TypesOf(library_)) {
+            if (AttributesOf(type)->typekind == kind) found.push_back(type);
+        }
+        return found;
+    }
+
+    const TypeLib library_ = LoadTypes(LibraryPath().c_str());
+};
+
+TEST_F(TypeLibrary, HasItsNameAndVersion) {
+    EXPECT_EQ(L"VelkSupport", DocumentationOf(library_, -1).name);
+    EXPECT_EQ(L"Velk Support Functions", DocumentationOf(library_, -1).help);
+    EXPECT_EQ(1, AttributesOf(library_)->wMajorVerNum);
+    EXPECT_EQ(1, AttributesOf(library_)->wMinorVerNum);
+}
+
+// The constants of enumerations are left out: the type-library compiler gives them none.
+TEST_F(TypeLibrary, HasAHelpTextForEveryTypeAndMember) {
+    for (const Type& type : TypesOf(library_)) {
+        const Documentation about = DocumentationOf(type, MEMBERID_NIL);
+        EXPECT_FALSE(about.help.empty()) << about.name;
+        const Type own = OwnMembers(type);
+        for (UINT i = 0; i < AttributesOf(own)->cFuncs; ++i) {
+            const Documentation member = DocumentationOf(own, FunctionOf(own, i)->memid);
+            EXPECT_FALSE(member.help.empty()) << about.name << L"." << member.name;
+        }
+    }
+}
+
+void ExpectNamesCoclass(IUnknown* object, const GUID& clsid, const std::wstring& name) {
+    const auto provider = ComPtr<IUnknown>(object).As<IProvideClassInfo2>();
+    ASSERT_TRUE(provider) << name;
+    Type named;
+    ASSERT_EQ(S_OK, provider->GetClassInfo(named.Receive())) << name;
+    EXPECT_EQ(clsid, AttributesOf(named)->guid) << name;
+    for (UINT i = 0; i < AttributesOf(named)->cImplTypes; ++i) {
+        const GUID iid = AttributesOf(Implemented(named, i))->guid;
+        INT flags = 0;
+        named->GetImplTypeFlags(i, &flags);
+        GUID source{};
+        if (flags & IMPLTYPEFLAG_FSOURCE) {
+            EXPECT_EQ(S_OK, provider->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &source)) << name;
+            EXPECT_EQ(iid, source) << name;
+        } else {
+            EXPECT_TRUE(ComPtr<IUnknown>(object).As<IUnknown>(iid)) << name;
+        }
+    }
+}
+
+TEST_F(TypeLibrary, EveryClassIsCreatableAndKnowsItsCoclass) {
+    for (const Type& coclass : Kind(TKIND_COCLASS)) {
+        const auto attributes = AttributesOf(coclass);
+        EXPECT_TRUE(attributes->wTypeFlags & TYPEFLAG_FCANCREATE);
+        const ComPtr<IUnknown> object = CreateUnknown(attributes->guid);
+        ASSERT_TRUE(object) << NameOf(coclass);
+        ExpectNamesCoclass(object.get(), attributes->guid, NameOf(coclass));
+    }
+}
+
+TEST_F(TypeLibrary, CountsMembersFromOneInTheirOrder) {
+    for (const Type& type : Kind(TKIND_DISPATCH)) {
+        const Type own = OwnMembers(type);
+        MEMBERID last = 0;
+        for (UINT i = 0; i < AttributesOf(own)->cFuncs; ++i) {
+            const auto function = FunctionOf(own, i);
+            const bool accessorOfSame = function->invkind != INVOKE_FUNC && function->memid == last;
+            EXPECT_EQ(accessorOfSame ? last : last + 1, function->memid) << NameOf(type) << " " << i;
+            last = function->memid;
+        }
+    }
+}
+
+TEST_F(TypeLibrary, InterfacesAreDualAutomationInterfacesAndHidden) {
+    for (const Type& type : Kind(TKIND_DISPATCH)) {
+        const std::wstring name = NameOf(type);
+        const bool outgoing = name.starts_with(L"__C");
+        const WORD flags = AttributesOf(type)->wTypeFlags;
+        EXPECT_TRUE(outgoing || name.starts_with(L"_C")) << name;
+        EXPECT_TRUE(flags & TYPEFLAG_FHIDDEN) << name;
+        EXPECT_EQ(!outgoing, (flags & TYPEFLAG_FDUAL) != 0) << name;
+        const bool automation = (AttributesOf(OwnMembers(type))->wTypeFlags & TYPEFLAG_FOLEAUTOMATION) != 0;
+        EXPECT_TRUE(outgoing || automation) << name;
+    }
+    EXPECT_TRUE(Kind(TKIND_INTERFACE).empty()) << "an interface that scripts cannot reach";
+}
+
+TEST_F(TypeLibrary, ErrorEnumerationsHaveTheirPublishedValues) {
+    using Values = std::map<std::wstring, LONG>;
+    const std::map<std::wstring, Values> expected{
+        {L"EErrFormSizeConstraint",
+         {{L"InvalidWindowHandle", -2147203923},
+          {L"InvalidMaxHeight", -2147203922},
+          {L"InvalidMaxWidth", -2147203921},
+          {L"InvalidMinHeight", -2147203920},
+          {L"InvalidMinWidth", -2147203919},
+          {L"ComponentFailure", -2147203918}}},
+        {L"EErrIniFile",
+         {{L"InvalidFileName", -2147203823},
+          {L"FileNotFound", -2147203822},
+          {L"NotInitialized", -2147203821},
+          {L"InvalidSection", -2147203820},
+          {L"InvalidKey", -2147203819},
+          {L"ComponentFailure", -2147203818}}},
+        {L"EErrInternetConnection",
+         {{L"InvalidWorkMode", -2147203803}, {L"CannotSetOption", -2147203802}, {L"ComponentFailure", -2147203801}}},
+        {L"EErrScreenshot",
+         {{L"InvalidWindowHandle", -2147203483},
+          {L"InvalidCoordinates", -2147203482},
+          {L"CantGetWindowRect", -2147203481},
+          {L"NoActiveWindow", -2147203480},
+          {L"ComponentFailure", -2147203479}}},
+        {L"EErrStack", {{L"ComponentFailure", -2147203323}}},
+        {L"EErrListViewExtended",
+         {{L"NotInitialized", -2147203283}, {L"InvalidWindowHandle", -2147203282}, {L"ComponentFailure", -2147203281}}},
+    };
+    std::map<std::wstring, Values> found;
+    for (const Type& type : Kind(TKIND_ENUM)) {
+        const std::wstring name = NameOf(type);
+        if (!name.starts_with(L"EErr")) continue;
+        for (UINT i = 0; i < AttributesOf(type)->cVars; ++i) {
+            const auto constant = VariableOf(type, i);
+            const std::wstring full = DocumentationOf(type, constant->memid).name;
+            EXPECT_TRUE(full.starts_with(L"e" + name.substr(1) + L"_")) << full;
+            found[name][full.substr(full.find(L'_') + 1)] = constant->lpvarValue->lVal;
+        }
+    }
+    EXPECT_EQ(expected, found);
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,51 @@
+#include "frame/text.h"
+
+#include <gtest/gtest.h>
+
+namespace velk {
+namespace {
+
+using namespace std::literals;
+
+TEST(Text, TrimNullsKeepsWhatStandsBeforeTheFirstNul) {
+    const std::pair<std::wstring_view, std::wstring_view> cases[] = {
+        {L"abc\0def"sv, L"abc"}, {L"\0abc"sv, L""}, {L"abc", L"abc"}, {L"", L""},
+        {L"abc\0\0"sv, L"abc"},  {L"\0"sv, L""},
+    };
+    for (const auto& [text, trimmed] : cases) EXPECT_EQ(trimmed, TrimNulls(text));
+}
+
+TEST(Text, AnsiConversionsKeepEveryCharacterThatTheCodePageHas) {
+    ASSERT_EQ(1252u, GetACP());
+    const std::pair<std::wstring_view, std::string_view> both[] = {
+        {L"", ""},
+        {L"plain", "plain"},
+        {L"a\0b"sv, "a\0b"sv},
+        {L"\u20AC \u00FC\u00FF", "\x80 \xFC\xFF"},
+    };
+    for (const auto& [wide, bytes] : both) {
+        EXPECT_EQ(bytes, ToAnsi(wide));
+        EXPECT_EQ(Utf16(wide), FromAnsi(bytes));
+    }
+    EXPECT_EQ("?", ToAnsi(L"\u0416"));
+    std::string every;
+    for (int byte = 0; byte < 256; ++byte) every += static_cast<char>(byte);
+    EXPECT_EQ(every, ToAnsi(Wide(FromAnsi(every))));
+}
+
+TEST(Text, BstrOwnsACountedString) {
+    Bstr one(L"a\0b"sv);
+    EXPECT_EQ(L"a\0b"sv, View(one.get()));
+    Bstr two(std::move(one));
+    EXPECT_EQ(nullptr, one.get());
+    EXPECT_EQ(L"", View(one.get()));
+    one = Bstr(L"new");
+    std::swap(one, two);
+    EXPECT_EQ(L"a\0b"sv, View(one.get()));
+    *two.Receive() = one.Detach();
+    EXPECT_EQ(L"a\0b"sv, View(two.get()));
+    EXPECT_NE(nullptr, Bstr(L"").get());
+}
+
+}  // namespace
+}  // namespace velk
