@@ -1,4 +1,7 @@
 // Writes the manifest with which a program uses VelkSprt.dll without registration: manifest LIBRARY OUTPUT
+//
+// The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest inside a
+// DLL of the assembly's name first.
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -58,8 +61,8 @@ std::wstring ProxyStub(const Type& type, const std::wstring& tlbid) {
 }
 
 std::wstring Manifest(const std::filesystem::path& path) {
-    const TypeLib library = LoadTypes(path.c_str());
-    const auto attributes = AttributesOf(library);
+    const TypeLib types = LoadTypes(path.c_str());
+    const auto attributes = AttributesOf(types);
     const std::wstring tlbid = GuidText(attributes->guid);
     const std::wstring version =
         std::to_wstring(attributes->wMajorVerNum) + L"." + std::to_wstring(attributes->wMinorVerNum);
@@ -67,12 +70,12 @@ std::wstring Manifest(const std::filesystem::path& path) {
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", path.stem()) + Attribute(L"version", VELK_VERSION) +
+        Attribute(L"type", L"win32") + Attribute(L"name", library::kName) + Attribute(L"version", VELK_VERSION) +
         Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" + Attribute(L"name", path.filename()) + L">\n";
-    for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, library, tlbid);
+    for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, types, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
             L"/>\n  </file>\n";
-    for (const Type& type : TypesOf(library)) text += ProxyStub(type, tlbid);
+    for (const Type& type : TypesOf(types)) text += ProxyStub(type, tlbid);
     return text + L"</assembly>\n";
 }
 

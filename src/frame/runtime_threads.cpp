@@ -41,6 +41,7 @@ void WINAPI DestroyValue(void* value) {
 
 extern "C" {
 
+// The runtime locks none of its mutexes twice in one thread, not even the recursive ones.
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t*) {
     *mutex = kFree;
     return 0;

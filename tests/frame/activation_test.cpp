@@ -42,7 +42,7 @@ TEST(Activation, TheManifestReplacesRegistration) {
     Export<decltype(&DllUnregisterServer)>("DllUnregisterServer")();
     const ScratchFolder folder;
     const std::wstring library = CopyInto(folder, L"VelkSprt.dll");
-    const std::wstring manifest = CopyInto(folder, L"VelkSprt.manifest");
+    const std::wstring manifest = CopyInto(folder, L"VelkSupport.manifest");
     CLSID clsid;
     ASSERT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
     {

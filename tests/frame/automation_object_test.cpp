@@ -210,6 +210,7 @@ struct Restless : CShapes {
 };
 
 TEST(AutomationObject, ADestructorMayUseReferencesToItsOwnObject) {
+    Restless::destroyed = 0;
     (new Restless)->Release();
     EXPECT_EQ(1, Restless::destroyed);
 }

@@ -8,7 +8,7 @@ using DispatchMalformed = ShapesTest;
 
 TEST_F(DispatchMalformed, UnknownMembersAndInterfaces) {
     DISPPARAMS none{};
-    for (const DISPID id : {-1, 0, 32, 999, 0x10000, static_cast<int>(0x80000000), 0x7FFFFFFF}) {
+    for (const DISPID id : {-1, 0, 34, 999, 0x10000, static_cast<int>(0x80000000), 0x7FFFFFFF}) {
         Variant result;
         EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
                   shapes_->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &none, &result, nullptr, nullptr))

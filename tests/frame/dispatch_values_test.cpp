@@ -115,6 +115,22 @@ TEST_F(DispatchValues, ABadArgumentIsNamedByItsPlaceInTheCallersArray) {
     EXPECT_EQ(0.0, d);
 }
 
+TEST_F(DispatchValues, MembersWithoutArguments) {
+    shapes_->put_Item(0, Arg(true));
+    EXPECT_EQ(L"11:-1", Describe(Get(shapes_.get(), L"First").value));
+    EXPECT_EQ(L"5:10", Describe(Get(shapes_.get(), L"Share").value));
+    shapes_->put_Step(0);
+    const Outcome outcome = Get(shapes_.get(), L"Share");
+    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
+    EXPECT_EQ(kRuntimeErrorBase + 11, outcome.code);
+    EXPECT_EQ(L"Division by zero", outcome.description);
+    VARIANT result = Arg(77L);
+    DISPPARAMS none{};
+    EXPECT_EQ(DISP_E_EXCEPTION,
+              shapes_->Invoke(32, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr));
+    EXPECT_EQ(VT_EMPTY, result.vt);
+}
+
 TEST_F(DispatchValues, EarlyBoundCallsGetTheSame) {
     SHORT s = 0;
     DOUBLE d = 2.5, wasDouble = 0;

@@ -20,7 +20,7 @@ namespace velk::test {
 namespace {
 
 constexpr unsigned kSeed = 20030117;
-constexpr int kCalls = 120'000;
+constexpr int kCalls = 200'000;
 constexpr int kCallsAnObject = 100;
 
 // "CClass.Member" of what cannot be called here, each with the reason.
@@ -243,7 +243,8 @@ class Client {
     static void Interfere() {
         if (!current_ || current_->variables_.empty() || OneIn(2)) return;
         VARIANT* const variable = AnyOf(current_->variables_);
-        if (SUCCEEDED(VariantClear(variable))) *variable = AnyValue().Detach();
+        if (SUCCEEDED(VariantClear(variable)))
+            *variable = OneIn(2) ? AnyValue().Detach() : Ref(static_cast<VARTYPE>(VT_I2 + Below(20)), nullptr);
     }
 
   private:

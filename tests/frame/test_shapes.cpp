@@ -144,6 +144,13 @@ STDMETHODIMP CShapes::Raise(FLOAT value) noexcept {
     return S_OK;
 }
 
+STDMETHODIMP CShapes::get_Share(DOUBLE* result) noexcept {
+    return Guard(L"Share", result, [&] {
+        if (step_ == 0) throw RuntimeError(11);
+        return 10.0 / step_;
+    });
+}
+
 Variant CShapes::Copy(const VARIANT& value) {
     Variant copy;
     ThrowIfFailed(VariantCopy(&copy, const_cast<VARIANT*>(&value)));

@@ -64,6 +64,8 @@ class CShapes : public AutomationObject<_CShapes> {
 
     STDMETHODIMP Fail(EFailure kind, LONG* result) noexcept override;
     STDMETHODIMP Raise(FLOAT value) noexcept override;
+    STDMETHODIMP get_Share(DOUBLE* result) noexcept override;
+    STDMETHODIMP get_First(VARIANT* result) noexcept override { return Echo<VARIANT>(items_[0], result); }
 
   private:
     void* ExtraFace(REFIID iid) noexcept override {

@@ -220,6 +220,7 @@ TEST(Unload, LeavesNothingBehindInAHundredRounds) {
     EXPECT_EQ(before.handles, after.handles);
     EXPECT_EQ(before.blocks, after.blocks);
     EXPECT_EQ(before.threadSlots, after.threadSlots);
+    EXPECT_EQ(0u, LoadTypes(copy.c_str()).Detach()->Release()) << "somebody else still holds the type library";
 }
 
 }  // namespace
