@@ -1,7 +1,7 @@
 // Writes the manifest with which a program uses VelkSprt.dll without registration: manifest LIBRARY OUTPUT
 //
-// The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest inside a
-// DLL of the assembly's name first.
+// The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest
+// inside a DLL of the assembly's name first.
 #include <cstdio>
 #include <filesystem>
 #include <string>
