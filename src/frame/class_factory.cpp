@@ -3,27 +3,14 @@
 #include <algorithm>
 #include <new>
 
+#include "frame/helper_object.h"
+
 namespace velk {
 namespace {
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public HelperObject<IClassFactory> {
   public:
     explicit ClassFactory(const ClassEntry& entry) noexcept : entry_(entry) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        if (!object) return E_POINTER;
-        const bool known = iid == IID_IUnknown || iid == IID_IClassFactory;
-        *object = known ? this : nullptr;
-        if (!known) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++count_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override {
-        const ULONG left = --count_;
-        if (left == 0) delete this;
-        return left;
-    }
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) noexcept override try {
         if (!object) return E_POINTER;
@@ -40,8 +27,6 @@ class ClassFactory final : public IClassFactory {
 
   private:
     const ClassEntry& entry_;
-    library::Use use_;
-    std::atomic<ULONG> count_ = 1;
 };
 
 }  // namespace

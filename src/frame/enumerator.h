@@ -1,12 +1,11 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <new>
 #include <utility>
 #include <vector>
 
-#include "frame/library.h"
+#include "frame/helper_object.h"
 #include "frame/platform.h"
 
 namespace velk {
@@ -14,26 +13,11 @@ namespace velk {
 // An automation enumerator over a snapshot. Item converts to what the interface hands out by Give(), which adds
 // whatever reference the receiver will own.
 template <class Interface, class Item, class Given>
-class Enumerator final : public Interface {
+class Enumerator final : public HelperObject<Interface> {
   public:
     static HRESULT Make(std::vector<Item> items, std::size_t next, Interface** made) noexcept {
         *made = new (std::nothrow) Enumerator(std::move(items), next);
         return *made ? S_OK : E_OUTOFMEMORY;
-    }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        if (!object) return E_POINTER;
-        const bool known = iid == IID_IUnknown || iid == __uuidof(Interface);
-        *object = known ? this : nullptr;
-        if (!known) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++count_; }
-    STDMETHODIMP_(ULONG) Release() noexcept override {
-        const ULONG left = --count_;
-        if (left == 0) delete this;
-        return left;
     }
 
     STDMETHODIMP Next(ULONG wanted, Given* items, ULONG* fetched) noexcept override {
@@ -63,10 +47,8 @@ class Enumerator final : public Interface {
   private:
     Enumerator(std::vector<Item> items, std::size_t next) noexcept : items_(std::move(items)), next_(next) {}
 
-    library::Use use_;
     std::vector<Item> items_;
     std::size_t next_;
-    std::atomic<ULONG> count_ = 1;
 };
 
 }  // namespace velk
