@@ -115,10 +115,7 @@ HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& gi
     const HRESULT settled = arguments.Settle(given, locale, badArgument);
     if (FAILED(settled)) return settled;
     *ended = arguments.Call(object, place);
-    if (FAILED(*ended)) return S_OK;
-    const HRESULT written = arguments.WriteBack();
-    if (FAILED(written)) VariantClear(result);
-    return written;
+    return SUCCEEDED(*ended) ? arguments.WriteBack() : S_OK;
 }
 
 }  // namespace
@@ -151,17 +148,16 @@ HRESULT InvokeAny(const InterfacePlan& plan, IDispatch* object, DISPID id, REFII
                   DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (!parameters) return DISP_E_BADPARAMCOUNT;
-    Variant unwanted;  // the result, for a client that does not ask for it
-    VARIANT& answer = result ? *result : unwanted;
-    answer.vt = VT_EMPTY;
-    const CallPlan* const member = plan.Find(id, flags);
-    if (!member) return DISP_E_MEMBERNOTFOUND;
-    UINT ignored = 0;
+    Variant answer;  // not the client's yet: its place for the result may be one of the arguments
     HRESULT ended = S_OK;
+    UINT ignored = 0;
+    const CallPlan* const member = plan.Find(id, flags);
     const HRESULT called =
-        CallMember(*member, object, *parameters, locale, &answer, &ended, badArgument ? badArgument : &ignored);
-    if (SUCCEEDED(called) && SUCCEEDED(ended)) return S_OK;
-    answer.vt = VT_EMPTY;  // a member that fails leaves no result
+        member ? CallMember(*member, object, *parameters, locale, &answer, &ended, badArgument ? badArgument : &ignored)
+               : DISP_E_MEMBERNOTFOUND;
+    const bool succeeded = SUCCEEDED(called) && SUCCEEDED(ended);
+    if (result) *result = succeeded ? answer.Detach() : VARIANT{};
+    if (succeeded) return S_OK;
     return FAILED(called) ? called : Exception(ended, exception);
 }
 

@@ -109,5 +109,14 @@ TEST_F(DispatchVariables, APropertyTakesAVariableForItsByReferenceValue) {
     EXPECT_EQ(L"literal", TextOf(Get(shapes_.get(), L"Label").value));
 }
 
+TEST_F(DispatchVariables, TheResultMayGoWhereAnArgumentStood) {
+    Variant variable = Holding(VT_I4, L"12");
+    VARIANT argument = Arg(&variable);
+    DISPPARAMS parameters{&argument, nullptr, 1, 0};
+    EXPECT_EQ(S_OK, shapes_->Invoke(IdOf(shapes_.get(), L"EchoLong"), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                    &parameters, &variable, nullptr, nullptr));
+    EXPECT_EQ(L"3:12", Describe(variable));
+}
+
 }  // namespace
 }  // namespace velk::test
