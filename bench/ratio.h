@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
+#include <type_traits>
 
 namespace velk::bench {
 
@@ -15,13 +16,27 @@ void Keep(const T& value) {
     asm volatile("" : : "g"(&value) : "memory");
 }
 
-// Time in ns of `count` calls.
-template <class Candidate>
-double Time(Candidate& candidate, long count) {
+// Time in ns of one call.
+template <class Work>
+double TimeOf(Work&& work) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
-    for (long i = 0; i < count; ++i) candidate();
+    work();
     return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
+}
+
+// Time in ns of `count` calls. A candidate that returns a double has measured itself: not all that it does counts.
+template <class Candidate>
+double Time(Candidate& candidate, long count) {
+    if constexpr (std::is_same_v<decltype(candidate()), double>) {
+        double sum = 0;
+        for (long i = 0; i < count; ++i) sum += candidate();
+        return sum;
+    } else {
+        return TimeOf([&] {
+            for (long i = 0; i < count; ++i) candidate();
+        });
+    }
 }
 
 // How many calls take about a millisecond: long beside the clock's step, short beside what else the machine does.
@@ -36,9 +51,8 @@ long CallsPerSample(Candidate& candidate) {
 
 // Median time in ns of one call of each candidate. They take turns, so that a change of the clock rate or a busy
 // neighbour hits all of them.
-template <class... Candidates>
+template <std::size_t kRounds = 51, class... Candidates>
 std::array<double, sizeof...(Candidates)> MedianTimes(Candidates&&... candidates) {
-    constexpr std::size_t kRounds = 51;
     const std::array<long, sizeof...(Candidates)> counts = {CallsPerSample(candidates)...};
     std::array<std::array<double, kRounds>, sizeof...(Candidates)> samples;
     for (std::size_t round = 0; round < kRounds; ++round) {

@@ -1,5 +1,8 @@
 #include "frame/class_table.h"
 
+#include "containers/con_cat.h"
+#include "containers/linked_list.h"
+#include "containers/stack.h"
 #include "integrity/crc32.h"
 #include "integrity/dat_file.h"
 
@@ -9,6 +12,9 @@ std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
         EntryOf<CCRC32>(),
         EntryOf<CDatFile>(),
+        EntryOf<CLinkedList>(),
+        EntryOf<CStack>(),
+        EntryOf<CConCat>(),
     };
     return kClasses;
 }

@@ -12,15 +12,15 @@ ULONG ObjectCore::CountDown() noexcept {
     return 0;
 }
 
-HRESULT ObjectCore::Fail(const wchar_t* member) const noexcept try {
+HRESULT ObjectCore::Fail(const wchar_t* member, FailurePolicy policy) const noexcept try {
     const Failure failure = CaughtFailure();
     const bool ours = failure.kind != Failure::Kind::Runtime;
-    if (failure.kind == Failure::Kind::NullArgument || info_.policy == FailurePolicy::PassOn) {
+    if (failure.kind == Failure::Kind::NullArgument || policy == FailurePolicy::PassOn) {
         return RaiseToClient(failure, info_.name, info_.iid);
     }
-    if (info_.policy == FailurePolicy::Report) {
+    if (policy != FailurePolicy::ComponentFailure) {
         ReportFailure(failure, member);
-        return S_OK;
+        return policy == FailurePolicy::Report ? S_OK : RaiseToClient(failure, info_.name, info_.iid);
     }
     if (ours) return RaiseToClient(failure, info_.name, info_.iid);
     const std::wstring description = std::wstring(info_.name) + L" component failure";

@@ -21,6 +21,7 @@ enum class FailurePolicy {
     PassOn,            // the caller gets the error itself
     ComponentFailure,  // the class's own errors reach the caller; every other becomes its component-failure code
     Report,            // a message box titled with the member's name; the caller gets what the result was so far
+    ReportAndPassOn,   // the same message box, and the caller gets the error itself
 };
 
 struct ClassInfo {
@@ -47,7 +48,8 @@ class ObjectCore {
     ULONG CountDown() noexcept;
 
     // Turns the exception that is being handled into the member's answer.
-    HRESULT Fail(const wchar_t* member) const noexcept;
+    HRESULT Fail(const wchar_t* member) const noexcept { return Fail(member, info_.policy); }
+    HRESULT Fail(const wchar_t* member, FailurePolicy policy) const noexcept;
 
     HRESULT GetCoclass(ITypeInfo** info) const noexcept;
     HRESULT GetEventsGuid(DWORD kind, GUID* guid) const noexcept;
@@ -75,8 +77,9 @@ void HandOver(To& to, From&& from) noexcept {
 
 }  // namespace detail
 
+// The interface comes first, so that its calls arrive without an adjusted pointer.
 template <class Interface>
-class AutomationObject : public ObjectCore, public Interface, public ISupportErrorInfo, public IProvideClassInfo2 {
+class AutomationObject : public Interface, public ObjectCore, public ISupportErrorInfo, public IProvideClassInfo2 {
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
         if (!object) return E_POINTER;
@@ -139,6 +142,21 @@ class AutomationObject : public ObjectCore, public Interface, public ISupportErr
         return S_OK;
     } catch (...) {
         return Fail(member);
+    }
+
+    // For a member, or a part of one, whose errors its class leaves as they are, whatever it does with others.
+    template <class Body>
+    HRESULT PassOn(Body&& body) const noexcept try {
+        body();
+        return S_OK;
+    } catch (...) {
+        return Fail(nullptr, FailurePolicy::PassOn);
+    }
+    template <class T, class Body>
+    HRESULT PassOn(T* result, Body&& body) const noexcept {
+        if (!result) return E_POINTER;
+        *result = T{};
+        return PassOn([&] { detail::HandOver(*result, body()); });
     }
 
   private:

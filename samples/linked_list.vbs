@@ -1,0 +1,31 @@
+' A most-recently-used list: what is opened goes to the front, at most four names are kept.
+'
+'     cscript //nologo linked_list.vbs
+Option Explicit
+
+Dim recent: Set recent = CreateObject("VelkSupport.CLinkedList")
+Dim name
+For Each name In Array("scale.dat", "report.txt", "scale.dat", "log.txt", "notes.txt", "old.ini", "report.txt")
+    Opened name
+Next
+Show
+
+Sub Opened(name)
+    Dim index: index = recent.Find(name, 0, -1)
+    If index > 0 Then recent.Remove index
+    recent.Add name, -1
+    If recent.Count > 4 Then
+        recent.MoveLast
+        recent.Remove
+    End If
+End Sub
+
+Sub Show()
+    Dim text
+    recent.MoveFirst
+    Do Until recent.EOL
+        text = text & " " & recent.Item
+        recent.MoveNext
+    Loop
+    WScript.Echo "Recently used:" & text
+End Sub

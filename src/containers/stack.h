@@ -1,0 +1,29 @@
+// CStack: a stack of variants. See value_stack.h for its deliberate oddities.
+#pragma once
+
+#include "containers/value_stack.h"
+#include "frame/automation_object.h"
+#include "frame/variant.h"
+#include "velksprt.h"
+
+namespace velk {
+
+class CStack final : public AutomationObject<_CStack> {
+  public:
+    static const ClassInfo kInfo;
+
+    CStack() noexcept : AutomationObject(kInfo) {}
+
+    STDMETHODIMP get_Count(LONG* result) noexcept override;
+    STDMETHODIMP get_GrowBy(LONG* result) noexcept override;
+    STDMETHODIMP put_GrowBy(LONG* Value) noexcept override;
+    STDMETHODIMP get_Peak(VARIANT* result) noexcept override;
+    STDMETHODIMP Clear() noexcept override;
+    STDMETHODIMP Pop(VARIANT* result) noexcept override;
+    STDMETHODIMP Push(VARIANT* Value) noexcept override;
+
+  private:
+    ValueStack<Variant> stack_;
+};
+
+}  // namespace velk

@@ -1,0 +1,39 @@
+// A text that grows by appending. Described, it is a buffer padded with blanks that grows by 15000 characters or by the
+// piece's length; capacity() tells that buffer's length. The characters lie in chunks instead, each about as long as
+// all before it up to a megabyte or two, so that no character is copied twice.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace velk {
+
+class TextBuffer {
+  public:
+    // Both leave the text as it was when memory runs out.
+    void Append(std::u16string_view piece);
+    void Assign(std::u16string_view text);
+    void CopyTo(char16_t* to) const;
+
+    std::size_t length() const noexcept { return length_; }
+    std::size_t capacity() const noexcept { return capacity_; }
+
+  private:
+    struct Chunk {
+        explicit Chunk(std::size_t size);
+        void Put(std::u16string_view piece);
+
+        std::unique_ptr<char16_t[]> characters;
+        std::size_t used = 0;
+        std::size_t room;
+    };
+    std::u16string_view StartChunk(std::u16string_view piece);
+
+    std::vector<Chunk> chunks_;  // only the last one has room
+    std::size_t length_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+}  // namespace velk

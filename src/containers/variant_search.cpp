@@ -1,0 +1,148 @@
+#include "containers/variant_search.h"
+
+#include <optional>
+
+#include "containers/stored_variant.h"
+#include "frame/com_ptr.h"
+#include "frame/failure.h"
+#include "frame/text.h"
+#include "velksprt.h"
+
+namespace velk {
+namespace {
+
+// Like the platform's own comparison, VARCMP_LT, VARCMP_EQ or VARCMP_GT; a number that is none is greater than any.
+template <class T>
+HRESULT Order(const T& left, const T& right) noexcept {
+    return left == right ? VARCMP_EQ : left < right ? VARCMP_LT : VARCMP_GT;
+}
+
+// The type in which the platform compares a number by value, where it refuses the number's own.
+VARTYPE ComparableType(VARTYPE type) noexcept {
+    switch (type) {
+        case VT_I1:
+        case VT_UI2:
+            return VT_I4;
+        case VT_UI4:
+        case VT_UINT:
+            return VT_I8;
+        case VT_UI8:
+            return VT_DECIMAL;
+        default:
+            return type;
+    }
+}
+
+HRESULT OrderByPlatform(const VARIANT& left, const VARIANT& right) {
+    VARIANT* operands[] = {const_cast<VARIANT*>(&left), const_cast<VARIANT*>(&right)};
+    Variant converted[2];
+    for (int i = 0; i < 2; ++i) {
+        const VARTYPE type = ComparableType(operands[i]->vt);
+        if (type == operands[i]->vt) continue;
+        ThrowIfFailed(VariantChangeType(&converted[i], operands[i], 0, type));
+        operands[i] = &converted[i];
+    }
+    const HRESULT order = VarCmp(operands[0], operands[1], LOCALE_USER_DEFAULT, 0);
+    ThrowIfFailed(order);
+    return order;
+}
+
+HRESULT OrderOf(const VARIANT& left, const VARIANT& right) {
+    if (left.vt != right.vt) return OrderByPlatform(left, right);
+    switch (left.vt) {
+        case VT_I2:
+            return Order(left.iVal, right.iVal);
+        case VT_I4:
+            return Order(left.lVal, right.lVal);
+        case VT_R4:
+            return Order(left.fltVal, right.fltVal);
+        case VT_R8:
+            return Order(left.dblVal, right.dblVal);
+        case VT_UI1:
+            return Order(left.bVal, right.bVal);
+        case VT_BSTR:
+            return Order(View(left.bstrVal).compare(View(right.bstrVal)), 0);
+        default:
+            return OrderByPlatform(left, right);
+    }
+}
+
+// Nothing is equal to Null, and nothing is unequal to it.
+bool Meets(LONG condition, HRESULT order) noexcept {
+    switch (condition) {
+        case fccNotEqual:
+            return order == VARCMP_LT || order == VARCMP_GT;
+        case fccLess:
+            return order == VARCMP_LT;
+        case fccLessEqual:
+            return order == VARCMP_LT || order == VARCMP_EQ;
+        case fccGreater:
+            return order == VARCMP_GT;
+        case fccGreaterEqual:
+            return order == VARCMP_GT || order == VARCMP_EQ;
+        default:
+            return order == VARCMP_EQ;
+    }
+}
+
+// The text of a value as a script would write it; none for Null.
+class Text {
+  public:
+    explicit Text(const VARIANT& value) {
+        if (value.vt == VT_BSTR) {
+            view_ = View(value.bstrVal);
+        } else if (value.vt != VT_NULL) {
+            ThrowIfFailed(VariantChangeTypeEx(&converted_, const_cast<VARIANT*>(&value), LOCALE_USER_DEFAULT,
+                                              VARIANT_ALPHABOOL, VT_BSTR));
+            view_ = View(converted_.bstrVal);
+        }
+    }
+
+    // An empty text contains nothing, not even an empty one.
+    bool Contains(const Text& other) const noexcept {
+        return view_ && other.view_ && !view_->empty() && view_->find(*other.view_) != view_->npos;
+    }
+
+  private:
+    Variant converted_;
+    std::optional<std::wstring_view> view_;
+};
+
+ComPtr<IUnknown> IdentityOf(IUnknown* object) {
+    const ComPtr<IUnknown> identity = ComPtr<IUnknown>(object).As<IUnknown>();
+    return identity ? identity : ComPtr<IUnknown>(object);
+}
+
+// Asking objects who they are runs foreign code, which may change the list. So the list only looks for objects, and
+// each is asked when nothing points into the list.
+LONG FindObject(VariantList& list, IUnknown* wanted, bool same, LONG first, bool descending) {
+    const ComPtr<IUnknown> identity = IdentityOf(wanted);
+    LONG left = list.upper();
+    for (LONG at = first;; at = list.Beyond(at, descending)) {
+        ComPtr<IUnknown> object;
+        at = list.Find(at, descending, [&](const Variant& item) {
+            if (!HoldsObject(item)) return false;
+            object = ComPtr<IUnknown>(item.punkVal);
+            return true;
+        });
+        if (at == 0 || left-- < 0) return 0;
+        if ((IdentityOf(object.get()).get() == identity.get()) == same) return at;
+    }
+}
+
+}  // namespace
+
+LONG FindVariant(VariantList& list, const Variant& wanted, LONG condition, LONG start, bool descending) {
+    const LONG first = list.SearchStart(start, descending);
+    if (HoldsObject(wanted)) return FindObject(list, wanted.punkVal, condition != fccNotEqual, first, descending);
+    const auto find = [&](auto matches) {
+        return list.Find(first, descending, [&](const Variant& item) { return !HoldsObject(item) && matches(item); });
+    };
+    if (condition == fccInStr) {
+        const Text text(wanted);
+        return find([&](const Variant& item) { return Text(item).Contains(text); });
+    }
+    return find([&](const Variant& item) { return Meets(condition, OrderOf(item, wanted)); });
+}
+
+}  // namespace velk

@@ -1,0 +1,107 @@
+// CLinkedList as its clients see it. What its nodes do is compared with the literal rules in node_list_test.cpp.
+#include <gtest/gtest.h>
+
+#include "frame/text.h"
+#include "support/bare_dispatch.h"
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/report_recorder.h"
+
+namespace velk::test {
+namespace {
+
+class LinkedList : public testing::Test {
+  protected:
+    LONG Add(const VARIANT& value) { return Call(list_.get(), L"Add", {value}).value.lVal; }
+    LONG Find(const VARIANT& value, LONG condition = 0, LONG start = -1, bool descending = false) {
+        return Call(list_.get(), L"Find", {value, Arg(condition), Arg(start), Arg(descending)}).value.lVal;
+    }
+    LONG Number(const wchar_t* member) { return Get(list_.get(), member).value.lVal; }
+    bool Flag(const wchar_t* member) { return Get(list_.get(), member).value.boolVal != VARIANT_FALSE; }
+
+    ComPtr<IDispatch> list_ = CreateObject<IDispatch>(__uuidof(::CLinkedList));
+};
+
+TEST_F(LinkedList, KeepsItemsUnderTheirIndexAndWalksThem) {
+    EXPECT_TRUE(Flag(L"IsEmpty") && Flag(L"BOL") && Flag(L"EOL"));
+    for (LONG i = 1; i <= 3; ++i) EXPECT_EQ(i, Add(Arg(i * 10)));
+    EXPECT_EQ(4, Call(list_.get(), L"Add", {Arg(LONG{5}), Arg(LONG{2})}).value.lVal);
+    Call(list_.get(), L"MoveFirst");
+    std::vector<LONG> values;
+    for (; !Flag(L"EOL"); Call(list_.get(), L"MoveNext")) values.push_back(Get(list_.get(), L"Item").value.lVal);
+    EXPECT_EQ((std::vector<LONG>{10, 5, 20, 30}), values);
+    Call(list_.get(), L"MoveLast");
+    Call(list_.get(), L"MovePrevious");
+    EXPECT_EQ(2, Number(L"CurrIndex"));
+    Call(list_.get(), L"Remove", {Arg(LONG{4})});
+    EXPECT_EQ(4, Add(Arg(LONG{7})));
+    EXPECT_EQ(4, Number(L"Count"));
+}
+
+TEST_F(LinkedList, ReportsAndRaisesABadIndex) {
+    Add(Arg(LONG{1}));
+    struct Case {
+        const wchar_t* member;
+        const wchar_t* title;
+        LONG argument;
+    };
+    const Case cases[] = {{L"CheckIndex", L"CLinkedList.CheckIndex", 0},
+                          {L"CheckIndex", L"CLinkedList.CheckIndex", 2},
+                          {L"Move", L"CLinkedList.Move", 101},
+                          {L"Remove", L"CLinkedList.Remove", -1},
+                          {L"Item", L"CLinkedList.Item", 2},
+                          {L"SetSize", L"CLinkedList.SetSize", 0}};
+    for (const Case& c : cases) {
+        const ReportRecorder recorder(Library());
+        const Outcome outcome = Call(list_.get(), c.member, {Arg(c.argument)});
+        EXPECT_EQ(static_cast<HRESULT>(0x800A0005), outcome.code) << c.title;
+        EXPECT_EQ(L"Invalid procedure call or argument", outcome.description);
+        ASSERT_EQ(1u, recorder.reports().size());
+        EXPECT_EQ(c.title, recorder.reports()[0].title);
+        EXPECT_EQ(L"Error: 5. Invalid procedure call or argument", recorder.reports()[0].text);
+    }
+}
+
+// The condition speaks of the items: fccLess finds an item that is less than the value.
+TEST_F(LinkedList, FindsItemsThatMeetTheCondition) {
+    const Variant apple = Text(L"apple"), pear = Text(L"pear"), part = Text(L"ppl"), upper = Text(L"APPLE");
+    Add(Arg(LONG{10}));
+    Add(Arg(20.5));
+    Add(apple);
+    Add(pear);
+    struct Case {
+        LONG found;
+        VARIANT value;
+        LONG condition;
+    };
+    const Case cases[] = {{1, Arg(10.0), fccEqual}, {2, Arg(LONG{10}), fccGreater}, {1, Arg(LONG{20}), fccLess},
+                          {3, apple, fccEqual},     {0, upper, fccEqual},           {3, part, fccInStr}};
+    for (const Case& c : cases) EXPECT_EQ(c.found, Find(c.value, c.condition)) << c.condition;
+    EXPECT_EQ(3, Find(apple, fccEqual, -1, true));
+    EXPECT_EQ(0, Find(Arg(LONG{10}), fccEqual, 1));  // the start itself is not looked at
+}
+
+TEST_F(LinkedList, HoldsObjectsByReferenceAndCopiesTheRest) {
+    class Thing final : public BareDispatch {
+        STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+            return E_NOTIMPL;
+        }
+    };
+    const auto thing = ComPtr<Thing>::Attach(new Thing);
+    Variant text = Text(L"kept");
+    Add(Arg(&text));
+    VariantClear(&text);
+    Add(Arg(static_cast<IDispatch*>(thing.get())));
+    Add(Arg(list_.get()));  // itself
+    EXPECT_EQ(2u, thing->count());
+    EXPECT_EQ(L"kept", TextOf(Call(list_.get(), L"Item", {Arg(LONG{1})}).value));
+    EXPECT_EQ(thing.get(), Call(list_.get(), L"Item", {Arg(LONG{2})}).value.pdispVal);
+    EXPECT_EQ(2, Find(Arg(static_cast<IDispatch*>(thing.get()))));
+    Invoke(list_.get(), L"Item", DISPATCH_PROPERTYPUTREF, {Arg(LONG{1}), Arg(static_cast<IDispatch*>(thing.get()))});
+    EXPECT_EQ(3u, thing->count());
+    for (const LONG index : {1, 2, 3}) Call(list_.get(), L"Remove", {Arg(index)});
+    EXPECT_EQ(1u, thing->count());
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,209 @@
+#include "containers/node_list.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <new>
+#include <random>
+#include <type_traits>
+#include <vector>
+
+#include "containers/literal_list.h"
+
+namespace velk::test {
+namespace {
+
+// What a member answers: its result, or -1000 - n for run-time error n.
+int Answer(auto&& member) try {
+    if constexpr (std::is_void_v<decltype(member())>) {
+        return member(), 0;
+    } else {
+        return member();
+    }
+} catch (const RuntimeError& error) {
+    return -1000 - error.number();
+}
+
+struct Operands {
+    int value;
+    int a, b;  // as a rule indices within the array
+    bool flag;
+};
+
+// Lists that grow, that churn, that are sized ahead and that are often emptied meet different oddities.
+constexpr int kOperations = 16;
+constexpr std::array<std::array<double, kOperations>, 4> kTempers = {{
+    {40, 5, 5, 5, 2, 4, 3, 2, 2, 2, 4, 2, 5, 5, 0, 0},
+    {10, 8, 8, 8, 9, 9, 6, 3, 3, 3, 5, 5, 5, 5, 0, 0},
+    {15, 8, 8, 5, 5, 5, 6, 3, 3, 3, 5, 5, 5, 5, 4, 0},
+    {15, 8, 8, 5, 7, 7, 6, 3, 3, 3, 5, 5, 5, 5, 1, 1.5},
+}};
+
+int Operate(auto& list, int operation, const Operands& with) {
+    const auto [value, a, b, flag] = with;
+    const auto equal = [value](int item) { return item == value; };
+    const auto less = [value](int item) { return item < value; };
+    return Answer([&]() -> int {
+        switch (operation) {
+            case 0:
+                return list.Add(value, 0, 0);
+            case 1:
+                return list.Add(value, a, flag ? b : 0);
+            case 2:
+                return list.Add(value, 0, a);
+            case 3:
+                return list.Add(value, -1, 0);
+            case 4:
+                return list.Remove(a);
+            case 5:
+                return list.Remove(0);
+            case 6:
+                return list.Item(a) = value;
+            case 7:
+                return list.Move(a), 0;
+            case 8:
+                return list.MoveFirst(), 0;
+            case 9:
+                return list.MoveLast(), 0;
+            case 10:
+                return list.MoveNext(), 0;
+            case 11:
+                return list.MovePrevious(), 0;
+            case 12:
+                return list.Find(list.SearchStart(a, flag), flag, equal);
+            case 13:
+                return list.Find(list.SearchStart(a, flag), flag, less);
+            case 14:
+                return flag ? list.SetCursor(a) : list.SetSize(list.upper() - 20 + 4 * value, b), 0;
+            default:
+                return list.Create(), 0;
+        }
+    });
+}
+
+// All that a client can see, without what only some steps ask for.
+std::vector<int> Seen(auto& list) {
+    std::vector<int> seen = {list.upper(), list.count(), list.cursor(), list.AtBeginning(), list.AtEnd()};
+    for (int i = -1; i <= list.upper() + 1; ++i) seen.push_back(list.IsItem(i) ? list.Item(i) : -1);
+    return seen;
+}
+
+class NodeListModel : public testing::TestWithParam<unsigned> {};
+
+TEST_P(NodeListModel, AnswersAsDescribedAfterEveryStep) {
+    std::mt19937 random(GetParam());
+    const auto pick = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+    const auto& temper = kTempers[GetParam() % kTempers.size()];
+    std::discrete_distribution<int> operations(temper.begin(), temper.end());
+    LiteralList literal;
+    NodeList<int> list;
+    list.Create();
+    const auto index = [&] {
+        int picked = pick(-3, literal.upper() + 3);
+        for (int tries = pick(0, 20); tries > 0 && !literal.IsItem(picked); --tries) picked = pick(0, literal.upper());
+        return picked;
+    };
+    for (int step = 0; step < 3000; ++step) {
+        const int operation = operations(random);
+        const Operands with{pick(1, 40), index(), index(), pick(0, 1) == 1};
+        ASSERT_EQ(Operate(literal, operation, with), Operate(list, operation, with))
+            << "step " << step << ", operation " << operation << " of " << with.value << ", " << with.a << ", "
+            << with.b;
+        ASSERT_EQ(Seen(literal), Seen(list)) << "step " << step << ", operation " << operation;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, NodeListModel, testing::Range(1u, 17u));
+
+// A value that runs code when it goes.
+struct Farewell {
+    Farewell() = default;
+    explicit Farewell(std::function<void()> onGone) : run(std::make_shared<Runner>(std::move(onGone))) {}
+    struct Runner {
+        explicit Runner(std::function<void()> onGone) : onGone(std::move(onGone)) {}
+        ~Runner() { onGone(); }
+        std::function<void()> onGone;
+    };
+    std::shared_ptr<Runner> run;
+};
+
+TEST(NodeList, FindsItselfInOrderWhenAValueGoes) {
+    using List = NodeList<Farewell>;
+    List list;
+    list.Create();
+    int gone = 0;
+    // Each value, when it goes, sees a list that holds `count` items, and adds and removes one.
+    const auto value = [&](int count) {
+        return Farewell([&list, &gone, count] {
+            ++gone;
+            EXPECT_EQ(count, list.count());
+            list.Remove(list.Add(Farewell(), 0, 0));
+        });
+    };
+    list.Add(value(1), 0, 0);
+    const int second = list.Add(value(1), 0, 0);
+    list.Remove(second);
+    EXPECT_EQ(1, gone);
+    std::exchange(list.Item(1), value(1));
+    EXPECT_EQ(2, gone);
+    list.Create();  // the count stays
+    EXPECT_EQ(3, gone);
+}
+
+TEST(NodeList, AUsedNodeThatIsTakenAgainGivesItsValueBack) {
+    int gone = 0;
+    NodeList<Farewell> list;
+    list.Create();
+    list.SetSize(200, 0);  // the 200 nodes are a ring now
+    for (int i = 0; i < 200; ++i) list.Add(Farewell([&] { ++gone; }), 0, 0);
+    EXPECT_EQ(0, gone);
+    EXPECT_EQ(101, list.Add(Farewell(), 0, 0));
+    EXPECT_EQ(1, gone);
+    EXPECT_EQ(201, list.count());
+}
+
+TEST(NodeList, MayBeAddedToWhileItGoes) {
+    int gone = 0;
+    {
+        NodeList<Farewell> list;
+        list.Create();
+        for (int i = 0; i < 3; ++i) {
+            list.Add(Farewell([&] {
+                         ++gone;
+                         Answer([&] { return list.Add(Farewell([&] { ++gone; }), 0, 0); });
+                     }),
+                     0, 0);
+        }
+    }
+    EXPECT_EQ(6, gone);
+}
+
+TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
+    NodeList<int> list;
+    list.Create();
+    list.Add(7, 0, 0);
+    const auto before = Seen(list);
+    for (const int size : {std::numeric_limits<int>::max(), 1'000'000'000}) {
+        EXPECT_THROW(list.SetSize(size, 0), std::bad_alloc);
+    }
+    EXPECT_THROW(list.SetSize(0, 0), RuntimeError);
+    EXPECT_THROW(list.SetSize(200, -1), RuntimeError);
+    EXPECT_EQ(before, Seen(list));
+    EXPECT_EQ(2, list.Add(8, 0, 0));
+}
+
+// Where a way leads in a circle depends on what is described, so the circle is a real one.
+TEST(NodeList, ASearchThatWalksInACircleEnds) {
+    NodeList<int> list;
+    list.Create();
+    list.SetSize(101, 0);
+    for (int i = 0; i < 101; ++i) list.Add(i, 0, 0);
+    list.Add(1, 0, 50);  // takes node 101, the head, again
+    EXPECT_EQ(0, list.Find(50, false, [](int item) { return item == -1; }));
+    EXPECT_EQ(101, list.Find(50, false, [](int item) { return item == 1; }));
+}
+
+}  // namespace
+}  // namespace velk::test

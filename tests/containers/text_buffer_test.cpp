@@ -1,0 +1,93 @@
+#include "containers/text_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+namespace velk::test {
+namespace {
+
+std::u16string TextOf(const TextBuffer& buffer) {
+    std::u16string text(buffer.length(), u'\0');
+    buffer.CopyTo(text.data());
+    return text;
+}
+
+// The buffer as it is described: blanks at its end, and a count of what is in use.
+class PaddedBuffer {
+  public:
+    void Append(std::u16string_view piece) {
+        if (length_ + piece.size() >= buffer_.size()) buffer_.append(std::max<std::size_t>(piece.size(), 15000), u' ');
+        std::ranges::copy(piece, buffer_.begin() + static_cast<std::ptrdiff_t>(length_));
+        length_ += piece.size();
+    }
+    void Assign(std::u16string_view text) {
+        buffer_ = text;
+        length_ = text.size();
+    }
+    std::size_t capacity() const { return buffer_.size(); }
+    std::u16string Text() const { return buffer_.substr(0, length_); }
+
+  private:
+    std::u16string buffer_;
+    std::size_t length_ = 0;
+};
+
+TEST(TextBuffer, HoldsWhatTheDescribedBufferHoldsAfterEveryStep) {
+    for (unsigned seed = 1; seed <= 6; ++seed) {
+        std::mt19937 random(seed);
+        const auto pick = [&](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };
+        std::u16string source(50000, u'\0');
+        for (char16_t& unit : source) unit = static_cast<char16_t>(random());
+        TextBuffer buffer;
+        PaddedBuffer padded;
+        for (int step = 0; step < 400; ++step) {
+            const std::size_t sizes[] = {0,    1, pick(40), pick(600), pick(20000), buffer.capacity() - buffer.length(),
+                                         15000};
+            const std::size_t size = std::min(sizes[pick(step % 50 ? 3 : 6)], source.size());
+            const auto piece = std::u16string_view(source).substr(pick(source.size() - size), size);
+            if (pick(99) == 0) {
+                buffer.Assign(piece);
+                padded.Assign(piece);
+            } else {
+                buffer.Append(piece);
+                padded.Append(piece);
+            }
+            ASSERT_EQ(padded.capacity(), buffer.capacity()) << "seed " << seed << ", step " << step;
+            ASSERT_EQ(padded.Text(), TextOf(buffer)) << "seed " << seed << ", step " << step;
+        }
+    }
+}
+
+TEST(TextBuffer, GrowsByFifteenThousandOrByAPieceThatIsLonger) {
+    struct Case {
+        std::size_t assigned;
+        std::size_t appended;
+        std::size_t capacity;
+    };
+    const Case cases[] = {{0, 3, 15000}, {0, 0, 15000}, {0, 15000, 15000}, {0, 20000, 20000},
+                          {2, 1, 15002}, {2, 0, 15002}, {15000, 1, 30000}};
+    for (const Case& c : cases) {
+        TextBuffer buffer;
+        buffer.Assign(std::u16string(c.assigned, u'a'));
+        EXPECT_EQ(c.assigned, buffer.capacity());
+        buffer.Append(std::u16string(c.appended, u'b'));
+        EXPECT_EQ(c.capacity, buffer.capacity()) << c.assigned << " and " << c.appended;
+        EXPECT_EQ(std::u16string(c.assigned, u'a') + std::u16string(c.appended, u'b'), TextOf(buffer));
+    }
+}
+
+TEST(TextBuffer, HoldsVeryLongTexts) {
+    const std::u16string piece(30'000'000, u'x');
+    TextBuffer buffer;
+    for (const char16_t mark : u"123") {
+        if (mark) buffer.Append(piece);
+        buffer.Append({&mark, 1});
+    }
+    EXPECT_EQ(piece + u'1' + piece + u'2' + piece + u'3' + u'\0', TextOf(buffer));
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,207 @@
+#include "containers/value_stack.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace velk::test {
+namespace {
+
+constexpr int kMost = std::numeric_limits<int>::max();
+constexpr int kLeast = std::numeric_limits<int>::min();
+
+// The stack as it is described, one step after the other. 0 is the empty value.
+class LiteralStack {
+  public:
+    int count = 0;
+    int growBy = 10;
+
+    void Push(int value) {
+        ++count;
+        if (!HasSlot()) Resize(std::int64_t{capacity_} + growBy);
+        if (!HasSlot()) throw RuntimeError(9);
+        Top() = value;
+    }
+    int Pop() {
+        if (count == 0) return 0;
+        const int result = Peak();
+        --count;
+        const std::int64_t smaller = std::int64_t{capacity_} - growBy;
+        if (count < smaller) Resize(smaller);
+        return result;
+    }
+    int Peak() {
+        if (count == 0) return 0;
+        if (!HasSlot()) throw RuntimeError(9);
+        return Top();
+    }
+    void Clear() {
+        items_.clear();
+        capacity_ = count = 0;
+    }
+    int slots() const { return static_cast<int>(items_.size()); }
+
+  private:
+    bool HasSlot() const { return count <= slots(); }
+    int& Top() { return items_[static_cast<std::size_t>(count) - 1]; }
+
+    void Resize(std::int64_t capacity) {
+        if (capacity > kMost || capacity < kLeast) throw RuntimeError(6);
+        capacity_ = static_cast<int>(capacity);
+        if (capacity < 1) throw RuntimeError(9);
+        if (capacity > 100'000'000) throw RuntimeError(7);
+        items_.resize(static_cast<std::size_t>(capacity));
+    }
+
+    std::vector<int> items_;
+    int capacity_ = 0;
+};
+
+// What a member answers: its result, or -1000 - n for run-time error n.
+int Answer(auto&& member) try { return member(); } catch (const RuntimeError& error) {
+    return -1000 - error.number();
+}
+
+int PeakOf(ValueStack<int>& stack) {
+    const int* top = stack.Peak();
+    return top ? *top : 0;
+}
+
+class ValueStackModel : public testing::TestWithParam<unsigned> {};
+
+TEST_P(ValueStackModel, AnswersAsDescribedAfterEveryStep) {
+    std::mt19937 random(GetParam());
+    const auto pick = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+    LiteralStack literal;
+    ValueStack<int> stack;
+    const auto setGrowBy = [&](int step) { stack.SetGrowBy(literal.growBy = step); };
+    for (int step = 0; step < 20000; ++step) {
+        const int wave = step / 500 % 2;  // now it grows, now it shrinks
+        const int value = pick(1, 1000);
+        if (const int choice = pick(0, 999); choice < 10) {
+            setGrowBy(pick(1, 60));
+        } else if (choice == 10 && GetParam() % 2) {
+            const int odd[] = {0, -1, -7, pick(-100, 100), kMost, kLeast, 150'000'000};
+            setGrowBy(odd[pick(0, 6)]);
+        } else if (choice == 11) {
+            literal.Clear();
+            stack.Clear();
+        } else if (choice % 10 < 4 + 2 * wave) {
+            ASSERT_EQ(Answer([&] { return literal.Push(value), 0; }), Answer([&] { return stack.Push(value), 0; }));
+        } else {
+            ASSERT_EQ(Answer([&] { return literal.Pop(); }), Answer([&] { return stack.Pop(); })) << "step " << step;
+        }
+        ASSERT_EQ(literal.count, stack.count()) << "step " << step;
+        ASSERT_EQ(literal.slots(), stack.slots()) << "step " << step;
+        ASSERT_EQ(Answer([&] { return literal.Peak(); }), Answer([&] { return PeakOf(stack); })) << "step " << step;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ValueStackModel, testing::Range(1u, 9u));
+
+TEST(ValueStack, SlotsComeAndGoInSteps) {
+    ValueStack<int> stack;
+    EXPECT_EQ(0, stack.slots());
+    for (int i = 1; i <= 11; ++i) {
+        stack.Push(i);
+        EXPECT_EQ(i < 11 ? 10 : 20, stack.slots()) << i;
+    }
+    EXPECT_EQ(11, stack.Pop());
+    EXPECT_EQ(20, stack.slots());
+    EXPECT_EQ(10, stack.Pop());
+    EXPECT_EQ(10, stack.slots());
+}
+
+TEST(ValueStack, AStepThatFailsIsReckonedAllTheSame) {
+    struct Case {
+        int growBy;
+        int error;
+        int slotsAfterwards;  // after one more Push with a step of 10; 0 when that fails too
+    };
+    const Case cases[] = {{0, 9, 10},     {-3, 9, 7},          {-9, 9, 0},   {-100, 9, 0},
+                          {kLeast, 9, 0}, {200'000'000, 7, 0}, {kMost, 7, 0}};
+    for (const Case& c : cases) {
+        ValueStack<int> stack;
+        stack.SetGrowBy(c.growBy);
+        EXPECT_EQ(-1000 - c.error, Answer([&] { return stack.Push(1), 0; })) << c.growBy;
+        EXPECT_EQ(1, stack.count());
+        EXPECT_EQ(0, stack.slots());
+        EXPECT_EQ(-1009, Answer([&] { return stack.Pop(); }));
+        EXPECT_EQ(-1009, Answer([&] { return PeakOf(stack); }));
+        stack.SetGrowBy(10);
+        const bool helps = Answer([&] { return stack.Push(2), 0; }) == 0;
+        EXPECT_EQ(c.slotsAfterwards, helps ? stack.slots() : 0) << c.growBy;
+        stack.Clear();
+        stack.Push(3);
+        EXPECT_EQ(10, stack.slots());
+        EXPECT_EQ(3, stack.Pop());
+    }
+}
+
+struct Farewell {
+    explicit Farewell(std::function<void()> onGone) : onGone(std::move(onGone)) {}
+    ~Farewell() { onGone(); }
+    std::function<void()> onGone;
+};
+using Guest = std::shared_ptr<Farewell>;
+
+TEST(ValueStack, IsInOrderWhenAValueGoes) {
+    std::vector<int> seen;
+    {
+        ValueStack<Guest> stack;
+        const auto push = [&] {
+            stack.Push(std::make_shared<Farewell>([&] {
+                seen.push_back(stack.count());
+                Answer([&] { return stack.Push(Guest()), 0; });
+            }));
+        };
+        push();
+        stack.Pop();
+        EXPECT_EQ((std::vector{0}), seen);
+        push();
+        stack.Clear();
+        EXPECT_EQ((std::vector{0, 0}), seen);
+        EXPECT_EQ(1, stack.count());
+        push();
+        // A growth by less than nothing takes away the slots from 2 on.
+        for (int i = 3; i <= 10; ++i) stack.Push(Guest());
+        stack.SetGrowBy(-9);
+        EXPECT_THROW(stack.Push(Guest()), RuntimeError);
+        EXPECT_EQ((std::vector{0, 0, 11}), seen);
+        stack.Clear();
+        stack.SetGrowBy(10);
+        push();
+    }
+    EXPECT_EQ(4u, seen.size());
+}
+
+// A value for whose place there is no memory now and then.
+struct Costly {
+    Costly() {
+        if (isExhausted) throw std::bad_alloc();
+    }
+    explicit Costly(int value) : value(value) {}
+    int value = 0;
+    static inline bool isExhausted = false;
+};
+
+TEST(ValueStack, APushThatFindsNoMemoryDidNotHappen) {
+    ValueStack<Costly> stack;
+    for (int i = 1; i <= 128; ++i) stack.Push(Costly(i));
+    Costly::isExhausted = true;
+    EXPECT_THROW(stack.Push(Costly(129)), std::bad_alloc);
+    Costly::isExhausted = false;
+    EXPECT_EQ(128, stack.count());
+    for (int i = 128; i >= 1; --i) EXPECT_EQ(i, stack.Pop().value);
+}
+
+}  // namespace
+}  // namespace velk::test
