@@ -67,7 +67,7 @@ class Chart {
             text += Label(kLeft - 8, Y(cost) + 4, "end", Format("%.0f", cost));
         }
         text += Label(kLeft + kWidth / 2, kTop + kHeight + 38, "middle", "items");
-        return text + Label(kLeft - 8, kTop - 10, "end", "ns an item");
+        return text + Label(8, kTop - 10, "start", "ns an item");
     }
 
     std::string Drawn(const Line& line, std::size_t number) const {

@@ -12,6 +12,7 @@ Show
 
 Sub Opened(name)
     Dim index: index = recent.Find(name, 0, -1)
+    If index > 0 And recent.Count = 1 Then Exit Sub    ' it is there, and the only item is better not removed
     If index > 0 Then recent.Remove index
     recent.Add name, -1
     If recent.Count > 4 Then

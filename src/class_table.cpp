@@ -10,11 +10,7 @@ namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(),
-        EntryOf<CDatFile>(),
-        EntryOf<CLinkedList>(),
-        EntryOf<CStack>(),
-        EntryOf<CConCat>(),
+        EntryOf<CCRC32>(), EntryOf<CDatFile>(), EntryOf<CLinkedList>(), EntryOf<CStack>(), EntryOf<CConCat>(),
     };
     return kClasses;
 }

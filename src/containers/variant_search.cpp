@@ -22,6 +22,7 @@ VARTYPE ComparableType(VARTYPE type) noexcept {
     switch (type) {
         case VT_I1:
         case VT_UI2:
+        case VT_INT:
             return VT_I4;
         case VT_UI4:
         case VT_UINT:

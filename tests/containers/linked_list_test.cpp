@@ -81,6 +81,91 @@ TEST_F(LinkedList, FindsItemsThatMeetTheCondition) {
     EXPECT_EQ(0, Find(Arg(LONG{10}), fccEqual, 1));  // the start itself is not looked at
 }
 
+Variant Of(VARTYPE type, LONGLONG number) {
+    Variant value;
+    value.vt = type;
+    value.llVal = number;
+    if (type == VT_DECIMAL) VarDecFromI4(static_cast<LONG>(number), &value.decVal), value.vt = type;
+    if (type == VT_R4) value.fltVal = static_cast<float>(number);
+    if (type == VT_R8) value.dblVal = static_cast<double>(number);
+    if (type == VT_CY) value.cyVal.int64 = number * 10000;
+    return value;
+}
+
+TEST_F(LinkedList, ComparesNumbersOfAllKindsByValue) {
+    const VARTYPE kinds[] = {VT_I1,  VT_UI1, VT_I2,   VT_UI2, VT_I4, VT_UI4, VT_I8,
+                             VT_UI8, VT_INT, VT_UINT, VT_R4,  VT_R8, VT_CY,  VT_DECIMAL};
+    const auto list = list_.As<_CLinkedList>();
+    LONG index = Add(Arg(LONG{0})), start = -1;
+    for (const VARTYPE kind : kinds) {
+        Variant item = Of(kind, 7);
+        ASSERT_EQ(S_OK, list->put_Item(&index, &item));
+        for (const VARTYPE other : kinds) {
+            const auto find = [&](LONGLONG number, FindConditionConstants condition) {
+                LONG found = 99;
+                Variant wanted = Of(other, number);
+                EXPECT_EQ(S_OK, list->Find(&wanted, &condition, &start, nullptr, &found));
+                return found;
+            };
+            EXPECT_EQ(index, find(7, fccEqual)) << kind << " and " << other;
+            EXPECT_EQ(0, find(7, fccNotEqual)) << kind << " and " << other;
+            EXPECT_EQ(index, find(8, fccLess)) << kind << " and " << other;
+            EXPECT_EQ(0, find(7, fccGreater)) << kind << " and " << other;
+            EXPECT_EQ(index, find(6, fccGreaterEqual)) << kind << " and " << other;
+        }
+    }
+}
+
+// Strings compare by code unit, not as people sort them.
+TEST_F(LinkedList, FindsWhatStringsAndOtherValuesMean) {
+    const Variant nul(Text(L"")), capital = Text(L"Z"), small = Text(L"a"), five = Text(L"5");
+    const Variant null = Of(VT_NULL, 0), empty = Of(VT_EMPTY, 0);
+    const VARIANT items[] = {
+        null, empty, Arg(LONG{25}), capital, small, Arg(true), Arg(static_cast<IDispatch*>(nullptr))};
+    for (const VARIANT& item : items) Add(item);
+    constexpr LONG kUnknown = 99;
+    const Variant part = Text(L"ru");
+    struct Case {
+        LONG found;
+        VARIANT value;
+        LONG condition;
+    };
+    const Case cases[] = {
+        {0, null, fccEqual},
+        {0, null, fccNotEqual},
+        {0, null, fccInStr},
+        {2, empty, fccEqual},
+        {2, nul, fccEqual},
+        {2, small, fccLess},
+        {5, capital, fccGreater},
+        {3, five, fccInStr},
+        {3, Arg(LONG{5}), fccInStr},
+        {6, part, fccInStr},
+        {3, nul, fccInStr},
+        {5, small, kUnknown},
+        {7, Arg(static_cast<IDispatch*>(nullptr)), fccEqual},
+        {0, Arg(static_cast<IDispatch*>(nullptr)), fccNotEqual},
+        {7, Arg(list_.get()), fccNotEqual},
+    };
+    LONG number = 0;
+    for (const Case& c : cases) EXPECT_EQ(c.found, Find(c.value, c.condition)) << "case " << number++;
+}
+
+TEST_F(LinkedList, RaisesATypeMismatchForWhatCannotBeCompared) {
+    Variant array;
+    array.vt = VT_ARRAY | VT_I4;
+    array.parray = SafeArrayCreateVector(VT_I4, 0, 1);
+    Add(array);
+    const ReportRecorder recorder(Library());
+    for (const LONG condition : {fccEqual, fccLess, fccInStr}) {
+        const Outcome outcome = Call(list_.get(), L"Find", {Arg(LONG{1}), Arg(condition), Arg(LONG{-1})});
+        EXPECT_EQ(static_cast<HRESULT>(0x800A000D), outcome.code) << condition;
+    }
+    ASSERT_EQ(3u, recorder.reports().size());
+    EXPECT_EQ(L"CLinkedList.Find", recorder.reports()[0].title);
+    EXPECT_EQ(L"Error: 13. Type mismatch", recorder.reports()[0].text);
+}
+
 TEST_F(LinkedList, HoldsObjectsByReferenceAndCopiesTheRest) {
     class Thing final : public BareDispatch {
         STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {

@@ -1,0 +1,340 @@
+// What all containers share: values of every kind come back as they were, objects that call back while they go do no
+// harm, and memory is given back.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "frame/run_time_error.h"
+#include "frame/text.h"
+#include "support/bare_dispatch.h"
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/malloc_spy.h"
+#include "support/report_recorder.h"
+
+namespace velk::test {
+namespace {
+
+constexpr HRESULT Runtime(int number) { return static_cast<HRESULT>(0x800A0000 + number); }
+
+// An object that does something when its last reference goes.
+class Farewell final : public BareDispatch {
+  public:
+    explicit Farewell(std::function<void()> onGone) : onGone_(std::move(onGone)) {}
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+        return DISP_E_MEMBERNOTFOUND;
+    }
+
+  private:
+    ~Farewell() override { onGone_(); }
+    std::function<void()> onGone_;
+};
+
+struct Containers : testing::Test {
+    LONG Add(const VARIANT& value) {
+        LONG index = 0;
+        EXPECT_EQ(S_OK, list->Add(const_cast<VARIANT*>(&value), nullptr, nullptr, &index));
+        return index;
+    }
+    Variant Item(LONG index) {
+        Variant item;
+        EXPECT_EQ(S_OK, list->get_Item(&index, &item));
+        return item;
+    }
+    void Remove(LONG index) { EXPECT_EQ(S_OK, list->Remove(&index)); }
+    LONG CountOfList() {
+        LONG count = -1;
+        list->get_Count(&count);
+        return count;
+    }
+    void Push(const VARIANT& value) { EXPECT_EQ(S_OK, stack->Push(const_cast<VARIANT*>(&value))); }
+    Variant Pop() {
+        Variant top;
+        EXPECT_EQ(S_OK, stack->Pop(&top));
+        return top;
+    }
+    // The only reference goes to whoever takes the variant.
+    static Variant FarewellWith(std::function<void()> onGone) {
+        Variant value;
+        static_cast<VARIANT&>(value) = Arg(static_cast<IDispatch*>(new Farewell(std::move(onGone))));
+        return value;
+    }
+
+    ComPtr<_CLinkedList> list = CreateObject<_CLinkedList>(__uuidof(::CLinkedList));
+    ComPtr<_CStack> stack = CreateObject<_CStack>(__uuidof(::CStack));
+    ComPtr<_CConCat> builder = CreateObject<_CConCat>(__uuidof(::CConCat));
+};
+
+Variant Plain(VARTYPE type, LONGLONG bits) {
+    Variant value;
+    value.llVal = bits;
+    value.vt = type;
+    return value;
+}
+
+Variant DecimalOf(LONG number) {
+    Variant value;
+    VarDecFromI4(number, &value.decVal);
+    value.vt = VT_DECIMAL;
+    return value;
+}
+
+Variant ArrayOf(const wchar_t* text) {
+    Variant value;
+    value.parray = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+    value.vt = VT_ARRAY | VT_VARIANT;
+    static_cast<VARIANT*>(value.parray->pvData)[0] = Text(text).Detach();
+    return value;
+}
+
+std::wstring FirstOf(const VARIANT& array) { return TextOf(static_cast<VARIANT*>(array.parray->pvData)[0]); }
+
+TEST_F(Containers, GiveBackEveryKindOfValue) {
+    const VARTYPE plain[] = {VT_EMPTY, VT_NULL, VT_I2,  VT_I4,  VT_R4, VT_R8,  VT_CY,  VT_DATE, VT_ERROR,
+                             VT_BOOL,  VT_I1,   VT_UI1, VT_UI2, VT_I8, VT_UI8, VT_UI4, VT_INT,  VT_UINT};
+    for (const VARTYPE type : plain) {
+        const Variant value = Plain(type, 0x7F123456789A0041);
+        Push(value);
+        for (const Variant& back : {Item(Add(value)), Pop()}) {
+            EXPECT_EQ(type, back.vt);
+            EXPECT_TRUE(type == VT_EMPTY || type == VT_NULL || value.llVal == back.llVal) << type;
+        }
+    }
+    const Variant decimal = DecimalOf(-77);
+    Variant decimalBack = Item(Add(decimal));
+    EXPECT_EQ(VT_DECIMAL, decimalBack.vt);
+    EXPECT_EQ(VARCMP_EQ, VarDecCmp(const_cast<DECIMAL*>(&decimal.decVal), &decimalBack.decVal));
+    EXPECT_EQ(DISP_E_PARAMNOTFOUND, Item(Add(Missing())).scode);
+    EXPECT_EQ(VT_UNKNOWN, Item(Add(Plain(VT_UNKNOWN, 0))).vt);
+    EXPECT_EQ(nullptr, Item(Add(Plain(VT_BSTR, 0))).bstrVal);
+}
+
+TEST_F(Containers, KeepTheirOwnCopies) {
+    const LONG before = MallocSpy::Alive();
+    {
+        Variant array = ArrayOf(L"old");
+        Variant text = Text(L"old");
+        LONG number = 5;
+        const LONG ofArray = Add(array), ofText = Add(Arg(&text)), ofNumber = Add(Ref(VT_I4, &number));
+        const LONG ofReference = Add(Ref(VT_BSTR, &text.bstrVal));
+        static_cast<VARIANT*>(array.parray->pvData)[0].bstrVal[0] = L'X';
+        text.bstrVal[0] = L'X';
+        number = 6;
+        EXPECT_EQ(L"old", FirstOf(Item(ofArray)));
+        EXPECT_EQ(L"old", TextOf(Item(ofText)));
+        EXPECT_EQ(L"old", TextOf(Item(ofReference)));
+        EXPECT_EQ(VT_I4, Item(ofNumber).vt);
+        EXPECT_EQ(5, Item(ofNumber).lVal);
+        const Variant given = Item(ofArray);
+        static_cast<VARIANT*>(given.parray->pvData)[0].bstrVal[0] = L'Y';
+        EXPECT_EQ(L"old", FirstOf(Item(ofArray)));
+        Push(text);
+        EXPECT_EQ(S_OK, stack->Clear());
+        list = nullptr;
+    }
+    EXPECT_EQ(before, MallocSpy::Alive());
+}
+
+TEST_F(Containers, RefuseReferencesThatLeadNowhere) {
+    Variant self;
+    self.vt = VT_BYREF | VT_VARIANT;
+    self.pvarVal = &self;
+    Variant nowhere = Plain(VT_BYREF | VT_I4, 0);
+    struct Case {
+        VARIANT value;
+        HRESULT ofList;
+        HRESULT ofStack;
+    };
+    const Case cases[] = {{nowhere, E_POINTER, E_POINTER},
+                          {Arg(static_cast<VARIANT*>(nullptr)), E_POINTER, E_POINTER},
+                          {Arg(&nowhere), E_POINTER, E_POINTER},
+                          {self, Runtime(13), eErrStack_ComponentFailure},
+                          {Plain(VT_VARIANT, 0), Runtime(13), eErrStack_ComponentFailure},
+                          {Plain(0x1234, 0), Runtime(13), eErrStack_ComponentFailure}};
+    for (const Case& c : cases) {
+        VARIANT value = c.value;
+        LONG index = 7;
+        EXPECT_EQ(c.ofList, list->Add(&value, nullptr, nullptr, &index)) << value.vt;
+        EXPECT_EQ(0, index);
+        EXPECT_EQ(c.ofStack, stack->Push(&value)) << value.vt;
+    }
+    LONG count = -1;
+    EXPECT_EQ(E_POINTER, list->Add(nullptr, nullptr, nullptr, &count));
+    EXPECT_EQ(E_POINTER, stack->Push(nullptr));
+    EXPECT_EQ(E_POINTER, builder->Append(nullptr));
+    EXPECT_EQ(S_OK, stack->get_Count(&count));
+    EXPECT_EQ(0, count);
+    EXPECT_EQ(0, CountOfList());
+    self.vt = VT_EMPTY;
+}
+
+TEST_F(Containers, AreInOrderWhenAnObjectCallsBackAsItGoes) {
+    std::vector<LONG> seen;
+    const auto lookAndAdd = [&] {
+        seen.push_back(CountOfList());
+        Remove(Add(Arg(LONG{1})));
+    };
+    const LONG first = Add(FarewellWith(lookAndAdd)), second = Add(FarewellWith(lookAndAdd));
+    Add(FarewellWith(lookAndAdd));
+    Remove(second);
+    VARIANT other = Arg(LONG{2});
+    LONG index = first;
+    EXPECT_EQ(S_OK, list->put_Item(&index, &other));
+    EXPECT_EQ(S_OK, list->RemoveAll());  // keeps the count
+    EXPECT_EQ((std::vector<LONG>{2, 2, 2}), seen);
+
+    LONG pushed = 0;
+    const auto pushOne = [&] {
+        LONG count = -1;
+        stack->get_Count(&count);
+        EXPECT_EQ(pushed, count);
+        Push(Arg(++pushed));
+    };
+    Push(FarewellWith(pushOne));
+    Pop();
+    Push(FarewellWith(pushOne));
+    pushed = 0;
+    EXPECT_EQ(S_OK, stack->Clear());
+    EXPECT_EQ(1, Pop().lVal);
+}
+
+TEST_F(Containers, MayGoWhileTheyLetGoOfWhatHoldsThem) {
+    // Each container holds an object that holds the last reference to it.
+    auto* const lastList = list.get();
+    LONG index = Add(FarewellWith([&] { list = nullptr; }));
+    EXPECT_EQ(S_OK, lastList->Remove(&index));
+    EXPECT_FALSE(list);
+    auto* const lastStack = stack.get();
+    Push(FarewellWith([&] { stack = nullptr; }));
+    EXPECT_EQ(S_OK, lastStack->Clear());
+    EXPECT_FALSE(stack);
+}
+
+TEST_F(Containers, MayBeUsedByWhatGoesWithThem) {
+    int gone = 0;
+    auto* const dying = list.get();
+    for (int i = 0; i < 3; ++i) {
+        Add(FarewellWith([&, dying] {
+            ++gone;
+            LONG index = 0;
+            VARIANT value = FarewellWith([&] { ++gone; }).Detach();
+            dying->Add(&value, nullptr, nullptr, &index);
+            VariantClear(&value);
+        }));
+    }
+    auto* const dyingStack = stack.get();
+    Push(FarewellWith([&, dyingStack] {
+        ++gone;
+        VARIANT value = FarewellWith([&] { ++gone; }).Detach();
+        dyingStack->Push(&value);
+        VariantClear(&value);
+    }));
+    const ReportRecorder recorder(Library());
+    list = nullptr;
+    stack = nullptr;
+    EXPECT_EQ(8, gone);
+}
+
+// ---- Memory ----
+
+// Counts what the library's allocations hold, and refuses those from a size on.
+class Allocations {
+  public:
+    Allocations()
+        : malloc_(Library(), "malloc", reinterpret_cast<void*>(&Malloc)),
+          free_(Library(), "free", reinterpret_cast<void*>(&Free)) {
+        held = 0;
+        refusedFrom = SIZE_MAX;
+    }
+    static inline std::ptrdiff_t held = 0;
+    static inline std::size_t refusedFrom = SIZE_MAX;
+
+  private:
+    static void* __cdecl Malloc(std::size_t size) {
+        void* const block = size < refusedFrom ? malloc(size) : nullptr;
+        if (block) held += static_cast<std::ptrdiff_t>(_msize(block));
+        return block;
+    }
+    static void __cdecl Free(void* block) {
+        if (block) held -= static_cast<std::ptrdiff_t>(_msize(block));
+        free(block);
+    }
+    ImportPatch malloc_, free_;
+};
+
+constexpr LONG kMillion = 1'000'000;
+constexpr std::ptrdiff_t kSmall = 40'000;
+
+TEST_F(Containers, HoldLittleMemoryAndGiveItBack) {
+    const Allocations allocations;
+    for (LONG i = 0; i < kMillion; ++i) Add(Arg(i));
+    EXPECT_LE(Allocations::held, 32 * kMillion);
+    EXPECT_EQ(S_OK, list->RemoveAll());
+    EXPECT_LE(Allocations::held, kSmall);
+    for (LONG i = 0; i < kMillion; ++i) Push(Arg(i));
+    EXPECT_LE(Allocations::held, 32 * kMillion);
+    for (LONG i = 0; i < kMillion; ++i) Pop();
+    EXPECT_LE(Allocations::held, kSmall);
+    for (LONG i = 0; i < kMillion; ++i) Push(Arg(i));
+    EXPECT_EQ(S_OK, stack->Clear());
+    EXPECT_LE(Allocations::held, kSmall);
+
+    constexpr std::size_t kHundredMegabytes = 50'000'000;
+    Bstr text(std::wstring(kHundredMegabytes, L'x'));
+    BSTR raw = text.get();
+    EXPECT_EQ(S_OK, builder->Append(&raw));
+    Bstr back;
+    EXPECT_EQ(S_OK, builder->get_Text(back.Receive()));
+    EXPECT_TRUE(View(raw) == View(back.get()));
+    EXPECT_EQ(S_OK, builder->put_Text(nullptr));
+    EXPECT_LE(Allocations::held, kSmall);
+}
+
+void ExpectReport(const ReportRecorder& recorder, const wchar_t* title) {
+    ASSERT_FALSE(recorder.reports().empty());
+    EXPECT_EQ(title, recorder.reports().back().title);
+    EXPECT_EQ(L"Error: 7. Out of memory", recorder.reports().back().text);
+}
+
+TEST_F(Containers, StayAsTheyWereWithoutMemory) {
+    const ReportRecorder recorder(Library());
+    const Allocations allocations;
+    Bstr piece(L"abc");
+    BSTR raw = piece.get();
+    builder->Append(&raw);
+    Add(Arg(LONG{1}));
+    Allocations::refusedFrom = 1000;
+
+    LONG size = 1000, length = 0;
+    EXPECT_EQ(Runtime(7), list->SetSize(&size, nullptr));
+    ExpectReport(recorder, L"CLinkedList.SetSize");
+    size = 0x7FFFFFFF;
+    EXPECT_EQ(Runtime(7), list->SetSize(&size, nullptr));
+    EXPECT_EQ(Runtime(7), list->RemoveAll());
+    ExpectReport(recorder, L"CLinkedList.RemoveAll");
+    EXPECT_EQ(2, Add(Arg(LONG{2})));
+
+    Bstr longer(std::wstring(1000, L'x'));
+    raw = longer.get();
+    EXPECT_EQ(S_OK, builder->Append(&raw));
+    ExpectReport(recorder, L"Append");
+    EXPECT_EQ(Runtime(7), builder->put_Text(raw));
+    EXPECT_EQ(S_OK, builder->get_Length(&length));
+    EXPECT_EQ(3, length);
+    EXPECT_EQ(4u, recorder.reports().size());
+
+    VARIANT value = Arg(LONG{3});
+    EXPECT_EQ(Runtime(7), stack->Push(&value));
+    EXPECT_EQ(S_OK, stack->get_Count(&length));
+    EXPECT_EQ(0, length);
+
+    list = CreateObject<_CLinkedList>(__uuidof(::CLinkedList));
+    ExpectReport(recorder, L"CLinkedList.Class_Initialize");
+    Allocations::refusedFrom = SIZE_MAX;
+    EXPECT_EQ(1, Add(value));
+}
+
+}  // namespace
+}  // namespace velk::test
