@@ -46,6 +46,8 @@ class NodeArray {
         friend NodeArray;
         Node(NodeArray& nodes, Block& block, Index index) noexcept : nodes_(nodes), block_(block), index_(index) {}
 
+        // Only for a block that has links; the lint does not see that GiveLinks gave them.
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn)
         auto& Own() const noexcept { return block_.links[Inside(index_)]; }
         auto& Written() noexcept {
             if (!block_.links) nodes_.GiveLinks(index_ / kBlock);
