@@ -43,4 +43,6 @@ std::u16string FromAnsi(std::string_view bytes) {
     return text;
 }
 
+Bstr FromAnsiBuffer(std::string_view buffer) { return Bstr(Wide(FromAnsi(buffer.substr(0, buffer.find('\0'))))); }
+
 }  // namespace velk

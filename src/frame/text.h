@@ -51,4 +51,7 @@ std::wstring_view TrimNulls(std::wstring_view text) noexcept;
 std::string ToAnsi(std::wstring_view text);
 std::u16string FromAnsi(std::string_view bytes);
 
+// The automation string for what a platform call left in a fixed ANSI buffer: the text before its first NUL.
+Bstr FromAnsiBuffer(std::string_view buffer);
+
 }  // namespace velk

@@ -194,6 +194,16 @@ TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
     EXPECT_EQ(2, list.Add(8, 0, 0));
 }
 
+TEST(NodeList, ASearchThatIsLedOutOfTheNodesFails) {
+    NodeList<int> list;
+    list.Create();
+    for (int i = 1; i <= 101; ++i) list.Add(i, 0, 0);
+    list.Remove(101);
+    list.Create();  // the last node leads to what was the head of the free list, 101
+    list.Item(100) = 5;
+    EXPECT_EQ(-1009, Answer([&] { return list.Find(100, false, [](int item) { return item == 0; }); }));
+}
+
 // Where a way leads in a circle depends on what is described, so the circle is a real one.
 TEST(NodeList, ASearchThatWalksInACircleEnds) {
     NodeList<int> list;

@@ -31,6 +31,7 @@ TEST(Text, AnsiConversionsKeepEveryCharacterThatTheCodePageHas) {
     std::string every;
     for (int byte = 0; byte < 256; ++byte) every += static_cast<char>(byte);
     EXPECT_EQ(every, ToAnsi(Wide(FromAnsi(every))));
+    EXPECT_EQ(L"\u20ACuro", View(FromAnsiBuffer("\x80uro\0rest"sv).get()));
 }
 
 TEST(Text, BstrOwnsACountedString) {

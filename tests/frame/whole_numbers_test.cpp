@@ -1,0 +1,62 @@
+#include "frame/whole_numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace velk {
+namespace {
+
+constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
+
+// The value, or nothing when the calculation overflowed.
+template <class Calculation>
+auto Answer(Calculation calculation) -> std::optional<decltype(calculation())> {
+    try {
+        return calculation();
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(6, error.number());
+        return std::nullopt;
+    }
+}
+
+TEST(WholeNumbers, HalvesGoToTheEvenNeighbour) {
+    const std::pair<double, std::optional<std::int32_t>> cases[] = {
+        {0.5, 0},
+        {1.5, 2},
+        {2.5, 2},
+        {-0.5, 0},
+        {-1.5, -2},
+        {-2.5, -2},
+        {-10.67, -11},
+        {0.49999999999999994, 0},
+        {2147483647.4, kMax},
+        {2147483647.5, std::nullopt},
+        {-2147483648.5, kMin},
+        {-2147483648.6, std::nullopt},
+        {1e300, std::nullopt},
+        {std::numeric_limits<double>::infinity(), std::nullopt},
+        {std::nan(""), std::nullopt},
+    };
+    for (const auto& [value, rounded] : cases) EXPECT_EQ(rounded, Answer([&] { return RoundToLong(value); })) << value;
+    EXPECT_EQ(std::nullopt, Answer([] { return RoundToInteger(32767.5); }));
+    EXPECT_EQ(-32768, Answer([] { return RoundToInteger(-32768.5); }));
+}
+
+TEST(WholeNumbers, WhatDoesNotFitIsAnOverflow) {
+    EXPECT_EQ(kMax, Answer([] { return AddLong(kMax - 1, 1); }));
+    EXPECT_EQ(std::nullopt, Answer([] { return AddLong(kMax, 1); }));
+    EXPECT_EQ(std::nullopt, Answer([] { return AddLong(kMin, -1); }));
+    EXPECT_EQ(kMax, Answer([] { return SubtractLong(-1, kMin); }));
+    EXPECT_EQ(std::nullopt, Answer([] { return SubtractLong(0, kMin); }));
+    EXPECT_EQ(-32768, Answer([] { return MultiplyInteger(-16384, 2); }));
+    EXPECT_EQ(std::nullopt, Answer([] { return MultiplyInteger(-32768, -1); }));
+    EXPECT_EQ(std::nullopt, Answer([] { return ToInteger(32768); }));
+    EXPECT_EQ(32767, Answer([] { return ToInteger(32767); }));
+}
+
+}  // namespace
+}  // namespace velk
