@@ -22,7 +22,7 @@ function(velk_add_type_library target idl root)
     get_filename_component(name ${idl} NAME_WE)
     file(GLOB_RECURSE fragments CONFIGURE_DEPENDS ${root}/*.idl)
     # The compiler writes the time into the library unless told another one.
-    set(widl ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 i686-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root})
+    set(widl ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root})
     add_custom_command(
         OUTPUT ${out}/${name}.tlb ${out}/${name}.h
         COMMAND ${widl} -t -o ${name}.tlb ${idl}

@@ -71,7 +71,8 @@ std::wstring Manifest(const std::filesystem::path& path) {
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
         Attribute(L"type", L"win32") + Attribute(L"name", library::kName) + Attribute(L"version", VELK_VERSION) +
-        Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" + Attribute(L"name", path.filename()) + L">\n";
+        Attribute(L"processorArchitecture", sizeof(void*) == 4 ? L"x86" : L"amd64") + L"/>\n  <file" +
+        Attribute(L"name", path.filename()) + L">\n";
     for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, types, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
             L"/>\n  </file>\n";

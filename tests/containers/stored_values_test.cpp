@@ -265,16 +265,17 @@ class Allocations {
 };
 
 constexpr LONG kMillion = 1'000'000;
-constexpr std::ptrdiff_t kSmall = 40'000;
+constexpr std::ptrdiff_t kItem = sizeof(VARIANT) + 4 * sizeof(LONG);  // a value and its links
+constexpr std::ptrdiff_t kSmall = 10'000 * sizeof(void*);
 
 TEST_F(Containers, HoldLittleMemoryAndGiveItBack) {
     const Allocations allocations;
     for (LONG i = 0; i < kMillion; ++i) Add(Arg(i));
-    EXPECT_LE(Allocations::held, 32 * kMillion);
+    EXPECT_LE(Allocations::held, kItem * kMillion);
     EXPECT_EQ(S_OK, list->RemoveAll());
     EXPECT_LE(Allocations::held, kSmall);
     for (LONG i = 0; i < kMillion; ++i) Push(Arg(i));
-    EXPECT_LE(Allocations::held, 32 * kMillion);
+    EXPECT_LE(Allocations::held, kItem * kMillion);
     for (LONG i = 0; i < kMillion; ++i) Pop();
     EXPECT_LE(Allocations::held, kSmall);
     for (LONG i = 0; i < kMillion; ++i) Push(Arg(i));

@@ -21,8 +21,8 @@ class Image {
     }
 
     const std::string& bytes() const { return bytes_; }
-    const IMAGE_NT_HEADERS32& headers() const {
-        return *At<IMAGE_NT_HEADERS32>(
+    const IMAGE_NT_HEADERS& headers() const {
+        return *At<IMAGE_NT_HEADERS>(
             static_cast<DWORD>(reinterpret_cast<const IMAGE_DOS_HEADER*>(&bytes_[0])->e_lfanew));
     }
     const IMAGE_DATA_DIRECTORY& Directory(int which) const { return headers().OptionalHeader.DataDirectory[which]; }
@@ -44,10 +44,10 @@ class Image {
     std::string bytes_;
 };
 
-TEST(LibraryFile, IsARelocatableHardened32BitLibraryWithoutTimeStamps) {
+TEST(LibraryFile, IsARelocatableHardenedLibraryWithoutTimeStamps) {
     const Image image;
     const IMAGE_FILE_HEADER& file = image.headers().FileHeader;
-    EXPECT_EQ(IMAGE_FILE_MACHINE_I386, file.Machine);
+    EXPECT_EQ(sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64, file.Machine);
     EXPECT_TRUE(file.Characteristics & IMAGE_FILE_DLL);
     EXPECT_FALSE(file.Characteristics & IMAGE_FILE_RELOCS_STRIPPED);
     EXPECT_GT(image.Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC).Size, 0u);

@@ -113,7 +113,8 @@ class Registration : public testing::Test {
     void ExpectTypeLibrary(HKEY root) const {
         const std::wstring library = GuidText(AttributesOf(types_)->guid);
         EXPECT_EQ(L"Velk Support Functions", ValueOf(root, L"TypeLib\\" + library + L"\\1.1"));
-        const std::wstring path = ValueOf(root, L"TypeLib\\" + library + L"\\1.1\\0\\win32").value_or(L"");
+        const wchar_t* const width = sizeof(void*) == 4 ? L"\\1.1\\0\\win32" : L"\\1.1\\0\\win64";
+        const std::wstring path = ValueOf(root, L"TypeLib\\" + library + width).value_or(L"");
         EXPECT_TRUE(path.ends_with(LibraryPath())) << path;
         for (const Type& type : TypesOf(types_)) {
             const auto attributes = AttributesOf(type);

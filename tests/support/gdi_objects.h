@@ -6,14 +6,19 @@
 
 namespace velk::test {
 
-// How many drawing objects and device contexts this process holds, read from its own table of them (32-bit layout):
+// How many drawing objects and device contexts this process holds, read from its own table of them:
 // the platform's counter always answers 0 here.
 inline int GdiObjects() {
+#ifdef _WIN64
+    constexpr DWORD kTableOffset = 0xF8;
+    const auto* const process = reinterpret_cast<const std::byte*>(__readgsqword(0x60));
+#else
     constexpr DWORD kTableOffset = 0x94;
+    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(0x30));
+#endif
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(0x30));
     const auto* const table = *reinterpret_cast<const std::byte* const*>(process + kTableOffset);
     int count = 0;
     for (std::size_t i = 0; i < kEntries; ++i) count += table[i * kEntrySize + kTypeOffset] != std::byte{0};
