@@ -32,6 +32,10 @@ bool IsFloating(const SlotArgument& argument) noexcept {
     const bool byReference = (argument.value->vt & VT_BYREF) != 0;
     return !byReference && (argument.type == VT_R4 || argument.type == VT_R8 || argument.type == VT_DATE);
 }
+
+// What the word at position I is passed as, where bit I of Floating says that it holds a floating-point value.
+template <unsigned Floating, std::size_t I>
+using Passed = std::conditional_t<(I < kInRegisters) && (Floating >> I & 1), double, Word>;
 #else
 constexpr std::size_t kMaxWords = 4 * kMaxArguments + 1;
 constexpr unsigned kInRegisters = 0;
@@ -60,13 +64,12 @@ std::size_t LayOut(const SlotArgument& argument, Word* words) noexcept {
 }
 
 bool IsFloating(const SlotArgument&) noexcept { return false; }
+
+template <unsigned, std::size_t>
+using Passed = Word;
 #endif
 
 using Caller = HRESULT (*)(IDispatch*, void*, const Word*) noexcept;
-
-// What the word at position I is passed as, where bit I of Floating says that it holds a floating-point value.
-template <unsigned Floating, std::size_t I>
-using Passed = std::conditional_t < I<kInRegisters && (Floating >> I & 1), double, Word>;
 
 template <class To>
 To As(Word word) noexcept {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include "frame/com_ptr.h"
+#include "frame/variant.h"
+#include "support/bare_dispatch.h"
+
+namespace velk::test {
+
+// An object with nothing but a default property, which can fail and run code of its own.
+class ValueObject final : public BareDispatch {
+  public:
+    Variant value;
+    HRESULT answer = S_OK;
+    std::function<void()> onRead;
+
+    static ComPtr<ValueObject> Make(const VARIANT& value) {
+        auto made = ComPtr<ValueObject>::Attach(new ValueObject);
+        VariantCopy(&made->value, const_cast<VARIANT*>(&value));
+        return made;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
+                        UINT*) noexcept override {
+        if (onRead) onRead();
+        if (id != DISPID_VALUE) return DISP_E_MEMBERNOTFOUND;
+        return FAILED(answer) ? answer : VariantCopy(result, &value);
+    }
+};
+
+}  // namespace velk::test
