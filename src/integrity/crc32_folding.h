@@ -175,7 +175,7 @@ std::uint32_t FoldShort(std::uint32_t running, typename Vector::Block message, s
 template <class Vector>
 typename Vector::Block FoldFours(typename Vector::Block first, const Byte*& data, std::size_t& size) noexcept {
     constexpr std::size_t kWidth = Vector::kBytes;
-    static constexpr Factors kByFour = FactorsFor(4 * kWidth), kByTwo = FactorsFor(2 * kWidth);
+    static constexpr Factors kByFour = FactorsFor(4 * Vector::kBytes), kByTwo = FactorsFor(2 * Vector::kBytes);
     auto a = first, b = Vector::Load(data), c = Vector::Load(data + kWidth), d = Vector::Load(data + 2 * kWidth);
     data += 3 * kWidth, size -= 3 * kWidth;
     const auto byFour = Vector::Repeat(kByFour);

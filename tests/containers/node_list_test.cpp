@@ -10,85 +10,19 @@
 #include <type_traits>
 #include <vector>
 
+#include "containers/list_operations.h"
 #include "containers/literal_list.h"
 
 namespace velk::test {
 namespace {
 
-// What a member answers: its result, or -1000 - n for run-time error n.
-int Answer(auto&& member) try {
-    if constexpr (std::is_void_v<decltype(member())>) {
-        return member(), 0;
-    } else {
-        return member();
-    }
-} catch (const RuntimeError& error) {
-    return -1000 - error.number();
-}
-
-struct Operands {
-    int value;
-    int a, b;  // as a rule indices within the array
-    bool flag;
-};
-
 // Lists that grow, that churn, that are sized ahead and that are often emptied meet different oddities.
-constexpr int kOperations = 16;
 constexpr std::array<std::array<double, kOperations>, 4> kTempers = {{
     {40, 5, 5, 5, 2, 4, 3, 2, 2, 2, 4, 2, 5, 5, 0, 0},
     {10, 8, 8, 8, 9, 9, 6, 3, 3, 3, 5, 5, 5, 5, 0, 0},
     {15, 8, 8, 5, 5, 5, 6, 3, 3, 3, 5, 5, 5, 5, 4, 0},
     {15, 8, 8, 5, 7, 7, 6, 3, 3, 3, 5, 5, 5, 5, 1, 1.5},
 }};
-
-int Operate(auto& list, int operation, const Operands& with) {
-    const auto [value, a, b, flag] = with;
-    const auto equal = [value](int item) { return item == value; };
-    const auto less = [value](int item) { return item < value; };
-    return Answer([&]() -> int {
-        switch (operation) {
-            case 0:
-                return list.Add(value, 0, 0);
-            case 1:
-                return list.Add(value, a, flag ? b : 0);
-            case 2:
-                return list.Add(value, 0, a);
-            case 3:
-                return list.Add(value, -1, 0);
-            case 4:
-                return list.Remove(a);
-            case 5:
-                return list.Remove(0);
-            case 6:
-                return list.Item(a) = value;
-            case 7:
-                return list.Move(a), 0;
-            case 8:
-                return list.MoveFirst(), 0;
-            case 9:
-                return list.MoveLast(), 0;
-            case 10:
-                return list.MoveNext(), 0;
-            case 11:
-                return list.MovePrevious(), 0;
-            case 12:
-                return list.Find(list.SearchStart(a, flag), flag, equal);
-            case 13:
-                return list.Find(list.SearchStart(a, flag), flag, less);
-            case 14:
-                return flag ? list.SetCursor(a) : list.SetSize(list.upper() - 20 + 4 * value, b), 0;
-            default:
-                return list.Create(), 0;
-        }
-    });
-}
-
-// All that a client can see, without what only some steps ask for.
-std::vector<int> Seen(auto& list) {
-    std::vector<int> seen = {list.upper(), list.count(), list.cursor(), list.AtBeginning(), list.AtEnd()};
-    for (int i = -1; i <= list.upper() + 1; ++i) seen.push_back(list.IsItem(i) ? list.Item(i) : -1);
-    return seen;
-}
 
 class NodeListModel : public testing::TestWithParam<unsigned> {};
 

@@ -1,5 +1,5 @@
 #include "frame/shapes_test.h"
-#include "frame/value_object.h"
+#include "support/value_object.h"
 
 namespace velk::test {
 namespace {

@@ -11,11 +11,13 @@
 #include <vector>
 
 #include "frame/run_time_error.h"
+#include "integrity/literal_reading.h"
 
 namespace velk {
 namespace {
 
-using Entries = std::map<std::u16string, std::u16string>;
+using test::Entries;
+using test::LiteralReading;
 
 static_assert(!std::is_copy_constructible_v<DatEntries> && !std::is_move_constructible_v<DatEntries>);
 static_assert(!std::is_copy_assignable_v<DatEntries> && !std::is_move_assignable_v<DatEntries>);
@@ -44,35 +46,6 @@ std::u16string Digits(int number) {
     const auto narrow = std::to_string(number);
     return {narrow.begin(), narrow.end()};
 }
-
-// The rules read literally: split at CR LF, then at "=".
-struct NaiveReading {
-    Entries entries;
-    int error = 0;
-
-    explicit NaiveReading(const std::u16string& text) {
-        std::vector<std::u16string> lines(1);
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (text[i] == u'\r' && text.substr(i, 2) == u"\r\n") {
-                lines.emplace_back();
-                ++i;
-            } else {
-                lines.back() += text[i];
-            }
-        }
-        for (const auto& line : lines)
-            if (error == 0) Add(line);
-    }
-
-    void Add(const std::u16string& line) {
-        std::vector<std::u16string> fields(1);
-        for (const char16_t unit : line) {
-            if (unit == u'=') fields.emplace_back();
-            if (unit != u'=') fields.back() += unit;
-        }
-        if (fields.size() > 1 && !entries.emplace(fields[0], fields[1]).second) error = 457;
-    }
-};
 
 TEST(DatEntriesTest, ReadsOddTexts) {
     const struct {
@@ -149,7 +122,7 @@ TEST(DatEntriesTest, AgreesWithTheRulesReadLiterally) {
     for (int round = 0; round < 100000; ++round) {
         const auto text = random_text(round % 100 == 0 ? 400 : 16);
         SCOPED_TRACE(testing::PrintToString(text));
-        const NaiveReading naive(text);
+        const LiteralReading naive(text);
         ASSERT_EQ(ParseError(entries, text), naive.error);
         ExpectEntries(entries, naive.entries);
         const auto key = random_text(4);

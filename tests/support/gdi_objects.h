@@ -6,16 +6,14 @@
 
 namespace velk::test {
 
-// How many drawing objects and device contexts this process holds, read from its own table of them:
-// the platform's counter always answers 0 here.
+// How many drawing objects and device contexts this process holds, read from its own table of them: the
+// platform's counter always answers 0 here.
 inline int GdiObjects() {
-#ifdef _WIN64
-    constexpr DWORD kTableOffset = 0xF8;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readgsqword(0x60));
-#else
-    constexpr DWORD kTableOffset = 0x94;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(0x30));
-#endif
+    constexpr DWORD kTableOffset = sizeof(void*) == 4 ? 0x94 : 0xF8;
+    using Function = const std::byte*(WINAPI*)();
+    static const auto kOwnProcess = reinterpret_cast<Function>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+    const std::byte* const process = kOwnProcess();
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;

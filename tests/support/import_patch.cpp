@@ -54,6 +54,10 @@ ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement
     Write(slot_, replacement);
 }
 
+bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
+    return FindSlot(module, function) != nullptr;
+}
+
 ImportPatch::~ImportPatch() {
     if (slot_) Write(slot_, original_);
 }

@@ -13,6 +13,8 @@ class ImportPatch {
     ImportPatch& operator=(const ImportPatch&) = delete;
     ~ImportPatch();
 
+    static bool IsImported(HMODULE module, const char* function) noexcept;
+
     template <class Function>
     Function Original() const noexcept {
         return reinterpret_cast<Function>(original_);

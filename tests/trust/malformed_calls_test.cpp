@@ -9,6 +9,7 @@
 #include "support/client.h"
 #include "support/malloc_spy.h"
 #include "support/scratch_folder.h"
+#include "trust/request.h"
 #include "trust/scale.h"
 #include "trust/values.h"
 
@@ -16,16 +17,6 @@ namespace velk::test {
 namespace {
 
 constexpr int kCallsAnObject = 100;
-
-struct Request {
-    DISPID id;
-    WORD flags;
-    IID iid = IID_NULL;
-    std::vector<VARIANT> arguments{};
-    std::vector<DISPID> names = std::vector<DISPID>(64, DISPID_PROPERTYPUT);
-    DISPPARAMS parameters{};
-    bool isNull = false;
-};
 
 void Damage(Request& request, Client& client) {
     static const DISPID kIds[] = {0, -1, -3, -4, -5, 3, 99, 0x7FFFFFFF, static_cast<DISPID>(0x80000000)};
@@ -69,23 +60,6 @@ void Damage(Request& request, Client& client) {
         default:
             request.isNull = true;
     }
-}
-
-Request Prepare(const Member& member, Client& client, bool sane) {
-    Request request{member.id, member.kind};
-    for (const Taken taken : member.parameters) {
-        request.arguments.push_back(sane || OneIn(2) ? client.Sane(taken) : client.Any());
-    }
-    std::reverse(request.arguments.begin(), request.arguments.end());
-    request.parameters = {request.arguments.data(), request.names.data(), static_cast<UINT>(request.arguments.size()),
-                          member.IsLet() ? 1u : 0u};
-    if (!sane && OneIn(2)) Damage(request, client);
-    return request;
-}
-
-bool IsProper(HRESULT answer) {
-    const bool automation = answer >= DISP_E_UNKNOWNINTERFACE && answer <= DISP_E_BUFFERTOOSMALL;
-    return answer == S_OK || automation || answer == E_INVALIDARG || answer == E_POINTER || answer == E_OUTOFMEMORY;
 }
 
 const Class* currentClass = nullptr;
@@ -143,7 +117,9 @@ class Campaign {
         ++callsMade;
         Client client;
         if (OneIn(20)) return AskForNames(object);
-        Request request = Prepare(*currentMember, client, OneIn(3));
+        const bool sane = OneIn(3);
+        Request request(*currentMember, client, sane ? Arguments::Sane : Arguments::Any);
+        if (!sane && OneIn(2)) Damage(request, client);
         Variant result;
         EXCEPINFO exception{};
         UINT badArgument = 0;

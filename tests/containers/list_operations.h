@@ -1,0 +1,80 @@
+// The steps that the list and its literal model take side by side.
+#pragma once
+
+#include <type_traits>
+#include <vector>
+
+#include "frame/run_time_error.h"
+
+namespace velk::test {
+
+// What a member answers: its result, or -1000 - n for run-time error n.
+int Answer(auto&& member) try {
+    if constexpr (std::is_void_v<decltype(member())>) {
+        return member(), 0;
+    } else {
+        return member();
+    }
+} catch (const RuntimeError& error) {
+    return -1000 - error.number();
+}
+
+struct Operands {
+    int value;
+    int a, b;  // as a rule indices within the array
+    bool flag;
+};
+
+constexpr int kOperations = 16;
+
+int Operate(auto& list, int operation, const Operands& with) {
+    const int value = with.value, a = with.a, b = with.b;  // not a structured binding: lambdas use them
+    const bool flag = with.flag;
+    const auto equal = [value](int item) { return item == value; };
+    const auto less = [value](int item) { return item < value; };
+    return Answer([&]() -> int {
+        switch (operation) {
+            case 0:
+                return list.Add(value, 0, 0);
+            case 1:
+                return list.Add(value, a, flag ? b : 0);
+            case 2:
+                return list.Add(value, 0, a);
+            case 3:
+                return list.Add(value, -1, 0);
+            case 4:
+                return list.Remove(a);
+            case 5:
+                return list.Remove(0);
+            case 6:
+                return list.Item(a) = value;
+            case 7:
+                return list.Move(a), 0;
+            case 8:
+                return list.MoveFirst(), 0;
+            case 9:
+                return list.MoveLast(), 0;
+            case 10:
+                return list.MoveNext(), 0;
+            case 11:
+                return list.MovePrevious(), 0;
+            case 12:
+                return list.Find(list.SearchStart(a, flag), flag, equal);
+            case 13:
+                return list.Find(list.SearchStart(a, flag), flag, less);
+            case 14:
+                return flag ? list.SetCursor(a) : list.SetSize(list.upper() - 20 + 4 * value, b), 0;
+            default:
+                return list.Create(), 0;
+        }
+    });
+}
+
+// All that a client can see, without what only some steps ask for.
+std::vector<int> Seen(auto& list) {
+    std::vector<int> seen = {list.upper(), list.count(), list.cursor(), list.AtBeginning(), list.AtEnd()};
+    for (int i = -1; i <= list.upper() + 1; ++i) seen.push_back(list.IsItem(i) ? list.Item(i) : -1);
+    return seen;
+}
+
+}  // namespace velk::test

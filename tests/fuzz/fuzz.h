@@ -1,0 +1,40 @@
+// What the fuzz targets share: reading values from the bytes that the fuzzer makes up.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace velk::test {
+
+class Bytes {
+  public:
+    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
+
+    bool empty() const noexcept { return left_ == 0; }
+    int Next() noexcept {
+        if (left_ == 0) return 0;
+        --left_;
+        return *data_++;
+    }
+    // The rest, one character a byte; the last two bytes of the range stand for characters beyond 255.
+    std::u16string Rest() {
+        std::u16string text;
+        while (!empty()) {
+            const int byte = Next();
+            text += static_cast<char16_t>(byte < 254 ? byte : 0xD700 + byte);
+        }
+        return text;
+    }
+
+  private:
+    const std::uint8_t* data_;
+    std::size_t left_;
+};
+
+inline void Require(bool holds) {
+    if (!holds) std::abort();
+}
+
+}  // namespace velk::test

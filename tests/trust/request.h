@@ -1,0 +1,30 @@
+#pragma once
+
+#include <vector>
+
+#include "trust/members.h"
+#include "trust/values.h"
+
+namespace velk::test {
+
+enum class Arguments { Sane, Any };
+
+// A late-bound call before it is made; all of it is open to damage.
+struct Request {
+    Request(const Member& member, Client& client, Arguments arguments);
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+
+    DISPID id;
+    WORD flags;
+    IID iid = IID_NULL;
+    std::vector<VARIANT> arguments;
+    std::vector<DISPID> names = std::vector<DISPID>(64, DISPID_PROPERTYPUT);
+    DISPPARAMS parameters{};
+    bool isNull = false;
+};
+
+// An answer that automation knows: success, a numbered exception, or what was wrong with the call.
+bool IsProper(HRESULT answer);
+
+}  // namespace velk::test

@@ -1,0 +1,170 @@
+#include "trust/values.h"
+
+#include <algorithm>
+
+#include "frame/text.h"
+
+namespace velk::test {
+namespace {
+
+std::vector<ComPtr<ValueObject>> MakeObjects() {
+    std::vector<ComPtr<ValueObject>> objects;
+    const Variant text = Text(L"12");
+    for (const VARIANT& value : {Arg(12L), static_cast<const VARIANT&>(text), Missing()}) {
+        objects.push_back(ValueObject::Make(value));
+    }
+    for (const HRESULT answer : {E_FAIL, DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND, E_OUTOFMEMORY, RPC_E_DISCONNECTED}) {
+        objects.push_back(ValueObject::Make(Arg(0L)));
+        objects.back()->answer = answer;
+    }
+    for (const auto& object : objects) object->onRead = &Client::Interfere;
+    return objects;
+}
+
+Variant Of(VARTYPE type, LONGLONG bits = 0) {
+    Variant value;
+    value.vt = type;
+    value.llVal = bits;
+    return value;
+}
+
+Variant TextValue() { return Of(VT_BSTR, OneIn(10) ? 0 : reinterpret_cast<LONG_PTR>(Bstr(AnyText()).Detach())); }
+
+Variant NumberValue() {
+    static const LONGLONG kBits[] = {
+        0, 1, -1, 7, 0x7FFF, 0x8000, 0x7FFFFFFF, 0x80000000, 0x7FF8000000000000, 0x7FF0000000000000};
+    static const VARTYPE kTypes[] = {VT_EMPTY, VT_NULL,  VT_I2,   VT_I4,   VT_R4,     VT_R8,  VT_CY,
+                                     VT_DATE,  VT_ERROR, VT_BOOL, VT_I1,   VT_UI1,    VT_UI2, VT_UI4,
+                                     VT_I8,    VT_UI8,   VT_INT,  VT_UINT, VT_DECIMAL};
+    Variant value = Of(AnyOf(kTypes), OneIn(3) ? static_cast<LONGLONG>(engine()) << Below(32) : AnyOf(kBits));
+    if (value.vt == VT_DECIMAL) value.decVal.Hi32 = engine();
+    return value;
+}
+
+Variant ObjectValue() {
+    const VARTYPE type = OneIn(3) ? VT_UNKNOWN : VT_DISPATCH;
+    return Of(type, OneIn(4) ? 0 : reinterpret_cast<LONG_PTR>(ComPtr<ValueObject>(AnyOf(Objects())).Detach()));
+}
+
+void Fill(SAFEARRAY* array, VARTYPE type) {
+    std::size_t count = 1;
+    for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (type == VT_BSTR) static_cast<BSTR*>(array->pvData)[i] = TextValue().Detach().bstrVal;
+        if (type == VT_VARIANT) static_cast<VARIANT*>(array->pvData)[i] = SimpleValue().Detach();
+    }
+}
+
+Variant StringArray() {
+    SAFEARRAY* const array = SafeArrayCreateVector(VT_BSTR, OneIn(2), static_cast<ULONG>(Below(5)));
+    Fill(array, VT_BSTR);
+    return Of(VT_ARRAY | VT_BSTR, reinterpret_cast<LONG_PTR>(array));
+}
+
+// Of any type, dimensions and bounds; sometimes not allocated, without data, or of another type than its value says.
+
+Variant ArrayValue() {
+    static const VARTYPE kTypes[] = {VT_BSTR, VT_VARIANT, VT_BSTR, VT_VARIANT, VT_I4, VT_UI1, VT_R8, VT_DISPATCH};
+    static const LONG kLowest[] = {0, 1, -3, 0x7FFFFFF0};
+    const VARTYPE type = AnyOf(kTypes);
+    const VARTYPE said = VT_ARRAY | (OneIn(8) ? AnyOf(kTypes) : type);
+    if (OneIn(8)) return Of(said);
+    SAFEARRAY* array = nullptr;
+    const UINT dimensions = OneIn(2) ? 1 : static_cast<UINT>(1 + Below(3));
+    SAFEARRAYBOUND bounds[3];
+    for (SAFEARRAYBOUND& bound : bounds) bound = {static_cast<ULONG>(Below(5)), AnyOf(kLowest)};
+    if (OneIn(8)) {
+        SafeArrayAllocDescriptorEx(type, dimensions, &array);
+        std::copy_n(bounds, dimensions, array->rgsabound);
+    } else {
+        array = SafeArrayCreate(type, dimensions, bounds);
+        Fill(array, type);
+    }
+    return Of(said, reinterpret_cast<LONG_PTR>(array));
+}
+
+// A type that may not exist, without contents: no client can pass a pointer of a kind that nobody knows.
+Variant WildValue() {
+    const auto type = static_cast<VARTYPE>(OneIn(2) ? engine() : Below(80) | (Below(8) << 12));
+    return Of(type);
+}
+
+}  // namespace
+
+std::wstring AnyText() {
+    static const wchar_t* const kTexts[] = {L"",    L"0",    L"-1",         L"1e999",
+                                            L"abc", L"True", L"12/31/1999", L"C:\\none\\x.dat"};
+    if (OneIn(2)) return AnyOf(kTexts);
+    std::wstring text(static_cast<std::size_t>(OneIn(200) ? Below(100'000) : Below(40)), L' ');
+    for (wchar_t& c : text) c = static_cast<wchar_t>(OneIn(3) ? engine() : L'!' + Below(90));
+    return text;
+}
+
+Variant SimpleValue() { return OneIn(3) ? TextValue() : OneIn(3) ? ObjectValue() : NumberValue(); }
+
+Variant AnyValue() {
+    if (OneIn(8)) return WildValue();
+    return OneIn(4) ? ArrayValue() : SimpleValue();
+}
+
+Variant SaneValue(VARTYPE type) {
+    switch (type) {
+        case VT_VARIANT:
+            return OneIn(5) ? StringArray() : SimpleValue();
+        case VT_BSTR:
+            return TextValue();
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return ObjectValue();
+        case VT_ARRAY | VT_BSTR:
+            return OneIn(5) ? Of(type) : StringArray();
+        case VT_R8: {
+            Variant value = Of(type);
+            value.dblVal = Below(1000) / 8.0;
+            return value;
+        }
+        default:
+            return Of(type, Below(5));
+    }
+}
+
+std::vector<ComPtr<ValueObject>>& Objects() {
+    static std::vector<ComPtr<ValueObject>> objects = MakeObjects();
+    return objects;
+}
+
+VARIANT Client::Sane(Taken taken) {
+    Variant value = OneIn(4) ? SimpleValue() : SaneValue(taken.type);
+    if (value.vt != taken.type || OneIn(3)) return OneIn(2) ? Plain(std::move(value)) : Variable(std::move(value));
+    return taken.byReference ? Reference(std::move(value)) : Plain(std::move(value));
+}
+
+VARIANT Client::Any() {
+    switch (Below(8)) {
+        case 0:
+            return OneIn(3) ? Missing() : Arg(static_cast<VARIANT*>(nullptr));
+        case 1:
+            return variables_.empty() ? Missing() : Arg(AnyOf(variables_));
+        case 2:
+        case 3:
+            return Variable(AnyValue());
+        case 4: {
+            Variant indirect;
+            static_cast<VARIANT&>(indirect) = OneIn(2) ? Reference(AnyValue()) : Variable(AnyValue());
+            return Variable(std::move(indirect));
+        }
+        case 5:
+            return Reference(AnyValue());
+        default:
+            return Plain(AnyValue());
+    }
+}
+
+void Client::Interfere() {
+    if (!current_ || current_->variables_.empty() || OneIn(2)) return;
+    VARIANT* const variable = AnyOf(current_->variables_);
+    if (SUCCEEDED(VariantClear(variable)))
+        *variable = OneIn(2) ? AnyValue().Detach() : Ref(static_cast<VARTYPE>(VT_I2 + Below(20)), nullptr);
+}
+
+}  // namespace velk::test
