@@ -38,6 +38,23 @@ bool IniFileExists(const std::string& name) {
     return true;
 }
 
+// The profile functions take names of up to MAX_PATH and look for a bare name in the Windows folder. Not all versions
+// survive a longer one.
+void RequireUsable(const std::string& file) {
+    const bool isBare = file.find_first_of("\\/:") == file.npos;
+    const DWORD length = isBare ? GetWindowsDirectoryA(nullptr, 0) + 1 + static_cast<DWORD>(file.size())
+                                : GetFullPathNameA(file.c_str(), 0, nullptr, nullptr);
+    if (length == 0 || length > MAX_PATH) throw kComponentFailure;
+}
+
+// A text in the ANSI code page as the profile functions take it. They count in 16 bits, and not all versions survive
+// more.
+const char* Passable(const std::string& text) {
+    constexpr std::size_t kMost = 32766;
+    if (text.size() > kMost) throw kComponentFailure;
+    return text.c_str();
+}
+
 // The platform would stop at an embedded NUL and change another section or key than the one named.
 bool IsName(BSTR text) noexcept { return SysStringLen(text) > 0 && View(text).find(L'\0') == std::wstring_view::npos; }
 
@@ -116,21 +133,19 @@ STDMETHODIMP CIniFile::get_Filename(BSTR* result) noexcept {
 
 STDMETHODIMP CIniFile::GetNumericValue(BSTR* Section, BSTR* Key, SHORT* result) noexcept {
     return Guard(L"GetNumericValue", result, [&] {
-        const std::string section = ToAnsi(View(Given(Section)));
-        const std::string key = ToAnsi(View(Given(Key)));
         const std::string file = ExistingFile();
-        return ToInteger(static_cast<INT>(GetPrivateProfileIntA(section.c_str(), key.c_str(), -1, file.c_str())));
+        return ToInteger(static_cast<INT>(GetPrivateProfileIntA(Passable(ToAnsi(View(Given(Section)))),
+                                                                Passable(ToAnsi(View(Given(Key)))), -1, file.c_str())));
     });
 }
 
 STDMETHODIMP CIniFile::GetStringValue(BSTR* Section, BSTR* Key, BSTR* result) noexcept {
     return Guard(L"GetStringValue", result, [&] {
-        const std::string section = ToAnsi(View(Given(Section)));
-        const std::string key = ToAnsi(View(Given(Key)));
         const std::string file = ExistingFile();
         char value[kValueSize] = {};
         const bool found =
-            GetPrivateProfileStringA(section.c_str(), key.c_str(), "", value, kValueSize, file.c_str()) != 0;
+            GetPrivateProfileStringA(Passable(ToAnsi(View(Given(Section)))), Passable(ToAnsi(View(Given(Key)))), "",
+                                     value, kValueSize, file.c_str()) != 0;
         return FromAnsiBuffer({value, found ? kValueSize : 0});
     });
 }
@@ -142,7 +157,7 @@ STDMETHODIMP CIniFile::EnumerateAllKeys(BSTR* Section, SAFEARRAY** Key, LONG* re
         const std::string file = ExistingFile();
         RequireSection(section);
         Erase(keys);
-        return Fill(keys, ListNames(ToAnsi(View(section)).c_str(), file), EmptyNames::Keep);
+        return Fill(keys, ListNames(Passable(ToAnsi(View(section))), file), EmptyNames::Keep);
     });
 }
 
@@ -169,7 +184,7 @@ STDMETHODIMP CIniFile::DeleteKey(BSTR Section, BSTR* Key, VARIANT_BOOL* result) 
         const std::string file = ExistingFile();
         RequireSection(Section);
         RequireKey(key);
-        return WriteThrough(ToAnsi(View(Section)).c_str(), ToAnsi(View(key)).c_str(), nullptr, file);
+        return WriteThrough(Passable(ToAnsi(View(Section))), Passable(ToAnsi(View(key))), nullptr, file);
     });
 }
 
@@ -177,7 +192,7 @@ STDMETHODIMP CIniFile::DeleteSection(BSTR Section, VARIANT_BOOL* result) noexcep
     return Guard(L"DeleteSection", result, [&] {
         const std::string file = ExistingFile();
         RequireSection(Section);
-        return WriteThrough(ToAnsi(View(Section)).c_str(), nullptr, nullptr, file);
+        return WriteThrough(Passable(ToAnsi(View(Section))), nullptr, nullptr, file);
     });
 }
 
@@ -194,6 +209,7 @@ std::string CIniFile::InitialisedFile() const {
 std::string CIniFile::ExistingFile() const {
     std::string file = InitialisedFile();
     if (!IniFileExists(file)) throw kFileNotFound;
+    RequireUsable(file);
     return file;
 }
 
@@ -202,7 +218,8 @@ void CIniFile::Save(BSTR section, BSTR key, const std::string& text) const {
     const std::string file = InitialisedFile();
     RequireSection(section);
     RequireKey(key);
-    WriteThrough(ToAnsi(View(section)).c_str(), ToAnsi(View(key)).c_str(), text.c_str(), file);
+    RequireUsable(file);
+    WriteThrough(Passable(ToAnsi(View(section))), Passable(ToAnsi(View(key))), Passable(text), file);
 }
 
 }  // namespace velk

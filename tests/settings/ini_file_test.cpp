@@ -160,6 +160,12 @@ TEST_F(IniFile, ExistsWhenASearchFindsIt) {
         EXPECT_EQ(-1, Run(L"GetNumericValue", {L"A", L"k"}).value.iVal) << name;
         EXPECT_EQ(S_OK, Run(L"SaveStringValue", {L"A", L"k", L"v"}).result) << name;
     }
+    for (const wchar_t* name : {L"", L"C:\\", L"x\\"}) {  // too long for the profile functions
+        Run(L"Init", {name + std::wstring(260, L'n')});
+        EXPECT_EQ(eErrIniFile_FileNotFound, Run(L"GetStringValue", {L"A", L"k"}).code) << name;
+        EXPECT_EQ(kComponentFailure, Run(L"SaveStringValue", {L"A", L"k", L"v"}).code) << name;
+    }
+    Run(L"Init", {folder_.path()});
     const ImportPatch patch(Library(), "FindClose", reinterpret_cast<void*>(+[] [[gnu::stdcall]] (HANDLE search) {
                                 FindClose(search);
                                 return FALSE;
@@ -212,6 +218,26 @@ TEST_F(IniFile, ReadsNumbersOfSixteenBits) {
     for (const wchar_t* key : {L"a", L"b", L"c"}) {
         EXPECT_EQ(kComponentFailure, Run(L"GetNumericValue", {L"A", key}).code) << key;
     }
+}
+
+TEST_F(IniFile, RefusesTextsBeyondThePlatformsReach) {
+    const std::string text = "[A]\r\nk=1\r\n";
+    folder_.Write(L"file.ini", text);
+    const std::wstring longer(32767, L'x');
+    const std::vector<std::wstring> calls[] = {{L"SaveStringValue", longer, L"k", L"v"},
+                                               {L"SaveStringValue", L"A", longer, L"v"},
+                                               {L"SaveStringValue", L"A", L"k", longer},
+                                               {L"GetStringValue", longer, L"k"},
+                                               {L"GetNumericValue", L"A", longer},
+                                               {L"EnumerateAllKeys", longer, kArray},
+                                               {L"DeleteKey", L"A", longer},
+                                               {L"DeleteSection", longer}};
+    for (const auto& call : calls) {
+        EXPECT_EQ(kComponentFailure, Run(call[0].c_str(), {call.begin() + 1, call.end()}).code) << call[0];
+    }
+    EXPECT_EQ(text, Bytes(path_));
+    Run(L"SaveStringValue", {L"A", L"k", longer.substr(1)});
+    EXPECT_EQ("[A]\r\nk=" + std::string(32766, 'x') + "\r\n", Bytes(path_));
 }
 
 TEST_F(IniFile, ReplacesTheClientsArray) {

@@ -187,6 +187,7 @@ TEST_F(ProgramSettings, StoreStringsWholeAndMakeTheirKey) {
 
 TEST_F(ProgramSettings, GiveDefaultsWhereTheyMayNotWrite) {
     Write(L"v", L"text");
+    EXPECT_EQ(L"text", Read(L"v"));
     SECURITY_DESCRIPTOR readOnly;
     alignas(ACL) std::byte room[256];
     auto* const list = reinterpret_cast<ACL*>(room);
@@ -201,7 +202,7 @@ TEST_F(ProgramSettings, GiveDefaultsWhereTheyMayNotWrite) {
     EXPECT_EQ(L"default", Read(L"v"));
     Write(L"v", L"other");
     EXPECT_EQ(std::string("text\0", 5), Stored(REG_SZ));
-    Set(L"RootKey", Arg(LONG{5}));  // no root key at all
+    Set(L"RootKey", Arg(LONG{psrHKEY_USERS + 0x100}));  // no root key at all
     EXPECT_EQ(-99, ReadLong(L"v"));
     WriteLong(L"v", 1);
 }
