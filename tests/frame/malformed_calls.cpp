@@ -464,6 +464,8 @@ TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
     const std::size_t handles = OpenHandles();
     campaign.Run(classes, kCalls);
     campaign.Print();
+    const std::wstring library = LibraryPath();
+    DeleteFileW((library.substr(0, library.rfind(L'\\')) + L"\\MyFileSettings.ini").c_str());  // what CIniFile saved
     EXPECT_EQ(blocks, MallocSpy::Alive());
     EXPECT_EQ(handles, OpenHandles());
     for (const auto& object : objects) EXPECT_EQ(1u, object->count());
