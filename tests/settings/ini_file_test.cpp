@@ -153,6 +153,11 @@ TEST_F(IniFile, ChecksInOrder) {
     });
 }
 
+BOOL WINAPI CloseAndFail(HANDLE search) {
+    FindClose(search);
+    return FALSE;
+}
+
 TEST_F(IniFile, ExistsWhenASearchFindsIt) {
     folder_.Write(L"other.ini", "[A]\r\n");
     for (const wchar_t* name : {L"\\*.ini", L"\\othe?.ini", L""}) {
@@ -166,10 +171,7 @@ TEST_F(IniFile, ExistsWhenASearchFindsIt) {
         EXPECT_EQ(kComponentFailure, Run(L"SaveStringValue", {L"A", L"k", L"v"}).code) << name;
     }
     Run(L"Init", {folder_.path()});
-    const ImportPatch patch(Library(), "FindClose", reinterpret_cast<void*>(+[] [[gnu::stdcall]] (HANDLE search) {
-                                FindClose(search);
-                                return FALSE;
-                            }));
+    const ImportPatch patch(Library(), "FindClose", reinterpret_cast<void*>(&CloseAndFail));
     EXPECT_EQ(kComponentFailure, Run(L"EnumerateAllSections", {kArray}).code);
 }
 
