@@ -256,6 +256,21 @@ TEST_F(IniFile, ReplacesTheClientsArray) {
     }
     EXPECT_EQ(std::vector<std::string>{"k"}, Keys("B"));
     EXPECT_EQ(std::vector<std::string>(), Keys("A"));
+
+    const auto early = ini_.As<_CIniFile>();
+    Variant filled;
+    VARTYPE type = VT_EMPTY;
+    LONG count = 0, lowest = 0;
+    filled.vt = VT_ARRAY | VT_BSTR;
+    EXPECT_EQ(S_OK, early->EnumerateAllSections(&filled.parray, &count));
+    EXPECT_EQ(2, count);
+    EXPECT_EQ(S_OK, SafeArrayGetLBound(filled.parray, 1, &lowest));
+    EXPECT_EQ(1, lowest);
+    EXPECT_EQ(S_OK, SafeArrayGetVartype(filled.parray, &type));
+    EXPECT_EQ(VT_BSTR, type);
+    EXPECT_EQ(E_POINTER, early->EnumerateAllKeys(nullptr, &filled.parray, &count));
+    SetErrorInfo(0, nullptr);
+    filled = Variant();
     EXPECT_EQ(before, MallocSpy::Alive());
 }
 
