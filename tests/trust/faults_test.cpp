@@ -9,6 +9,7 @@
 #include "support/gdi_objects.h"
 #include "support/malloc_spy.h"
 #include "support/scratch_folder.h"
+#include "trust/calm_platform.h"
 #include "trust/failing_memory.h"
 #include "trust/request.h"
 #include "trust/scale.h"
@@ -81,6 +82,7 @@ struct Belongings {
 };
 
 TEST(Faults, ManyCyclesOfEachMemberLeaveNothingBehind) {
+    const CalmPlatform calm;
     constexpr unsigned kVariations = 10;
     ForEachMember([](const Class& one, const Member& member) {
         const auto run = [&](int cycles) {
@@ -120,6 +122,7 @@ bool SaysSo(const Answer& answer, const Answer& undisturbed) {
 }
 
 TEST(Faults, WithoutMemoryAMemberSaysSoAndChangesNothing) {
+    const CalmPlatform calm;
     FailingMemory memory;
     int failed = 0;
     ForEachMember([&](const Class& one, const Member& member) {

@@ -9,6 +9,7 @@
 #include "support/client.h"
 #include "support/malloc_spy.h"
 #include "support/scratch_folder.h"
+#include "trust/calm_platform.h"
 #include "trust/request.h"
 #include "trust/scale.h"
 #include "trust/values.h"
@@ -161,6 +162,7 @@ class Campaign {
 
 TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
     SetUnhandledExceptionFilter(&TellWhere);
+    const CalmPlatform calm;
     const std::vector<Class> classes = ReadClasses();
     ASSERT_FALSE(classes.empty());
     Campaign campaign;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "support/import_patch.h"
+
+namespace velk::test {
+
+// Keeps calls with any arguments from harming what is not the tests': files of any name, foreign registry keys, boxes
+// that wait for a person. Everything else reaches the platform. One at a time.
+class CalmPlatform {
+  public:
+    CalmPlatform();
+    ~CalmPlatform();
+
+  private:
+    std::vector<std::unique_ptr<ImportPatch>> patches_;
+};
+
+}  // namespace velk::test
