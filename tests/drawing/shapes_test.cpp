@@ -1,0 +1,382 @@
+// The four shapes as scripts see them: pixels read back, and a device context that is as it was afterwards.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <span>
+#include <string>
+#include <tuple>
+
+#include "drawing/canvas.h"
+#include "support/client.h"
+#include "support/gdi_objects.h"
+#include "support/import_patch.h"
+#include "support/late_bound.h"
+#include "support/report_recorder.h"
+
+namespace velk::test {
+namespace {
+
+using Names = std::vector<const wchar_t*>;
+using PlatformDraw = void (*)(HDC, int, int, int, int);
+
+struct Kind {
+    CLSID clsid;
+    Names coordinates;
+    std::wstring draw;  // its 3D form is named after it
+    PlatformDraw byHand;
+    bool filled;
+};
+
+const Names kBox{L"Left", L"Top", L"Right", L"Bottom"};
+const Kind kArc{__uuidof(CGDIArc), kBox, L"DrawArc",
+                [](HDC dc, int l, int t, int r, int b) { Arc(dc, l, t, r, b, 0, 0, 0, 0); }, false};
+const Kind kEllipse{__uuidof(CGDIEllipse), kBox, L"DrawEllipse",
+                    [](HDC dc, int l, int t, int r, int b) { Ellipse(dc, l, t, r, b); }, true};
+const Kind kLine{__uuidof(CGDILine),
+                 {L"X1", L"Y1", L"X2", L"Y2"},
+                 L"DrawLine",
+                 [](HDC dc, int l, int t, int r, int b) {
+                     MoveToEx(dc, l, t, nullptr);
+                     LineTo(dc, r, b);
+                 },
+                 false};
+const Kind kRectangle{__uuidof(CGDIRectangle), kBox, L"DrawRectangle",
+                      [](HDC dc, int l, int t, int r, int b) { Rectangle(dc, l, t, r, b); }, true};
+const Kind* const kKinds[] = {&kArc, &kEllipse, &kLine, &kRectangle};
+
+class Shape {
+  public:
+    explicit Shape(const Kind& kind, LONG left = 10, LONG top = 10, LONG right = 41, LONG bottom = 31)
+        : kind(kind), object(CreateObject<IDispatch>(kind.clsid)) {
+        const LONG places[] = {left, top, right, &kind == &kLine && bottom == 31 ? top : bottom};
+        for (std::size_t i = 0; i < 4; ++i) Set(kind.coordinates[i], places[i]);
+    }
+
+    void Set(const wchar_t* name, LONG value) { EXPECT_EQ(S_OK, Let(object.get(), name, {Arg(value)}).result) << name; }
+    LONG Read(const wchar_t* name) {
+        const Variant value = Get(object.get(), name).value;
+        return value.vt == VT_I2 ? value.iVal : value.lVal;
+    }
+    std::vector<LONG> Places() {
+        std::vector<LONG> places;
+        for (const wchar_t* name : kind.coordinates) places.push_back(Read(name));
+        return places;
+    }
+
+    // An arc from a point to the same point, which is a whole ellipse.
+    void Draw(const Canvas& canvas) {
+        const VARIANT context = Arg(canvas.handle()), zero = Arg(0L);
+        if (&kind == &kArc) return Checked(canvas, kind.draw.c_str(), {context, zero, zero, zero, zero});
+        Checked(canvas, kind.draw.c_str(), {context});
+    }
+    std::wstring Name3D() const { return L"Draw3D" + kind.draw.substr(4); }
+    void Draw3D(const Canvas& canvas, LONG shadow, LONG highlight) {
+        Checked(canvas, Name3D().c_str(), {Arg(canvas.handle()), Arg(shadow), Arg(highlight)});
+    }
+    // The context is as it was afterwards, and nothing is left behind; only a line moves the current position.
+    void Checked(const Canvas& canvas, const wchar_t* member, std::initializer_list<VARIANT> arguments) {
+        const auto state = [&] {
+            POINT position{};
+            if (&kind != &kLine) GetCurrentPositionEx(canvas.get(), &position);
+            return std::tuple(GetCurrentObject(canvas.get(), OBJ_PEN), GetCurrentObject(canvas.get(), OBJ_BRUSH),
+                              GetROP2(canvas.get()), position.x, position.y, GdiObjects());
+        };
+        const auto before = state();
+        EXPECT_EQ(S_OK, Call(object.get(), member, arguments).result) << member;
+        EXPECT_EQ(before, state()) << member;
+    }
+
+    const Kind& kind;
+    ComPtr<IDispatch> object;
+};
+
+TEST(Shapes, StoreWhatTheyAreGiven) {
+    const std::pair<const wchar_t*, LONG> defaults[] = {
+        {L"BorderColor", 0}, {L"BorderWidth", 1}, {L"PenStyle", 0},  {L"ForegroundMixMode", 13},
+        {L"FillColor", 0},   {L"BrushStyle", 0},  {L"HatchStyle", 0}};
+    for (const Kind* kind : kKinds) {
+        Shape shape(*kind, 0, 0, 0, 0);
+        Names names = kind->coordinates;
+        for (const auto& [name, value] : std::span(defaults, kind->filled ? 7 : 4)) {
+            EXPECT_EQ(value, shape.Read(name)) << kind->draw << name;
+            names.push_back(name);
+        }
+        const auto odd = [&](std::size_t i) { return static_cast<LONG>(i == 5 ? -32768 : i - 99999); };
+        for (std::size_t i = 0; i < names.size(); ++i) shape.Set(names[i], odd(i));
+        for (std::size_t i = 0; i < names.size(); ++i) EXPECT_EQ(odd(i), shape.Read(names[i])) << names[i];
+    }
+}
+
+// A mode's number less one is its truth table: bit 2 * pen + destination is the result.
+COLORREF Mixed(LONG mode, COLORREF pen, COLORREF destination) {
+    COLORREF result = 0;
+    for (int bit = 0; bit < 24; ++bit) {
+        const unsigned row = (pen >> bit & 1) * 2 + (destination >> bit & 1);
+        result |= static_cast<COLORREF>((mode - 1) >> row & 1) << bit;
+    }
+    return result;
+}
+
+TEST(Shapes, MixLinesAndFillingsInEveryMode) {
+    constexpr COLORREF kFilling = 0xC30F5A, kGround = 0x0F33CC;
+    const COLORREF border = GetSysColor(COLOR_HIGHLIGHT);
+    Canvas canvas;
+    for (const Kind* kind : kKinds) {
+        Shape shape(*kind);
+        shape.Set(L"BorderColor", static_cast<LONG>(0x80000000 | COLOR_HIGHLIGHT));
+        if (kind->filled) shape.Set(L"FillColor", kFilling);
+        for (LONG mode = R2_BLACK; mode <= R2_WHITE; ++mode) {
+            shape.Set(L"ForegroundMixMode", mode);
+            for (const LONG brush : {BS_SOLID, BS_HOLLOW}) {
+                const bool filled = kind->filled && brush == BS_SOLID;
+                if (kind->filled) shape.Set(L"BrushStyle", brush);
+                canvas.Clear(kGround);
+                shape.Draw(canvas);
+                EXPECT_EQ(filled ? Mixed(mode, kFilling, kGround) : kGround, canvas.At(25, 20)) << kind->draw << mode;
+            }
+            EXPECT_EQ(Mixed(mode, border, kGround), canvas.At(25, 10)) << kind->draw << mode;
+        }
+    }
+}
+
+int modesSet = 0;
+int WINAPI CountSetMode(HDC context, int mode) {
+    ++modesSet;
+    return SetROP2(context, mode);
+}
+
+TEST(Shapes, SetTheMixModeOnlyWhereItDiffers) {
+    const ImportPatch patch(Library(), "SetROP2", reinterpret_cast<void*>(&CountSetMode));
+    for (const Kind* kind : kKinds) {
+        for (const int mode : {R2_COPYPEN, R2_XORPEN}) {
+            const Canvas canvas;
+            SetROP2(canvas.get(), mode);
+            modesSet = 0;
+            Shape(*kind).Draw(canvas);
+            EXPECT_EQ(mode == R2_COPYPEN ? 0 : 2, modesSet) << kind->draw;
+        }
+    }
+}
+
+TEST(Shapes, DrawEveryPenStyle) {
+    for (const Kind* kind : kKinds) {
+        Shape shape(*kind, 5, 5, 75, kind == &kLine ? 5 : 75);
+        if (kind->filled) shape.Set(L"BrushStyle", BS_HOLLOW);
+        std::set<std::vector<COLORREF>> pictures;
+        std::vector<int> drawn;
+        for (LONG style = PS_SOLID; style <= PS_INSIDEFRAME; ++style) {
+            const Canvas canvas;
+            shape.Set(L"PenStyle", style);
+            shape.Draw(canvas);
+            drawn.push_back(canvas.CountDrawn());
+            pictures.insert(canvas.Pixels());
+        }
+        for (LONG style = PS_DASH; style <= PS_DASHDOTDOT; ++style) {
+            EXPECT_GT(drawn[style], drawn[PS_SOLID] / 4) << kind->draw << style;
+            EXPECT_LT(drawn[style], drawn[PS_SOLID]) << kind->draw << style;
+        }
+        EXPECT_EQ(0, drawn[PS_NULL]) << kind->draw;
+        EXPECT_EQ(6u, pictures.size()) << kind->draw << ": all differ, but inside-frame from solid only when wide";
+    }
+    for (const LONG style : {PS_SOLID, PS_INSIDEFRAME}) {
+        const Canvas canvas;
+        Shape wide(kRectangle, 20, 20, 60, 60);
+        wide.Set(L"BorderWidth", 9);
+        wide.Set(L"PenStyle", style);
+        wide.Draw(canvas);
+        EXPECT_EQ(style == PS_SOLID, canvas.IsDrawn(40, 17));
+    }
+}
+
+// Which pixels of the middle of a shape are coloured.
+class Pattern {
+  public:
+    explicit Pattern(const Canvas& canvas) {
+        for (int i = 0; i < kSide * kSide; ++i) drawn_[i] = canvas.IsDrawn(30 + i % kSide, 30 + i / kSide);
+    }
+    auto operator<=>(const Pattern&) const = default;
+    bool IsAll(bool drawn) const { return std::ranges::count(drawn_, drawn) == kSide * kSide; }
+    bool RepeatsAlong(int dx, int dy) const {
+        for (int y = 1; y < kSide - 1; ++y) {
+            for (int x = 1; x < kSide - 1; ++x) {
+                if (drawn_[y * kSide + x] != drawn_[(y + dy) * kSide + x + dx]) return false;
+            }
+        }
+        return true;
+    }
+    friend Pattern operator|(Pattern both, const Pattern& other) {
+        for (int i = 0; i < kSide * kSide; ++i) both.drawn_[i] |= other.drawn_[i];
+        return both;
+    }
+
+  private:
+    static constexpr int kSide = 20;
+    std::array<bool, kSide * kSide> drawn_;
+};
+
+Pattern PatternOf(const Kind& kind, LONG style, LONG hatch) {
+    const Canvas canvas;
+    Shape shape(kind, 10, 10, 70, 70);
+    shape.Set(L"BrushStyle", style);
+    shape.Set(L"HatchStyle", hatch);
+    shape.Draw(canvas);
+    return Pattern(canvas);
+}
+
+TEST(Shapes, FillWithEveryBrushAndHatch) {
+    const struct {
+        LONG hatch;
+        int dx, dy;
+    } lines[] = {{HS_HORIZONTAL, 1, 0}, {HS_VERTICAL, 0, 1}, {HS_FDIAGONAL, 1, 1}, {HS_BDIAGONAL, -1, 1}};
+    for (const Kind* kind : {&kEllipse, &kRectangle}) {
+        EXPECT_TRUE(PatternOf(*kind, BS_SOLID, HS_CROSS).IsAll(true)) << kind->draw;
+        EXPECT_TRUE(PatternOf(*kind, BS_HOLLOW, HS_CROSS).IsAll(false)) << kind->draw;
+        const auto hatched = [&](LONG hatch) { return PatternOf(*kind, BS_HATCHED, hatch); };
+        for (const auto& line : lines) {
+            EXPECT_FALSE(hatched(line.hatch).IsAll(true) || hatched(line.hatch).IsAll(false)) << kind->draw;
+            for (const auto& way : lines) {
+                EXPECT_EQ(&way == &line, hatched(line.hatch).RepeatsAlong(way.dx, way.dy)) << kind->draw << line.hatch;
+            }
+        }
+        EXPECT_TRUE(hatched(HS_CROSS) == (hatched(HS_HORIZONTAL) | hatched(HS_VERTICAL))) << kind->draw;
+        EXPECT_TRUE(hatched(HS_DIAGCROSS) == (hatched(HS_FDIAGONAL) | hatched(HS_BDIAGONAL))) << kind->draw;
+    }
+}
+
+// Where the platform makes no brush, what the context has fills the shape.
+TEST(Shapes, LeaveOddBrushesToThePlatform) {
+    for (LONG style = BS_PATTERN; style <= BS_DIBPATTERN8X8; ++style) {
+        for (const LONG hatch : {0L, 4L, 25L, -1L, 0x7FFFFFFFL}) {
+            const Canvas canvas;
+            const GdiObject green(CreateSolidBrush(0x00FF00));
+            const SelectedObject selected(canvas.get(), green.get());
+            Shape shape(kRectangle);
+            shape.Set(L"BrushStyle", style);
+            shape.Set(L"HatchStyle", hatch);
+            shape.Draw(canvas);
+            EXPECT_EQ(0x00FF00u, canvas.At(25, 20)) << style << ' ' << hatch;
+        }
+    }
+    for (LONG hatch = HS_DIAGCROSS + 1; hatch <= 25; ++hatch) {
+        const Canvas expected;
+        const GdiObject brush(CreateHatchBrush(hatch, 0));
+        const SelectedObject selected(expected.get(), brush.get());
+        Rectangle(expected.get(), 10, 10, 70, 70);
+        EXPECT_TRUE(PatternOf(kRectangle, BS_HATCHED, hatch) == Pattern(expected)) << hatch;
+    }
+}
+
+TEST(Shapes, Draw3DWithTheShadowFirstAndTheHighlightDownAndRight) {
+    for (const Kind* kind : {&kEllipse, &kLine, &kRectangle}) {
+        const Canvas canvas, byHand;
+        Shape shape(*kind, 10, 11, 42, 43);
+        shape.Set(L"BorderColor", 99);
+        shape.Set(L"BorderWidth", 5);
+        shape.Draw3D(canvas, 0x0000FF, 0x00FF00);
+        EXPECT_EQ((std::vector<LONG>{10, 11, 42, 43}), shape.Places());
+        EXPECT_EQ(99, shape.Read(L"BorderColor"));
+        EXPECT_TRUE(!kind->filled || shape.Read(L"BrushStyle") == BS_SOLID);
+
+        const SelectedObject hollow(byHand.get(), GetStockObject(NULL_BRUSH));
+        for (const COLORREF colour : {0x0000FF, 0x00FF00}) {
+            const int moved = colour == 0x0000FF ? 0 : kind == &kLine ? 1 : 5;
+            const GdiObject pen(CreatePen(PS_SOLID, 5, colour));
+            const SelectedObject selected(byHand.get(), pen.get());
+            kind->byHand(byHand.get(), 10 + moved, 11 + moved, 42 + moved, 43 + moved);
+        }
+        EXPECT_TRUE(canvas.Pixels() == byHand.Pixels()) << kind->draw;
+    }
+}
+
+TEST(Shapes, AnOverflowIn3DIsReportedAndLeavesThePropertiesWhereTheyWere) {
+    constexpr LONG kMost = 0x7FFFFFFF;
+    const struct {
+        const Kind& kind;
+        std::vector<LONG> before, after;
+        LONG width;
+    } cases[] = {
+        {kEllipse, {kMost - 4, 0, 0, 0}, {kMost - 4, 0, 0, 0}, 5},
+        {kEllipse, {1, 2, 3, kMost}, {6, 7, 8, kMost}, 5},
+        {kRectangle, {1, -kMost, 3, 4}, {-2, -kMost, 3, 4}, -3},
+        {kLine, {1, 2, kMost, 4}, {2, 3, kMost, 4}, 5},
+    };
+    for (const auto& c : cases) {
+        const Canvas canvas;
+        const ReportRecorder recorder(Library());
+        Shape shape(c.kind, c.before[0], c.before[1], c.before[2], c.before[3]);
+        shape.Set(L"BorderWidth", c.width);
+        shape.Draw3D(canvas, 0x0000FF, 0x00FF00);
+        ASSERT_EQ(1u, recorder.reports().size());
+        EXPECT_EQ(shape.Name3D(), recorder.reports()[0].title);
+        EXPECT_EQ(L"Error: 6. Overflow", recorder.reports()[0].text);
+        EXPECT_EQ(c.after, shape.Places());
+        EXPECT_EQ(0x00FF00, shape.Read(L"BorderColor"));
+        EXPECT_TRUE(!c.kind.filled || shape.Read(L"BrushStyle") == BS_HOLLOW);
+    }
+}
+
+std::vector<COLORREF> ArcBy(const wchar_t* member, double first, double second) {
+    const Canvas canvas;
+    Shape(kArc, 0, 0, 60, 70).Checked(canvas, member, {Arg(canvas.handle()), Arg(first), Arg(second)});
+    return canvas.Pixels();
+}
+
+TEST(Shapes, ArcsByAngleAreArcsByTheirEnds) {
+    const Canvas quarter, whole;
+    Arc(quarter.get(), 0, 0, 60, 70, 60, 35, 30, 0);
+    Arc(whole.get(), 0, 0, 60, 70, 60, 35, 60, 35);
+    EXPECT_TRUE(quarter.Pixels() == ArcBy(L"DrawArcByAngleSweep", 0, 90));
+    EXPECT_TRUE(whole.Pixels() == ArcBy(L"DrawArcByAngleSweep", 0, 360));
+    EXPECT_TRUE(ArcBy(L"DrawArcByAngle", 30, 120) == ArcBy(L"DrawArcByAngleSweep", 30, 90));
+}
+
+TEST(Shapes, ArcsReportWhatDoesNotFit) {
+    const ReportRecorder recorder(Library());
+    const std::vector<COLORREF> nothing = Canvas().Pixels();
+    EXPECT_TRUE(nothing == ArcBy(L"DrawArcByAngle", -1e308, 1.7e308));
+    EXPECT_TRUE(nothing == ArcBy(L"DrawArcByAngle", 1e308, 1.5e308));
+    EXPECT_TRUE(nothing == ArcBy(L"DrawArcByAngleSweep", 1e308, 1.7e308));
+    const wchar_t* const titles[] = {L"DrawArcByAngle", L"DrawArcByAngleSweep", L"DrawArcByAngleSweep"};
+    ASSERT_EQ(3u, recorder.reports().size());
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(titles[i], recorder.reports()[i].title);
+        EXPECT_EQ(L"Error: 6. Overflow", recorder.reports()[i].text);
+    }
+}
+
+TEST(Shapes, DoNotNoticeABadContextOrPen) {
+    const ReportRecorder recorder(Library());
+    const Canvas canvas;
+    for (const Kind* kind : kKinds) {
+        Shape shape(*kind);
+        for (const LONG context : {0L, -1L, HandleToLong(GetStockObject(WHITE_BRUSH))}) {
+            const std::wstring member = kind == &kArc ? L"DrawArcByAngle" : shape.Name3D();
+            shape.Checked(canvas, member.c_str(), {Arg(context), Arg(0L), Arg(90L)});
+        }
+        shape.Set(L"PenStyle", 1000);
+        shape.Draw(canvas);
+    }
+    EXPECT_TRUE(recorder.reports().empty());
+}
+
+TEST(Shapes, LinesLeaveTheCurrentPositionAtTheirEnd) {
+    const Canvas canvas;
+    Shape(kLine, 3, 4, 30, 40).Draw(canvas);
+    POINT position{};
+    GetCurrentPositionEx(canvas.get(), &position);
+    EXPECT_EQ(std::pair(30L, 40L), std::pair(position.x, position.y));
+}
+
+TEST(Shapes, RefuseAPointerToNothing) {
+    const auto line = CreateObject<_CGDILine>(__uuidof(::CGDILine));
+    const auto arc = CreateObject<_CGDIArc>(__uuidof(::CGDIArc));
+    EXPECT_EQ(E_POINTER, line->get_X1(nullptr));
+    EXPECT_EQ(E_POINTER, line->put_PenStyle(nullptr));
+    EXPECT_EQ(E_POINTER, line->Draw3DLine(nullptr, 0, 0));
+    EXPECT_EQ(E_POINTER, arc->DrawArcByAngle(nullptr, 0, 90));
+}
+
+}  // namespace
+}  // namespace velk::test
