@@ -24,7 +24,10 @@ constexpr int kCalls = 200'000;
 constexpr int kCallsAnObject = 100;
 
 // "CClass.Member" of what cannot be called here, each with the reason.
-const std::set<std::wstring> kLeftOut{};
+const std::set<std::wstring> kLeftOut{
+    L"CScreenshot.CaptureDesktop",    // each capture keeps a display context until the process ends,
+    L"CScreenshot.CaptureRectangle",  // and the system has no more than some ten thousand
+};
 
 std::mt19937 engine(kSeed);
 
