@@ -23,7 +23,7 @@ using std::min;
 namespace {
 
 constexpr int kCellWidth = 132, kCellHeight = 84, kMargin = 12, kColumns = 8, kTitleHeight = 34;
-constexpr int kWidth = 2 * kMargin + kColumns * kCellWidth, kHeight = 1180;
+constexpr int kWidth = 2 * kMargin + kColumns * kCellWidth, kHeight = 1136;
 constexpr LONG kBlue = 0xA04020, kOrange = 0x2080F0, kGrey = 0x808080;
 
 template <class Interface>
@@ -136,11 +136,11 @@ void DrawShapes(Page& page) {
     RECT box = page.Cell("DrawArc");
     Place(shapes.arc, box);
     shapes.arc->DrawArc(&context, box.right, box.bottom, box.left, box.top);
-    Place(shapes.arc, page.Cell("DrawArcByAngle 30, 300"));
+    Place(shapes.arc, page.Cell("ByAngle 30, 300"));
     shapes.arc->DrawArcByAngle(&context, 30, 300);
-    Place(shapes.arc, page.Cell("...Sweep 0, 90"));
+    Place(shapes.arc, page.Cell("BySweep 0, 90"));
     shapes.arc->DrawArcByAngleSweep(&context, 0, 90);
-    Place(shapes.arc, page.Cell("...Sweep 0, 360"));
+    Place(shapes.arc, page.Cell("BySweep 0, 360"));
     shapes.arc->DrawArcByAngleSweep(&context, 0, 360);
     Place(shapes.ellipse, page.Cell("DrawEllipse"));
     shapes.ellipse->DrawEllipse(&context);
@@ -240,17 +240,17 @@ void DrawBrushes(Page& page) {
 
 void Draw3DForms(Page& page) {
     LONG context = page.handle();
-    page.Title("3D forms: shadow (grey) in place, highlight (orange) to the right and down");
+    page.Title("Draw3D: shadow (grey) in place, highlight (orange) to the right and down");
     for (const SHORT width : {1, 4}) {
         const Shapes shapes;
         const std::string suffix = ", width " + std::to_string(width);
         shapes.ellipse.Set(&_CGDIEllipse::put_BorderWidth, width);
-        Place(shapes.ellipse, page.Cell(("Draw3DEllipse" + suffix).c_str()));
+        Place(shapes.ellipse, page.Cell(("Ellipse" + suffix).c_str()));
         shapes.ellipse->Draw3DEllipse(&context, kGrey, kOrange);
         shapes.rectangle.Set(&_CGDIRectangle::put_BorderWidth, width);
-        Place(shapes.rectangle, page.Cell(("Draw3DRectangle" + suffix).c_str()));
+        Place(shapes.rectangle, page.Cell(("Rectangle" + suffix).c_str()));
         shapes.rectangle->Draw3DRectangle(&context, kGrey, kOrange);
-        const RECT box = page.Cell(("Draw3DLine" + suffix).c_str());
+        const RECT box = page.Cell(("Line" + suffix).c_str());
         shapes.line.Set(&_CGDILine::put_BorderWidth, width);
         PlaceLine(shapes.line, box.left, box.bottom, box.right, box.top);
         shapes.line->Draw3DLine(&context, kGrey, kOrange);

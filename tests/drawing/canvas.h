@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <vector>
 
 #include "frame/gdi.h"
@@ -28,8 +27,6 @@ class Canvas {
         const DWORD pixel = bits_[y * kSize + x];
         return (pixel & 0xFF) << 16 | (pixel & 0xFF00) | (pixel >> 16 & 0xFF);
     }
-    bool IsDrawn(int x, int y) const { return At(x, y) != kPaper; }
-    int CountDrawn() const { return static_cast<int>(kSize * kSize - std::ranges::count(Pixels(), kPaper)); }
     std::vector<COLORREF> Pixels() const {
         std::vector<COLORREF> pixels;
         for (int i = 0; i < kSize * kSize; ++i) pixels.push_back(At(i % kSize, i / kSize));
