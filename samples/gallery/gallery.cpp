@@ -259,11 +259,11 @@ void Draw3DForms(Page& page) {
 
 bool Save(HBITMAP picture, const wchar_t* path) {
     const CLSID png{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
-    ULONG_PTR session = 0;
+    ULONG_PTR token = 0;
     const Gdiplus::GdiplusStartupInput input;
-    if (Gdiplus::GdiplusStartup(&session, &input, nullptr) != Gdiplus::Ok) return false;
+    if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return false;
     const bool saved = Gdiplus::Bitmap(picture, nullptr).Save(path, &png, nullptr) == Gdiplus::Ok;
-    Gdiplus::GdiplusShutdown(session);
+    Gdiplus::GdiplusShutdown(token);
     return saved;
 }
 

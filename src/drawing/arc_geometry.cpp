@@ -34,7 +34,7 @@ ArcPoint PointAt(const Axis& x, const Axis& y, double degrees) {
 
 }  // namespace
 
-ArcEnds EndsOfSweep(const Box& box, double startDegrees, double sweepDegrees) {
+ArcEnds EndsOfSweep(const BoundingBox& box, double startDegrees, double sweepDegrees) {
     const Axis x = AxisBetween(box.left, box.right);
     const Axis y = AxisBetween(box.top, box.bottom);
     const ArcPoint start = PointAt(x, y, startDegrees);

@@ -5,7 +5,7 @@
 
 namespace velk {
 
-struct Box {
+struct BoundingBox {
     std::int32_t left = 0;
     std::int32_t top = 0;
     std::int32_t right = 0;
@@ -25,7 +25,7 @@ struct ArcEnds {
 
 // On the ellipse in the box, at angles in degrees counter-clockwise from 3 o'clock as seen where y grows downwards.
 // RuntimeError(6) when a side of the box, an angle or a point is out of range.
-ArcEnds EndsOfSweep(const Box& box, double startDegrees, double sweepDegrees);
+ArcEnds EndsOfSweep(const BoundingBox& box, double startDegrees, double sweepDegrees);
 
 // The sweep from one angle to another; RuntimeError(6) when it is out of range.
 double SweepBetween(double startDegrees, double endDegrees);

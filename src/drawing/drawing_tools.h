@@ -49,7 +49,7 @@ void DrawOutlined(HDC context, const Outline& outline, Draw&& draw) noexcept {
     draw();
 }
 
-// The brush comes first and also goes first, so that the pen's places are taken before it.
+// The brush goes before the pen both when they come and when they go, so the pen's owners are declared first.
 template <class Draw>
 void DrawFilled(HDC context, const Outline& outline, const Fill& fill, Draw&& draw) noexcept {
     GdiObject pen;

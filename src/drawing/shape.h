@@ -79,7 +79,7 @@ class BoxedShape : public OutlinedShape<Types> {
   protected:
     using OutlinedShape<Types>::OutlinedShape;
 
-    Box box_;
+    BoundingBox box_;
 };
 
 template <class Types>
@@ -110,7 +110,7 @@ class FilledShape : public BoxedShape<Types> {
     using PlatformDraw = WINBOOL(WINAPI*)(HDC, int, int, int, int);
 
     void DrawFlat(HDC context, PlatformDraw draw) const noexcept {
-        const Box& box = this->box_;
+        const BoundingBox& box = this->box_;
         DrawFilled(context, this->outline_, fill_, [&] { draw(context, box.left, box.top, box.right, box.bottom); });
     }
 

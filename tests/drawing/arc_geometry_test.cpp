@@ -14,7 +14,7 @@ constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
 TEST(ArcGeometry, PutsTheEndsOnTheEllipse) {
     struct Case {
-        Box box;
+        BoundingBox box;
         double start, sweep;
         ArcPoint first, last;
     };
@@ -59,7 +59,7 @@ TEST(ArcGeometry, OverflowIsAnError) {
     };
     constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
     struct Case {
-        Box box;
+        BoundingBox box;
         double start, sweep;
     };
     const Case cases[] = {

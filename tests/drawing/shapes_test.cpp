@@ -139,21 +139,36 @@ TEST(Shapes, MixLinesAndFillingsInEveryMode) {
     }
 }
 
-int modesSet = 0;
-int WINAPI CountSetMode(HDC context, int mode) {
-    ++modesSet;
+// What the library does to a context: + selects, - deletes.
+std::string calls;
+const char* KindOf(HGDIOBJ object) { return GetObjectType(object) == OBJ_PEN ? "pen " : "brush "; }
+HGDIOBJ WINAPI NoteSelect(HDC context, HGDIOBJ object) {
+    calls += std::string("+") + KindOf(object);
+    return SelectObject(context, object);
+}
+BOOL WINAPI NoteDelete(HGDIOBJ object) {
+    calls += std::string("-") + KindOf(object);
+    return DeleteObject(object);
+}
+int WINAPI NoteSetMode(HDC context, int mode) {
+    calls += "mode ";
     return SetROP2(context, mode);
 }
 
-TEST(Shapes, SetTheMixModeOnlyWhereItDiffers) {
-    const ImportPatch patch(Library(), "SetROP2", reinterpret_cast<void*>(&CountSetMode));
+TEST(Shapes, PutThingsBackInOrderAndSetTheMixModeOnlyWhereItDiffers) {
+    const ImportPatch select(Library(), "SelectObject", reinterpret_cast<void*>(&NoteSelect));
+    const ImportPatch remove(Library(), "DeleteObject", reinterpret_cast<void*>(&NoteDelete));
+    const ImportPatch setMode(Library(), "SetROP2", reinterpret_cast<void*>(&NoteSetMode));
     for (const Kind* kind : kKinds) {
         for (const int mode : {R2_COPYPEN, R2_XORPEN}) {
             const Canvas canvas;
             SetROP2(canvas.get(), mode);
-            modesSet = 0;
+            calls.clear();
             Shape(*kind).Draw(canvas);
-            EXPECT_EQ(mode == R2_COPYPEN ? 0 : 2, modesSet) << kind->draw;
+            const std::string modes = mode == R2_COPYPEN ? "" : "mode mode ";
+            EXPECT_EQ(
+                kind->filled ? "+brush +pen " + modes + "+brush +pen -brush -pen " : "+pen " + modes + "+pen -pen ",
+                calls);
         }
     }
 }
