@@ -3,6 +3,11 @@
 #include "containers/con_cat.h"
 #include "containers/linked_list.h"
 #include "containers/stack.h"
+#include "drawing/gdi_arc.h"
+#include "drawing/gdi_ellipse.h"
+#include "drawing/gdi_line.h"
+#include "drawing/gdi_rectangle.h"
+#include "drawing/screenshot.h"
 #include "integrity/crc32.h"
 #include "integrity/dat_file.h"
 #include "settings/ini_file.h"
@@ -12,8 +17,9 @@ namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(),  EntryOf<CDatFile>(), EntryOf<CLinkedList>(),      EntryOf<CStack>(),
-        EntryOf<CConCat>(), EntryOf<CIniFile>(), EntryOf<CProgramSettings>(),
+        EntryOf<CCRC32>(),      EntryOf<CDatFile>(), EntryOf<CLinkedList>(),      EntryOf<CStack>(),
+        EntryOf<CConCat>(),     EntryOf<CIniFile>(), EntryOf<CProgramSettings>(), EntryOf<CGDIArc>(),
+        EntryOf<CGDIEllipse>(), EntryOf<CGDILine>(), EntryOf<CGDIRectangle>(),    EntryOf<CScreenshot>(),
     };
     return kClasses;
 }

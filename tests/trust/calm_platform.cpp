@@ -24,6 +24,18 @@ LSTATUS WINAPI CreateKey(HKEY root, LPCSTR path, DWORD reserved, LPSTR kind, DWO
                       : ERROR_INVALID_HANDLE;
 }
 
+// A capture keeps its display context on purpose: what else it keeps is to be seen.
+HDC display = nullptr;
+HDC WINAPI CreateContext(LPCSTR driver, LPCSTR device, LPCSTR output, const DEVMODEA* mode) {
+    return display = CreateDCA(driver, device, output, mode);
+}
+int WINAPI ReleaseContext(HWND window, HDC context) {
+    return context == display ? DeleteDC(context) : ReleaseDC(window, context);
+}
+
+// Copying a whole screen takes longer than a thousand other calls.
+BOOL WINAPI Copy(HDC, int, int, int, int, HDC, int, int, DWORD) { return TRUE; }
+
 }  // namespace
 
 CalmPlatform::CalmPlatform() {
@@ -32,6 +44,9 @@ CalmPlatform::CalmPlatform() {
     };
     patch("WritePrivateProfileStringA", &WriteProfile);
     patch("RegCreateKeyExA", &CreateKey);
+    patch("CreateDCA", &CreateContext);
+    patch("ReleaseDC", &ReleaseContext);
+    patch("BitBlt", &Copy);
 }
 
 CalmPlatform::~CalmPlatform() {

@@ -1,0 +1,47 @@
+#include "drawing/gdi_line.h"
+
+namespace velk {
+
+constinit const ClassInfo CGDILine::kInfo{
+    .name = L"CGDILine",
+    .clsid = __uuidof(::CGDILine),
+    .iid = __uuidof(_CGDILine),
+    .events = nullptr,
+    .policy = FailurePolicy::Report,
+    .componentFailure = S_OK,
+    .creationFailed = nullptr,
+};
+
+STDMETHODIMP CGDILine::DrawLine(LONG* lnghDC) noexcept {
+    return Guard(L"DrawLine", [&] { DrawFlat(ContextOf(lnghDC)); });
+}
+
+STDMETHODIMP CGDILine::Draw3DLine(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
+    return Guard(L"Draw3DLine", [&] { DrawTwice(ContextOf(lnghDC), lngShadowColor, lngHighlightColor); });
+}
+
+void CGDILine::DrawFlat(HDC context) const noexcept {
+    DrawOutlined(context, outline_, [&] {
+        POINT earlier;
+        if (MoveToEx(context, x1_, y1_, &earlier)) LineTo(context, x2_, y2_);
+    });
+}
+
+// The second line lies one unit off whatever the width is, unlike the filled shapes' second outline. An overflow leaves
+// the properties as they are at that point.
+void CGDILine::DrawTwice(HDC context, LONG shadow, LONG highlight) {
+    const LONG borderColour = outline_.colour;
+    outline_.colour = shadow;
+    DrawFlat(context);
+    outline_.colour = highlight;
+    Move(1);
+    DrawFlat(context);
+    outline_.colour = borderColour;
+    Move(-1);
+}
+
+void CGDILine::Move(LONG distance) {
+    for (LONG* coordinate : {&x1_, &y1_, &x2_, &y2_}) *coordinate = AddLong(*coordinate, distance);
+}
+
+}  // namespace velk

@@ -1,0 +1,26 @@
+// CGDIRectangle: a rectangle with a filling.
+#pragma once
+
+#include "drawing/shape.h"
+
+namespace velk {
+
+struct RectangleTypes {
+    using Interface = _CGDIRectangle;
+    using PenStyle = EnumRectanglePenStyles;
+    using MixMode = EnumRectangleRasterOps;
+    using BrushStyle = EnumRectangleBrushStyles;
+    using HatchStyle = EnumRectangleHatchStyles;
+};
+
+class CGDIRectangle final : public FilledShape<RectangleTypes> {
+  public:
+    static const ClassInfo kInfo;
+
+    CGDIRectangle() noexcept : FilledShape(kInfo) {}
+
+    STDMETHODIMP DrawRectangle(LONG* lnghDC) noexcept override;
+    STDMETHODIMP Draw3DRectangle(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept override;
+};
+
+}  // namespace velk

@@ -1,0 +1,257 @@
+// Captures of real windows on the virtual screen, read back from the clipboard.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+#include "frame/gdi.h"
+#include "support/client.h"
+#include "support/gdi_objects.h"
+#include "support/import_patch.h"
+#include "support/late_bound.h"
+#include "support/test_window.h"
+
+namespace velk::test {
+namespace {
+
+constexpr COLORREF kRed = 0x0000FF, kBlue = 0xFF0000;
+
+// The bitmap on the clipboard, open for reading.
+class Pasted {
+  public:
+    Pasted() {
+        EXPECT_TRUE(OpenClipboard(nullptr));
+        const HANDLE bitmap = GetClipboardData(CF_BITMAP);
+        GetObjectW(bitmap, sizeof size_, &size_);
+        if (bitmap) previous_ = SelectObject(context_.get(), bitmap);
+    }
+    ~Pasted() {
+        if (previous_) SelectObject(context_.get(), previous_);
+        CloseClipboard();
+    }
+    std::pair<LONG, LONG> size() const { return {size_.bmWidth, size_.bmHeight}; }
+    COLORREF At(int x, int y) const { return GetPixel(context_.get(), x, y); }
+
+  private:
+    BITMAP size_{};
+    const CreatedContext context_{CreateCompatibleDC(nullptr)};
+    HGDIOBJ previous_ = nullptr;
+};
+
+// This program once more, with one of the helpers below for its only test.
+class OtherProgram {
+  public:
+    explicit OtherProgram(const std::wstring& helper) {
+        wchar_t path[MAX_PATH];
+        GetModuleFileNameW(nullptr, path, MAX_PATH);
+        std::wstring line = std::wstring(path) + L" --gtest_also_run_disabled_tests --gtest_filter=*" + helper;
+        STARTUPINFOW start{};
+        start.cb = sizeof start;
+        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, 0, 0, nullptr, nullptr, &start, &process_));
+    }
+    ~OtherProgram() {
+        CloseHandle(process_.hThread);
+        CloseHandle(process_.hProcess);
+    }
+    DWORD Result() const {
+        DWORD code = 99;
+        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process_.hProcess, 30'000));
+        GetExitCodeProcess(process_.hProcess, &code);
+        return code;
+    }
+
+  private:
+    PROCESS_INFORMATION process_{};
+};
+
+FileHandle Event(const wchar_t* name) { return FileHandle(CreateEventW(nullptr, TRUE, FALSE, name)); }
+FileHandle HeldEvent() { return Event(L"VelkTestClipboardHeld"); }
+FileHandle LetGoEvent() { return Event(L"VelkTestClipboardLetGo"); }
+
+TEST(OtherProgram, DISABLED_ReadsTheClipboard) {
+    const Pasted pasted;
+    EXPECT_EQ(kRed, pasted.At(99, 50));
+    EXPECT_EQ(kBlue, pasted.At(100, 50));
+}
+
+TEST(OtherProgram, DISABLED_HoldsTheClipboard) {
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    SetEvent(HeldEvent().get());
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(LetGoEvent().get(), 30'000));
+    CloseClipboard();
+}
+
+// A window without a frame, its left half red and its right half blue.
+struct TwoColours : TestWindow {
+    TwoColours(int left, int top, int width, int height) : TestWindow(WS_POPUP, &Paint) {
+        SetWindowPos(get(), HWND_TOPMOST, left, top, width, height, SWP_SHOWWINDOW);
+        UpdateWindow(get());
+        PumpMessages();
+    }
+    static std::optional<LRESULT> Paint(HWND window, UINT message, WPARAM, LPARAM) {
+        if (message != WM_PAINT) return std::nullopt;
+        PAINTSTRUCT paint;
+        const HDC context = BeginPaint(window, &paint);
+        RECT left, right;
+        GetClientRect(window, &left);
+        right = left;
+        left.right = right.left = left.right / 2;
+        const GdiObject red(CreateSolidBrush(kRed)), blue(CreateSolidBrush(kBlue));
+        FillRect(context, &left, static_cast<HBRUSH>(red.get()));
+        FillRect(context, &right, static_cast<HBRUSH>(blue.get()));
+        EndPaint(window, &paint);
+        return 0;
+    }
+};
+
+class Screenshot : public testing::Test {
+  protected:
+    Screenshot() { EmptyTheClipboard(); }
+    ~Screenshot() override { EmptyTheClipboard(); }
+
+    static void EmptyTheClipboard() {
+        EXPECT_TRUE(OpenClipboard(nullptr));
+        EmptyClipboard();
+        CloseClipboard();
+    }
+    void Capture(const wchar_t* member, std::initializer_list<VARIANT> arguments = {}) {
+        EXPECT_EQ(S_OK, Call(object_.get(), member, arguments).result) << member;
+    }
+    void Fails(LONG code, const wchar_t* text, const wchar_t* member, std::initializer_list<VARIANT> arguments = {}) {
+        const Outcome outcome = Call(object_.get(), member, arguments);
+        EXPECT_EQ(DISP_E_EXCEPTION, outcome.result) << member;
+        EXPECT_EQ(code, outcome.code) << member;
+        EXPECT_EQ(text, outcome.description) << member;
+        EXPECT_EQ(L"VelkSprt.CScreenshot", outcome.source) << member;
+        EXPECT_EQ(0, CountClipboardFormats()) << member;
+    }
+
+    using Size = std::pair<LONG, LONG>;
+    const Size screen_{GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    ComPtr<IDispatch> object_ = CreateObject<IDispatch>(__uuidof(CScreenshot));
+};
+
+TEST_F(Screenshot, OfAWindowIsOneBitmapThatOtherProgramsRead) {
+    const TwoColours window(30, 40, 200, 100);
+    Capture(L"CaptureWindow", {Arg(window.handle())});
+    {
+        const Pasted pasted;
+        EXPECT_EQ(Size(200, 100), pasted.size());
+        for (int y = 0; y < 100; ++y) {
+            for (int x = 0; x < 200; ++x) ASSERT_EQ(x < 100 ? kRed : kBlue, pasted.At(x, y)) << x << ' ' << y;
+        }
+        for (UINT format = EnumClipboardFormats(0); format != 0; format = EnumClipboardFormats(format)) {
+            EXPECT_TRUE(format == CF_BITMAP || format == CF_DIB || format == CF_DIBV5) << "made of it: " << format;
+        }
+    }
+    EXPECT_EQ(0u, OtherProgram(L"ReadsTheClipboard").Result());
+}
+
+TEST_F(Screenshot, ShowsWhatIsOnTheScreen) {
+    TwoColours below(100, 100, 200, 100);
+    const TwoColours above(150, 120, 100, 40);
+    {
+        Capture(L"CaptureWindow", {Arg(below.handle())});
+        const Pasted covered;
+        EXPECT_EQ(kRed, covered.At(99, 19));
+        EXPECT_EQ(kBlue, covered.At(100, 19));
+        EXPECT_EQ(kBlue, covered.At(100, 21)) << "the upper one's right half starts at its middle";
+        EXPECT_EQ(kRed, covered.At(60, 21));
+    }
+    below.Destroy();
+    PumpMessages();
+    {
+        Capture(L"CaptureDesktop");
+        const Pasted desktop;
+        EXPECT_EQ(screen_, desktop.size());
+        EXPECT_EQ(kRed, desktop.At(199, 159));
+        EXPECT_EQ(kBlue, desktop.At(249, 159));
+    }
+    SetActiveWindow(above.get());
+    Capture(L"CaptureActiveWindow");
+    EXPECT_EQ(Size(100, 40), Pasted().size());
+    const VARIANT width = Arg(screen_.first), height = Arg(screen_.second);
+    {
+        Capture(L"CaptureRectangle", {Arg(190L), Arg(110L), Arg(20L), Arg(30L)});
+        const Pasted part;
+        EXPECT_EQ(Size(20, 30), part.size());
+        EXPECT_EQ(kRed, part.At(9, 10));
+        EXPECT_EQ(kBlue, part.At(10, 10));
+    }
+    // Wine copies nothing at all when a part lies beyond the edge; elsewhere what is on the screen arrives.
+    constexpr COLORREF kOnTheScreen = 0;
+    Capture(L"CaptureRectangle", {Arg(160L), Arg(130L), width, height});
+    EXPECT_EQ(screen_, Pasted().size()) << "the far edges are not looked at";
+    EXPECT_EQ(kOnTheScreen, Pasted().At(0, 0));
+    const TwoColours beyond(-60, -10, 200, 100);
+    Capture(L"CaptureWindow", {Arg(beyond.handle())});
+    EXPECT_EQ(Size(200, 100), Pasted().size());
+    EXPECT_EQ(kOnTheScreen, Pasted().At(60, 10));
+}
+
+BOOL WINAPI NoRectangle(HWND, RECT*) { return FALSE; }
+BOOL WINAPI HugeRectangle(HWND, RECT* rectangle) {
+    *rectangle = {-2, 0, 0x7FFFFFFF, 10};
+    return TRUE;
+}
+
+TEST_F(Screenshot, SaysWhatIsWrong) {
+    const VARIANT zero = Arg(0L), ten = Arg(10L), below = Arg(-1L);
+    const VARIANT tooWide = Arg(screen_.first + 1), tooHigh = Arg(screen_.second + 1);
+    const std::array<VARIANT, 4> outside[] = {
+        {below, zero, ten, ten}, {zero, below, ten, ten}, {zero, zero, tooWide, ten}, {zero, zero, ten, tooHigh}};
+    for (const auto& [left, top, width, height] : outside) {
+        Fails(eErrScreenshot_InvalidCoordinates, L"Invalid screen coordinates", L"CaptureRectangle",
+              {left, top, width, height});
+    }
+    Fails(eErrScreenshot_NoActiveWindow, L"No active window for the calling thread", L"CaptureActiveWindow");
+    TwoColours window(0, 0, 20, 20);
+    const VARIANT handle = Arg(window.handle());
+    {
+        const ImportPatch patch(Library(), "GetWindowRect", reinterpret_cast<void*>(&NoRectangle));
+        Fails(eErrScreenshot_CantGetWindowRect, L"Could not get window rect", L"CaptureWindow", {handle});
+    }
+    {
+        const ImportPatch patch(Library(), "GetWindowRect", reinterpret_cast<void*>(&HugeRectangle));
+        Fails(eErrScreenshot_ComponentFailure, L"CScreenshot component failure", L"CaptureDesktop");
+    }
+    window.Destroy();
+    for (const VARIANT& gone : {handle, zero}) {
+        Fails(eErrScreenshot_InvalidWindowHandle, L"Invalid window handle", L"CaptureWindow", {gone});
+    }
+}
+
+TEST_F(Screenshot, KeepsOneDisplayContextACaptureAndNothingElse) {
+    Capture(L"CaptureDesktop");
+    int cost = -GdiObjects();
+    const CreatedContext display(CreateDCA("DISPLAY", "", "", nullptr));
+    cost += GdiObjects();
+    const int before = GdiObjects();
+    for (int i = 0; i < 5; ++i) Capture(L"CaptureDesktop");
+    EXPECT_EQ(before + 5 * cost, GdiObjects()) << "the former bitmap goes with the clipboard's former content";
+
+    const FileHandle held = HeldEvent(), letGo = LetGoEvent();
+    const OtherProgram holder(L"HoldsTheClipboard");
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(held.get(), 30'000));
+    for (int i = 0; i < 5; ++i) Capture(L"CaptureDesktop");
+    EXPECT_EQ(before + 10 * cost, GdiObjects()) << "a bitmap that the clipboard does not take is deleted";
+    SetEvent(letGo.get());
+    EXPECT_EQ(0u, holder.Result());
+    EXPECT_EQ(screen_, Pasted().size()) << "what was there before stays";
+}
+
+HWND releasedWith;
+int WINAPI NoteRelease(HWND window, HDC context) {
+    releasedWith = window;
+    return ReleaseDC(window, context);
+}
+
+// Deliberate: the created context is released, with the bitmap where a window belongs.
+TEST_F(Screenshot, HandsTheDisplayContextToReleaseDC) {
+    const ImportPatch release(Library(), "ReleaseDC", reinterpret_cast<void*>(&NoteRelease));
+    Capture(L"CaptureDesktop");
+    EXPECT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(releasedWith));
+}
+
+}  // namespace
+}  // namespace velk::test
