@@ -27,12 +27,17 @@ bool PutOnClipboard(HBITMAP bitmap) noexcept {
     return taken;
 }
 
+// There is no bitmap of a negative size; not all versions of the platform survive being asked for one.
+HBITMAP MakeBitmap(HDC display, const ScreenArea& area) noexcept {
+    return area.width < 0 || area.height < 0 ? nullptr : CreateCompatibleBitmap(display, area.width, area.height);
+}
+
 // Nothing is checked: what cannot be had does not arrive. The display's context is given to ReleaseDC, deliberately,
 // although it was created: the platform keeps it until the process ends.
 void CaptureToClipboard(const ScreenArea& area) noexcept {
     const HDC display = CreateDCA("DISPLAY", "", "", nullptr);
     CreatedContext memory(CreateCompatibleDC(display));
-    const HBITMAP bitmap = CreateCompatibleBitmap(display, area.width, area.height);
+    const HBITMAP bitmap = MakeBitmap(display, area);
     SelectObject(memory.get(), bitmap);  // stays selected until the context goes
     BitBlt(memory.get(), 0, 0, area.width, area.height, display, area.left, area.top, SRCCOPY);
     const GdiObject refused(PutOnClipboard(bitmap) ? nullptr : bitmap);

@@ -24,17 +24,31 @@ LSTATUS WINAPI CreateKey(HKEY root, LPCSTR path, DWORD reserved, LPSTR kind, DWO
                       : ERROR_INVALID_HANDLE;
 }
 
-// A capture keeps its display context on purpose: what else it keeps is to be seen.
-HDC display = nullptr;
-HDC WINAPI CreateContext(LPCSTR driver, LPCSTR device, LPCSTR output, const DEVMODEA* mode) {
-    return display = CreateDCA(driver, device, output, mode);
-}
-int WINAPI ReleaseContext(HWND window, HDC context) {
-    return context == display ? DeleteDC(context) : ReleaseDC(window, context);
-}
+// A capture keeps the display's context that it made, on purpose; a lent one goes back.
+HDC WINAPI LendContext(LPCSTR, LPCSTR, LPCSTR, const DEVMODEA*) { return GetDC(nullptr); }
+int WINAPI TakeBackContext(HWND, HDC context) { return ReleaseDC(nullptr, context); }
 
-// Copying a whole screen takes longer than a thousand other calls.
+// Copying a whole screen and handing it over take longer than a thousand other calls.
 BOOL WINAPI Copy(HDC, int, int, int, int, HDC, int, int, DWORD) { return TRUE; }
+HANDLE WINAPI RefuseData(UINT, HANDLE) { return nullptr; }
+BOOL WINAPI Refuse(HWND) { return FALSE; }
+
+// This platform takes a small number for any drawing object in that place of its table, and draws into what is none.
+template <int Number, class Function>
+struct WithRealContexts;
+template <int Number, class Result, class... Given>
+struct WithRealContexts<Number, Result(WINAPI*)(HDC, Given...)> {
+    static inline Result(WINAPI* original)(HDC, Given...) = nullptr;
+    static Result WINAPI Call(HDC context, Given... given) {
+        return reinterpret_cast<ULONG_PTR>(context) >> 16 ? original(context, given...) : Result{};
+    }
+};
+
+template <int Number, class Function>
+auto* OnRealContexts(Function function) {
+    WithRealContexts<Number, Function>::original = function;
+    return &WithRealContexts<Number, Function>::Call;
+}
 
 }  // namespace
 
@@ -44,9 +58,19 @@ CalmPlatform::CalmPlatform() {
     };
     patch("WritePrivateProfileStringA", &WriteProfile);
     patch("RegCreateKeyExA", &CreateKey);
-    patch("CreateDCA", &CreateContext);
-    patch("ReleaseDC", &ReleaseContext);
+    patch("Arc", OnRealContexts<0>(&Arc));
+    patch("Ellipse", OnRealContexts<1>(&Ellipse));
+    patch("LineTo", OnRealContexts<2>(&LineTo));
+    patch("MoveToEx", OnRealContexts<3>(&MoveToEx));
+    patch("Rectangle", OnRealContexts<4>(&Rectangle));
+    patch("GetROP2", OnRealContexts<5>(&GetROP2));
+    patch("SetROP2", OnRealContexts<6>(&SetROP2));
+    patch("SelectObject", OnRealContexts<7>(&SelectObject));
+    patch("CreateDCA", &LendContext);
+    patch("ReleaseDC", &TakeBackContext);
     patch("BitBlt", &Copy);
+    patch("OpenClipboard", &Refuse);
+    patch("SetClipboardData", &RefuseData);
 }
 
 CalmPlatform::~CalmPlatform() {

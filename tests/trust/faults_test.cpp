@@ -85,9 +85,8 @@ TEST(Faults, ManyCyclesOfEachMemberLeaveNothingBehind) {
     const CalmPlatform calm;
     constexpr unsigned kVariations = 10;
     ForEachMember([](const Class& one, const Member& member) {
-        const auto run = [&](int cycles) {
-            for (int i = 0; i < cycles; ++i)
-                Attempt(one, member, kSeed + static_cast<unsigned>(i) % kVariations).Make();
+        const auto run = [&](int count) {
+            for (int i = 0; i < count; ++i) Attempt(one, member, kSeed + static_cast<unsigned>(i) % kVariations).Make();
         };
         run(kVariations);
         const Belongings before;

@@ -75,7 +75,13 @@ std::string Where() {
 }
 
 LONG WINAPI TellWhere(EXCEPTION_POINTERS* crash) {
-    std::printf("crash %08lx at %s\n", crash->ExceptionRecord->ExceptionCode, Where().c_str());
+    HMODULE module = nullptr;
+    char name[MAX_PATH] = "nowhere";
+    const auto address = static_cast<LPCSTR>(crash->ExceptionRecord->ExceptionAddress);
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, address, &module);
+    if (module) GetModuleFileNameA(module, name, MAX_PATH);
+    std::printf("crash %08lx in %s at %p, %s\n", crash->ExceptionRecord->ExceptionCode, name,
+                crash->ExceptionRecord->ExceptionAddress, Where().c_str());
     std::fflush(stdout);
     return EXCEPTION_EXECUTE_HANDLER;
 }
@@ -166,7 +172,7 @@ TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
     const std::vector<Class> classes = ReadClasses();
     ASSERT_FALSE(classes.empty());
     Campaign campaign;
-    campaign.Run(classes, static_cast<int>(classes.size()) * 10 * kCallsAnObject);  // until all that stays is there
+    campaign.Run(classes, static_cast<int>(classes.size()) * 20 * kCallsAnObject);  // until all that stays is there
     const LONG blocks = MallocSpy::Alive();
     const std::size_t handles = OpenHandles();
     campaign.Run(classes, AtScale(200'000, 1'000'000));
