@@ -12,13 +12,9 @@ namespace {
 constexpr ClassError kInvalidWorkMode(eErrInternetConnection_InvalidWorkMode, L"Invalid work mode");
 constexpr ClassError kCannotSetOption(eErrInternetConnection_CannotSetOption, L"Cannot set the Internet option");
 
-// Loaded at the first use, since most clients never ask, and kept on purpose: once used, it has threads of its own.
-HMODULE InternetLibrary() {
-    static const HMODULE kLibrary = [] {
-        const HMODULE loaded = LoadSystemLibrary(L"wininet.dll");
-        if (!loaded) throw RuntimeError(53);
-        return loaded;
-    }();
+// Loaded at the first use, since most clients never ask, and kept: it has threads of its own once it was used.
+HMODULE InternetLibrary() noexcept {
+    static const HMODULE kLibrary = LoadSystemLibrary(L"wininet.dll");
     return kLibrary;
 }
 

@@ -1,6 +1,17 @@
 #include "sysinfo/mm_timer.h"
 
+#include "frame/system_library.h"
+
 namespace velk {
+namespace {
+
+// Loaded with the first stopwatch, since most clients measure no time, and kept: loading it takes milliseconds.
+HMODULE ClockLibrary() noexcept {
+    static const HMODULE kLibrary = LoadSystemLibrary(L"winmm.dll");
+    return kLibrary;
+}
+
+}  // namespace
 
 constinit const ClassInfo CMMTimer::kInfo{
     .name = L"CMMTimer",
@@ -11,6 +22,9 @@ constinit const ClassInfo CMMTimer::kInfo{
     .componentFailure = S_OK,
     .creationFailed = nullptr,
 };
+
+CMMTimer::CMMTimer() noexcept
+    : AutomationObject(kInfo), clock_(FindFunction<decltype(timeGetTime)>(ClockLibrary(), "timeGetTime")) {}
 
 LONG CMMTimer::Now() const {
     if (!clock_) throw RuntimeError(53);

@@ -6,7 +6,6 @@
 #include <mmsystem.h>
 
 #include "frame/automation_object.h"
-#include "frame/system_library.h"
 #include "sysinfo/stopwatch.h"
 #include "velksprt.h"
 
@@ -16,7 +15,7 @@ class CMMTimer final : public AutomationObject<_CMMTimer> {
   public:
     static const ClassInfo kInfo;
 
-    CMMTimer() noexcept : AutomationObject(kInfo) {}
+    CMMTimer() noexcept;
 
     STDMETHODIMP get_ElapsedTime(DOUBLE* result) noexcept override;
     STDMETHODIMP get_ScaleFactor(LONG* result) noexcept override;
@@ -29,9 +28,7 @@ class CMMTimer final : public AutomationObject<_CMMTimer> {
     LONG Now() const;
     LONG GetCurrentElapsedTime() const noexcept;
 
-    // Loaded here and not with the library: most clients measure no time.
-    const ModuleHandle winmm_{LoadSystemLibrary(L"winmm.dll")};
-    decltype(timeGetTime)* const clock_ = FindFunction<decltype(timeGetTime)>(winmm_.get(), "timeGetTime");
+    decltype(timeGetTime)* const clock_;  // null when the platform has none
     Stopwatch watch_;
     LONG scaleFactor_ = 1000;
 };
