@@ -6,14 +6,17 @@
 
 namespace velk::test {
 
-// How many drawing objects and device contexts this process holds, read from its own table of them (32-bit layout):
-// the platform's counter always answers 0 here.
+// How many drawing objects and device contexts this process holds, read from its own table of them: the
+// platform's counter always answers 0 here.
 inline int GdiObjects() {
-    constexpr DWORD kTableOffset = 0x94;
+    constexpr DWORD kTableOffset = sizeof(void*) == 4 ? 0x94 : 0xF8;
+    using Function = const std::byte*(WINAPI*)();
+    static const auto kOwnProcess = reinterpret_cast<Function>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+    const std::byte* const process = kOwnProcess();
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(0x30));
     const auto* const table = *reinterpret_cast<const std::byte* const*>(process + kTableOffset);
     int count = 0;
     for (std::size_t i = 0; i < kEntries; ++i) count += table[i * kEntrySize + kTypeOffset] != std::byte{0};

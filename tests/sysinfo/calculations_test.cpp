@@ -72,7 +72,7 @@ TEST(UpTime, IsRoundedToMinutes) {
         EXPECT_EQ(minutes, MinutesFromTicks(milliseconds)) << milliseconds;
 }
 
-TEST(IdentifierText, HasNoPaddingAndFourHyphens) {
+TEST(IdentifierText, HasNoPaddingAndAnUndividedLastField) {
     const std::uint8_t zeros[8] = {};
     const std::uint8_t bytes[8] = {0xAB, 0x0C, 0, 1, 0x10, 0xFF, 9, 0xA};
     EXPECT_EQ("{0-0-0-00000000}", IdentifierText(0, 0, 0, zeros));
