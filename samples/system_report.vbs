@@ -239,12 +239,12 @@ Sub WriteHead
     page.Append "main{max-width:1080px;margin:0 auto;padding:28px 20px}h1{font-size:26px;margin:0}" & vbCrLf
     page.Append "h2{font-size:16px;margin:0 0 8px;color:#155a8a}.small,.title,footer{color:#5c6b7a;font-size:13px}" & vbCrLf
     page.Append "section,.tile{background:#fff;border:1px solid #dde3e9;border-radius:8px;padding:16px 18px}" & vbCrLf
-    page.Append ".tiles{display:flex;flex-wrap:wrap;gap:16px;margin:20px 0}.tile{flex:1 1 200px}" & vbCrLf
+    page.Append ".tiles{display:flex;flex-wrap:wrap;gap:16px;margin:20px 0}.tile{flex:1 1 170px}" & vbCrLf
     page.Append ".cards{columns:2 420px;column-gap:16px;margin:16px 0}.cards section{break-inside:avoid;margin:0 0 16px}" & vbCrLf
     page.Append ".value{font-size:24px;margin:2px 0 4px}" & vbCrLf
     page.Append "table{border-collapse:collapse;width:100%}th{font-weight:normal;color:#5c6b7a;text-align:left}" & vbCrLf
     page.Append "td,th{padding:5px 12px 5px 0;border-top:1px solid #edf0f3;vertical-align:top}" & vbCrLf
-    page.Append "tr:first-child>*{border-top:0}.cards th{width:38%}td{overflow-wrap:anywhere}" & vbCrLf
+    page.Append "tr:first-child>*{border-top:0}.cards th{width:38%}.cards td{overflow-wrap:anywhere}" & vbCrLf
     page.Append ".drives{min-width:720px}section{overflow-x:auto}.wide{width:18%}" & vbCrLf
     page.Append ".drives .number{text-align:right;white-space:nowrap}.code{font-family:Consolas,monospace}" & vbCrLf
     page.Append ".bar{height:10px;border-radius:5px;background:#dfe6ec;margin-top:7px;overflow:hidden}" & vbCrLf
