@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <winioctl.h>
 
-#include <cstring>
 #include <string>
 
 #include "frame/handles.h"
@@ -11,24 +10,21 @@
 
 namespace velk::test {
 
-// A real drive of the Wine prefix, on a folder of its own with a label and a serial number, gone when the test ends.
+// Drive Q of the Wine prefix, on a folder of its own with a label and a serial number, gone when the test ends.
 // Wine's mount manager makes it, as its configuration program does.
 class PrefixDrive {
   public:
-    PrefixDrive(char letter, UINT type) : letter_(letter) {
+    explicit PrefixDrive(ULONG type) {
         folder_.Write(L".windows-label", "FACTS");
         folder_.Write(L".windows-serial", "00A1B2C3");
-        Define(type, UnixPath(folder_.path()));
+        using Convert = char*(CDECL*)(LPCWSTR);
+        const auto convert = reinterpret_cast<Convert>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+        Define(type, convert(folder_.path().c_str()));  // a few bytes that stay until the tests end
     }
     PrefixDrive(const PrefixDrive&) = delete;
     PrefixDrive& operator=(const PrefixDrive&) = delete;
-    ~PrefixDrive() { Remove(); }
-
-    void Remove() {
-        if (letter_) Define(DRIVE_NO_ROOT_DIR, "");
-        letter_ = 0;
-    }
-    std::wstring root() const { return {static_cast<wchar_t>(letter_), L':', L'\\'}; }
+    ~PrefixDrive() { Define(DRIVE_NO_ROOT_DIR, ""); }
 
   private:
     struct Request {
@@ -36,36 +32,24 @@ class PrefixDrive {
         DWORD serial;
         ULONGLONG device;
         WCHAR letter;
-        USHORT mountPointOffset, deviceOffset, labelOffset;
+        USHORT folderOffset, deviceOffset, labelOffset;
     };
 
-    static std::string UnixPath(const std::wstring& path) {
-        using Convert = char*(CDECL*)(LPCWSTR);
-        const auto convert = reinterpret_cast<Convert>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
-        char* const converted = convert(path.c_str());
-        const std::string result = converted;
-        HeapFree(GetProcessHeap(), 0, converted);
-        return result;
-    }
-
-    void Define(UINT type, const std::string& folder) const {
-        constexpr DWORD kDefineUnixDrive = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
+    static void Define(ULONG type, const std::string& folder) {
         Request request{};
         request.size = static_cast<ULONG>(sizeof request + folder.size() + 1);
         request.type = type;
-        request.letter = static_cast<WCHAR>(letter_ - 'A' + 'a');
-        if (!folder.empty()) request.mountPointOffset = sizeof request;
+        request.letter = 'q';
+        if (!folder.empty()) request.folderOffset = sizeof request;
         std::string bytes(reinterpret_cast<const char*>(&request), sizeof request);
         bytes += folder + '\0';
         const FileHandle manager(CreateFileW(L"\\\\.\\MountPointManager", GENERIC_READ | GENERIC_WRITE,
                                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+        constexpr DWORD kDefine = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
         DWORD got = 0;
-        EXPECT_TRUE(
-            DeviceIoControl(manager.get(), kDefineUnixDrive, bytes.data(), request.size, nullptr, 0, &got, nullptr));
+        EXPECT_TRUE(DeviceIoControl(manager.get(), kDefine, bytes.data(), request.size, nullptr, 0, &got, nullptr));
     }
 
-    char letter_;
     ScratchFolder folder_;
 };
 
