@@ -26,33 +26,25 @@ TEST(ComputerInfo, ReadsTheSystemRecordWithItsSigns) {
     record.dwAllocationGranularity = 0x20000;
     record.wProcessorLevel = 0x7FFF;
     record.wProcessorRevision = 0x8001;
-    ExpectFacts(computer.get(), {{L"ProcessorArchitecture", L"-1"},
-                                 {L"PageSize", L"8192"},
-                                 {L"MinAppAddress", L"65536"},
-                                 {L"MaxAppAddress", L"-65537"},
-                                 {L"ActiveProcessorMask", L"-2147483647"},
-                                 {L"NumberOfProcessors", L"64"},
-                                 {L"ProcessorType", L"4000"},
-                                 {L"AllocationGranularity", L"131072"},
-                                 {L"ProcessorLevel", L"32767"},
-                                 {L"ProcessorRevision", L"-32767"}});
+    EXPECT_EQ(L"-1|8192|65536|-65537|-2147483647|64|4000|131072|32767|-32767|",
+              Facts(computer.get(), {L"ProcessorArchitecture", L"PageSize", L"MinAppAddress", L"MaxAppAddress",
+                                     L"ActiveProcessorMask", L"NumberOfProcessors", L"ProcessorType",
+                                     L"AllocationGranularity", L"ProcessorLevel", L"ProcessorRevision"}));
 }
 
 TEST(ComputerInfo, TellsHintsAndFeaturesApart) {
     const auto computer = CreateObject<IDispatch>(__uuidof(::CComputerInfo));
-    const auto yes = [](bool value) { return value ? L"True" : L"False"; };
     const ImportPatch metrics(Library(), "GetSystemMetrics", Address(&Metrics));
     for (const int bits : {0, 1, 2, 4, 6, 7, 8, 0x700}) {
         metric = bits;
-        ExpectFacts(computer.get(),
-                    {{L"SlowMachine", yes(bits & 1)}, {L"LowMemory", yes(bits & 2)}, {L"SlowGraphics", yes(bits & 4)}});
+        EXPECT_EQ(YesNo(bits & 1) + YesNo(bits & 2) + YesNo(bits & 4),
+                  Facts(computer.get(), {L"SlowMachine", L"LowMemory", L"SlowGraphics"}));
     }
     const ImportPatch features(Library(), "IsProcessorFeaturePresent", Address(&HasFeature));
     for (feature = 0; feature < 5; ++feature) {
-        ExpectFacts(computer.get(), {{L"FloatingPointError", yes(feature == 0)},
-                                     {L"FloatingPointEmulated", yes(feature == 1)},
-                                     {L"CompareExchangeDouble", yes(feature == 2)},
-                                     {L"MMXAvailable", yes(feature == 3)}});
+        EXPECT_EQ(YesNo(feature == 0) + YesNo(feature == 1) + YesNo(feature == 2) + YesNo(feature == 3),
+                  Facts(computer.get(),
+                        {L"FloatingPointError", L"FloatingPointEmulated", L"CompareExchangeDouble", L"MMXAvailable"}));
     }
 }
 
@@ -64,13 +56,9 @@ void WINAPI Status(LPMEMORYSTATUS status) {
 TEST(MemoryStatus, ReadsSizesFromTwoGigabytesAsNegative) {
     const auto memory = CreateObject<IDispatch>(__uuidof(::CMemoryStatus));
     const ImportPatch patch(Library(), "GlobalMemoryStatus", Address(&Status));
-    ExpectFacts(memory.get(), {{L"MemoryLoad", L"99"},
-                               {L"TotalPhysical", L"-1073741824"},
-                               {L"AvailablePhysical", L"1"},
-                               {L"TotalPageFile", L"-1"},
-                               {L"AvailablePageFile", L"-2147483648"},
-                               {L"TotalVirtual", L"2147352576"},
-                               {L"AvailableVirtual", L"2"}});
+    EXPECT_EQ(L"99|-1073741824|1|-1|-2147483648|2147352576|2|",
+              Facts(memory.get(), {L"MemoryLoad", L"TotalPhysical", L"AvailablePhysical", L"TotalPageFile",
+                                   L"AvailablePageFile", L"TotalVirtual", L"AvailableVirtual"}));
 }
 
 }  // namespace

@@ -1,10 +1,9 @@
-// Reads members by name and compares what they give as text: numbers in decimal, True and False.
+// Reads members by name, as text: numbers in decimal, True and False.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 #include "support/late_bound.h"
 
@@ -17,11 +16,15 @@ inline std::wstring Fact(IDispatch* object, const wchar_t* name, std::initialize
     return TextOf(outcome.value);
 }
 
-using Facts = std::initializer_list<std::pair<const wchar_t*, std::wstring>>;
-
-inline void ExpectFacts(IDispatch* object, Facts facts, std::initializer_list<VARIANT> arguments = {}) {
-    for (const auto& [name, value] : facts) EXPECT_EQ(value, Fact(object, name, arguments)) << name;
+// The values of several members, each followed by "|".
+inline std::wstring Facts(IDispatch* object, std::initializer_list<const wchar_t*> names,
+                          std::initializer_list<VARIANT> arguments = {}) {
+    std::wstring values;
+    for (const wchar_t* name : names) values += Fact(object, name, arguments) + L"|";
+    return values;
 }
+
+inline std::wstring YesNo(bool value) { return value ? L"True|" : L"False|"; }
 
 template <class Function>
 void* Address(Function* function) {

@@ -92,18 +92,7 @@ TEST_F(Timer, CountsAcrossTheWrapAndShowsOverflows) {
     EXPECT_EQ(0x7FFF'FFFE, At(4)) << "the run is lost, what was kept stays";
 }
 
-TEST(RealTimer, MeasuresSecondsOrShowsThatThereIsNoClock) {
-    const auto timer = CreateObject<IDispatch>(__uuidof(::CMMTimer));
-    const DWORD start = GetTickCount();
-    Call(timer.get(), L"StartTimer");
-    Sleep(60);
-    Call(timer.get(), L"StopTimer");
-    const double real = (GetTickCount() - start) / 1000.0;
-    const double shown = Get(timer.get(), L"ElapsedTime").value.dblVal;
-    EXPECT_NEAR(real, shown, 0.02);
-    Sleep(20);
-    EXPECT_EQ(shown, Get(timer.get(), L"ElapsedTime").value.dblVal);
-
+TEST(TimerWithoutAClock, SaysSo) {
     const ProcedurePatch missing(Library(), "timeGetTime", nullptr);
     const ReportRecorder recorder(Library());
     EXPECT_EQ(S_OK, Call(CreateObject<IDispatch>(__uuidof(::CMMTimer)).get(), L"StartTimer").result);
