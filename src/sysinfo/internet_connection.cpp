@@ -13,14 +13,11 @@ constexpr ClassError kInvalidWorkMode(eErrInternetConnection_InvalidWorkMode, L"
 constexpr ClassError kCannotSetOption(eErrInternetConnection_CannotSetOption, L"Cannot set the Internet option");
 
 // Loaded at the first use, since most clients never ask, and kept: it has threads of its own once it was used.
-HMODULE InternetLibrary() noexcept {
-    static const HMODULE kLibrary = LoadSystemLibrary(L"wininet.dll");
-    return kLibrary;
-}
+constinit KeptSystemLibrary wininet(L"wininet.dll");
 
 template <class Function>
 Function& InternetFunction(const char* name) {
-    Function* const found = FindFunction<Function>(InternetLibrary(), name);
+    Function* const found = FindFunction<Function>(wininet.get(), name);
     if (!found) throw RuntimeError(53);
     return *found;
 }

@@ -6,10 +6,7 @@ namespace velk {
 namespace {
 
 // Loaded with the first stopwatch, since most clients measure no time, and kept: loading it takes milliseconds.
-HMODULE ClockLibrary() noexcept {
-    static const HMODULE kLibrary = LoadSystemLibrary(L"winmm.dll");
-    return kLibrary;
-}
+constinit KeptSystemLibrary winmm(L"winmm.dll");
 
 }  // namespace
 
@@ -24,7 +21,7 @@ constinit const ClassInfo CMMTimer::kInfo{
 };
 
 CMMTimer::CMMTimer() noexcept
-    : AutomationObject(kInfo), clock_(FindFunction<decltype(timeGetTime)>(ClockLibrary(), "timeGetTime")) {}
+    : AutomationObject(kInfo), clock_(FindFunction<decltype(timeGetTime)>(winmm.get(), "timeGetTime")) {}
 
 LONG CMMTimer::Now() const {
     if (!clock_) throw RuntimeError(53);

@@ -244,7 +244,7 @@ STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth
             {Given(intHeight), std::int64_t{area.bottom} - area.top},
         };
         for (const auto& [argument, pixels] : answers) {
-            Guard(L"GetWorkArea", [&] { argument = ToInteger(pixels); });
+            Guard(L"GetWorkArea", [&to = argument, value = pixels] { to = ToInteger(value); });
         }
     });
 }
