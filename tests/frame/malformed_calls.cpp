@@ -10,6 +10,7 @@
 #include <set>
 
 #include "frame/value_object.h"
+#include "support/calm_system.h"
 #include "support/client.h"
 #include "support/late_bound.h"
 #include "support/malloc_spy.h"
@@ -449,6 +450,7 @@ void MakeObjects() {
 
 TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
     SetUnhandledExceptionFilter(&TellWhere);
+    const CalmSystem calm;
     const std::vector<Class> classes = ReadClasses();
     ASSERT_FALSE(classes.empty());
     MakeObjects();
