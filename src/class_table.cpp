@@ -12,14 +12,35 @@
 #include "integrity/dat_file.h"
 #include "settings/ini_file.h"
 #include "settings/program_settings.h"
+#include "sysinfo/api_disks.h"
+#include "sysinfo/computer_info.h"
+#include "sysinfo/internet_connection.h"
+#include "sysinfo/memory_status.h"
+#include "sysinfo/mm_timer.h"
+#include "sysinfo/os_info.h"
 
 namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(),      EntryOf<CDatFile>(), EntryOf<CLinkedList>(),      EntryOf<CStack>(),
-        EntryOf<CConCat>(),     EntryOf<CIniFile>(), EntryOf<CProgramSettings>(), EntryOf<CGDIArc>(),
-        EntryOf<CGDIEllipse>(), EntryOf<CGDILine>(), EntryOf<CGDIRectangle>(),    EntryOf<CScreenshot>(),
+        EntryOf<CCRC32>(),
+        EntryOf<CDatFile>(),
+        EntryOf<CLinkedList>(),
+        EntryOf<CStack>(),
+        EntryOf<CConCat>(),
+        EntryOf<CIniFile>(),
+        EntryOf<CProgramSettings>(),
+        EntryOf<CAPIDisks>(),
+        EntryOf<COSInfo>(),
+        EntryOf<CComputerInfo>(),
+        EntryOf<CMemoryStatus>(),
+        EntryOf<CMMTimer>(),
+        EntryOf<CInternetConnection>(),
+        EntryOf<CGDIArc>(),
+        EntryOf<CGDIEllipse>(),
+        EntryOf<CGDILine>(),
+        EntryOf<CGDIRectangle>(),
+        EntryOf<CScreenshot>(),
     };
     return kClasses;
 }

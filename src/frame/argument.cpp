@@ -136,7 +136,8 @@ HRESULT Argument::WriteBack(const Parameter& parameter) noexcept {
     if (!converted || !given_) return S_OK;
     VARIANT* const target = variable_ ? variable_ : given_;
     if (IsStringArray(parameter.type)) return StringArrayTo(target, variable_ != nullptr, &own_);
-    if (!variable_ || Unchanged()) return S_OK;
+    // A variable that was never set has nothing to keep, and gets a result that happens to be 0 too.
+    if (!variable_ || (variable_->vt != VT_EMPTY && Unchanged())) return S_OK;
     const HRESULT cleared = VariantClear(variable_);
     if (SUCCEEDED(cleared)) *variable_ = own_.Detach();
     return cleared;

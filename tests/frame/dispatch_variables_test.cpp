@@ -44,10 +44,10 @@ constexpr Case kCases[] = {
     {L"BumpString", VT_I4, L"5", 1, L"8:5", L"8:5!"},
     {L"BumpString", VT_EMPTY, L"", 1, L"8:", L"8:!"},
     {L"BumpColour", VT_I4, L"5", 1, L"19:5", L"19:6"},
+    {L"BumpLong", VT_EMPTY, L"", 0, L"3:0", L"3:0"},  // never set: typed all the same
     // Left as it was: the variable keeps its own type and value.
     {L"BumpShort", VT_R8, L"2.5", 0, L"2:2", L"5:2.5"},
     {L"BumpLong", VT_BSTR, L"05", 0, L"3:5", L"8:05"},
-    {L"BumpLong", VT_EMPTY, L"", 0, L"3:0", L"0:"},
     {L"BumpBoolean", VT_I4, L"5", 0, L"11:-1", L"3:5"},
     {L"BumpString", VT_I4, L"5", 0, L"8:5", L"3:5"},
 };

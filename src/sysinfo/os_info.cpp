@@ -1,0 +1,252 @@
+#include "sysinfo/os_info.h"
+
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "frame/gdi.h"
+#include "frame/registry.h"
+#include "frame/text.h"
+#include "frame/whole_numbers.h"
+#include "sysinfo/identifier_text.h"
+#include "sysinfo/up_time.h"
+
+namespace velk {
+namespace {
+
+constexpr const char* kUserInfoKey = R"(Software\Microsoft\MS Setup (ACME)\User Info)";
+constexpr DWORD kNameSize = 100;
+constexpr DWORD kTempPathSize = 255;
+constexpr DWORD kBuildMask = 0x7FFF;
+
+OSVERSIONINFOA Version() noexcept {
+    static_assert(sizeof(OSVERSIONINFOA) == 148);
+    OSVERSIONINFOA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    GetVersionExA(&version);
+    return version;
+}
+
+template <class T>
+T SystemParameter(UINT action) noexcept {
+    T value{};
+    SystemParametersInfoA(action, 0, &value, 0);
+    return value;
+}
+
+void SetSystemParameter(UINT action, UINT value) noexcept {
+    SystemParametersInfoA(action, value, nullptr, SPIF_SENDCHANGE);
+}
+
+int ScreenCapability(int index) noexcept {
+    const ScreenContext screen(GetDC(nullptr));
+    return GetDeviceCaps(screen.get(), index);
+}
+
+// Bytes are taken as the text's UTF-16 code units.
+Bstr TextOfBytes(const std::vector<char>& bytes) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return Bstr(text);
+}
+
+Bstr UserInfo(const char* name) {
+    const auto value = ReadRegistryValue(HKEY_CURRENT_USER, kUserInfoKey, name, KEY_QUERY_VALUE);
+    if (!value) return {};
+    switch (value->type) {
+        case REG_SZ:
+            return FromAnsiBuffer(value->text());
+        case REG_BINARY:
+            return TextOfBytes(value->bytes);
+        case REG_DWORD:
+            return Bstr(std::to_wstring(value->number()));
+        default:
+            return {};
+    }
+}
+
+std::string TempFolder() {
+    std::string folder(kTempPathSize, ' ');
+    GetTempPathA(kTempPathSize, folder.data());
+    return folder;
+}
+
+}  // namespace
+
+constinit const ClassInfo COSInfo::kInfo{
+    .name = L"COSInfo",
+    .clsid = __uuidof(::COSInfo),
+    .iid = __uuidof(_COSInfo),
+    .events = nullptr,
+    .policy = FailurePolicy::Report,
+    .componentFailure = S_OK,
+    .creationFailed = nullptr,
+};
+
+STDMETHODIMP COSInfo::get_Beep(VARIANT_BOOL* result) noexcept {
+    return Guard(L"Beep", result, [] { return SystemParameter<BOOL>(SPI_GETBEEP) != FALSE; });
+}
+
+STDMETHODIMP COSInfo::put_Beep(VARIANT_BOOL* blnValue) noexcept {
+    return Guard(L"Beep", [&] { SetSystemParameter(SPI_SETBEEP, Given(blnValue) ? TRUE : FALSE); });
+}
+
+STDMETHODIMP COSInfo::get_ComputerName(BSTR* result) noexcept {
+    return Guard(L"ComputerName", result, [] {
+        std::string name(kNameSize, '\0');
+        DWORD size = kNameSize;
+        GetComputerNameA(name.data(), &size);
+        return FromAnsiBuffer(name);
+    });
+}
+
+STDMETHODIMP COSInfo::put_ComputerName(BSTR* strName) noexcept {
+    return Guard(L"ComputerName", [&] { SetComputerNameA(ToAnsi(View(Given(strName))).c_str()); });
+}
+
+STDMETHODIMP COSInfo::get_CurrentHardwareProfile(BSTR* result) noexcept {
+    return Guard(L"CurrentHardwareProfile", result, [] {
+        HW_PROFILE_INFOA profile{};
+        GetCurrentHwProfileA(&profile);
+        return FromAnsiBuffer({profile.szHwProfileName, sizeof profile.szHwProfileName});
+    });
+}
+
+STDMETHODIMP COSInfo::get_DefaultCompanyName(BSTR* result) noexcept {
+    return Guard(L"DefaultCompanyName", result, [] { return UserInfo("DefCompany"); });
+}
+
+STDMETHODIMP COSInfo::get_DefaultUserName(BSTR* result) noexcept {
+    return Guard(L"DefaultUserName", result, [] { return UserInfo("DefName"); });
+}
+
+STDMETHODIMP COSInfo::get_DisplayColors(LONG* result) noexcept {
+    return Guard(L"DisplayColors", result, [] {
+        const int bits = ScreenCapability(BITSPIXEL) * ScreenCapability(PLANES);
+        return bits == 32 ? -1 : RoundToLong(std::ldexp(1.0, bits));
+    });
+}
+
+STDMETHODIMP COSInfo::get_GUID(BSTR* result) noexcept {
+    return Guard(L"GUID", result, [] {
+        ::GUID made{};
+        CoCreateGuid(&made);
+        return FromAnsiBuffer(IdentifierText(made.Data1, made.Data2, made.Data3, made.Data4));
+    });
+}
+
+STDMETHODIMP COSInfo::get_Language(BSTR* result) noexcept {
+    return Guard(L"Language", result, [] {
+        std::string name(kNameSize, ' ');
+        GetLocaleInfoA(GetUserDefaultLCID(), LOCALE_SENGLANGUAGE, name.data(), kNameSize);
+        return FromAnsiBuffer(name);
+    });
+}
+
+// Deliberate: finer screens than 120 pixels per inch have no large fonts.
+STDMETHODIMP COSInfo::get_LargeFonts(VARIANT_BOOL* result) noexcept {
+    return Guard(L"LargeFonts", result, [] { return ScreenCapability(LOGPIXELSX) == 120; });
+}
+
+STDMETHODIMP COSInfo::get_OSAdditional(BSTR* result) noexcept {
+    return Guard(L"OSAdditional", result, [] {
+        const OSVERSIONINFOA version = Version();
+        return FromAnsiBuffer({version.szCSDVersion, sizeof version.szCSDVersion});
+    });
+}
+
+STDMETHODIMP COSInfo::get_OSBuild(LONG* result) noexcept {
+    return Guard(L"OSBuild", result, [] { return static_cast<LONG>(Version().dwBuildNumber & kBuildMask); });
+}
+
+STDMETHODIMP COSInfo::get_OSMajorVersion(LONG* result) noexcept {
+    return Guard(L"OSMajorVersion", result, [] { return static_cast<LONG>(Version().dwMajorVersion); });
+}
+
+STDMETHODIMP COSInfo::get_OSMinorVersion(LONG* result) noexcept {
+    return Guard(L"OSMinorVersion", result, [] { return static_cast<LONG>(Version().dwMinorVersion); });
+}
+
+STDMETHODIMP COSInfo::get_ScreenSaverActive(VARIANT_BOOL* result) noexcept {
+    return Guard(L"ScreenSaverActive", result, [] { return SystemParameter<BOOL>(SPI_GETSCREENSAVEACTIVE) != FALSE; });
+}
+
+STDMETHODIMP COSInfo::put_ScreenSaverActive(VARIANT_BOOL* blnValue) noexcept {
+    return Guard(L"ScreenSaverActive",
+                 [&] { SetSystemParameter(SPI_SETSCREENSAVEACTIVE, Given(blnValue) ? TRUE : FALSE); });
+}
+
+STDMETHODIMP COSInfo::get_ScreenSaverTimeout(LONG* result) noexcept {
+    return Guard(L"ScreenSaverTimeout", result, [] { return SystemParameter<LONG>(SPI_GETSCREENSAVETIMEOUT); });
+}
+
+STDMETHODIMP COSInfo::put_ScreenSaverTimeout(LONG* lngSeconds) noexcept {
+    return Guard(L"ScreenSaverTimeout",
+                 [&] { SetSystemParameter(SPI_SETSCREENSAVETIMEOUT, static_cast<UINT>(Given(lngSeconds))); });
+}
+
+STDMETHODIMP COSInfo::get_SystemDirectory(BSTR* result) noexcept {
+    return Guard(L"SystemDirectory", result, [] {
+        std::string folder(MAX_PATH, '\0');
+        GetSystemDirectoryA(folder.data(), MAX_PATH);
+        return FromAnsiBuffer(folder);
+    });
+}
+
+// The fixed unique number is deliberate: the platform then only builds the name, the same at every call.
+STDMETHODIMP COSInfo::get_TempFile(BSTR* strPrefix, BSTR* result) noexcept {
+    return Guard(L"TempFile", result, [&] {
+        const std::string prefix = ToAnsi(View(Given(strPrefix)));
+        std::string name(kTempPathSize, ' ');
+        name.resize(MAX_PATH);  // what the platform may write
+        GetTempFileNameA(TempFolder().c_str(), prefix.c_str(), 1, name.data());
+        return FromAnsiBuffer(name);
+    });
+}
+
+STDMETHODIMP COSInfo::get_TempPath(BSTR* result) noexcept {
+    return Guard(L"TempPath", result, [] { return FromAnsiBuffer(TempFolder()); });
+}
+
+STDMETHODIMP COSInfo::get_UserName(BSTR* result) noexcept {
+    return Guard(L"UserName", result, [] {
+        std::string name(kNameSize, '\0');
+        DWORD size = kNameSize;
+        GetUserNameA(name.data(), &size);
+        return FromAnsiBuffer(name);
+    });
+}
+
+STDMETHODIMP COSInfo::get_WindowsDirectory(BSTR* result) noexcept {
+    return Guard(L"WindowsDirectory", result, [] {
+        std::string folder(MAX_PATH, '\0');
+        GetWindowsDirectoryA(folder.data(), MAX_PATH);
+        return FromAnsiBuffer(folder);
+    });
+}
+
+STDMETHODIMP COSInfo::get_WindowsType(EnumWindowsType* result) noexcept {
+    return Guard(L"WindowsType", result, [] { return static_cast<EnumWindowsType>(Version().dwPlatformId); });
+}
+
+STDMETHODIMP COSInfo::get_WindowsUpTime(LONG* result) noexcept {
+    return Guard(L"WindowsUpTime", result, [] { return MinutesFromTicks(GetTickCount()); });
+}
+
+// Each of the four is a step of its own: one that does not fit is reported and the others are still given.
+STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth, SHORT* intHeight) noexcept {
+    return Guard(L"GetWorkArea", [&] {
+        const auto area = SystemParameter<RECT>(SPI_GETWORKAREA);
+        const std::pair<SHORT&, std::int64_t> answers[] = {
+            {Given(intLeft), area.left},
+            {Given(intTop), area.top},
+            {Given(intWidth), std::int64_t{area.right} - area.left},
+            {Given(intHeight), std::int64_t{area.bottom} - area.top},
+        };
+        for (const auto& [argument, pixels] : answers) {
+            Guard(L"GetWorkArea", [&to = argument, value = pixels] { to = ToInteger(value); });
+        }
+    });
+}
+
+}  // namespace velk

@@ -1,0 +1,181 @@
+// CAPIDisks as its clients see it.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "support/client.h"
+#include "support/procedure_patch.h"
+#include "support/report_recorder.h"
+#include "sysinfo/facts.h"
+#include "sysinfo/prefix_drive.h"
+
+namespace velk::test {
+namespace {
+
+const std::string kBlanks(255, ' ');
+
+class Disks : public testing::Test {
+  protected:
+    std::wstring At(LONG position, const wchar_t* member) { return Fact(disks_.get(), member, {Arg(position)}); }
+    double Bytes(const wchar_t* member) { return Get(disks_.get(), member, {Arg(LONG{0})}).value.dblVal; }
+    LONG PositionOf(const wchar_t* root) {  // -1 for a drive that is not there
+        for (LONG i = 0; !At(i, L"LogicalDrives").empty(); ++i) {
+            if (At(i, L"LogicalDrives") == root) return i;
+        }
+        return -1;
+    }
+    std::wstring VolumeAt(LONG position) {
+        return Facts(
+            disks_.get(),
+            {L"DriveLabel", L"DriveSerialNumber", L"DriveFileSystemType", L"DriveType", L"DriveFlags", L"IsDriveReady"},
+            {Arg(position)});
+    }
+    void ExpectUnreadable(LONG position) {
+        EXPECT_EQ(L"|||0|0|False|", VolumeAt(position));
+        EXPECT_EQ(L"0|0|", Facts(disks_.get(), {L"DiskFreeSpace", L"DiskTotalSpace"}, {Arg(position)}));
+    }
+
+    ComPtr<IDispatch> disks_ = CreateObject<IDispatch>(__uuidof(::CAPIDisks));
+};
+
+TEST_F(Disks, TellTheFactsOfRealDrivesThatComeAndGo) {
+    const std::wstring count = Fact(disks_.get(), L"GetDriveCount");
+    for (const ULONG type : {DRIVE_REMOVABLE, DRIVE_FIXED, DRIVE_REMOTE, DRIVE_CDROM, DRIVE_RAMDISK}) {
+        const PrefixDrive drive(type);
+        wchar_t fileSystem[64];
+        DWORD flags = 0;
+        ASSERT_TRUE(GetVolumeInformationW(L"Q:\\", nullptr, 0, nullptr, nullptr, &flags, fileSystem, 64));
+        EXPECT_EQ(L"FACTS|A1B2C3|" + (fileSystem + (L"|" + std::to_wstring(type))) + L"|" + std::to_wstring(flags) +
+                      L"|True|",
+                  VolumeAt(PositionOf(L"Q:\\")));
+        EXPECT_NE(count, Fact(disks_.get(), L"GetDriveCount"));
+    }
+    EXPECT_EQ(-1, PositionOf(L"Q:\\"));
+    EXPECT_EQ(count, Fact(disks_.get(), L"GetDriveCount"));
+    ExpectUnreadable(std::stoi(count));
+    ExpectUnreadable(-1);
+    ASSERT_TRUE(DefineDosDeviceW(0, L"Q:", L"C:\\no such folder"));  // listed, but not readable: as an empty CD drive
+    ExpectUnreadable(PositionOf(L"Q:\\"));
+    DefineDosDeviceW(DDD_REMOVE_DEFINITION, L"Q:", nullptr);
+}
+
+std::string list;
+DWORD WINAPI FillList(DWORD size, LPSTR buffer) {
+    EXPECT_EQ(kBlanks, std::string(buffer, size));
+    std::memcpy(buffer, list.data(), list.size());
+    return static_cast<DWORD>(list.size() - 1);
+}
+DWORD WINAPI EveryDrive() { return 0xFFFF'FFFF; }
+
+TEST_F(Disks, WalkListsOfAnySize) {
+    const ImportPatch strings(Library(), "GetLogicalDriveStringsA", Address(&FillList));
+    const ImportPatch mask(Library(), "GetLogicalDrives", Address(&EveryDrive));
+    for (const int count : {0, 1, 26}) {
+        list.clear();
+        for (int i = 0; i < count; ++i) list += std::string(1, static_cast<char>('A' + i)) + ":\\" + '\0';
+        list += '\0';
+        for (int i = 0; i < count; ++i) EXPECT_EQ(std::wstring(1, L'A' + i) + L":\\", At(i, L"LogicalDrives"));
+        for (const LONG outside : {LONG{count}, LONG{-1}, LONG{32767}}) EXPECT_EQ(L"", At(outside, L"LogicalDrives"));
+    }
+    EXPECT_EQ(L"26", Fact(disks_.get(), L"GetDriveCount"));
+}
+
+BOOL succeeds;
+ULONGLONG freeBytes, totalBytes;
+BOOL WINAPI ExtendedSpace(LPCSTR root, PULARGE_INTEGER forCaller, PULARGE_INTEGER total, PULARGE_INTEGER) {
+    EXPECT_STREQ("C:\\", root);
+    if (!succeeds) return FALSE;
+    forCaller->QuadPart = freeBytes;
+    total->QuadPart = totalBytes;
+    return TRUE;
+}
+BOOL WINAPI OlderSpace(LPCSTR root, LPDWORD sectors, LPDWORD bytes, LPDWORD freeClusters, LPDWORD clusters) {
+    EXPECT_STREQ("C:\\", root);
+    *sectors = 64, *bytes = 4096, *freeClusters = 3, *clusters = 0xFFFF'FFFF;
+    return succeeds;
+}
+HMODULE WINAPI LoadNothing(LPCWSTR, HANDLE, DWORD) { return nullptr; }
+
+TEST_F(Disks, GiveSpaceExactlyAndFailInTwoWays) {
+    const ImportPatch older(Library(), "GetDiskFreeSpaceA", Address(&OlderSpace));
+    const auto expect = [&](double free, double total) {
+        EXPECT_EQ(free, Bytes(L"DiskFreeSpace"));
+        EXPECT_EQ(total, Bytes(L"DiskTotalSpace"));
+    };
+    {
+        const ProcedurePatch patch(Library(), "GetDiskFreeSpaceExA", Address(&ExtendedSpace));
+        succeeds = TRUE;
+        for (const ULONGLONG bytes : {4'294'967'295ULL, 5'497'558'138'881ULL, 9'007'199'254'740'991ULL}) {
+            freeBytes = bytes / 3, totalBytes = bytes;
+            expect(static_cast<double>(bytes / 3), static_cast<double>(bytes));
+        }
+        succeeds = FALSE;
+        expect(0, 0);
+    }
+    {
+        const ProcedurePatch missing(Library(), "GetDiskFreeSpaceExA", nullptr);
+        expect(-1, -1);
+        succeeds = TRUE;
+        expect(786432, 4294967295.0 * 262144);
+    }
+    const ImportPatch noLibrary(Library(), "LoadLibraryExW", Address(&LoadNothing));
+    expect(0, 0);
+}
+
+BOOL readable;
+DWORD lastError;
+constexpr DWORD kUntouched = 0xFFFF'FFFF;
+BOOL WINAPI VolumeInformation(LPCSTR, LPSTR label, DWORD labelSize, LPDWORD serial, LPDWORD, LPDWORD flags,
+                              LPSTR fileSystem, DWORD fileSystemSize) {
+    EXPECT_EQ(kBlanks + kBlanks, std::string(label, labelSize) + std::string(fileSystem, fileSystemSize));
+    std::memcpy(label, "L\xE4sst\0cut", 9);
+    *fileSystem = '\0';
+    *serial = 0;
+    *flags = 0x8000'0001;
+    if (lastError != kUntouched) SetLastError(lastError);
+    return readable;
+}
+
+TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
+    const ImportPatch patch(Library(), "GetVolumeInformationA", Address(&VolumeInformation));
+    for (const DWORD error : {DWORD{ERROR_SUCCESS}, DWORD{ERROR_NOT_READY}, kUntouched}) {
+        lastError = error;
+        for (readable = FALSE; readable <= TRUE; ++readable) {
+            SetLastError(ERROR_ACCESS_DENIED);  // left by somebody before
+            EXPECT_EQ((readable ? L"L\u00E4sst|0||3|-2147483647|" : L"|||0|0|") + YesNo(error != ERROR_NOT_READY),
+                      VolumeAt(0));
+        }
+    }
+}
+
+std::string written;
+BOOL WINAPI WriteLabel(LPCSTR root, LPCSTR label) {
+    written = std::string(root) + label;
+    return FALSE;
+}
+
+TEST_F(Disks, WriteALabelAndSpellCodesOut) {
+    const ReportRecorder recorder(Library());
+    const ImportPatch patch(Library(), "SetVolumeLabelA", Address(&WriteLabel));
+    Variant label = Text(L"L\u00E4sst");
+    for (const auto& [position, expected] : {std::pair<LONG, std::string>{0, "C:\\L\xE4sst"}, {99, "L\xE4sst"}}) {
+        EXPECT_EQ(S_OK, Call(disks_.get(), L"WriteVolumeLabel", {Arg(position), Arg(&label)}).result);
+        EXPECT_EQ(expected, written);
+    }
+    const wchar_t* const types[] = {L"",       L"Unknown", L"No root",  L"Removable", L"Fixed",
+                                    L"Remote", L"CDROM",   L"RAM Disk", L""};
+    for (LONG type = -1; type <= 7; ++type) EXPECT_EQ(types[type + 1], At(type, L"DriveTypeToString"));
+    EXPECT_EQ(L"Uses persistent ACLs", At(8, L"VolumeFlagsToString"));
+    EXPECT_EQ(L"C", At(2, L"DriveLetterFromNumber"));
+    EXPECT_EQ(L"\u00E4", At(0xE4 - 'A', L"DriveLetterFromNumber")) << "by the ANSI code page";
+    EXPECT_EQ(std::wstring(1, L'\0'), At(-65, L"DriveLetterFromNumber"));
+    EXPECT_TRUE(recorder.reports().empty());
+    EXPECT_EQ(L"", At(191, L"DriveLetterFromNumber"));
+    ASSERT_EQ(1u, recorder.reports().size());
+    EXPECT_EQ(L"DriveLetterFromNumber", recorder.reports()[0].title);
+    EXPECT_EQ(L"Error: 5. Invalid procedure call or argument", recorder.reports()[0].text);
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,65 @@
+// CComputerInfo and CMemoryStatus with a platform that is steered. What the machine really is stands in host_facts.sh.
+#include "support/client.h"
+#include "support/import_patch.h"
+#include "sysinfo/facts.h"
+
+namespace velk::test {
+namespace {
+
+SYSTEM_INFO record;
+void WINAPI SystemInfo(LPSYSTEM_INFO info) { *info = record; }
+int metric;
+int WINAPI Metrics(int index) { return index == 73 ? metric : 7; }
+DWORD feature;
+BOOL WINAPI HasFeature(DWORD asked) { return asked == feature; }
+
+TEST(ComputerInfo, ReadsTheSystemRecordWithItsSigns) {
+    const auto computer = CreateObject<IDispatch>(__uuidof(::CComputerInfo));
+    const ImportPatch patch(Library(), "GetSystemInfo", Address(&SystemInfo));
+    record.wProcessorArchitecture = 0xFFFF;
+    record.dwPageSize = 8192;
+    record.lpMinimumApplicationAddress = reinterpret_cast<void*>(0x10000);
+    record.lpMaximumApplicationAddress = reinterpret_cast<void*>(0xFFFEFFFF);
+    record.dwActiveProcessorMask = 0x8000'0001;
+    record.dwNumberOfProcessors = 64;
+    record.dwProcessorType = 4000;
+    record.dwAllocationGranularity = 0x20000;
+    record.wProcessorLevel = 0x7FFF;
+    record.wProcessorRevision = 0x8001;
+    EXPECT_EQ(L"-1|8192|65536|-65537|-2147483647|64|4000|131072|32767|-32767|",
+              Facts(computer.get(), {L"ProcessorArchitecture", L"PageSize", L"MinAppAddress", L"MaxAppAddress",
+                                     L"ActiveProcessorMask", L"NumberOfProcessors", L"ProcessorType",
+                                     L"AllocationGranularity", L"ProcessorLevel", L"ProcessorRevision"}));
+}
+
+TEST(ComputerInfo, TellsHintsAndFeaturesApart) {
+    const auto computer = CreateObject<IDispatch>(__uuidof(::CComputerInfo));
+    const ImportPatch metrics(Library(), "GetSystemMetrics", Address(&Metrics));
+    for (const int bits : {0, 1, 2, 4, 6, 7, 8, 0x700}) {
+        metric = bits;
+        EXPECT_EQ(YesNo(bits & 1) + YesNo(bits & 2) + YesNo(bits & 4),
+                  Facts(computer.get(), {L"SlowMachine", L"LowMemory", L"SlowGraphics"}));
+    }
+    const ImportPatch features(Library(), "IsProcessorFeaturePresent", Address(&HasFeature));
+    for (feature = 0; feature < 5; ++feature) {
+        EXPECT_EQ(YesNo(feature == 0) + YesNo(feature == 1) + YesNo(feature == 2) + YesNo(feature == 3),
+                  Facts(computer.get(),
+                        {L"FloatingPointError", L"FloatingPointEmulated", L"CompareExchangeDouble", L"MMXAvailable"}));
+    }
+}
+
+void WINAPI Status(LPMEMORYSTATUS status) {
+    EXPECT_EQ(32u, status->dwLength);
+    *status = {32, 99, 0xC000'0000, 1, 0xFFFF'FFFF, 0x8000'0000, 0x7FFE'0000, 2};
+}
+
+TEST(MemoryStatus, ReadsSizesFromTwoGigabytesAsNegative) {
+    const auto memory = CreateObject<IDispatch>(__uuidof(::CMemoryStatus));
+    const ImportPatch patch(Library(), "GlobalMemoryStatus", Address(&Status));
+    EXPECT_EQ(L"99|-1073741824|1|-1|-2147483648|2147352576|2|",
+              Facts(memory.get(), {L"MemoryLoad", L"TotalPhysical", L"AvailablePhysical", L"TotalPageFile",
+                                   L"AvailablePageFile", L"TotalVirtual", L"AvailableVirtual"}));
+}
+
+}  // namespace
+}  // namespace velk::test
