@@ -5,12 +5,16 @@
 #include "containers/stack.h"
 #include "integrity/crc32.h"
 #include "integrity/dat_file.h"
+#include "shell/hourglass.h"
+#include "shell/html_help.h"
+#include "shell/shell_execute.h"
 
 namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(), EntryOf<CDatFile>(), EntryOf<CLinkedList>(), EntryOf<CStack>(), EntryOf<CConCat>(),
+        EntryOf<CCRC32>(),  EntryOf<CDatFile>(),      EntryOf<CLinkedList>(), EntryOf<CStack>(),
+        EntryOf<CConCat>(), EntryOf<CShellExecute>(), EntryOf<CHtmlHelp>(),   EntryOf<CHourglass>(),
     };
     return kClasses;
 }
