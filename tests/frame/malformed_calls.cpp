@@ -11,6 +11,7 @@
 
 #include "frame/value_object.h"
 #include "support/client.h"
+#include "support/import_patch.h"
 #include "support/late_bound.h"
 #include "support/malloc_spy.h"
 #include "support/scratch_folder.h"
@@ -447,8 +448,14 @@ void MakeObjects() {
     for (const auto& object : objects) object->onRead = &Client::Interfere;
 }
 
+// Nothing is to be launched: a shell that refuses everything.
+HINSTANCE WINAPI RefuseLaunch(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) { return nullptr; }
+BOOL WINAPI RefuseOrder(void*) { return FALSE; }
+
 TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
     SetUnhandledExceptionFilter(&TellWhere);
+    const ImportPatch launches(Library(), "ShellExecuteA", reinterpret_cast<void*>(&RefuseLaunch));
+    const ImportPatch orders(Library(), "ShellExecuteExA", reinterpret_cast<void*>(&RefuseOrder));
     const std::vector<Class> classes = ReadClasses();
     ASSERT_FALSE(classes.empty());
     MakeObjects();

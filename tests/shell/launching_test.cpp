@@ -156,7 +156,8 @@ TEST_F(Launching, AnAddressArrivesAtTheProgramOfItsProtocol) {
 TEST_F(Launching, BadInputGetsTheShellsVerdictAndNoBox) {
     const Variant missing = Text(folder_.Path(L"none.exe").c_str());
     const Variant unknown = Text(folder_.Write(L"file.velkunknown", "").c_str());
-    const Variant long_ = Text(std::wstring(40'000, L'x').c_str());
+    // Wine 8.0 itself does not survive a name of more than about a thousand characters.
+    const Variant endless = Text(std::wstring(600, L'x').c_str());
     for (const LONG owner : {0L, 0x7FFF0L}) {  // no owner, and one that does not exist
         EXPECT_EQ(seeERROR_FILE_NOT_FOUND, Call(L"LaunchProgram", {Arg(owner), Arg(missing.bstrVal)}));
         EXPECT_FALSE(StillExecuting());
@@ -164,7 +165,7 @@ TEST_F(Launching, BadInputGetsTheShellsVerdictAndNoBox) {
         for (const wchar_t* member : {L"Explore", L"LaunchFolder", L"LaunchURL", L"PrintDocument"}) {
             EXPECT_EQ(seeERROR_FILE_NOT_FOUND, Call(member, {Arg(owner), Arg(missing.bstrVal)})) << member;
         }
-        EXPECT_NE(-1, Call(L"LaunchProgram", {Arg(owner), Arg(long_.bstrVal)}));
+        EXPECT_EQ(seeERROR_FILE_NOT_FOUND, Call(L"LaunchProgram", {Arg(owner), Arg(endless.bstrVal)}));
     }
     // Wine 8.0 has no properties sheet.
     const Outcome sheet = test::Call(object_.get(), L"ShowProperties", {Arg(unknown.bstrVal)});

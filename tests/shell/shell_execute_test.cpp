@@ -69,7 +69,7 @@ class RecordedShell {
     ImportPatch extended_{Library(), "ShellExecuteExA", reinterpret_cast<void*>(&Extended)};
 };
 
-class ShellExecute : public testing::Test {
+class RecordedLaunch : public testing::Test {
   protected:
     Outcome Call(const wchar_t* name, std::initializer_list<VARIANT> arguments) {
         return test::Call(object_.get(), name, arguments);
@@ -93,7 +93,7 @@ class ShellExecute : public testing::Test {
 constexpr ULONG kLaunch = 0x240;
 constexpr DWORD kRecord = sizeof(void*) == 4 ? 60 : 112;
 
-TEST_F(ShellExecute, HandsTheShellExactlyThis) {
+TEST_F(RecordedLaunch, HandsTheShellExactlyThis) {
     const HWND owner = static_cast<HWND>(LongToHandle(0x12345));
     const VARIANT window = Arg(0x12345L), file = Arg(&file_), folder = Arg(&folder_), with = Arg(&with_);
     const std::string name = "c\xE4sar.txt";  // Windows-1252, the prefix's code page
@@ -125,7 +125,7 @@ TEST_F(ShellExecute, HandsTheShellExactlyThis) {
     }
 }
 
-TEST_F(ShellExecute, TakesNullPointersForLeftOutArguments) {
+TEST_F(RecordedLaunch, TakesNullPointersForLeftOutArguments) {
     const auto early = object_.As<_CShellExecute>();
     LONG owner = 0;
     EnumShellExecuteErrors verdict = seeERROR_BAD_FORMAT;
@@ -138,7 +138,7 @@ TEST_F(ShellExecute, TakesNullPointersForLeftOutArguments) {
     EXPECT_EQ(1u, shell_.orders.size());
 }
 
-TEST_F(ShellExecute, TheShellsAnswerBecomesTheResult) {
+TEST_F(RecordedLaunch, TheShellsAnswerBecomesTheResult) {
     const struct {
         LONG answer, result;
     } kCases[] = {{0, 0}, {2, 2}, {31, 31}, {7, 7}, {32, 32}, {-9, -9}, {33, -1}, {0x7FFFFFFF, -1}};
@@ -150,7 +150,7 @@ TEST_F(ShellExecute, TheShellsAnswerBecomesTheResult) {
     }
 }
 
-TEST_F(ShellExecute, OnlyTheTwoLaunchesWithARecordAreWatched) {
+TEST_F(RecordedLaunch, OnlyTheTwoLaunchesWithARecordAreWatched) {
     EXPECT_FALSE(StillExecuting());
     for (const wchar_t* member : {L"Explore", L"LaunchEmail", L"LaunchFolder", L"LaunchURL", L"PrintDocument"}) {
         StartSomething();
@@ -167,7 +167,7 @@ TEST_F(ShellExecute, OnlyTheTwoLaunchesWithARecordAreWatched) {
     EXPECT_FALSE(StillExecuting()) << "no instance, whatever the handle";
 }
 
-TEST_F(ShellExecute, ShowPropertiesRaisesItsTwoErrorsAndShowsNone) {
+TEST_F(RecordedLaunch, ShowPropertiesRaisesItsTwoErrorsAndShowsNone) {
     const ReportRecorder recorder(Library());
     const ScratchFolder scratch;
     const Variant path = Text(scratch.Write(L"shown.txt", "").c_str());
@@ -193,7 +193,7 @@ TEST_F(ShellExecute, ShowPropertiesRaisesItsTwoErrorsAndShowsNone) {
     EXPECT_TRUE(recorder.reports().empty());
 }
 
-TEST_F(ShellExecute, ATextWithANulIsShownAndNotHandedOver) {
+TEST_F(RecordedLaunch, ATextWithANulIsShownAndNotHandedOver) {
     const ReportRecorder recorder(Library());
     const Bstr text(std::wstring_view(L"notepad\0.exe", 12));
     const VARIANT nul = Arg(text.get());
@@ -229,7 +229,7 @@ TEST_F(ShellExecute, ATextWithANulIsShownAndNotHandedOver) {
     EXPECT_EQ(static_cast<HRESULT>(0x800A0035), Call(L"ShowProperties", {nul}).code);
 }
 
-TEST_F(ShellExecute, WithoutADesktopTheShellIsToldToShowNoBoxes) {
+TEST_F(RecordedLaunch, WithoutADesktopTheShellIsToldToShowNoBoxes) {
     const ScopedVariable set(L"VELKSPRT_REPORTS", L"debugger");
     Call(L"LaunchProgram", {Arg(0L), Arg(&file_)});
     EXPECT_EQ(kLaunch | 0x400, shell_.orders.at(0).mask);
@@ -237,7 +237,7 @@ TEST_F(ShellExecute, WithoutADesktopTheShellIsToldToShowNoBoxes) {
 
 IUnknown* held;
 
-TEST_F(ShellExecute, LivesThroughALaunchInWhichItsClientDropsIt) {
+TEST_F(RecordedLaunch, LivesThroughALaunchInWhichItsClientDropsIt) {
     held = object_.As<_CShellExecute>().Detach();
     shell_.whileAtIt = [] { held->Release(); };
     LONG owner = 0;
