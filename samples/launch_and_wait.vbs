@@ -19,7 +19,12 @@ If verdict <> seeNoError Then
     WScript.Quit 1
 End If
 Do While shell.StillExecuting
-    WScript.Sleep 20
+    Pause
 Loop
 WScript.Echo "It ended after " & FormatNumber(Timer - started, 1) & " s"
 WScript.Quit 0
+
+Sub Pause
+    On Error Resume Next  ' a script host without Sleep asks more often
+    WScript.Sleep 20
+End Sub

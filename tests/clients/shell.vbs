@@ -11,7 +11,6 @@ End Sub
 Dim shell: Set shell = CreateObject("VelkSupport.CShellExecute")
 Expect "a program", -1, shell.LaunchProgram(0, "cmd.exe", "/c exit")
 Do While shell.StillExecuting
-    WScript.Sleep 10
 Loop
 Dim program: program = "%windir%\system32\cmd.exe"
 Dim owner: owner = 0

@@ -73,7 +73,7 @@ const wchar_t* const kOpeners[] = {L"OpenContents", L"OpenFinder", L"OpenSearch"
 class CompiledHelp : public testing::Test {
   protected:
     Outcome Open(const wchar_t* member) {
-        if (member == std::wstring(L"OpenContext")) return Call(help_.get(), member, {Arg(-7L)});
+        if (member == std::wstring(L"OpenContext")) return Call(help_.get(), member, {Arg(context_)});
         if (member == std::wstring(L"OpenTopic")) return Call(help_.get(), member, {Arg(&topic_)});
         return Call(help_.get(), member);
     }
@@ -85,6 +85,7 @@ class CompiledHelp : public testing::Test {
     ComPtr<IDispatch> help_ = copy_.Create(__uuidof(::CHtmlHelp));
     ScratchFolder folder_;
     const std::wstring file_ = folder_.Write(L"h\u00E4lp.chm", "");
+    LONG context_ = -7;
     Variant topic_ = Text(L"pages/zero.htm#\u00DF");
 };
 
@@ -174,6 +175,7 @@ TEST_F(CompiledHelp, OpensARealHelpFile) {
         if (c == L'/') c = L'\\';
     }
     SetFile(real);
+    context_ = 1001;
     EXPECT_EQ(nullptr, HelpWindow());
     EXPECT_EQ(S_OK, Open(L"OpenContents").result);
     EXPECT_EQ("Scale help", TitleOf(HelpWindow()));  // Wine 8.0's engine spoils it at some of the later calls
