@@ -200,7 +200,7 @@ TEST_F(Hourglass, TheLibraryCanGoAfterIt) {
     EXPECT_EQ(kArrow, Over(arrow_));
 }
 
-// A window that sets the hourglass off and drops the last reference while it is asked for its pointer.
+// A window that drops the last reference while it is asked for its pointer, with the hook on the way.
 TEST_F(Hourglass, MayEndWhileAWindowChooses) {
     TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
         if (message == WM_SETCURSOR) hourglass_ = nullptr;
