@@ -12,6 +12,9 @@
 #include "integrity/dat_file.h"
 #include "settings/ini_file.h"
 #include "settings/program_settings.h"
+#include "shell/hourglass.h"
+#include "shell/html_help.h"
+#include "shell/shell_execute.h"
 #include "sysinfo/api_disks.h"
 #include "sysinfo/computer_info.h"
 #include "sysinfo/internet_connection.h"
@@ -36,6 +39,9 @@ std::span<const ClassEntry> Classes() noexcept {
         EntryOf<CMemoryStatus>(),
         EntryOf<CMMTimer>(),
         EntryOf<CInternetConnection>(),
+        EntryOf<CShellExecute>(),
+        EntryOf<CHtmlHelp>(),
+        EntryOf<CHourglass>(),
         EntryOf<CGDIArc>(),
         EntryOf<CGDIEllipse>(),
         EntryOf<CGDILine>(),

@@ -5,12 +5,6 @@
 namespace velk {
 namespace {
 
-bool ReportsGoToDebugger() noexcept {
-    wchar_t value[16];
-    const DWORD length = GetEnvironmentVariableW(L"VELKSPRT_REPORTS", value, ARRAYSIZE(value));
-    return length > 0 && length < ARRAYSIZE(value) && _wcsicmp(value, L"debugger") == 0;
-}
-
 // The host program's file name without folder and extension.
 std::wstring HostTitle() {
     wchar_t path[MAX_PATH] = {};
@@ -21,6 +15,12 @@ std::wstring HostTitle() {
 }
 
 }  // namespace
+
+bool ReportsGoToDebugger() noexcept {
+    wchar_t value[16];
+    const DWORD length = GetEnvironmentVariableW(L"VELKSPRT_REPORTS", value, ARRAYSIZE(value));
+    return length > 0 && length < ARRAYSIZE(value) && _wcsicmp(value, L"debugger") == 0;
+}
 
 void ShowMessage(const wchar_t* text, const wchar_t* title, UINT icon) noexcept try {
     const std::wstring caption = title ? title : HostTitle();

@@ -6,6 +6,9 @@
 
 namespace velk {
 
+// Whether that switch is set, read anew each time.
+bool ReportsGoToDebugger() noexcept;
+
 // A message box with an OK button only. A null title is the host program's.
 void ShowMessage(const wchar_t* text, const wchar_t* title, UINT icon = 0) noexcept;
 

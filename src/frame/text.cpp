@@ -32,6 +32,11 @@ std::string ToAnsi(std::wstring_view text) {
     return bytes;
 }
 
+std::string ToAnsiArgument(std::wstring_view text) {
+    if (text.find(L'\0') != text.npos) throw RuntimeError(5);
+    return ToAnsi(text);
+}
+
 std::u16string FromAnsi(std::string_view bytes) {
     const int length = CheckedLength(bytes.size());
     // No ANSI code page gives more UTF-16 units than it has bytes, so one pass suffices.

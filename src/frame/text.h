@@ -51,6 +51,10 @@ std::wstring_view TrimNulls(std::wstring_view text) noexcept;
 std::string ToAnsi(std::wstring_view text);
 std::u16string FromAnsi(std::string_view bytes);
 
+// The bytes for a platform call that reads up to the first NUL. Error 5 for a text with a NUL: the call would act on
+// something else than what the client sees.
+std::string ToAnsiArgument(std::wstring_view text);
+
 // The automation string for what a platform call left in a fixed ANSI buffer: the text before its first NUL.
 Bstr FromAnsiBuffer(std::string_view buffer);
 

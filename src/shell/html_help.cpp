@@ -1,0 +1,86 @@
+#include "shell/html_help.h"
+
+#include <htmlhelp.h>
+
+#include "frame/files.h"
+#include "frame/system_library.h"
+#include "frame/text.h"
+
+namespace velk {
+namespace {
+
+// The number that the runtime gives a library that is not there, with the name, so that it is not taken for the help
+// file.
+constexpr ClassError kNoHelpEngine(kRuntimeErrorBase + 53, L"File not found: hhctrl.ocx", ErrorSource::Library);
+
+using HelpCall = decltype(HtmlHelpA);
+
+// The engine deliberately stays loaded for the life of the process: its windows outlive the call that opened them.
+HelpCall& Engine() {
+    static HelpCall* const engine = [] {
+        HelpCall* const found = FindFunction<HelpCall>(LoadSystemLibrary(L"hhctrl.ocx"), "HtmlHelpA");
+        return found ? found : throw kNoHelpEngine;  // the next call tries again
+    }();
+    return *engine;
+}
+
+}  // namespace
+
+constinit const ClassInfo CHtmlHelp::kInfo{
+    .name = L"CHtmlHelp",
+    .clsid = __uuidof(::CHtmlHelp),
+    .iid = __uuidof(_CHtmlHelp),
+    .events = nullptr,
+    .policy = FailurePolicy::PassOn,
+    .componentFailure = S_OK,
+    .creationFailed = nullptr,
+};
+
+STDMETHODIMP CHtmlHelp::get_HelpFile(BSTR* result) noexcept {
+    return Guard(L"HelpFile", result, [&] { return Bstr(helpFile_); });
+}
+
+STDMETHODIMP CHtmlHelp::put_HelpFile(BSTR* strHelpFile) noexcept {
+    return Guard(L"HelpFile", [&] { helpFile_ = View(Given(strHelpFile)); });
+}
+
+STDMETHODIMP CHtmlHelp::put_ParentHWND(LONG* lngParentHWND) noexcept {
+    return Guard(L"ParentHWND", [&] { parent_ = Given(lngParentHWND); });
+}
+
+STDMETHODIMP CHtmlHelp::OpenContents() noexcept {
+    return Guard(L"OpenContents", [&] { Open(HH_DISPLAY_TOC, 0); });
+}
+
+STDMETHODIMP CHtmlHelp::OpenContext(LONG* lngContextID) noexcept {
+    return Guard(L"OpenContext", [&] { Open(HH_HELP_CONTEXT, static_cast<DWORD>(Given(lngContextID))); });
+}
+
+STDMETHODIMP CHtmlHelp::OpenFinder() noexcept {
+    return Guard(L"OpenFinder", [&] { Open(HH_DISPLAY_INDEX, 0); });
+}
+
+STDMETHODIMP CHtmlHelp::OpenSearch() noexcept {
+    return Guard(L"OpenSearch", [&] {
+        HH_FTS_QUERY query{};
+        query.cbStruct = sizeof(query);
+        query.fExecute = TRUE;
+        Open(HH_DISPLAY_SEARCH, reinterpret_cast<DWORD_PTR>(&query));
+    });
+}
+
+STDMETHODIMP CHtmlHelp::OpenTopic(BSTR* Topic) noexcept {
+    return Guard(L"OpenTopic", [&] {
+        const std::string topic = ToAnsiArgument(View(Given(Topic)));
+        Open(HH_DISPLAY_TOPIC, reinterpret_cast<DWORD_PTR>(topic.c_str()));
+    });
+}
+
+// The window that comes back is the engine's affair.
+void CHtmlHelp::Open(UINT command, DWORD_PTR data) const {
+    if (!FileExists(helpFile_)) throw RuntimeError(53);
+    const std::string file = ToAnsi(helpFile_);
+    Engine()(static_cast<HWND>(LongToHandle(parent_)), file.c_str(), command, data);
+}
+
+}  // namespace velk

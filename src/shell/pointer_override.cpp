@@ -1,0 +1,107 @@
+#include "shell/pointer_override.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "frame/failure.h"
+#include "frame/handles.h"
+#include "frame/library.h"
+
+namespace velk::pointer_override {
+namespace {
+
+struct HookTraits {
+    using Handle = HHOOK;
+    static Handle Invalid() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { UnhookWindowsHookEx(handle); }
+};
+
+struct ThreadHook {
+    DWORD thread;
+    UniqueHandle<HookTraits> hook;
+};
+using Hooks = std::vector<ThreadHook>;
+
+// Objects of several apartments share the override. Never held while messages are sent.
+SRWLOCK lock = SRWLOCK_INIT;
+Hooks hooks;
+
+class Locked {
+  public:
+    Locked() noexcept { AcquireSRWLockExclusive(&lock); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+    ~Locked() { ReleaseSRWLockExclusive(&lock); }
+};
+
+HCURSOR Shape(LPCWSTR shape) noexcept { return LoadCursorW(nullptr, shape); }
+
+// Runs after a window has handled a message that was sent to it, in the window's thread.
+LRESULT CALLBACK AfterMessage(int code, WPARAM wParam, LPARAM lParam) noexcept {
+    const library::Use use;  // another thread may release the last object meanwhile
+    const LRESULT next = CallNextHookEx(nullptr, code, wParam, lParam);
+    const bool asked = code == HC_ACTION && reinterpret_cast<const CWPRETSTRUCT*>(lParam)->message == WM_SETCURSOR;
+    if (asked) SetCursor(Shape(IDC_WAIT));
+    return next;
+}
+
+// False when the system refuses. The lock is held.
+bool Hook(DWORD thread) {
+    if (std::any_of(hooks.begin(), hooks.end(), [thread](const ThreadHook& known) { return known.thread == thread; })) {
+        return true;
+    }
+    hooks.reserve(hooks.size() + 1);  // so that what is hooked is also kept
+    UniqueHandle<HookTraits> hook(SetWindowsHookExW(WH_CALLWNDPROCRET, &AfterMessage, nullptr, thread));
+    if (!hook) return false;
+    hooks.push_back({thread, std::move(hook)});
+    return true;
+}
+
+// The thread of a window of this process; 0 for others.
+DWORD OwnThread(HWND window) noexcept {
+    DWORD process = 0;
+    const DWORD thread = GetWindowThreadProcessId(window, &process);
+    return process == GetCurrentProcessId() ? thread : 0;
+}
+
+BOOL CALLBACK HookThreadOf(HWND window, LPARAM) noexcept try {
+    if (const DWORD thread = OwnThread(window)) Hook(thread);  // one that is just ending needs none
+    return TRUE;
+} catch (...) {  // out of memory: the calling thread has its hook, and that is what matters
+    return FALSE;
+}
+
+// Asks the window under the pointer to choose. One of another thread does so when that thread takes messages again.
+void AskWindowUnderPointer() noexcept {
+    POINT position;
+    if (!GetCursorPos(&position)) return;
+    const HWND window = WindowFromPoint(position);
+    if (!window || !OwnThread(window)) return;
+    SendNotifyMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+}
+
+}  // namespace
+
+void ShowHourglass() {
+    {
+        const Locked locked;
+        hooks.clear();  // all anew: threads go, and their numbers come again
+        if (!Hook(GetCurrentThreadId())) ThrowIfFailed(HRESULT_FROM_WIN32(GetLastError()));
+        EnumWindows(&HookThreadOf, 0);
+    }
+    SetCursor(Shape(IDC_WAIT));
+    AskWindowUnderPointer();
+}
+
+void Clear() noexcept {
+    Hooks released;
+    {
+        const Locked locked;
+        released.swap(hooks);
+    }
+    released.clear();
+    SetCursor(Shape(IDC_ARROW));
+    AskWindowUnderPointer();
+}
+
+}  // namespace velk::pointer_override

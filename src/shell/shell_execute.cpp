@@ -1,0 +1,170 @@
+#include "shell/shell_execute.h"
+
+#include <shellapi.h>
+
+#include "frame/com_ptr.h"
+#include "frame/files.h"
+#include "frame/report.h"
+#include "frame/text.h"
+
+namespace velk {
+namespace {
+
+constexpr INT_PTR kLastError = 32;  // the shell answers more than this when all went well
+constexpr ClassError kCanNotShowProperties(static_cast<HRESULT>(0x80044678), L"Can not show properties");
+
+INT_PTR Number(HINSTANCE instance) noexcept { return reinterpret_cast<INT_PTR>(instance); }
+
+EnumShellExecuteErrors Verdict(INT_PTR instance) noexcept {
+    return instance > kLastError ? seeNoError : static_cast<EnumShellExecuteErrors>(instance);
+}
+
+HWND Window(LONG handle) noexcept { return static_cast<HWND>(LongToHandle(handle)); }
+
+int ShowCommand(const EnumShellExecuteShowStyles* style) noexcept { return style ? *style : sesSW_SHOWDEFAULT; }
+
+std::string Ansi(BSTR* text) { return ToAnsiArgument(View(Given(text))); }
+std::string AnsiOrEmpty(BSTR* text) { return text ? Ansi(text) : std::string(); }
+
+SHELLEXECUTEINFOA Order(ULONG mask, HWND owner, const char* verb, const char* file) noexcept {
+    SHELLEXECUTEINFOA order{};
+    order.cbSize = sizeof(order);
+    order.fMask = mask;
+    order.hwnd = owner;
+    order.lpVerb = verb;
+    order.lpFile = file;
+    return order;
+}
+
+// The shell's own error boxes would keep a host without a desktop waiting, like ours.
+ULONG LaunchMask() noexcept {
+    const ULONG mask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_DOENVSUBST;
+    return ReportsGoToDebugger() ? mask | SEE_MASK_FLAG_NO_UI : mask;
+}
+
+bool ShellShowsProperties(const std::string& file, HWND owner) noexcept {
+    SHELLEXECUTEINFOA order = Order(SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI,
+                                    owner ? owner : GetDesktopWindow(), "properties", file.c_str());
+    order.lpParameters = "";
+    order.lpDirectory = "";
+    ShellExecuteExA(&order);
+    return Number(order.hInstApp) > kLastError;
+}
+
+}  // namespace
+
+constinit const ClassInfo CShellExecute::kInfo{
+    .name = L"CShellExecute",
+    .clsid = __uuidof(::CShellExecute),
+    .iid = __uuidof(_CShellExecute),
+    .events = nullptr,
+    .policy = FailurePolicy::Report,
+    .componentFailure = S_OK,
+    .creationFailed = nullptr,
+};
+
+STDMETHODIMP CShellExecute::get_StillExecuting(VARIANT_BOOL* result) noexcept {
+    return Guard(L"StillExecuting", result, [&] {
+        DWORD exitCode = 0;
+        return lastInstance_ != 0 && GetExitCodeProcess(lastProcess_, &exitCode) && exitCode == STILL_ACTIVE;
+    });
+}
+
+STDMETHODIMP CShellExecute::Explore(LONG* lnghWnd, BSTR* strFolder, EnumShellExecuteShowStyles* eShowStyle,
+                                    EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"Explore", result, [&] {
+        Forget();
+        return Hand(lnghWnd, "explore", Ansi(strFolder), ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::LaunchDocument(LONG* lnghWnd, BSTR* strDocument, BSTR* strStartIn,
+                                           EnumShellExecuteShowStyles* eShowStyle,
+                                           EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"LaunchDocument", result, [&] {
+        Forget();
+        return Start(lnghWnd, Ansi(strDocument), "", Ansi(strStartIn), ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::LaunchEmail(LONG* lnghWnd, BSTR* strAddress, EnumShellExecuteShowStyles* eShowStyle,
+                                        EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"LaunchEmail", result, [&] {
+        Forget();
+        return Hand(lnghWnd, nullptr, "mailto:" + Ansi(strAddress), ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::LaunchFolder(LONG* lnghWnd, BSTR* strFolder, EnumShellExecuteShowStyles* eShowStyle,
+                                         EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"LaunchFolder", result, [&] {
+        Forget();
+        return Hand(lnghWnd, "open", Ansi(strFolder), ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::LaunchProgram(LONG* lnghWnd, BSTR* strProgram, BSTR* strParameters, BSTR* strStartIn,
+                                          EnumShellExecuteShowStyles* eShowStyle,
+                                          EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"LaunchProgram", result, [&] {
+        Forget();
+        return Start(lnghWnd, Ansi(strProgram), AnsiOrEmpty(strParameters), AnsiOrEmpty(strStartIn),
+                     ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::LaunchURL(LONG* lnghWnd, BSTR* strURL, EnumShellExecuteShowStyles* eShowStyle,
+                                      EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"LaunchURL", result, [&] {
+        Forget();
+        return Hand(lnghWnd, nullptr, Ansi(strURL), ShowCommand(eShowStyle));
+    });
+}
+
+STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, EnumShellExecuteErrors* result) noexcept {
+    return Guard(L"PrintDocument", result, [&] {
+        Forget();
+        return Hand(lnghWnd, "print", Ansi(strDocument), SW_HIDE);
+    });
+}
+
+// What goes wrong by chance is shown; the two errors that belong to this member reach the caller.
+STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) noexcept {
+    bool exists = true;
+    bool shown = true;
+    const HRESULT trapped = Guard(L"ShowProperties", [&] {
+        const std::wstring path(View(Given(PathFileName)));
+        exists = FileExists(path);
+        if (exists) shown = ShellShowsProperties(ToAnsi(path), Window(HWndOwner ? *HWndOwner : 0));
+    });
+    if (FAILED(trapped)) return trapped;
+    return PassOn([&] {
+        if (!exists) throw RuntimeError(53);
+        if (!shown) throw kCanNotShowProperties;
+    });
+}
+
+void CShellExecute::Forget() noexcept {
+    lastInstance_ = 0;
+    lastProcess_ = nullptr;
+}
+
+EnumShellExecuteErrors CShellExecute::Hand(LONG* owner, const char* verb, const std::string& file, int show) {
+    return Verdict(Number(ShellExecuteA(Window(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
+}
+
+EnumShellExecuteErrors CShellExecute::Start(LONG* owner, const std::string& file, const std::string& parameters,
+                                            const std::string& folder, int show) {
+    const ComPtr<_CShellExecute> alive(this);  // the shell dispatches messages, and a handler may drop the object
+    // Deliberate: a capital letter here, none in the other verbs.
+    SHELLEXECUTEINFOA order = Order(LaunchMask(), Window(Given(owner)), "Open", file.c_str());
+    order.lpParameters = parameters.c_str();
+    order.lpDirectory = folder.c_str();
+    order.nShow = show;
+    ShellExecuteExA(&order);
+    lastInstance_ = Number(order.hInstApp);
+    lastProcess_ = order.hProcess;
+    return Verdict(lastInstance_);
+}
+
+}  // namespace velk

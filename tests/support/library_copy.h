@@ -1,0 +1,55 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "support/client.h"
+#include "support/scratch_folder.h"
+
+namespace velk::test {
+
+// A second copy of the library, loaded at its own place: with nothing done at first use yet, and to be unloaded.
+class LibraryCopy {
+  public:
+    LibraryCopy() {
+        EXPECT_TRUE(CopyFileW(LibraryPath().c_str(), path_.c_str(), TRUE));
+        module_ = LoadLibraryW(path_.c_str());
+        EXPECT_NE(nullptr, module_);
+    }
+    LibraryCopy(const LibraryCopy&) = delete;
+    LibraryCopy& operator=(const LibraryCopy&) = delete;
+    ~LibraryCopy() { Unload(); }
+
+    HMODULE module() const noexcept { return module_; }
+
+    ComPtr<IDispatch> Create(REFCLSID clsid) const {
+        ComPtr<IClassFactory> factory;
+        ComPtr<IDispatch> object;
+        EXPECT_EQ(S_OK, Find<decltype(&DllGetClassObject)>("DllGetClassObject")(clsid, IID_IClassFactory,
+                                                                                factory.ReceiveVoid()));
+        if (factory) {
+            EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()));
+        }
+        return object;
+    }
+
+    // Fails the test when the library says that it is still needed.
+    void Unload() {
+        if (!module_) return;
+        EXPECT_EQ(S_OK, Find<decltype(&DllCanUnloadNow)>("DllCanUnloadNow")());
+        EXPECT_TRUE(FreeLibrary(module_));
+        EXPECT_EQ(nullptr, GetModuleHandleW(path_.c_str()));
+        module_ = nullptr;
+    }
+
+  private:
+    template <class Function>
+    Function Find(const char* name) const {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+    }
+
+    ScratchFolder folder_;
+    std::wstring path_ = folder_.Path(L"VelkSprt.dll");
+    HMODULE module_ = nullptr;
+};
+
+}  // namespace velk::test
