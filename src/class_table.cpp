@@ -5,12 +5,16 @@
 #include "containers/stack.h"
 #include "integrity/crc32.h"
 #include "integrity/dat_file.h"
+#include "shell/file_dialog.h"
+#include "shell/font_dialog.h"
+#include "shell/print_dialog.h"
 
 namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(), EntryOf<CDatFile>(), EntryOf<CLinkedList>(), EntryOf<CStack>(), EntryOf<CConCat>(),
+        EntryOf<CCRC32>(),  EntryOf<CDatFile>(),    EntryOf<CLinkedList>(),  EntryOf<CStack>(),
+        EntryOf<CConCat>(), EntryOf<CFileDialog>(), EntryOf<CPrintDialog>(), EntryOf<CFontDialog>(),
     };
     return kClasses;
 }

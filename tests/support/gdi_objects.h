@@ -6,14 +6,22 @@
 
 namespace velk::test {
 
-// How many drawing objects and device contexts this process holds, read from its own table of them (32-bit layout):
+// How many drawing objects and device contexts this process holds, read from its own table of them:
 // the platform's counter always answers 0 here.
 inline int GdiObjects() {
+    // The offset is volatile because GCC 12 takes small constant addresses for mistakes (its bug 99578).
+#ifdef _WIN64
+    constexpr DWORD kTableOffset = 0xF8;
+    const volatile DWORD processOffset = 0x60;
+    const auto* const process = reinterpret_cast<const std::byte*>(__readgsqword(processOffset));
+#else
     constexpr DWORD kTableOffset = 0x94;
+    const volatile DWORD processOffset = 0x30;
+    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(processOffset));
+#endif
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(0x30));
     const auto* const table = *reinterpret_cast<const std::byte* const*>(process + kTableOffset);
     int count = 0;
     for (std::size_t i = 0; i < kEntries; ++i) count += table[i * kEntrySize + kTypeOffset] != std::byte{0};
