@@ -12,8 +12,11 @@
 #include "integrity/dat_file.h"
 #include "settings/ini_file.h"
 #include "settings/program_settings.h"
+#include "shell/file_dialog.h"
+#include "shell/font_dialog.h"
 #include "shell/hourglass.h"
 #include "shell/html_help.h"
+#include "shell/print_dialog.h"
 #include "shell/shell_execute.h"
 #include "sysinfo/api_disks.h"
 #include "sysinfo/computer_info.h"
@@ -40,6 +43,9 @@ std::span<const ClassEntry> Classes() noexcept {
         EntryOf<CMMTimer>(),
         EntryOf<CInternetConnection>(),
         EntryOf<CShellExecute>(),
+        EntryOf<CFileDialog>(),
+        EntryOf<CPrintDialog>(),
+        EntryOf<CFontDialog>(),
         EntryOf<CHtmlHelp>(),
         EntryOf<CHourglass>(),
         EntryOf<CGDIArc>(),

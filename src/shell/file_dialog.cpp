@@ -1,0 +1,176 @@
+#include "shell/file_dialog.h"
+
+#include <commdlg.h>
+
+#include <algorithm>
+
+#include "frame/com_ptr.h"
+#include "frame/text.h"
+#include "shell/file_dialog_text.h"
+
+namespace velk {
+namespace {
+
+// Without the fields that came later.
+static_assert(sizeof(void*) != 4 || sizeof(OPENFILENAME_NT4A) == 76);
+
+// A text of fixed size in the ANSI code page, for the dialog to write into.
+class DialogBuffer {
+  public:
+    DialogBuffer(std::wstring_view text, SHORT size)
+        : bytes_(ToAnsi(Wide(file_dialog::Padded(Utf16(text), size)))),
+          // A code page may have one byte for two characters; the dialog goes by the size.
+          length_(std::max(bytes_.size(), static_cast<std::size_t>(size))) {
+        bytes_.resize(length_ + kBehind);
+        before_ = bytes_;
+    }
+
+    char* data() noexcept { return bytes_.data(); }
+    std::string_view Answer() {
+        file_dialog::DropRemains(bytes_, before_);
+        return {bytes_.data(), length_};
+    }
+
+  private:
+    // A text that fills the buffer needs an end, and when a choice does not fit, the dialog writes two bytes whatever
+    // the size.
+    static constexpr std::size_t kBehind = 2;
+
+    std::string bytes_;
+    std::string before_;
+    std::size_t length_;
+};
+
+}  // namespace
+
+constinit const ClassInfo CFileDialog::kInfo{
+    .name = L"CFileDialog",
+    .clsid = __uuidof(::CFileDialog),
+    .iid = __uuidof(_CFileDialog),
+    .events = nullptr,
+    .policy = FailurePolicy::Report,
+    .componentFailure = S_OK,
+    .creationFailed = nullptr,
+};
+
+STDMETHODIMP CFileDialog::get_DefaultExt(BSTR* result) noexcept {
+    return Guard(L"DefaultExt", result, [&] { return Bstr(defaultExt_); });
+}
+
+STDMETHODIMP CFileDialog::put_DefaultExt(BSTR* Value) noexcept {
+    return Guard(L"DefaultExt", [&] { defaultExt_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFileDialog::get_DialogTitle(BSTR* result) noexcept {
+    return Guard(L"DialogTitle", result, [&] { return Bstr(dialogTitle_); });
+}
+
+STDMETHODIMP CFileDialog::put_DialogTitle(BSTR* Value) noexcept {
+    return Guard(L"DialogTitle", [&] { dialogTitle_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFileDialog::get_Filename(BSTR* result) noexcept {
+    return Guard(L"Filename", result, [&] { return Bstr(filename_); });
+}
+
+STDMETHODIMP CFileDialog::put_Filename(BSTR* Value) noexcept {
+    return Guard(L"Filename", [&] { filename_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFileDialog::get_FileTitle(BSTR* result) noexcept {
+    return Guard(L"FileTitle", result, [&] { return Bstr(fileTitle_); });
+}
+
+STDMETHODIMP CFileDialog::put_FileTitle(BSTR* Value) noexcept {
+    return Guard(L"FileTitle", [&] { fileTitle_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFileDialog::get_Filter(BSTR* result) noexcept {
+    return Guard(L"Filter", result, [&] { return Bstr(filter_); });
+}
+
+STDMETHODIMP CFileDialog::put_Filter(BSTR* Value) noexcept {
+    return Guard(L"Filter", [&] { filter_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFileDialog::get_FilterIndex(SHORT* result) noexcept {
+    return Guard(L"FilterIndex", result, [&] { return filterIndex_; });
+}
+
+STDMETHODIMP CFileDialog::put_FilterIndex(SHORT* Value) noexcept {
+    return Guard(L"FilterIndex", [&] { filterIndex_ = Given(Value); });
+}
+
+STDMETHODIMP CFileDialog::get_Flags(EnumFilFlags* result) noexcept {
+    return Guard(L"Flags", result, [&] { return flags_; });
+}
+
+STDMETHODIMP CFileDialog::put_Flags(EnumFilFlags* Value) noexcept {
+    return Guard(L"Flags", [&] { flags_ = Given(Value); });
+}
+
+STDMETHODIMP CFileDialog::get_hWndParent(LONG* result) noexcept {
+    return Guard(L"hWndParent", result, [&] { return hWndParent_; });
+}
+
+STDMETHODIMP CFileDialog::put_hWndParent(LONG* Value) noexcept {
+    return Guard(L"hWndParent", [&] { hWndParent_ = Given(Value); });
+}
+
+STDMETHODIMP CFileDialog::get_InitialDir(BSTR* result) noexcept {
+    return Guard(L"InitialDir", result, [&] { return Bstr(initialDir_.value_or(L"")); });
+}
+
+STDMETHODIMP CFileDialog::put_InitialDir(BSTR* Value) noexcept {
+    return Guard(L"InitialDir", [&] {
+        const BSTR folder = Given(Value);
+        initialDir_ = folder ? std::optional<std::wstring>(View(folder)) : std::nullopt;
+    });
+}
+
+STDMETHODIMP CFileDialog::get_MaxFileSize(SHORT* result) noexcept {
+    return Guard(L"MaxFileSize", result, [&] { return maxFileSize_; });
+}
+
+STDMETHODIMP CFileDialog::put_MaxFileSize(SHORT* Value) noexcept {
+    return Guard(L"MaxFileSize", [&] { maxFileSize_ = Given(Value); });
+}
+
+STDMETHODIMP CFileDialog::Show(VARIANT_BOOL* fOpen, VARIANT_BOOL* result) noexcept {
+    const ComPtr<_CFileDialog> alive(this);  // the client's code runs while the dialog is open
+    return Guard(L"Show", result, [&] { return Choose(Given(fOpen) != VARIANT_FALSE); });
+}
+
+bool CFileDialog::Choose(bool toOpen) {
+    DialogBuffer file(filename_, maxFileSize_);
+    DialogBuffer title(fileTitle_, maxFileSize_);
+    const std::string caption = ToAnsi(dialogTitle_);
+    const std::string extension = ToAnsi(defaultExt_);
+    const std::string filter = ToAnsi(Wide(file_dialog::FilterList(Utf16(filter_))));
+    const std::string folder = ToAnsi(initialDir_.value_or(L""));
+    OPENFILENAMEA record{};
+    record.lStructSize = sizeof(OPENFILENAME_NT4A);
+    record.hwndOwner = static_cast<HWND>(LongToHandle(hWndParent_));
+    record.lpstrTitle = caption.c_str();
+    record.lpstrDefExt = extension.c_str();
+    record.Flags = static_cast<DWORD>(flags_);
+    record.nFilterIndex = static_cast<DWORD>(filterIndex_);
+    record.lpstrInitialDir = initialDir_ ? folder.c_str() : nullptr;
+    record.lpstrFilter = filter.c_str();
+    record.lpstrFile = file.data();
+    record.nMaxFile = static_cast<DWORD>(maxFileSize_);
+    record.lpstrFileTitle = title.data();
+    record.nMaxFileTitle = static_cast<DWORD>(maxFileSize_);
+    if (!(toOpen ? GetOpenFileNameA(&record) : GetSaveFileNameA(&record))) return false;
+    filename_ = TrimNulls(file.Answer());
+    fileTitle_ = TrimNulls(title.Answer());
+    return true;
+}
+
+std::wstring CFileDialog::TrimNulls(std::string_view buffer) const noexcept {
+    std::wstring text;
+    Guard(L"TrimNulls", [&] { text = Wide(file_dialog::TrimNulls(FromAnsi(buffer))); });
+    return text;
+}
+
+}  // namespace velk

@@ -1,0 +1,217 @@
+#include "shell/font_dialog.h"
+
+#include <commdlg.h>
+
+#include <cstddef>
+#include <cstring>
+
+#include "frame/gdi.h"
+#include "frame/text.h"
+#include "frame/whole_numbers.h"
+#include "shell/font_height.h"
+
+namespace velk {
+
+// The platform's LOGFONTA with a face of 33 bytes instead of 32 and an end behind it: a name that fills the face is
+// still a text with an end for whoever reads it.
+struct FontRecord {
+    LONG height, width, escapement, orientation, weight;
+    BYTE italic, underline, strikeOut, charSet, outPrecision, clipPrecision, quality, pitchAndFamily;
+    char face[33];
+    char end[3];
+};
+
+namespace {
+
+static_assert(sizeof(void*) != 4 || sizeof(CHOOSEFONTA) == 60);
+static_assert(offsetof(FontRecord, italic) == offsetof(LOGFONTA, lfItalic));
+static_assert(offsetof(FontRecord, face) == offsetof(LOGFONTA, lfFaceName));
+
+constexpr LONG kUnitsPerPoint = 10000;  // of the currency type, in which a font object keeps its size
+
+template <class T>
+T Read(IFont& font, HRESULT (STDMETHODCALLTYPE IFont::*get)(T*)) {
+    T value{};
+    ThrowIfFailed((font.*get)(&value));
+    return value;
+}
+
+Bstr NameOf(IFont& font) {
+    Bstr name;
+    ThrowIfFailed(font.get_Name(name.Receive()));
+    return name;
+}
+
+SHORT PointsOf(IFont& font) {
+    return RoundToInteger(static_cast<double>(Read(font, &IFont::get_Size).int64) / kUnitsPerPoint);
+}
+
+int ScreenDotsPerInch() noexcept {
+    const ScreenContext screen(GetDC(nullptr));
+    return GetDeviceCaps(screen.get(), LOGPIXELSY);
+}
+
+// The default printer stands in the user's profile as "name,driver,port". Nothing without a printer.
+CreatedContext DefaultPrinter() {
+    char device[512] = "";
+    GetProfileStringA("windows", "device", "", device, sizeof(device));
+    char* const driver = std::strchr(device, ',');
+    if (!driver) return CreatedContext();
+    *driver = '\0';
+    if (char* const port = std::strchr(driver + 1, ',')) *port = '\0';
+    return CreatedContext(CreateDCA(driver + 1, device, nullptr, nullptr));
+}
+
+}  // namespace
+
+constinit const ClassInfo CFontDialog::kInfo{
+    .name = L"CFontDialog",
+    .clsid = __uuidof(::CFontDialog),
+    .iid = __uuidof(_CFontDialog),
+    .events = nullptr,
+    .policy = FailurePolicy::Report,
+    .componentFailure = S_OK,
+    .creationFailed = L"An error has occured in VelkSupport.CFontDialog.Class_Initialize ",
+};
+
+void CFontDialog::OnCreate() {
+    ThrowIfFailed(CoCreateInstance(CLSID_StdFont, nullptr, CLSCTX_INPROC_SERVER, IID_IFont, font_.ReceiveVoid()));
+}
+
+STDMETHODIMP CFontDialog::get_Color(LONG* result) noexcept {
+    return Guard(L"Color", result, [&] { return color_; });
+}
+
+STDMETHODIMP CFontDialog::put_Color(LONG* Value) noexcept {
+    return Guard(L"Color", [&] { color_ = Given(Value); });
+}
+
+STDMETHODIMP CFontDialog::put_Flags(EnumFonFlags* Value) noexcept {
+    return Guard(L"Flags", [&] { flags_ = Given(Value); });
+}
+
+STDMETHODIMP CFontDialog::get_Flags(EnumFonFlags* result) noexcept {
+    return Guard(L"Flags", result, [&] { return flags_; });
+}
+
+STDMETHODIMP CFontDialog::get_Font(IFontDisp** result) noexcept {
+    return Guard(L"Font", result, [&] {
+        OwnFont();
+        return font_.As<IFontDisp>();
+    });
+}
+
+STDMETHODIMP CFontDialog::get_FontType(EnumFonFontType* result) noexcept {
+    return Guard(L"FontType", result, [] { return EnumFonFontType{}; });
+}
+
+STDMETHODIMP CFontDialog::get_hWndParent(LONG* result) noexcept {
+    return Guard(L"hWndParent", result, [&] { return hWndParent_; });
+}
+
+STDMETHODIMP CFontDialog::put_hWndParent(LONG* Value) noexcept {
+    return Guard(L"hWndParent", [&] { hWndParent_ = Given(Value); });
+}
+
+STDMETHODIMP CFontDialog::get_Max(SHORT* result) noexcept {
+    return Guard(L"Max", result, [&] { return max_; });
+}
+
+STDMETHODIMP CFontDialog::put_Max(SHORT* Value) noexcept {
+    return Guard(L"Max", [&] { max_ = Given(Value); });
+}
+
+STDMETHODIMP CFontDialog::get_Min(SHORT* result) noexcept {
+    return Guard(L"Min", result, [&] { return min_; });
+}
+
+STDMETHODIMP CFontDialog::put_Min(SHORT* Value) noexcept {
+    return Guard(L"Min", [&] { min_ = Given(Value); });
+}
+
+STDMETHODIMP CFontDialog::get_Style(BSTR* result) noexcept {
+    return Guard(L"Style", result, [&] { return Bstr(style_); });
+}
+
+STDMETHODIMP CFontDialog::put_Style(BSTR* Value) noexcept {
+    return Guard(L"Style", [&] { style_ = View(Given(Value)); });
+}
+
+STDMETHODIMP CFontDialog::Show(VARIANT_BOOL* result) noexcept {
+    const ComPtr<_CFontDialog> alive(this);  // the client's code runs while the dialog is open
+    return Guard(L"Show", result, [&] {
+        FontRecord record = Describe();
+        LONG color = color_;
+        if (!Choose(record, color)) return false;
+        *result = VARIANT_TRUE;  // whatever goes wrong from here on, the user confirmed
+        TakeOver(record);
+        color_ = color;
+        return true;
+    });
+}
+
+IFont& CFontDialog::OwnFont() const {
+    if (!font_) throw RuntimeError(91);
+    return *font_.get();
+}
+
+FontRecord CFontDialog::Describe() const {
+    IFont& font = OwnFont();
+    FontRecord record{};
+    record.weight = Read(font, &IFont::get_Bold) ? FW_BOLD : FW_NORMAL;
+    const std::string face = ToAnsi(View(NameOf(font).get()));
+    if (face.size() > sizeof(record.face)) throw RuntimeError(9);
+    face.copy(record.face, face.size());
+    record.italic = Read(font, &IFont::get_Italic) != FALSE;
+    record.underline = Read(font, &IFont::get_Underline) != FALSE;
+    record.strikeOut = Read(font, &IFont::get_Strikethrough) != FALSE;
+    record.height = PointsToHeight(PointsOf(font));
+    return record;
+}
+
+bool CFontDialog::Choose(FontRecord& record, LONG& color) const {
+    const CreatedContext printer = DefaultPrinter();
+    CHOOSEFONTA chooser{};
+    chooser.lStructSize = sizeof(chooser);
+    chooser.nSizeMin = min_;
+    chooser.nSizeMax = max_;
+    chooser.rgbColors = static_cast<COLORREF>(color);
+    chooser.Flags = static_cast<DWORD>(flags_);
+    chooser.hwndOwner = static_cast<HWND>(LongToHandle(hWndParent_));
+    chooser.hDC = printer.get();
+    chooser.lpLogFont = reinterpret_cast<LOGFONTA*>(&record);
+    if (ChooseFontA(&chooser) <= 0) return false;  // Wine answers -1 when it cannot make the dialog
+    color = static_cast<LONG>(chooser.rgbColors);
+    return true;
+}
+
+// The weight goes last: setting Bold sets a weight of its own.
+void CFontDialog::TakeOver(const FontRecord& record) const {
+    IFont& font = OwnFont();
+    const Bstr name = FromAnsiBuffer({record.face, sizeof(record.face)});
+    ThrowIfFailed(font.put_Name(name.get()));
+    ThrowIfFailed(font.put_Bold(record.weight == FW_BOLD));
+    ThrowIfFailed(font.put_Italic(record.italic != 0));
+    ThrowIfFailed(font.put_Strikethrough(record.strikeOut != 0));
+    ThrowIfFailed(font.put_Underline(record.underline != 0));
+    CY size;
+    size.int64 = LONGLONG{HeightToPoints(record.height)} * kUnitsPerPoint;
+    ThrowIfFailed(font.put_Size(size));
+    ThrowIfFailed(font.put_Weight(static_cast<SHORT>(record.weight)));
+}
+
+SHORT CFontDialog::PointsToHeight(SHORT points) const noexcept {
+    SHORT height = 0;
+    Guard(L"PointsToHeight",
+          [&] { height = font_height::FromPoints(points, font_height::PixelsPerInch(ScreenDotsPerInch())); });
+    return height;
+}
+
+SHORT CFontDialog::HeightToPoints(LONG height) const noexcept {
+    SHORT points = 0;
+    Guard(L"HeightToPoints",
+          [&] { points = font_height::ToPoints(height, font_height::PixelsPerInch(ScreenDotsPerInch())); });
+    return points;
+}
+
+}  // namespace velk

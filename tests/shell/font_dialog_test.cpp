@@ -1,0 +1,245 @@
+// CFontDialog: the exact records, its font object, and the real dialog under a driver's hands.
+#include "frame/gdi.h"
+#include "shell/dialog_test.h"
+#include "support/gdi_objects.h"
+#include "support/report_recorder.h"
+#include "support/test_printer.h"
+
+namespace velk::test {
+namespace {
+
+using FakeFont = FakeDialog<CHOOSEFONTA>;
+
+constexpr DWORD kRecordSize = SizeOf(60, sizeof(CHOOSEFONTA));
+constexpr int kFaceBox = 0x470;
+constexpr int kStyleBox = 0x471;
+constexpr int kSizeBox = 0x472;
+constexpr int kColourBox = 0x473;
+
+class FontDialog : public DialogTest {
+  protected:
+    FontDialog() : DialogTest(__uuidof(::CFontDialog)) {}
+    void SetUp() override {
+        const ScreenContext screen(GetDC(nullptr));
+        ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY)) << "the heights below are for 96 pixels per inch";
+    }
+    ComPtr<IFont> Font() {
+        const Variant font = std::move(Get(dialog_.get(), L"Font").value);
+        EXPECT_EQ(VT_DISPATCH, font.vt);
+        return ComPtr<IDispatch>(font.pdispVal).As<IFont>(IID_IFont);
+    }
+    void SetFont(const wchar_t* name, VARIANT value) {
+        EXPECT_EQ(S_OK, Let(Font().As<IDispatch>().get(), name, {value}).result) << name;
+    }
+    std::wstring FontText(const wchar_t* name) {
+        Variant value = std::move(Get(Font().As<IDispatch>().get(), name).value);
+        EXPECT_EQ(S_OK, VariantChangeType(&value, &value, 0, VT_BSTR));
+        return TextOf(value);
+    }
+};
+
+// The platform's font object answers with the name of an installed font that is like the one asked for. As long as this
+// lives, font objects answer with another name.
+class OtherName {
+  public:
+    OtherName(const ComPtr<IFont>& font, std::wstring name) : slot_(*reinterpret_cast<void***>(font.get()) + kGetName) {
+        name_ = std::move(name);
+        original_ = Write(reinterpret_cast<void*>(&GetName));
+    }
+    OtherName(const OtherName&) = delete;
+    OtherName& operator=(const OtherName&) = delete;
+    ~OtherName() { Write(original_); }
+
+  private:
+    static constexpr int kGetName = 3;  // the first slot behind IUnknown's
+
+    static HRESULT WINAPI GetName(IFont*, BSTR* name) {
+        *name = Bstr(name_).Detach();
+        return S_OK;
+    }
+    void* Write(void* function) {
+        DWORD before = 0;
+        VirtualProtect(slot_, sizeof(void*), PAGE_READWRITE, &before);
+        void* const previous = std::exchange(*slot_, function);
+        VirtualProtect(slot_, sizeof(void*), before, &before);
+        return previous;
+    }
+
+    static inline std::wstring name_;
+    void** slot_;
+    void* original_ = nullptr;
+};
+
+TEST_F(FontDialog, PropertiesHoldWhatTheyAreGiven) {
+    for (const wchar_t* name : {L"Color", L"hWndParent", L"Max", L"Min"}) ExpectNumber(name, 0);
+    ExpectNumber(L"Flags", 67);
+    EXPECT_EQ(L"", TextIn(L"Style"));
+    Set(L"Style", L"Bold Oblique");
+    EXPECT_EQ(L"Bold Oblique", TextIn(L"Style"));
+    EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Let(dialog_.get(), L"FontType", {Arg(1L)}).result);
+    EXPECT_EQ(Font().get(), Font().get());
+}
+
+TEST_F(FontDialog, TheRecordsDescribeFontAndLimits) {
+    const OtherName name(Font(), L"Caf\u00E9 Sans");
+    SetFont(L"Size", Arg(8.0));
+    SetFont(L"Bold", Arg(true));
+    SetFont(L"Italic", Arg(true));
+    SetFont(L"Strikethrough", Arg(true));
+    Set(L"Color", 0x00FF8040);
+    Set(L"Flags", FonWYSIWYG | FonEnableHook | FonUseStyle);
+    Set(L"Min", -8);
+    Set(L"Max", 72);
+    Set(L"hWndParent", kNoWindow);
+    BOOL answer = FALSE;
+    FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
+        CHOOSEFONTA expected{};
+        expected.lStructSize = kRecordSize;
+        expected.hwndOwner = static_cast<HWND>(LongToHandle(kNoWindow));
+        expected.lpLogFont = record.lpLogFont;
+        expected.Flags = 0xFFFF8000u | 8 | 128;  // hook and style stay null
+        expected.rgbColors = 0x00FF8040;
+        expected.nSizeMin = -8;
+        expected.nSizeMax = 72;
+        EXPECT_EQ(0, memcmp(&expected, &record, kRecordSize));
+        LOGFONTA font{};
+        font.lfHeight = -11;
+        font.lfWeight = 700;
+        font.lfItalic = font.lfStrikeOut = TRUE;
+        strcpy(font.lfFaceName, "Caf\xE9 Sans");
+        EXPECT_EQ(0, memcmp(&font, record.lpLogFont, sizeof(font)));
+        record.rgbColors = record.lpLogFont->lfItalic = 0;
+        return answer;
+    });
+    EXPECT_FALSE(Show());
+    answer = -1;  // what Wine answers when it cannot make the dialog
+    EXPECT_FALSE(Show());
+    EXPECT_EQ(2, fake.calls());
+    EXPECT_EQ(L"-1", FontText(L"Italic"));
+    EXPECT_EQ(0x00FF8040, NumberIn(L"Color"));
+}
+
+TEST_F(FontDialog, AChoiceIsWrittenBack) {
+    for (const LONG weight : {700L, 600L, 800L, 400L}) {
+        FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
+            LOGFONTA& font = *record.lpLogFont;
+            font.lfHeight = -16;
+            font.lfWeight = weight;
+            font.lfUnderline = 1;
+            font.lfStrikeOut = 255;
+            record.rgbColors = 0x00123456;
+            record.iPointSize = 990;
+            record.nFontType = BOLD_FONTTYPE;
+            return TRUE;
+        });
+        EXPECT_TRUE(Show());
+        EXPECT_EQ(std::to_wstring(weight), FontText(L"Weight"));  // written last: Bold would set one of its own
+        EXPECT_EQ(L"12", FontText(L"Size"));
+        EXPECT_EQ(L"0", FontText(L"Italic"));
+        EXPECT_EQ(L"-1", FontText(L"Underline"));
+        EXPECT_EQ(L"-1", FontText(L"Strikethrough"));
+        EXPECT_EQ(0x00123456, NumberIn(L"Color"));
+        EXPECT_EQ(0, NumberIn(L"FontType"));
+        EXPECT_EQ(L"", TextIn(L"Style"));
+    }
+}
+
+TEST_F(FontDialog, ANameMayHave33BytesAndNoMore) {
+    for (const std::size_t length : {0u, 32u, 33u, 34u}) {
+        const ReportRecorder recorder(Library());
+        const OtherName name(Font(), std::wstring(length, L'F'));
+        FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
+            const char* const face = reinterpret_cast<const char*>(record.lpLogFont) + offsetof(LOGFONTA, lfFaceName);
+            EXPECT_EQ(std::string(length, 'F') + '\0', std::string(face, length + 1));
+            return TRUE;
+        });
+        EXPECT_EQ(length <= 33, Show()) << length;
+        EXPECT_EQ(length <= 33 ? 1 : 0, fake.calls()) << length;
+        ASSERT_EQ(length <= 33 ? 0u : 1u, recorder.reports().size()) << length;
+        if (length <= 33) continue;
+        EXPECT_EQ(L"Show", recorder.reports()[0].title);
+        EXPECT_EQ(L"Error: 9. Subscript out of range", recorder.reports()[0].text);
+    }
+}
+
+TEST_F(FontDialog, SizesThatDoNotFitAreReportedByTheConversion) {
+    const ReportRecorder recorder(Library());
+    SetFont(L"Size", Arg(342.0));
+    FakeFont fake("ChooseFontA", [](CHOOSEFONTA& record) {
+        EXPECT_EQ(0, record.lpLogFont->lfHeight);
+        record.lpLogFont->lfHeight = -456;
+        return TRUE;
+    });
+    EXPECT_TRUE(Show()) << "both conversions give 0 and Show goes on";
+    EXPECT_EQ(L"400", FontText(L"Weight"));
+    SetFont(L"Size", Arg(40000.0));
+    EXPECT_FALSE(Show());
+    EXPECT_EQ(1, fake.calls());
+    ASSERT_EQ(3u, recorder.reports().size());
+    const wchar_t* const titles[] = {L"PointsToHeight", L"HeightToPoints", L"Show"};
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(titles[i], recorder.reports()[i].title);
+    for (const auto& report : recorder.reports()) EXPECT_EQ(L"Error: 6. Overflow", report.text);
+}
+
+TEST_F(FontDialog, LendsTheDialogTheDefaultPrinter) {
+    bool isPrinter = true;
+    FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
+        isPrinter = GetDeviceCaps(record.hDC, TECHNOLOGY) == DT_RASPRINTER;
+        return FALSE;
+    });
+    { const TestPrinter goneAgain; }
+    Show();
+    EXPECT_FALSE(isPrinter);
+    const TestPrinter printer;
+    Show();
+    EXPECT_TRUE(isPrinter);
+    const int objects = GdiObjects();
+    Show();
+    EXPECT_EQ(objects, GdiObjects());
+}
+
+// ---- The real dialog ----
+
+TEST_F(FontDialog, GivesTheChosenFontAndColour) {
+    Set(L"Flags", FonScreenFonts | FonInitToLogFontStruct | FonEffects);
+    const ComPtr<IFont> font = Font();
+    const std::wstring before = FontText(L"Name");
+    std::wstring face;
+    EXPECT_TRUE(Show([&](HWND window) {
+        face = SelectIn(window, kFaceBox, [&](const std::wstring& name) { return name != before; });
+        SelectIn(window, kStyleBox, L"Bold");
+        SelectIn(window, kSizeBox, L"14");
+        SelectIn(window, kColourBox, L"Red");
+        Press(window, IDOK);
+    }));
+    EXPECT_EQ(face, FontText(L"Name"));
+    EXPECT_EQ(L"-1", FontText(L"Bold"));
+    EXPECT_EQ(L"700", FontText(L"Weight"));
+    EXPECT_EQ(L"14", FontText(L"Size").substr(0, 2));  // 14.25: font objects keep what whole pixels make of a size
+    EXPECT_EQ(0x0000FF, NumberIn(L"Color"));
+    EXPECT_EQ(font.get(), Font().get());
+    EXPECT_FALSE(Show([&](HWND window) {
+        EXPECT_TRUE(WaitUntil([&] { return TextOfWindow(ControlOf(window, kFaceBox)) == face; }));
+        SelectIn(window, kSizeBox, L"8");
+        Cancel(window);
+    }));
+    EXPECT_EQ(L"14", FontText(L"Size").substr(0, 2));
+}
+
+// What the platform makes of these is its own affair, as long as Show comes back.
+TEST_F(FontDialog, ComesBackWhateverItIsGiven) {
+    for (const LONG flags : {-32768L, 4L, 8L, 16L, 32L, 128L, 512L, 8192L, 0L}) {
+        Set(L"Flags", 67 | flags);
+        EXPECT_FALSE(Show(Cancel)) << flags;
+    }
+    for (const std::size_t length : {0u, 32u, 33u}) {
+        const OtherName name(Font(), std::wstring(length, L'F'));
+        EXPECT_FALSE(Show(Cancel)) << length;
+        EXPECT_TRUE(sawDialog_);
+    }
+    Set(L"hWndParent", kNoWindow);
+    EXPECT_FALSE(Show(Cancel));
+}
+
+}  // namespace
+}  // namespace velk::test
