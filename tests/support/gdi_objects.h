@@ -14,19 +14,6 @@ inline int GdiObjects() {
     static const auto kOwnProcess = reinterpret_cast<Function>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
     const std::byte* const process = kOwnProcess();
-// How many drawing objects and device contexts this process holds, read from its own table of them:
-// the platform's counter always answers 0 here.
-inline int GdiObjects() {
-    // The offset is volatile because GCC 12 takes small constant addresses for mistakes (its bug 99578).
-#ifdef _WIN64
-    constexpr DWORD kTableOffset = 0xF8;
-    const volatile DWORD processOffset = 0x60;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readgsqword(processOffset));
-#else
-    constexpr DWORD kTableOffset = 0x94;
-    const volatile DWORD processOffset = 0x30;
-    const auto* const process = reinterpret_cast<const std::byte*>(__readfsdword(processOffset));
-#endif
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;

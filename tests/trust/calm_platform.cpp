@@ -1,5 +1,11 @@
 #include "trust/calm_platform.h"
 
+// clang-format off: these need the first
+#include <commdlg.h>
+#include <shellapi.h>
+#include "frame/platform.h"
+// clang-format on
+
 #include <cstring>
 #include <string>
 
@@ -32,6 +38,13 @@ int WINAPI TakeBackContext(HWND, HDC context) { return ReleaseDC(nullptr, contex
 BOOL WINAPI Copy(HDC, int, int, int, int, HDC, int, int, DWORD) { return TRUE; }
 HANDLE WINAPI RefuseData(UINT, HANDLE) { return nullptr; }
 BOOL WINAPI Refuse(HWND) { return FALSE; }
+
+// Nothing is launched, and nobody is there to answer a dialog.
+HINSTANCE WINAPI RefuseLaunch(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) { return nullptr; }
+template <class Record>
+BOOL WINAPI RefuseRecord(Record*) {
+    return FALSE;
+}
 
 // This platform takes a small number for any drawing object in that place of its table, and draws into what is none.
 template <int Number, class Function>
@@ -66,6 +79,12 @@ CalmPlatform::CalmPlatform() {
     patch("GetROP2", OnRealContexts<5>(&GetROP2));
     patch("SetROP2", OnRealContexts<6>(&SetROP2));
     patch("SelectObject", OnRealContexts<7>(&SelectObject));
+    patch("ShellExecuteA", &RefuseLaunch);
+    patch("ShellExecuteExA", &RefuseRecord<SHELLEXECUTEINFOA>);
+    patch("GetOpenFileNameA", &RefuseRecord<OPENFILENAMEA>);
+    patch("GetSaveFileNameA", &RefuseRecord<OPENFILENAMEA>);
+    patch("PrintDlgA", &RefuseRecord<PRINTDLGA>);
+    patch("ChooseFontA", &RefuseRecord<CHOOSEFONTA>);
     patch("CreateDCA", &LendContext);
     patch("ReleaseDC", &TakeBackContext);
     patch("BitBlt", &Copy);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "support/calm_system.h"
 #include "support/import_patch.h"
 
 namespace velk::test {
@@ -15,6 +16,7 @@ class CalmPlatform {
     ~CalmPlatform();
 
   private:
+    CalmSystem system_;
     std::vector<std::unique_ptr<ImportPatch>> patches_;
 };
 
