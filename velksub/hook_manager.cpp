@@ -1,5 +1,7 @@
 #include "velksub/hook_manager.h"
 
+#include <utility>
+
 #include "velksub/thread_hooks.h"
 
 namespace velk {
@@ -66,8 +68,11 @@ STDMETHODIMP_(ULONG) HookManager::Release() noexcept {
 HookManager::~HookManager() { theOne_ = nullptr; }
 
 STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
-    return Guard(L"AddHook",
-                 [&] { ThreadHooks::Get().Add(TargetOf(Given(Hook)), OwnWindow(hWnd), static_cast<UINT>(iMsg)); });
+    return Guard(L"AddHook", [&] {
+        HookTarget target = TargetOf(Given(Hook));
+        const HWND window = OwnWindow(hWnd);
+        ThreadHooks::Get().Add(std::move(target), window, static_cast<UINT>(iMsg));
+    });
 }
 
 STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {

@@ -52,7 +52,7 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     EXPECT_EQ("wwawa", log);
     EXPECT_EQ(2, OtherProgram::seen);
     RemoveFromWindow(hook.get());
-    EXPECT_EQ(0, PropertiesOf(window.get()));
+    EXPECT_EQ(properties, PropertiesOf(window.get()));
     EXPECT_EQ(7, Send());
 }
 

@@ -14,6 +14,17 @@ constexpr LONG kAfter = eMsgResponse_PreviousFirst;
 constexpr UINT kMessage = WM_APP + 1;
 constexpr UINT kInner = WM_APP + 2;
 
+inline WNDPROC ProcedureOf(HWND window) { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC)); }
+
+inline int PropertiesOf(HWND window) {
+    struct Counter {
+        static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) { return ++*reinterpret_cast<int*>(count); }
+    };
+    int count = 0;
+    EnumPropsExW(window, &Counter::Count, reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
 // A window that answers 7 to two messages and counts up what they point to.
 class Hooks : public testing::Test {
   protected:
@@ -62,19 +73,9 @@ class Hooks : public testing::Test {
 
     HookLibrary library;
     ComPtr<IHookManager> manager = library.Manager();
-    TestWindow window;
     std::string log;
+    TestWindow window;
+    const int properties = PropertiesOf(window.get());  // the platform's own
 };
-
-inline WNDPROC ProcedureOf(HWND window) { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC)); }
-
-inline int PropertiesOf(HWND window) {
-    struct Counter {
-        static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) { return ++*reinterpret_cast<int*>(count); }
-    };
-    int count = 0;
-    EnumPropsExW(window, &Counter::Count, reinterpret_cast<LPARAM>(&count));
-    return count;
-}
 
 }  // namespace velk::test
