@@ -88,6 +88,33 @@ TEST_F(Hooks, KeepAWindowsCharacterSet) {
     DestroyWindow(ansi);
 }
 
+struct Ansi {
+    static inline WNDPROC before = nullptr;
+    static inline std::string seen;
+    static LRESULT CALLBACK Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
+        return CallWindowProcA(before, handle, message, wParam, lParam);
+    }
+};
+
+// A program without Unicode stands on a Unicode window: the platform translates between them.
+TEST_F(Hooks, PassOnToAProcedureOfTheOtherCharacterSet) {
+    Ansi::before = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Ansi::Procedure)));
+    const auto wide = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window.get(), GWLP_WNDPROC));
+    ASSERT_NE(&Ansi::Procedure, wide) << "the wide side sees a handle";
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(wide));
+    const auto hook = TestHook::Make(kAfter);
+    AddToWindow(hook.get(), WM_NULL);
+    EXPECT_TRUE(SetWindowTextW(window.get(), L"wide"));
+    EXPECT_EQ("wide", Ansi::seen);
+    wchar_t text[20] = L"";
+    GetWindowTextW(window.get(), text, 20);
+    EXPECT_STREQ(L"wide", text);
+    RemoveFromWindow(hook.get(), WM_NULL);
+    SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Ansi::before));
+}
+
 DWORD WINAPI RunBody(void* body) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     (*static_cast<std::function<void()>*>(body))();
@@ -170,6 +197,44 @@ TEST_F(Hooks, TakeTheirArgumentsFromScriptsToo) {
     EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
     EXPECT_EQ(E_POINTER, manager->AddHook(nullptr, window.handle(), 1));
     EXPECT_EQ(2u, hook->count());
+}
+
+// What a script's object is: the members of ISubclass by name and nothing else.
+class NamedHook final : public BareDispatch {
+  public:
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override {
+        *ids = !_wcsicmp(names[0], L"msgresponse") ? 5 : !_wcsicmp(names[0], L"windowproc") ? 6 : DISPID_UNKNOWN;
+        return *ids != DISPID_UNKNOWN ? S_OK : DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO*,
+                        UINT*) noexcept override {
+        result->vt = id == 5 ? VT_I2 : VT_R8;  // numbers come as scripts keep them
+        if (id == 5) return result->iVal = eMsgResponse_HookAlone, S_OK;
+        result->dblVal = parameters->rgvarg[3].lVal == window ? parameters->rgvarg[0].lVal * 2.0 : -1;
+        return parameters->cArgs == 4 ? ends : DISP_E_BADPARAMCOUNT;
+    }
+    LONG window = 0;
+    HRESULT ends = S_OK;
+};
+
+TEST_F(Hooks, MayBeObjectsOfScripts) {
+    const auto hook = ComPtr<NamedHook>::Attach(new NamedHook);
+    hook->window = window.handle();
+    Variant variable;
+    variable.vt = VT_DISPATCH;
+    variable.pdispVal = hook.get();
+    hook->AddRef();
+    const LONG message = kMessage;
+    for (const VARIANT& given : {Arg(hook.get()), Arg(&variable)}) {
+        EXPECT_EQ(S_OK, Call(manager.get(), L"AddHook", {given, Arg(window.handle()), Arg(message)}).result);
+    }
+    EXPECT_EQ(42, SendMessageW(window.get(), kMessage, 0, 21));
+    hook->ends = DISP_E_EXCEPTION;
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
+    EXPECT_EQ(2u, hook->count()) << "ours and the variable's";
+    const Outcome stranger = Call(manager.get(), L"AddHook", {Arg(manager.get()), Arg(window.handle()), Arg(message)});
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, stranger.result) << "no hook by any name";
 }
 
 // Run by the test after it, as a process of its own.
