@@ -51,6 +51,15 @@ class HookLibrary {
         return ask && ask() == S_OK;
     }
 
+    // An earlier run may have left it registered.
+    static void Unregister() {
+        const HMODULE module = LoadLibraryW(BuiltFile(L"VelkSub.dll").c_str());
+        const auto unregister = reinterpret_cast<decltype(&DllUnregisterServer)>(
+            reinterpret_cast<void*>(GetProcAddress(module, "DllUnregisterServer")));
+        EXPECT_EQ(S_OK, unregister());
+        FreeLibrary(module);
+    }
+
   private:
     Activation active_{BuiltFile(L"VelkHooks.manifest")};
 };

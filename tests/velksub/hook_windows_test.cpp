@@ -195,6 +195,7 @@ TEST_F(Hooks, TakeTheirArgumentsFromScriptsToo) {
     EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
     const Outcome nothing = Call(manager.get(), L"AddHook", {Arg(static_cast<IDispatch*>(nullptr)), Arg(0L), Arg(1L)});
     EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
+    EXPECT_EQ(L"VelkSub", nothing.source);
     EXPECT_EQ(E_POINTER, manager->AddHook(nullptr, window.handle(), 1));
     EXPECT_EQ(2u, hook->count());
 }

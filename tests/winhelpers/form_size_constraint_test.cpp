@@ -308,6 +308,7 @@ TEST_F(FormSize, FailsForAWindowOfAnotherThread) {
 
 // Neither registered nor in a manifest.
 TEST(FormSizeAlone, FailsAndSaysWhatIsMissing) {
+    HookLibrary::Unregister();
     static std::wstring said;
     struct Debugger {
         static void WINAPI Say(LPCWSTR text) { said += text; }

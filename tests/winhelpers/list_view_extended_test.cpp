@@ -323,6 +323,7 @@ TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
 
 // Neither registered nor in a manifest.
 TEST(ListViewAlone, WorksWithoutHooksAndSaysWhatIsMissing) {
+    HookLibrary::Unregister();
     static int lines;
     struct Debugger {
         static void WINAPI Say(LPCWSTR) { ++lines; }
