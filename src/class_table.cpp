@@ -24,6 +24,8 @@
 #include "sysinfo/memory_status.h"
 #include "sysinfo/mm_timer.h"
 #include "sysinfo/os_info.h"
+#include "winhelpers/form_size_constraint.h"
+#include "winhelpers/list_view_extended.h"
 
 namespace velk {
 
@@ -48,6 +50,8 @@ std::span<const ClassEntry> Classes() noexcept {
         EntryOf<CFontDialog>(),
         EntryOf<CHtmlHelp>(),
         EntryOf<CHourglass>(),
+        EntryOf<CFormSizeConstraint>(),
+        EntryOf<CListViewExtended>(),
         EntryOf<CGDIArc>(),
         EntryOf<CGDIEllipse>(),
         EntryOf<CGDILine>(),
