@@ -46,7 +46,7 @@ std::wstring ComClass(const ClassInfo& info, const TypeLib& library, const std::
     Type coclass;
     ThrowIfFailed(library->GetTypeInfoOfGuid(info.clsid, coclass.Receive()));
     return L"    <comClass" + Attribute(L"clsid", GuidText(info.clsid)) + Attribute(L"threadingModel", L"Apartment") +
-           Attribute(L"progid", std::wstring(library::kName) + L"." + info.name) + Attribute(L"tlbid", tlbid) +
+           Attribute(L"progid", std::wstring(library::kIdentity.name) + L"." + info.name) + Attribute(L"tlbid", tlbid) +
            Attribute(L"description", DocumentationOf(coclass, MEMBERID_NIL).help) + L"/>\n";
 }
 
@@ -70,8 +70,9 @@ std::wstring Manifest(const std::filesystem::path& path) {
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", library::kName) + Attribute(L"version", VELK_VERSION) +
-        Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" + Attribute(L"name", path.filename()) + L">\n";
+        Attribute(L"type", L"win32") + Attribute(L"name", library::kIdentity.name) +
+        Attribute(L"version", VELK_VERSION) + Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" +
+        Attribute(L"name", path.filename()) + L">\n";
     for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, types, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
             L"/>\n  </file>\n";
