@@ -5,12 +5,14 @@
 #include "containers/stack.h"
 #include "integrity/crc32.h"
 #include "integrity/dat_file.h"
+#include "winhelpers/icon_menu.h"
 
 namespace velk {
 
 std::span<const ClassEntry> Classes() noexcept {
     static constexpr ClassEntry kClasses[] = {
-        EntryOf<CCRC32>(), EntryOf<CDatFile>(), EntryOf<CLinkedList>(), EntryOf<CStack>(), EntryOf<CConCat>(),
+        EntryOf<CCRC32>(), EntryOf<CDatFile>(), EntryOf<CLinkedList>(),
+        EntryOf<CStack>(), EntryOf<CConCat>(),  EntryOf<cIconMenu>(),
     };
     return kClasses;
 }
