@@ -72,7 +72,8 @@ Size MenuIcons::CellSize() const noexcept {
 }
 
 Size MenuIcons::DrawnSize(const MenuIcon& icon, const MenuLayout& layout) const noexcept {
-    return icon.picture ? layout.Fit(icon.picture->size()) : layout.icon();
+    if (!icon.picture || icon.picture->size().width == 0) return layout.icon();  // not every metafile knows its size
+    return layout.Fit(icon.picture->size());
 }
 
 void MenuIcons::Draw(const MenuIcon& icon, HDC context, const Box& place) const noexcept {

@@ -434,6 +434,7 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAgainWhenTheyChange) {
     Close();
     Open(menu_.get());
     EXPECT_EQ(0, calls);
+    Draw(kOpen);
     const int objects = GdiObjects();
     for (int change = 1; change <= 3; ++change) {
         SendMessageW(window_.get(), WM_SETTINGCHANGE, 0, 0);

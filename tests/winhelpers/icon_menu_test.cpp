@@ -148,6 +148,7 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     EXPECT_EQ((Answer{4711, 1}), send(WM_MENUCHAR, MAKEWPARAM(L'#', MF_POPUP), reinterpret_cast<LPARAM>(menu.get())));
     EXPECT_EQ((Answer{12, 1}), send(WM_EXITMENULOOP, 0, 0));
     EXPECT_EQ((Answer{4711, 1}), send(WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measured))) << "closed";
+    window_.handler = nullptr;
 }
 
 TEST_F(IconMenu, FindsItemsByTheirKeys) {
@@ -312,6 +313,7 @@ class ShownMenu : public IconMenu {
             if (message != WM_ENTERIDLE) return std::nullopt;
             if (next < steps.size()) {
                 steps[next++]();
+                PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);  // so that it waits once more
             } else {
                 EndMenu();
             }
@@ -324,27 +326,33 @@ class ShownMenu : public IconMenu {
         PumpMessages();
         return command;
     }
+    // Wine leaves the last highlight in a closed menu, whoever draws it.
+    static std::vector<ItemOfMenu> Unlit(HMENU menu) {
+        auto items = ItemsOf(menu);
+        for (ItemOfMenu& item : items) item.state &= ~UINT{MFS_HILITE};
+        return items;
+    }
     void Press(UINT key) const { PostMessageW(window_.get(), WM_KEYDOWN, key, 1); }
 };
 
 TEST_F(ShownMenu, WorksFromTheKeyboard) {
     const Menu menu = FullMenu();
-    const auto before = ItemsOf(menu.get());
+    const auto before = Unlit(menu.get());
     EXPECT_EQ(CommandAt(kOpen), Show(menu.get(), {[&] { Press('O'); }}));
     EXPECT_EQ(300u, Show(menu.get(), {[&] { Press('M'); }, [&] { Press('I'); }}));
     EXPECT_EQ(CommandAt(kSave),
               Show(menu.get(), {[&] { Press(VK_DOWN); }, [&] { Press(VK_DOWN); }, [&] { Press(VK_RETURN); }}));
-    EXPECT_EQ(before, ItemsOf(menu.get()));
+    EXPECT_EQ(before, Unlit(menu.get()));
 }
 
 TEST_F(ShownMenu, MayLoseItsWindowOrItsIcons) {
     const Menu menu = FullMenu();
-    const auto before = ItemsOf(menu.get());
+    const auto before = Unlit(menu.get());
     Show(menu.get(), {[&] { icons_->Detach(); }, [&] { Press(VK_DOWN); }});
-    EXPECT_EQ(before, ItemsOf(menu.get()));
+    EXPECT_EQ(before, Unlit(menu.get()));
     Attach(window_.get());
-    Show(menu.get(), {[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(); }});
-    EXPECT_EQ(before, ItemsOf(menu.get()));
+    Show(menu.get(), {[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
+    EXPECT_EQ(before, Unlit(menu.get()));
     EXPECT_EQ(0, AttachedTo());
 }
 
