@@ -1,12 +1,12 @@
-// Writes the manifest with which a program uses VelkSprt.dll without registration: manifest LIBRARY OUTPUT
+// Writes the manifest with which a program uses a library without registration: manifest LIBRARY VERSION OUTPUT. The
+// classes come from the library's own type library; the assembly is named after the output.
 //
-// The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest
-// inside a DLL of the assembly's name first.
+// An assembly may not be named after a DLL beside it: the platform looks for its manifest inside a DLL of that name
+// first.
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
-#include "frame/class_table.h"
 #include "tools/text_file.h"
 #include "tools/type_reader.h"
 
@@ -42,12 +42,13 @@ std::wstring Attribute(const wchar_t* name, const std::wstring& value) {
     return std::wstring(L" ") + name + L"=\"" + Escaped(value) + L'"';
 }
 
-std::wstring ComClass(const ClassInfo& info, const TypeLib& library, const std::wstring& tlbid) {
-    Type coclass;
-    ThrowIfFailed(library->GetTypeInfoOfGuid(info.clsid, coclass.Receive()));
-    return L"    <comClass" + Attribute(L"clsid", GuidText(info.clsid)) + Attribute(L"threadingModel", L"Apartment") +
-           Attribute(L"progid", std::wstring(library::kIdentity.name) + L"." + info.name) + Attribute(L"tlbid", tlbid) +
-           Attribute(L"description", DocumentationOf(coclass, MEMBERID_NIL).help) + L"/>\n";
+std::wstring ComClass(const Type& type, const std::wstring& library, const std::wstring& tlbid) {
+    const auto attributes = AttributesOf(type);
+    if (attributes->typekind != TKIND_COCLASS) return {};
+    const Documentation about = DocumentationOf(type, MEMBERID_NIL);
+    return L"    <comClass" + Attribute(L"clsid", GuidText(attributes->guid)) +
+           Attribute(L"threadingModel", L"Apartment") + Attribute(L"progid", library + L"." + about.name) +
+           Attribute(L"tlbid", tlbid) + Attribute(L"description", about.help) + L"/>\n";
 }
 
 // So that the interfaces can be marshalled between apartments.
@@ -60,8 +61,10 @@ std::wstring ProxyStub(const Type& type, const std::wstring& tlbid) {
            Attribute(L"proxyStubClsid32", dual ? kTypeLibraryMarshaler : kDispatchMarshaler) + L"/>\n";
 }
 
-std::wstring Manifest(const std::filesystem::path& path) {
+std::wstring Manifest(const std::filesystem::path& path, const std::filesystem::path& fileVersion,
+                      const std::filesystem::path& assembly) {
     const TypeLib types = LoadTypes(path.c_str());
+    const std::wstring name = DocumentationOf(types, -1).name;
     const auto attributes = AttributesOf(types);
     const std::wstring tlbid = GuidText(attributes->guid);
     const std::wstring version =
@@ -70,10 +73,9 @@ std::wstring Manifest(const std::filesystem::path& path) {
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", library::kIdentity.name) +
-        Attribute(L"version", VELK_VERSION) + Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" +
-        Attribute(L"name", path.filename()) + L">\n";
-    for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, types, tlbid);
+        Attribute(L"type", L"win32") + Attribute(L"name", assembly.stem()) + Attribute(L"version", fileVersion) +
+        Attribute(L"processorArchitecture", L"x86") + L"/>\n  <file" + Attribute(L"name", path.filename()) + L">\n";
+    for (const Type& type : TypesOf(types)) text += ComClass(type, name, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
             L"/>\n  </file>\n";
     for (const Type& type : TypesOf(types)) text += ProxyStub(type, tlbid);
@@ -83,8 +85,8 @@ std::wstring Manifest(const std::filesystem::path& path) {
 }  // namespace
 
 int main(int count, char** arguments) try {
-    if (count != 3) return std::puts("usage: manifest LIBRARY OUTPUT"), 2;
-    return WriteUtf8(arguments[2], Manifest(arguments[1])) ? 0 : 1;
+    if (count != 4) return std::puts("usage: manifest LIBRARY VERSION OUTPUT"), 2;
+    return WriteUtf8(arguments[3], Manifest(arguments[1], arguments[2], arguments[3])) ? 0 : 1;
 } catch (...) {
     std::printf("manifest: %ls\n", velk::CaughtFailure().description.c_str());
     return 1;

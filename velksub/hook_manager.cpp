@@ -1,5 +1,9 @@
 #include "velksub/hook_manager.h"
 
+#include <algorithm>
+#include <utility>
+
+#include "velksub/script_hook.h"
 #include "velksub/thread_hooks.h"
 
 namespace velk {
@@ -31,6 +35,19 @@ HWND OwnWindow(LONG handle) {
         throw ClassError(eErrHookManager_OtherThread, L"The window belongs to another thread");
     }
     return window;
+}
+
+constexpr DISPID kAddHook = 1;
+constexpr DISPID kRemoveHook = 2;
+constexpr UINT kArguments = 3;  // the hook is the first, and so the last of the array
+
+// The hook among the arguments of a late-bound call, if it is an object that has its members by name only.
+ComPtr<ISubclass> ScriptHookIn(DISPID id, const DISPPARAMS* parameters) noexcept {
+    const bool takesHook = id == kAddHook || id == kRemoveHook;
+    if (!takesHook || !parameters || parameters->cArgs != kArguments || parameters->cNamedArgs) return nullptr;
+    const VARIANT* given = parameters->rgvarg ? &parameters->rgvarg[kArguments - 1] : nullptr;
+    if (given && given->vt == (VT_BYREF | VT_VARIANT)) given = given->pvarVal;
+    return given && given->vt == VT_DISPATCH ? ScriptHook::For(given->pdispVal) : nullptr;
 }
 
 }  // namespace
@@ -65,9 +82,27 @@ STDMETHODIMP_(ULONG) HookManager::Release() noexcept {
 
 HookManager::~HookManager() { theOne_ = nullptr; }
 
+STDMETHODIMP HookManager::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
+                                 VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
+    const auto invoke = [&](DISPPARAMS* given) {
+        return AutomationObject::Invoke(id, reserved, locale, flags, given, result, exception, badArgument);
+    };
+    const ComPtr<ISubclass> hook = ScriptHookIn(id, parameters);
+    if (!hook) return invoke(parameters);
+    VARIANT arguments[kArguments];
+    std::copy_n(parameters->rgvarg, kArguments, arguments);
+    arguments[kArguments - 1].vt = VT_UNKNOWN;
+    arguments[kArguments - 1].punkVal = hook.get();
+    DISPPARAMS given{arguments, nullptr, kArguments, 0};
+    return invoke(&given);
+}
+
 STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
-    return Guard(L"AddHook",
-                 [&] { ThreadHooks::Get().Add(TargetOf(Given(Hook)), OwnWindow(hWnd), static_cast<UINT>(iMsg)); });
+    return Guard(L"AddHook", [&] {
+        HookTarget target = TargetOf(Given(Hook));
+        const HWND window = OwnWindow(hWnd);
+        ThreadHooks::Get().Add(std::move(target), window, static_cast<UINT>(iMsg));
+    });
 }
 
 STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {

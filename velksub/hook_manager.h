@@ -18,6 +18,10 @@ class HookManager final : public AutomationObject<IHookManager> {
 
     STDMETHODIMP_(ULONG) Release() noexcept override;
 
+    // Takes objects of scripts for hooks too.
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT* badArgument) noexcept override;
+
     STDMETHODIMP AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept override;
     STDMETHODIMP RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept override;
     STDMETHODIMP get_DispatchedMessage(LONG* result) noexcept override;

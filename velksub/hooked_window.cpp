@@ -15,12 +15,16 @@ WNDPROC SetProcedure(HWND window, bool unicode, WNDPROC procedure) noexcept {
     return reinterpret_cast<WNDPROC>(set(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
 }
 
+// No code lies so high in a process's memory.
+bool IsHandle(WNDPROC procedure) noexcept { return HIWORD(reinterpret_cast<ULONG_PTR>(procedure)) == 0xFFFF; }
+
 }  // namespace
 
 bool HookedWindow::Subclass(WNDPROC procedure) noexcept {
     unicode_ = IsWindowUnicode(handle_) != FALSE;
     if (!SetPropW(handle_, kMark, this)) return false;
     previous_ = SetProcedure(handle_, unicode_, procedure);
+    previousIsHandle_ = IsHandle(previous_);
     if (!previous_) RemovePropW(handle_, kMark);
     return previous_ != nullptr;
 }

@@ -263,8 +263,11 @@ bool cIconMenu::DrawItem(const DRAWITEMSTRUCT* drawn) {
     const OpenMenu* const menu = drawn && drawn->CtlType == ODT_MENU ? menus_.Find(drawn->itemData) : nullptr;
     if (!menu) return false;
     const OpenItem& item = OpenMenu::ItemOf(drawn->itemData);
-    const DrawnItem shown{menus_.TextOf(*menu, item), drawn->itemState, item.IsSeparator(), item.IsRadio(),
-                          item.submenu != nullptr,    IconOf(item)};
+    const auto now = menus_.Read(*menu, item);
+    if (!now) return false;
+    DrawnItem shown{menus_.text(),           drawn->itemState, item.IsSeparator(), (now->type & MFT_RADIOCHECK) != 0,
+                    now->submenu != nullptr, IconOf(item)};
+    if (now->state & MFS_DEFAULT) shown.state |= ODS_DEFAULT;  // Wine does not say so
     painter_.Draw(shown, icons_, drawn->hDC, drawn->rcItem);
     return true;
 }

@@ -40,6 +40,9 @@ void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexc
     } else if (kind_ == PICTYPE_ICON) {
         DrawIconEx(context, place.left, place.top, static_cast<HICON>(ObjectOf(handle_)), place.width(), place.height(),
                    0, nullptr, DI_NORMAL);
+    } else if (kind_ == PICTYPE_ENHMETAFILE) {
+        const RECT whole{place.left, place.top, place.right, place.bottom};
+        PlayEnhMetaFile(context, static_cast<HENHMETAFILE>(ObjectOf(handle_)), &whole);
     } else {
         Render(context, place);
     }

@@ -63,17 +63,12 @@ OpenMenu& OpenMenus::Begin(HMENU menu) {
     return *opened;
 }
 
-std::wstring_view OpenMenus::TextOf(const OpenMenu& menu, const OpenItem& item) {
-    const auto isThere = [&](UINT position) {
-        const auto state = Read(menu.menu, position);
-        return state && state->data == TokenOf(item);
-    };
-    if (isThere(item.position)) return text();
-    const int count = GetMenuItemCount(menu.menu);
-    for (int i = 0; i < count; ++i) {
-        if (isThere(static_cast<UINT>(i))) return text();
-    }
-    return {};
+std::optional<MenuItemState> OpenMenus::Read(const OpenMenu& menu, const OpenItem& item) {
+    const auto isIt = [&](const auto& state) { return state && state->data == TokenOf(item); };
+    auto state = Read(menu.menu, item.position);
+    const int count = isIt(state) ? 0 : GetMenuItemCount(menu.menu);
+    for (int i = 0; i < count && !isIt(state); ++i) state = Read(menu.menu, static_cast<UINT>(i));
+    return isIt(state) ? state : std::nullopt;
 }
 
 void OpenMenus::TakeOver(const OpenMenu& opened) noexcept {

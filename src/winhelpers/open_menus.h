@@ -24,7 +24,6 @@ struct OpenItem {
     bool restored = false;
 
     bool IsSeparator() const noexcept { return type & MFT_SEPARATOR; }
-    bool IsRadio() const noexcept { return type & MFT_RADIOCHECK; }
 };
 
 struct OpenMenu {
@@ -76,11 +75,10 @@ class OpenMenus {
     OpenMenu* Find(ULONG_PTR data) noexcept;
     OpenMenu* FindMenu(HMENU menu) noexcept;
 
-    // The text that an item has now, wherever the client moved it to. Holds until the next call.
-    std::wstring_view TextOf(const OpenMenu& menu, const OpenItem& item);
-
     // An item as it is now; nothing when there is none. Its text lies in text() until the next call.
     std::optional<MenuItemState> Read(HMENU menu, UINT position);
+    // The same of an item of ours, wherever the client moved it to.
+    std::optional<MenuItemState> Read(const OpenMenu& menu, const OpenItem& item);
     std::wstring_view text() const noexcept { return {text_.data(), textLength_}; }
 
   private:

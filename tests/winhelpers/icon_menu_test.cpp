@@ -269,6 +269,7 @@ TEST_F(IconMenu, IsASubclassForTheHookLibrary) {
 }
 
 TEST(IconMenuAlone, NeedsTheHookLibrary) {
+    HookLibrary::Unregister();
     TestWindow window;
     const auto icons = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
     EXPECT_EQ(RunTime(429), icons->Attach(window.handle()));

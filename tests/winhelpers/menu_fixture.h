@@ -10,8 +10,8 @@
 #include "frame/gdi.h"
 #include "support/client.h"
 #include "support/late_bound.h"
+#include "support/test_hook.h"
 #include "support/test_window.h"
-#include "winhelpers/hook_library.h"
 
 #include <commctrl.h>
 

@@ -1,7 +1,7 @@
 // A window with a real menu bar whose menus have icons.
 //
-// Needs VelkSprt.dll and VelkSub.dll registered. `icon_menu.exe file` (or edit, view) opens that menu at once, with the
-// item highlighted that is named by a number of presses of the arrow key, for example `icon_menu.exe file 2`.
+// Finds both libraries through its manifest. `icon_menu.exe file` (or edit, view) opens that menu at once;
+// `icon_menu.exe file 2` also presses the arrow key down twice, `icon_menu.exe file 5 right` then the one to the right.
 #include <windows.h>
 
 #include <commctrl.h>
@@ -241,12 +241,23 @@ HMENU MakeBar() {
     return bar;
 }
 
+// ---- Keys that are pressed for the user, once the menu is open ----
+
+int presses;
+bool pressRight;
+
+void PressKeys(HWND window) {
+    for (int i = 0; i < presses; ++i) PostMessageW(window, WM_KEYDOWN, VK_DOWN, 1);
+    if (pressRight) PostMessageW(window, WM_KEYDOWN, VK_RIGHT, 1);
+}
+
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND && LOWORD(wParam) == kExit) return DestroyWindow(window);
     if (message == WM_COMMAND && (LOWORD(wParam) == kToolbar || LOWORD(wParam) == kStatus)) {
         const UINT state = GetMenuState(GetMenu(window), LOWORD(wParam), MF_BYCOMMAND);
         CheckMenuItem(GetMenu(window), LOWORD(wParam), state & MF_CHECKED ? MF_UNCHECKED : MF_CHECKED);
     }
+    if (message == WM_TIMER && KillTimer(window, wParam)) PressKeys(window);
     if (message == WM_DESTROY) PostQuitMessage(0);
     return DefWindowProcW(window, message, wParam, lParam);
 }
@@ -274,13 +285,6 @@ _cIconMenu* AttachIcons(HWND window, HIMAGELIST images) {
     return icons;
 }
 
-// Opens a menu from the keyboard, as a user does.
-void Press(HWND window, char menu, int presses, bool right) {
-    PostMessageW(window, WM_SYSCOMMAND, SC_KEYMENU, menu);
-    for (int i = 0; i < presses; ++i) PostMessageW(window, WM_KEYDOWN, VK_DOWN, 1);
-    if (right) PostMessageW(window, WM_KEYDOWN, VK_RIGHT, 1);
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -298,11 +302,17 @@ int main(int count, char** arguments) {
     const HIMAGELIST images = MakeImages();
     _cIconMenu* const icons = AttachIcons(window, images);
     if (!icons) {
-        MessageBoxW(nullptr, L"Register VelkSprt.dll and VelkSub.dll first.", L"Menus with icons", MB_ICONSTOP);
+        MessageBoxW(nullptr, L"VelkSprt.dll and VelkSub.dll have to be beside this program.", L"Menus with icons",
+                    MB_ICONSTOP);
         return 1;
     }
     ShowWindow(window, SW_SHOW);
-    if (count > 1) Press(window, arguments[1][0], count > 2 ? std::atoi(arguments[2]) : 0, count > 3);
+    presses = count > 2 ? std::atoi(arguments[2]) : 0;
+    pressRight = count > 3;
+    if (count > 1) {
+        PostMessageW(window, WM_SYSCOMMAND, SC_KEYMENU, arguments[1][0]);
+        SetTimer(window, 1, 500, nullptr);
+    }
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);
