@@ -42,11 +42,12 @@ void RequireOwnWindow(LONG handle) {
     if (thread != GetCurrentThreadId()) throw RuntimeError(5);
 }
 
-COLORREF MaskOf(OLE_COLOR colour) {
-    constexpr auto kNone = static_cast<OLE_COLOR>(-1);
-    const auto translated = static_cast<COLORREF>(TranslateColor(static_cast<LONG>(colour)));
-    if (colour != kNone && translated == CLR_INVALID) throw RuntimeError(5);
-    return colour == kNone ? CLR_INVALID : translated;
+COLORREF MaskOf(LONG colour) {
+    constexpr LONG kNone = -1;
+    if (colour == kNone) return CLR_INVALID;
+    const auto translated = static_cast<COLORREF>(TranslateColor(colour));
+    if (translated == CLR_INVALID) throw RuntimeError(5);
+    return translated;
 }
 
 ComPtr<IPictureDisp> Handed(IPicture* picture) noexcept { return ComPtr<IPicture>(picture).As<IPictureDisp>(); }
@@ -123,11 +124,11 @@ STDMETHODIMP cIconMenu::put_ImageList(LONG Handle) noexcept {
     return Guard(L"ImageList", [&] { icons_.list.Set(Handle); });
 }
 
-STDMETHODIMP cIconMenu::get_MaskColor(OLE_COLOR* result) noexcept {
+STDMETHODIMP cIconMenu::get_MaskColor(LONG* result) noexcept {
     return Guard(L"MaskColor", result, [&] { return maskColor_; });
 }
 
-STDMETHODIMP cIconMenu::put_MaskColor(OLE_COLOR Color) noexcept {
+STDMETHODIMP cIconMenu::put_MaskColor(LONG Color) noexcept {
     return Guard(L"MaskColor", [&] {
         icons_.mask = MaskOf(Color);
         maskColor_ = Color;

@@ -18,7 +18,7 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
   public:
     static const ClassInfo kInfo;
 
-    cIconMenu() noexcept : AutomationObject(kInfo) { icons_.mask = RGB(255, 0, 255); }
+    cIconMenu() noexcept : AutomationObject(kInfo) { icons_.mask = kMagenta; }
     ~cIconMenu() override;
 
     STDMETHODIMP Attach(LONG hWnd) noexcept override;
@@ -26,8 +26,8 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
     STDMETHODIMP get_hWnd(LONG* result) noexcept override;
     STDMETHODIMP get_ImageList(LONG* result) noexcept override;
     STDMETHODIMP put_ImageList(LONG Handle) noexcept override;
-    STDMETHODIMP get_MaskColor(OLE_COLOR* result) noexcept override;
-    STDMETHODIMP put_MaskColor(OLE_COLOR Color) noexcept override;
+    STDMETHODIMP get_MaskColor(LONG* result) noexcept override;
+    STDMETHODIMP put_MaskColor(LONG Color) noexcept override;
     STDMETHODIMP get_CommandImage(LONG Command, LONG* result) noexcept override;
     STDMETHODIMP put_CommandImage(LONG Command, LONG Image) noexcept override;
     STDMETHODIMP get_CommandPicture(LONG Command, IPictureDisp** result) noexcept override;
@@ -52,6 +52,8 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
     void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &subclass_ : nullptr; }
 
   private:
+    static constexpr LONG kMagenta = RGB(255, 0, 255);
+
     void Hook(LONG window);
     void RemoveHooks(LONG window);
     void Unhook();
@@ -70,7 +72,7 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
     SubclassFace<cIconMenu> subclass_{*this};
     HookClient hooks_;
     LONG window_ = 0;
-    OLE_COLOR maskColor_ = RGB(255, 0, 255);
+    LONG maskColor_ = kMagenta;
     MenuIcons icons_;
     MenuPainter painter_;
     OpenMenus menus_;

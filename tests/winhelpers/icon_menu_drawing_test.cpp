@@ -351,7 +351,7 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
         {"metafile", MetafilePicture(kRed), -1, 16, 16},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(S_OK, icons_->put_MaskColor(static_cast<OLE_COLOR>(c.mask)));
+        EXPECT_EQ(S_OK, icons_->put_MaskColor(c.mask));
         EXPECT_EQ(S_OK, icons_->putref_CommandPicture(command, c.picture.get()));
         const Drawing drawn = Draw(kOpen);
         const RECT red = drawn.Bounds(kRed);
