@@ -265,7 +265,7 @@ bool cIconMenu::DrawItem(const DRAWITEMSTRUCT* drawn) {
     if (!menu) return false;
     const OpenItem& item = OpenMenu::ItemOf(drawn->itemData);
     const auto now = menus_.Read(*menu, item);
-    if (!now) return false;
+    if (!now) return true;  // taken away meanwhile, and its data mean nothing to the client
     DrawnItem shown{menus_.text(),           drawn->itemState, item.IsSeparator(), (now->type & MFT_RADIOCHECK) != 0,
                     now->submenu != nullptr, IconOf(item)};
     if (now->state & MFS_DEFAULT) shown.state |= ODS_DEFAULT;  // Wine does not say so

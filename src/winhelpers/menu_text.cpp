@@ -21,6 +21,7 @@ char16_t MnemonicOf(std::u16string_view label) noexcept {
 }
 
 KeyMatch FindMenuKey(std::span<const char16_t> keys, char16_t key, std::size_t current) noexcept {
+    if (key == 0) return {};
     const std::size_t start = current < keys.size() ? current + 1 : 0;
     for (std::size_t step = 0; step < keys.size(); ++step) {
         const std::size_t position = (start + step) % keys.size();

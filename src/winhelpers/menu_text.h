@@ -25,7 +25,7 @@ struct KeyMatch {
 };
 
 // The item that a pressed key leads to: the next one behind `current` with that key, beginning again at the top.
-// `keys` has one key for each position, 0 for items without one; `current` may be kNone.
+// `keys` has one key for each position, 0 for items without one, which no key leads to; `current` may be kNone.
 KeyMatch FindMenuKey(std::span<const char16_t> keys, char16_t key, std::size_t current) noexcept;
 
 }  // namespace velk

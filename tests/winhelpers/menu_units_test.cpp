@@ -54,6 +54,7 @@ TEST(MenuKeys, LeadToTheNextItemAndTellTheOnlyOne) {
         EXPECT_EQ(c.onlyOne, match.onlyOne);
     }
     EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, u'X', 0).position);
+    EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, 0, 0).position);
     EXPECT_EQ(KeyMatch::kNone, FindMenuKey({}, u'A', 0).position);
 }
 
