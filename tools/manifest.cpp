@@ -1,12 +1,13 @@
-// Writes the manifest with which a program uses VelkSprt.dll without registration: manifest LIBRARY OUTPUT
+// Writes the manifest with which a program uses a library without registration: manifest LIBRARY OUTPUT
 //
+// All of it is read from the library's file, which may be of the other width.
 // The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest
 // inside a DLL of the assembly's name first.
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
-#include "frame/class_table.h"
+#include "tools/library_file.h"
 #include "tools/text_file.h"
 #include "tools/type_reader.h"
 
@@ -42,12 +43,12 @@ std::wstring Attribute(const wchar_t* name, const std::wstring& value) {
     return std::wstring(L" ") + name + L"=\"" + Escaped(value) + L'"';
 }
 
-std::wstring ComClass(const ClassInfo& info, const TypeLib& library, const std::wstring& tlbid) {
-    Type coclass;
-    ThrowIfFailed(library->GetTypeInfoOfGuid(info.clsid, coclass.Receive()));
-    return L"    <comClass" + Attribute(L"clsid", GuidText(info.clsid)) + Attribute(L"threadingModel", L"Apartment") +
-           Attribute(L"progid", std::wstring(library::kName) + L"." + info.name) + Attribute(L"tlbid", tlbid) +
-           Attribute(L"description", DocumentationOf(coclass, MEMBERID_NIL).help) + L"/>\n";
+std::wstring ComClass(const Type& type, const std::wstring& library, const std::wstring& tlbid) {
+    const auto attributes = AttributesOf(type);
+    if (attributes->typekind != TKIND_COCLASS || !(attributes->wTypeFlags & TYPEFLAG_FCANCREATE)) return {};
+    return L"    <comClass" + Attribute(L"clsid", GuidText(attributes->guid)) +
+           Attribute(L"threadingModel", L"Apartment") + Attribute(L"progid", library + L"." + NameOf(type)) +
+           Attribute(L"tlbid", tlbid) + Attribute(L"description", DocumentationOf(type, MEMBERID_NIL).help) + L"/>\n";
 }
 
 // So that the interfaces can be marshalled between apartments.
@@ -64,16 +65,19 @@ std::wstring Manifest(const std::filesystem::path& path) {
     const TypeLib types = LoadTypes(path.c_str());
     const auto attributes = AttributesOf(types);
     const std::wstring tlbid = GuidText(attributes->guid);
+    const std::wstring name = DocumentationOf(types, -1).name;
+    const bool narrow = Is32Bit(MachineOf(path).value());
     const std::wstring version =
         std::to_wstring(attributes->wMajorVerNum) + L"." + std::to_wstring(attributes->wMinorVerNum);
     std::wstring text =
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", library::kName) + Attribute(L"version", VELK_VERSION) +
-        Attribute(L"processorArchitecture", sizeof(void*) == 4 ? L"x86" : L"amd64") + L"/>\n  <file" +
+        Attribute(L"type", L"win32") + Attribute(L"name", name) +
+        Attribute(L"version", VersionText(VersionOf(path).value())) +
+        Attribute(L"processorArchitecture", narrow ? L"x86" : L"amd64") + L"/>\n  <file" +
         Attribute(L"name", path.filename()) + L">\n";
-    for (const ClassEntry& entry : Classes()) text += ComClass(*entry.info, types, tlbid);
+    for (const Type& type : TypesOf(types)) text += ComClass(type, name, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
             L"/>\n  </file>\n";
     for (const Type& type : TypesOf(types)) text += ProxyStub(type, tlbid);
