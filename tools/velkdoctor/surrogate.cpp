@@ -27,10 +27,12 @@ class Switch {
             const std::wstring key = kClassesKey + (L"CLSID\\" + GuidText(each.clsid));
             const bool wanted = on_ && MakesSenseOutside(each.name);
             const bool has = ReadText(root, key, kAppId).has_value();
+            if (ReadText(root, key + L"\\InprocServer32", nullptr) && (wanted || has)) {
+                any |= wanted;
+                if (wanted ? Write(root, key, kAppId, id_) : RemoveValue(root, key))
+                    result_.classes.push_back(each.name);
+            }
             otherWidth |= ReadText(root, key, kAppId, kOtherView).has_value();
-            if (!ReadText(root, key + L"\\InprocServer32", nullptr) || (!wanted && !has)) continue;
-            any |= wanted;
-            if (wanted ? Write(root, key, kAppId, id_) : RemoveValue(root, key)) result_.classes.push_back(each.name);
         }
         const std::wstring application = kClassesKey + (L"AppID\\" + id_);
         if (any) {
