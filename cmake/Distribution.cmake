@@ -1,36 +1,44 @@
-# velk_ship(TARGET TYPES IDL VERSION): one line for each library that is delivered. The diagnosis program, the packages and the
-# installer are made from this list; TYPES is the name given to velk_add_type_library, IDL its file's name without extension.
-function(velk_ship target types idl version)
-    set_property(GLOBAL APPEND PROPERTY VELK_SHIPPED_TARGETS ${target})
-    set_property(GLOBAL APPEND PROPERTY VELK_SHIPPED_LIBRARIES $<TARGET_FILE:${target}>)
-    set_property(GLOBAL APPEND PROPERTY VELK_SHIPPED_TYPES ${CMAKE_CURRENT_BINARY_DIR}/${types}/${idl})
-    set_property(GLOBAL APPEND PROPERTY VELK_SHIPPED_VERSIONS ${version})
+# velk_ship(TARGET TYPES IDL VERSION ASSEMBLY): one line for each library that is delivered. The manifests, the diagnosis
+# program, the packages and the installer are made from this list. TYPES is the name given to velk_add_type_library, IDL its
+# file's name without extension, ASSEMBLY the name for use without registration: not that of a DLL, because the platform
+# looks for an assembly's manifest inside a DLL of the assembly's name first.
+function(velk_ship target types idl version assembly)
+    set_property(GLOBAL APPEND PROPERTY VELK_SHIPPED ${target})
+    set_property(GLOBAL PROPERTY VELK_SHIPPED_${target}_TYPES ${CMAKE_CURRENT_BINARY_DIR}/${types}/${idl})
+    set_property(GLOBAL PROPERTY VELK_SHIPPED_${target}_VERSION ${version})
+    set_property(GLOBAL PROPERTY VELK_SHIPPED_${target}_ASSEMBLY ${assembly})
 endfunction()
 
-# velk_write_shipped(): what the list means to the diagnosis program: a header, and each type library as a resource.
-function(velk_write_shipped)
-    get_property(targets GLOBAL PROPERTY VELK_SHIPPED_TARGETS)
-    get_property(types GLOBAL PROPERTY VELK_SHIPPED_TYPES)
-    get_property(versions GLOBAL PROPERTY VELK_SHIPPED_VERSIONS)
+# velk_for_shipped(): what the list means to the build: the manifests, what the diagnosis program embeds (shipped.h,
+# shipped.rc), and shipped.txt in the build folder, from which the packages are made.
+function(velk_for_shipped)
+    get_property(targets GLOBAL PROPERTY VELK_SHIPPED)
     set(number 0)
-    foreach(target type version IN ZIP_LISTS targets types versions)
+    foreach(target IN LISTS targets)
+        foreach(fact TYPES VERSION ASSEMBLY)
+            get_property(${fact} GLOBAL PROPERTY VELK_SHIPPED_${target}_${fact})
+        endforeach()
         math(EXPR number "${number} + 1")
-        string(APPEND entries "    {L\"${target}.dll\", L\"${version}\"},\n")
-        string(APPEND resources "${number} TYPELIB \"${type}.tlb\"\n")
+        string(APPEND entries "    {L\"${target}.dll\", L\"${VERSION}\"},\n")
+        string(APPEND resources "${number} TYPELIB \"${TYPES}.tlb\"\n")
+        string(APPEND lines "library $<TARGET_FILE:${target}> ${ASSEMBLY}\ntypes ${TYPES}.tlb\nheader ${TYPES}.h\n")
+        list(APPEND type_libraries ${TYPES}.tlb)
+        list(APPEND manifests ${CMAKE_BINARY_DIR}/${ASSEMBLY}.manifest)
+        add_custom_command(
+            OUTPUT ${CMAKE_BINARY_DIR}/${ASSEMBLY}.manifest
+            COMMAND ${CMAKE_COMMAND} -E chdir ${CMAKE_BINARY_DIR}
+                ${PROJECT_SOURCE_DIR}/tools/wine_run $<TARGET_FILE:manifest> $<TARGET_FILE_NAME:${target}> ${ASSEMBLY}.manifest
+            DEPENDS ${target} manifest
+            WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+            COMMENT "Manifest ${ASSEMBLY}.manifest"
+            VERBATIM)
     endforeach()
+    add_custom_target(manifest_file ALL DEPENDS ${manifests})
+
     file(CONFIGURE OUTPUT shipped.h CONTENT
         "struct Shipped {\n    const wchar_t* file;\n    const wchar_t* version;\n};\n\ninline constexpr Shipped kShipped[] = {\n${entries}};\n")
     file(CONFIGURE OUTPUT shipped.rc CONTENT "${resources}")
-    list(TRANSFORM types APPEND .tlb)
-    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/shipped.rc PROPERTIES OBJECT_DEPENDS "${types}")
-    # What the packages take from this build folder, one file a line.
-    get_property(libraries GLOBAL PROPERTY VELK_SHIPPED_LIBRARIES)
-    set(headers ${types})
-    list(TRANSFORM headers REPLACE "\\.tlb$" ".h")
-    list(JOIN libraries "\n" lines)
-    list(JOIN types "\n" type_lines)
-    list(JOIN headers "\n" header_lines)
-    file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/shipped.txt
-        CONTENT "${lines}\n${type_lines}\n${header_lines}\n$<TARGET_FILE:velkdoctor>\n")
+    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/shipped.rc PROPERTIES OBJECT_DEPENDS "${type_libraries}")
+    file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/shipped.txt CONTENT "${lines}program $<TARGET_FILE:velkdoctor>\n")
     add_custom_target(shipped DEPENDS ${targets} velkdoctor)
 endfunction()

@@ -1,8 +1,6 @@
 // Writes the manifest with which a program uses a library without registration: manifest LIBRARY OUTPUT
 //
-// All of it is read from the library's file, which may be of the other width.
-// The assembly is named after the type library, not after the file: the platform looks for an assembly's manifest
-// inside a DLL of the assembly's name first.
+// All of it is read from the library's file, which may be of the other width; the assembly is named after the output.
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -61,7 +59,7 @@ std::wstring ProxyStub(const Type& type, const std::wstring& tlbid) {
            Attribute(L"proxyStubClsid32", dual ? kTypeLibraryMarshaler : kDispatchMarshaler) + L"/>\n";
 }
 
-std::wstring Manifest(const std::filesystem::path& path) {
+std::wstring Manifest(const std::filesystem::path& path, const std::wstring& assembly) {
     const TypeLib types = LoadTypes(path.c_str());
     const auto attributes = AttributesOf(types);
     const std::wstring tlbid = GuidText(attributes->guid);
@@ -73,7 +71,7 @@ std::wstring Manifest(const std::filesystem::path& path) {
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", name) +
+        Attribute(L"type", L"win32") + Attribute(L"name", assembly) +
         Attribute(L"version", VersionText(VersionOf(path).value())) +
         Attribute(L"processorArchitecture", narrow ? L"x86" : L"amd64") + L"/>\n  <file" +
         Attribute(L"name", path.filename()) + L">\n";
@@ -88,7 +86,7 @@ std::wstring Manifest(const std::filesystem::path& path) {
 
 int main(int count, char** arguments) try {
     if (count != 3) return std::puts("usage: manifest LIBRARY OUTPUT"), 2;
-    return WriteUtf8(arguments[2], Manifest(arguments[1])) ? 0 : 1;
+    return WriteUtf8(arguments[2], Manifest(arguments[1], std::filesystem::path(arguments[2]).stem())) ? 0 : 1;
 } catch (...) {
     std::printf("manifest: %ls\n", velk::CaughtFailure().description.c_str());
     return 1;

@@ -12,6 +12,7 @@ namespace {
 class Surrogate : public Deployed {
   protected:
     void SetUp() override {
+        if (sizeof(void*) == 8) GTEST_SKIP() << "Wine starts the 32-bit surrogate only";
         Deployed::SetUp();
         // The surrogate process inherits this, so that no report can wait there for a click.
         SetEnvironmentVariableW(L"VELKSPRT_REPORTS", L"debugger");
