@@ -6,7 +6,7 @@ root=$(dirname "$(dirname "$(dirname "$(readlink -f "$0")")")")
 copy=$(mktemp -d "${TMPDIR:-/tmp}/another folder.XXXXXX")
 trap 'rm -rf "$copy"' EXIT
 cd "$root"
-SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
 export SOURCE_DATE_EPOCH VELK_WINEPREFIX=$WINEPREFIX
 find . -mindepth 1 -maxdepth 1 ! -name build ! -name .git -exec cp -r -t "$copy" {} +
 "$copy/tools/package" >"$copy/package.txt" 2>&1 || { cat "$copy/package.txt"; exit 1; }

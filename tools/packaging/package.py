@@ -38,11 +38,10 @@ LINKED = [
 
 
 def shipped(build):
-    """The lines of the build's list: (kind, path, assembly or None)."""
+    """The lines of the build's list: (kind, the library's assembly or "-", path)."""
     for line in (Path(build) / "shipped.txt").read_text().splitlines():
-        kind, rest = line.split(" ", 1)
-        path, assembly = rest.rsplit(" ", 1) if kind == "library" else (rest, None)
-        yield kind, Path(path), assembly
+        kind, assembly, path = line.split(" ", 2)
+        yield kind, assembly, Path(path)
 
 
 def copy(source, target):
@@ -51,10 +50,10 @@ def copy(source, target):
 
 
 def stage_width(build, tree, width):
-    for kind, path, assembly in shipped(build):
+    for kind, assembly, path in shipped(build):
         if kind == "header":
             # The compiler's first line names the folder of the interface file.
-            text = re.sub(r"from \S*/", "from ", path.read_text(), count=1)
+            text = re.sub(r"from .*/(?=[\w.]+ - )", "from ", path.read_text(), count=1)
             header = tree / "include" / path.name
             if header.exists() and header.read_text() != text:
                 sys.exit(f"{path.name} differs between the widths")
@@ -62,7 +61,7 @@ def stage_width(build, tree, width):
             header.write_text(text)
             continue
         copy(path, tree / width / path.name)
-        if assembly:
+        if kind == "library":
             copy(Path(build) / "manifests" / f"{assembly}.manifest", tree / width / f"{assembly}.manifest")
 
 
