@@ -26,7 +26,7 @@ function(velk_add_type_library target idl root)
     add_custom_command(
         OUTPUT ${out}/${name}.tlb ${out}/${name}.h
         COMMAND ${widl} -t -o ${name}.tlb ${idl}
-        COMMAND ${widl} -h -o ${name}.h ${idl}
+        COMMAND ${widl} -DVELK_CPP_HEADER -h -o ${name}.h ${idl}
         WORKING_DIRECTORY ${out}
         DEPENDS ${idl} ${fragments}
         COMMENT "Type library ${name}.tlb"

@@ -33,6 +33,7 @@ constexpr Name kKinds[] = {
 };
 
 constexpr Name kTypeFlags[] = {
+    {TYPEFLAG_FAPPOBJECT, L"appobject"},
     {TYPEFLAG_FCANCREATE, L"creatable"},
     {TYPEFLAG_FLICENSED, L"licensed"},
     {TYPEFLAG_FPREDECLID, L"predeclared"},

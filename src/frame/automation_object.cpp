@@ -4,6 +4,13 @@
 
 namespace velk {
 
+HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
+    *info = library::TypeInfo(guid).Detach();
+    return S_OK;
+} catch (...) {
+    return CaughtFailure().code;
+}
+
 ULONG ObjectCore::CountDown() noexcept {
     const ULONG left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left != 0) return left;
@@ -31,13 +38,10 @@ HRESULT ObjectCore::Fail(const wchar_t* member, FailurePolicy policy) const noex
     return E_OUTOFMEMORY;
 }
 
-HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept try {
+HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept {
     if (!info) return E_POINTER;
     *info = nullptr;
-    *info = library::TypeInfo(info_.clsid).Detach();
-    return S_OK;
-} catch (...) {
-    return CaughtFailure().code;
+    return GetTypeInfoOf(info_.clsid, info);
 }
 
 HRESULT ObjectCore::GetEventsGuid(DWORD kind, GUID* guid) const noexcept {

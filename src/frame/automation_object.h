@@ -9,8 +9,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "frame/call_plan.h"
-#include "frame/dispatch.h"
+#include "frame/dispatch_face.h"
 #include "frame/failure.h"
 #include "frame/library.h"
 #include "frame/platform.h"
@@ -79,7 +78,10 @@ void HandOver(To& to, From&& from) noexcept {
 
 // The interface comes first, so that its calls arrive without an adjusted pointer.
 template <class Interface>
-class AutomationObject : public Interface, public ObjectCore, public ISupportErrorInfo, public IProvideClassInfo2 {
+class AutomationObject : public DispatchFace<Interface>,
+                         public ObjectCore,
+                         public ISupportErrorInfo,
+                         public IProvideClassInfo2 {
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
         if (!object) return E_POINTER;
@@ -90,28 +92,6 @@ class AutomationObject : public Interface, public ObjectCore, public ISupportErr
     }
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return CountUp(); }
     STDMETHODIMP_(ULONG) Release() noexcept override { return CountDown(); }
-
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override {
-        if (!count) return E_POINTER;
-        *count = 1;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
-        if (index != 0) return DISP_E_BADINDEX;
-        return Guard(L"GetTypeInfo", info, [] { return library::TypeInfo(__uuidof(Interface)); });
-    }
-    STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) noexcept override {
-        const InterfacePlan* const plan = Plan();
-        return plan ? dispatch::GetIDsOfNames(*plan, reserved, names, count, ids) : E_OUTOFMEMORY;
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
-                        EXCEPINFO* exception, UINT* badArgument) noexcept override {
-        const InterfacePlan* const plan = Plan();
-        if (!plan) return E_OUTOFMEMORY;
-        return dispatch::Invoke(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
-    }
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
         return iid == __uuidof(Interface) ? S_OK : S_FALSE;
@@ -168,14 +148,6 @@ class AutomationObject : public Interface, public ObjectCore, public ISupportErr
         if (iid == IID_IProvideClassInfo) return static_cast<IProvideClassInfo*>(this);
         if (iid == IID_IProvideClassInfo2) return static_cast<IProvideClassInfo2*>(this);
         return ExtraFace(iid);
-    }
-
-    // Read from the type library at the first late-bound call of the interface; null only when memory ran out.
-    static const InterfacePlan* Plan() noexcept try {
-        static const InterfacePlan plan(__uuidof(Interface));
-        return &plan;
-    } catch (...) {
-        return nullptr;
     }
 };
 

@@ -16,7 +16,8 @@ STDAPI DllUnregisterServer() { return velk::UnregisterLibrary(); }
 // At the end of the process nothing is released: the other threads have been stopped wherever they were.
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_DETACH && !processEnds) {
-        velk::library::ReleaseTypeLibrary();
+        if (velk::library::kIdentity.atUnload) velk::library::kIdentity.atUnload();
+        velk::library::ReleaseTypeLibraries();
         velk::ReleaseRuntime();
     }
     return TRUE;

@@ -66,7 +66,7 @@ Failure FromRuntimeError(const RuntimeError& error) {
 }
 
 std::wstring SourceName(ErrorSource source, const wchar_t* className) {
-    if (source == ErrorSource::Library) return library::kName;
+    if (source == ErrorSource::Library) return library::kIdentity.name;
     return library::FileBaseName() + L"." + className;
 }
 

@@ -10,11 +10,18 @@ extern "C" IMAGE_DOS_HEADER __ImageBase;
 namespace velk::library {
 namespace {
 
-ITypeLib* kept = nullptr;
+ITypeLib* own = nullptr;
+ITypeLib* foreign = nullptr;
 
-ITypeLib* LoadOwnTypeLibrary() {
-    ThrowIfFailed(LoadTypeLibEx(FilePath().c_str(), REGKIND_NONE, &kept));
-    return kept;
+// Kept for the module's life: loading costs a file mapping, and late-bound clients ask for it at each new interface.
+ITypeLib* Load(ITypeLib** kept, const wchar_t* resource) {
+    ThrowIfFailed(LoadTypeLibEx((FilePath() + resource).c_str(), REGKIND_NONE, kept));
+    return *kept;
+}
+
+ITypeLib* ForeignTypeLibrary() {
+    static ITypeLib* const loaded = Load(&foreign, L"\\2");
+    return loaded;
 }
 
 }  // namespace
@@ -36,19 +43,21 @@ std::wstring FileBaseName() {
     return path.substr(name, path.rfind(L'.') - name);
 }
 
-// Kept for the module's life: loading costs a file mapping, and late-bound clients ask for it at each new interface.
 ComPtr<ITypeLib> TypeLibrary() {
-    static ITypeLib* const loaded = LoadOwnTypeLibrary();
+    static ITypeLib* const loaded = Load(&own, L"");
     return ComPtr<ITypeLib>(loaded);
 }
 
-void ReleaseTypeLibrary() noexcept {
-    if (kept) kept->Release();
+void ReleaseTypeLibraries() noexcept {
+    if (own) own->Release();
+    if (foreign) foreign->Release();
 }
 
 ComPtr<ITypeInfo> TypeInfo(REFGUID guid) {
     ComPtr<ITypeInfo> info;
-    ThrowIfFailed(TypeLibrary()->GetTypeInfoOfGuid(guid, info.Receive()));
+    HRESULT found = TypeLibrary()->GetTypeInfoOfGuid(guid, info.Receive());
+    if (found == TYPE_E_ELEMENTNOTFOUND) found = ForeignTypeLibrary()->GetTypeInfoOfGuid(guid, info.Receive());
+    ThrowIfFailed(found);
     return info;
 }
 

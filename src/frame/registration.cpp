@@ -27,7 +27,7 @@ std::wstring GuidText(REFGUID guid) {
     return text;
 }
 
-std::wstring ProgId(const ClassInfo& info) { return std::wstring(library::kName) + L"." + info.name; }
+std::wstring ProgId(const ClassInfo& info) { return std::wstring(library::kIdentity.name) + L"." + info.name; }
 
 void SetValue(Scope scope, const std::wstring& key, const wchar_t* name, const std::wstring& value) {
     RegistryKey opened;

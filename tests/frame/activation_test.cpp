@@ -1,6 +1,7 @@
 // Use without registration: a program that carries the library and its manifest.
 #include <gtest/gtest.h>
 
+#include "support/activation.h"
 #include "support/client.h"
 #include "support/late_bound.h"
 #include "support/scratch_folder.h"
@@ -8,33 +9,9 @@
 namespace velk::test {
 namespace {
 
-// Makes what a manifest declares known to the thread.
-class Activation {
-  public:
-    explicit Activation(const std::wstring& manifest) {
-        ACTCTXW request{};
-        request.cbSize = sizeof(request);
-        request.lpSource = manifest.c_str();
-        context_ = CreateActCtxW(&request);
-        EXPECT_NE(INVALID_HANDLE_VALUE, context_) << GetLastError();
-        EXPECT_TRUE(ActivateActCtx(context_, &cookie_));
-    }
-    Activation(const Activation&) = delete;
-    Activation& operator=(const Activation&) = delete;
-    ~Activation() {
-        DeactivateActCtx(0, cookie_);
-        ReleaseActCtx(context_);
-    }
-
-  private:
-    HANDLE context_;
-    ULONG_PTR cookie_ = 0;
-};
-
 std::wstring CopyInto(const ScratchFolder& folder, const std::wstring& name) {
-    const std::wstring built = LibraryPath();
     const std::wstring copy = folder.Path(name);
-    EXPECT_TRUE(CopyFileW((built.substr(0, built.rfind(L'\\') + 1) + name).c_str(), copy.c_str(), TRUE)) << name;
+    EXPECT_TRUE(CopyFileW(BuiltFile(name.c_str()).c_str(), copy.c_str(), TRUE)) << name;
     return copy;
 }
 

@@ -1,4 +1,4 @@
-// The built library as a file, and what its type library promises.
+// The built libraries as files, and what their type libraries promise.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +15,8 @@ namespace {
 
 class Image {
   public:
-    Image() {
-        std::ifstream file(LibraryPath().c_str(), std::ios::binary);
+    explicit Image(const std::wstring& path) {
+        std::ifstream file(path.c_str(), std::ios::binary);
         bytes_.assign(std::istreambuf_iterator<char>(file), {});
     }
 
@@ -44,8 +44,11 @@ class Image {
     std::string bytes_;
 };
 
-TEST(LibraryFile, IsARelocatableHardenedLibraryWithoutTimeStamps) {
-    const Image image;
+class LibraryFile : public testing::TestWithParam<const wchar_t*> {};
+INSTANTIATE_TEST_SUITE_P(Both, LibraryFile, testing::Values(L"VelkSprt.dll", L"VelkSub.dll"));
+
+TEST_P(LibraryFile, IsARelocatableHardenedLibraryWithoutTimeStamps) {
+    const Image image(BuiltFile(GetParam()));
     const IMAGE_FILE_HEADER& file = image.headers().FileHeader;
     EXPECT_EQ(sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64, file.Machine);
     EXPECT_TRUE(file.Characteristics & IMAGE_FILE_DLL);
@@ -60,8 +63,8 @@ TEST(LibraryFile, IsARelocatableHardenedLibraryWithoutTimeStamps) {
     EXPECT_EQ(0u, image.Directory(IMAGE_DIRECTORY_ENTRY_DEBUG).Size);
 }
 
-TEST(LibraryFile, ExportsTheFourEntryPointsUndecorated) {
-    const Image image;
+TEST_P(LibraryFile, ExportsTheFourEntryPointsUndecorated) {
+    const Image image(BuiltFile(GetParam()));
     const auto* exports =
         image.Mapped<IMAGE_EXPORT_DIRECTORY>(image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
     std::set<std::string> names;
@@ -74,11 +77,11 @@ TEST(LibraryFile, ExportsTheFourEntryPointsUndecorated) {
     EXPECT_EQ(4u, exports->NumberOfFunctions);
 }
 
-TEST(LibraryFile, ImportsOnlySystemLibraries) {
+TEST_P(LibraryFile, ImportsOnlySystemLibraries) {
     const std::set<std::string> system{"kernel32.dll", "user32.dll",   "gdi32.dll",    "advapi32.dll", "ole32.dll",
                                        "oleaut32.dll", "shell32.dll",  "comdlg32.dll", "winmm.dll",    "wininet.dll",
                                        "comctl32.dll", "winspool.drv", "version.dll",  "msvcrt.dll"};
-    const Image image;
+    const Image image(BuiltFile(GetParam()));
     const auto* library =
         image.Mapped<IMAGE_IMPORT_DESCRIPTOR>(image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
     for (; library->Name; ++library) {
@@ -88,7 +91,7 @@ TEST(LibraryFile, ImportsOnlySystemLibraries) {
     }
 }
 
-TEST(LibraryFile, StatesItsVersion) {
+TEST(MainLibraryFile, StatesItsVersion) {
     std::vector<std::byte> resource(GetFileVersionInfoSizeW(LibraryPath().c_str(), nullptr));
     ASSERT_TRUE(GetFileVersionInfoW(LibraryPath().c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()));
     void* value = nullptr;
@@ -103,8 +106,8 @@ TEST(LibraryFile, StatesItsVersion) {
 
 #ifdef NDEBUG  // debug information names its sources
 
-TEST(LibraryFile, DoesNotTellWhereItWasBuilt) {
-    const Image image;
+TEST_P(LibraryFile, DoesNotTellWhereItWasBuilt) {
+    const Image image(BuiltFile(GetParam()));
     const std::string library = VELKSPRT_DLL;
     for (const std::string& folder : {std::string(VELK_SOURCE_DIR "/"), library.substr(0, library.rfind('/') + 1)}) {
         std::string wide;
@@ -126,7 +129,14 @@ class TypeLibrary : public testing::Test {
         return found;
     }
 
+    std::vector<Type> BothLibraries() const {
+        std::vector<Type> all = TypesOf(library_);
+        for (const Type& type : TypesOf(hooks_)) all.push_back(type);
+        return all;
+    }
+
     const TypeLib library_ = LoadTypes(LibraryPath().c_str());
+    const TypeLib hooks_ = LoadTypes(BuiltFile(L"VelkSub.dll").c_str());
 };
 
 TEST_F(TypeLibrary, HasItsNameAndVersion) {
@@ -138,7 +148,7 @@ TEST_F(TypeLibrary, HasItsNameAndVersion) {
 
 // The constants of enumerations are left out: the type-library compiler gives them none.
 TEST_F(TypeLibrary, HasAHelpTextForEveryTypeAndMember) {
-    for (const Type& type : TypesOf(library_)) {
+    for (const Type& type : BothLibraries()) {
         const Documentation about = DocumentationOf(type, MEMBERID_NIL);
         EXPECT_FALSE(about.help.empty()) << about.name;
         const Type own = OwnMembers(type);
@@ -180,7 +190,8 @@ TEST_F(TypeLibrary, EveryClassIsCreatableAndKnowsItsCoclass) {
 }
 
 TEST_F(TypeLibrary, CountsMembersFromOneInTheirOrder) {
-    for (const Type& type : Kind(TKIND_DISPATCH)) {
+    for (const Type& type : BothLibraries()) {
+        if (AttributesOf(type)->typekind != TKIND_DISPATCH) continue;
         const Type own = OwnMembers(type);
         MEMBERID last = 0;
         for (UINT i = 0; i < AttributesOf(own)->cFuncs; ++i) {

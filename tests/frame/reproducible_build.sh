@@ -1,6 +1,6 @@
 #!/bin/bash
-# reproducible_build.sh LIBRARY: builds the library once more from a copy of its sources in another folder, with nothing
-# reused, and compares the bytes.
+# reproducible_build.sh LIBRARY...: builds the libraries once more from a copy of their sources in another folder, with
+# nothing reused, and compares the bytes.
 set -eu
 root=$(dirname "$(dirname "$(dirname "$(readlink -f "$0")")")")
 copy=$(mktemp -d "${TMPDIR:-/tmp}/a longer name than before.XXXXXX")
@@ -9,5 +9,5 @@ cd "$root"
 find . -mindepth 1 -maxdepth 1 ! -name build ! -name .git -exec cp -r -t "$copy" {} +
 cd "$copy"
 cmake --preset i686 >configure.txt 2>&1 || { cat configure.txt; exit 1; }
-cmake --build --preset i686 --target VelkSprt -j 2 >build.txt 2>&1 || { cat build.txt; exit 1; }
-cmp "$1" build/i686/VelkSprt.dll
+cmake --build --preset i686 --target VelkSprt VelkSub -j 2 >build.txt 2>&1 || { cat build.txt; exit 1; }
+for library in "$@"; do cmp "$library" "build/i686/$(basename "$library")"; done

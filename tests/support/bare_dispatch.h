@@ -5,10 +5,11 @@
 namespace velk::test {
 
 // What every late-bound object of the tests has in common: identity, count, and no description of itself.
-class BareDispatch : public IDispatch {
+template <class Interface>
+class BareObject : public Interface {
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+        *object = iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(Interface) ? this : nullptr;
         if (!*object) return E_NOINTERFACE;
         AddRef();
         return S_OK;
@@ -26,10 +27,12 @@ class BareDispatch : public IDispatch {
     ULONG count() const noexcept { return count_; }
 
   protected:
-    virtual ~BareDispatch() = default;
+    virtual ~BareObject() = default;
 
   private:
     ULONG count_ = 1;
 };
+
+using BareDispatch = BareObject<IDispatch>;
 
 }  // namespace velk::test

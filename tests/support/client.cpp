@@ -14,6 +14,11 @@ std::wstring LibraryPath() {
     return path;
 }
 
+std::wstring BuiltFile(const wchar_t* name) {
+    const std::wstring library = LibraryPath();
+    return library.substr(0, library.rfind(L'\\') + 1) + name;
+}
+
 HMODULE Library() {
     static const HMODULE module = LoadLibraryW(LibraryPath().c_str());
     return module;

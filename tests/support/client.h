@@ -13,6 +13,9 @@ namespace velk::test {
 std::wstring LibraryPath();
 HMODULE Library();
 
+// A file that was built beside it.
+std::wstring BuiltFile(const wchar_t* name);
+
 // An exported entry point.
 template <class Function>
 Function Export(const char* name) {

@@ -1,0 +1,62 @@
+#include "velksub/hook_list.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace velk {
+namespace {
+
+using List = HookList<char>;
+
+// The hooks for a message from the top down.
+std::string Downwards(const List& list, List::Message message) {
+    std::string all;
+    List::Place place = List::kTop;
+    while (const List::Hook* const hook = list.Below(message, place)) {
+        all += hook->target;
+        place = hook->place;
+    }
+    return all;
+}
+
+TEST(HookList, KeepsEachMessagesHooksInTheirOrder) {
+    List list;
+    for (const auto& [message, target] : {std::pair{5u, 'a'}, {2u, 'b'}, {5u, 'c'}, {9u, 'd'}, {2u, 'a'}, {5u, 'a'}}) {
+        list.Add(message, target);
+    }
+    EXPECT_EQ("ca", Downwards(list, 5));
+    EXPECT_EQ("ab", Downwards(list, 2));
+    EXPECT_EQ("d", Downwards(list, 9));
+    for (const List::Message unwanted : {0u, 3u, 0xFFFFFFFFu}) EXPECT_FALSE(list.Wants(unwanted));
+    EXPECT_EQ('a', list.Remove(5, 'a'));
+    EXPECT_EQ(std::nullopt, list.Remove(5, 'a'));
+    EXPECT_EQ(std::nullopt, list.Remove(7, 'a'));
+    EXPECT_EQ("c", Downwards(list, 5));
+    EXPECT_EQ("ab", Downwards(list, 2));
+    EXPECT_EQ(3u + 1u, list.TakeAll().size());
+    EXPECT_TRUE(list.empty());
+}
+
+TEST(HookList, TakesTheLastMessageNumberToo) {
+    List list;
+    list.Add(0xFFFFFFFF, 'a');
+    list.Add(0xFFFFFFFE, 'b');
+    list.Add(0xFFFFFFFF, 'c');
+    EXPECT_EQ("ca", Downwards(list, 0xFFFFFFFF));
+    EXPECT_TRUE(list.Wants(0xFFFFFFFE));
+}
+
+TEST(HookList, APlaceIsNeverGivenTwice) {
+    List list;
+    list.Add(1, 'a');
+    const List::Place first = list.Below(1, List::kTop)->place;
+    list.Remove(1, 'a');
+    list.Add(1, 'a');
+    EXPECT_FALSE(list.Holds(1, first));
+    EXPECT_TRUE(list.Holds(1, list.Below(1, List::kTop)->place));
+    EXPECT_EQ(nullptr, list.Below(1, first)) << "what was attached later stands above";
+}
+
+}  // namespace
+}  // namespace velk

@@ -1,0 +1,282 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "velksub/hooks_fixture.h"
+
+namespace velk::test {
+namespace {
+
+TEST_F(Hooks, SubclassOnceAndRestoreWhenTheLastGoes) {
+    const WNDPROC own = ProcedureOf(window.get());
+    const auto first = TestHook::Make(kAlone), second = TestHook::Make(kAfter);
+    AddToWindow(first.get());
+    const WNDPROC hooked = ProcedureOf(window.get());
+    EXPECT_NE(own, hooked);
+    AddToWindow(first.get());  // once is enough
+    AddToWindow(second.get());
+    AddToWindow(first.get(), kInner);
+    EXPECT_EQ(hooked, ProcedureOf(window.get()));
+    EXPECT_EQ(3u, first->count());
+    EXPECT_EQ(2u, second->count());
+    RemoveFromWindow(first.get());
+    RemoveFromWindow(second.get());
+    RemoveFromWindow(second.get());                      // not attached any more
+    RemoveFromWindow(second.get(), WM_PAINT);            // never was
+    EXPECT_EQ(S_OK, Remove(second.get(), 0, kMessage));  // no window
+    EXPECT_EQ(hooked, ProcedureOf(window.get()));
+    RemoveFromWindow(first.get(), kInner);
+    EXPECT_EQ(own, ProcedureOf(window.get()));
+    EXPECT_EQ(properties, PropertiesOf(window.get()));
+    EXPECT_EQ(1u, first->count());
+    EXPECT_EQ(1u, second->count());
+}
+
+TEST_F(Hooks, RunInTheOrderAndWithTheResultThatTheirResponsesAskFor) {
+    struct HookCase {
+        LONG response;
+        bool passes;
+        HRESULT ends;
+    };
+    struct Case {
+        std::vector<HookCase> hooks;  // a, b, ... in attach order, with results 10, 20, ...
+        const char* log;
+        LRESULT result;
+    };
+    const HookCase alone{kAlone, false, S_OK}, passing{kAlone, true, S_OK}, after{kAfter, false, S_OK};
+    const HookCase failing{kAlone, false, E_FAIL}, passesThenFails{kAlone, true, E_FAIL}, afterFails{kAfter, 0, E_FAIL};
+    const Case cases[] = {
+        {{alone}, "a", 10},
+        {{passing}, "wa", 17},
+        {{after}, "wa", 7},
+        {{{1, false, S_OK}}, "wa", 7},
+        {{{-1, false, S_OK}}, "wa", 7},
+        {{after, after, after}, "wabc", 7},
+        {{alone, alone}, "b", 20},
+        {{passing, passing}, "wab", 37},
+        {{alone, after}, "ab", 10},
+        {{after, alone}, "b", 20},
+        {{after, passing}, "wab", 27},
+        {{failing}, "aw", 7},
+        {{passesThenFails}, "wa", 7},
+        {{afterFails}, "wa", 7},
+        {{alone, failing}, "ba", 10},
+        {{failing, passing}, "awb", 27},
+    };
+    for (const Case& c : cases) {
+        std::vector<ComPtr<TestHook>> hooks;
+        char name = 'a';
+        for (const HookCase& h : c.hooks) {
+            hooks.push_back(Logging(name, h.response, 10 * (name - 'a' + 1), h.passes, h.ends));
+            AddToWindow(hooks.back().get());
+            ++name;
+        }
+        log.clear();
+        EXPECT_EQ(c.result, Send()) << c.log;
+        EXPECT_EQ(c.log, log);
+        for (const auto& hook : hooks) RemoveFromWindow(hook.get());
+    }
+    const auto speechless = Logging('a', kAlone, 1);
+    speechless->respond = [](LONG*) { return E_FAIL; };
+    AddToWindow(speechless.get());
+    log.clear();
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ("w", log) << "a hook that cannot say what it wants is passed over";
+    RemoveFromWindow(speechless.get());
+}
+
+TEST_F(Hooks, SeeTheMessageAndChangeWhatItPointsTo) {
+    const auto hook = TestHook::Make(kAfter);
+    hook->handle = [this](const TestHook::Message& m, LONG*) {
+        EXPECT_EQ(window.handle(), m.window);
+        EXPECT_EQ(static_cast<LONG>(kMessage), m.number);
+        EXPECT_EQ(-5, m.wParam);
+        *static_cast<int*>(LongToPtr(m.lParam)) *= 10;
+        return S_OK;
+    };
+    AddToWindow(hook.get());
+    int value = 3;
+    EXPECT_EQ(7, SendMessageW(window.get(), kMessage, static_cast<WPARAM>(-5), reinterpret_cast<LPARAM>(&value)));
+    EXPECT_EQ(40, value) << "the window's own handling comes first";
+    RemoveFromWindow(hook.get());
+}
+
+TEST_F(Hooks, KnowTheDispatchedMessageAtEveryDepth) {
+    std::vector<LONG> seen;
+    const auto note = [&](LONG* response) { return seen.push_back(Dispatched()), *response = kAlone, S_OK; };
+    const auto outer = TestHook::Make(kAlone), inner = TestHook::Make(kAlone);
+    outer->respond = inner->respond = note;
+    TestWindow other;
+    outer->handle = [&](const TestHook::Message& m, LONG* result) {
+        if (m.wParam == 0) {
+            Send(kInner);
+            seen.push_back(Dispatched());
+            SendMessageW(other.get(), kInner, 0, 0);
+            seen.push_back(Dispatched());
+            SendMessageW(window.get(), kMessage, 1, 0);  // the hook once more, inside itself
+        }
+        Send(WM_NULL);  // nobody's
+        seen.push_back(Dispatched());
+        return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+    };
+    inner->handle = [&](const TestHook::Message&, LONG*) { return seen.push_back(Dispatched()), E_FAIL; };
+    AddToWindow(outer.get());
+    AddToWindow(inner.get(), kInner);
+    ASSERT_EQ(S_OK, Add(inner.get(), other.handle(), kInner));
+    EXPECT_EQ(0, Dispatched());
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ(0, Dispatched());
+    const LONG o = kMessage, i = kInner;
+    EXPECT_EQ((std::vector<LONG>{o, i, i, o, i, i, o, o, o, o}), seen);
+    EXPECT_EQ("www", log);
+    RemoveFromWindow(outer.get());
+    RemoveFromWindow(inner.get(), kInner);
+}
+
+TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
+    const auto first = Logging('a', kAfter, 0), second = Logging('b', kAfter, 0), third = Logging('c', kAfter, 0);
+    const auto run = [&](const std::function<void()>& action, bool inResponse) {
+        const auto acting = TestHook::Make(kAlone);
+        bool done = false;
+        acting->respond = [&](LONG* response) {
+            *response = kAlone;
+            if (inResponse && !std::exchange(done, true)) action();
+            return S_OK;
+        };
+        acting->handle = [&](const TestHook::Message& m, LONG* result) {
+            if (!std::exchange(done, true)) action();
+            log += 'x';
+            return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+        };
+        AddToWindow(first.get());
+        AddToWindow(second.get());
+        AddToWindow(acting.get());
+        const auto self = [&] { RemoveFromWindow(acting.get()); };
+        log.clear();
+        EXPECT_EQ(7, Send());
+        const std::string once = std::exchange(log, "");
+        EXPECT_EQ(7, Send());
+        for (const auto* hook : {&first, &second, &third}) RemoveFromWindow(hook->get());
+        self();
+        EXPECT_EQ(1u, acting->count());
+        return once + ' ' + log;
+    };
+    const auto all = [&] {
+        for (const auto* hook : {&first, &second}) RemoveFromWindow(hook->get());
+    };
+    for (const bool inResponse : {false, true}) {
+        EXPECT_EQ("xwab xwab", run([] {}, inResponse));
+        EXPECT_EQ("xwa xwa", run([&] { RemoveFromWindow(second.get()); }, inResponse));
+        EXPECT_EQ("xw xw", run(all, inResponse));
+        EXPECT_EQ("xwab xwabc", run([&] { AddToWindow(third.get()); }, inResponse)) << "from the next message on";
+        EXPECT_EQ("xwa xwab", run(
+                                  [&] {
+                                      RemoveFromWindow(second.get());
+                                      AddToWindow(second.get());
+                                  },
+                                  inResponse))
+            << "it stands on top now";
+    }
+    EXPECT_EQ(properties, PropertiesOf(window.get()));
+}
+
+TEST_F(Hooks, ThatDetachThemselvesStillReachTheWindow) {
+    const WNDPROC own = ProcedureOf(window.get());
+    const auto hook = TestHook::Make(kAlone);
+    hook->handle = [&](const TestHook::Message& m, LONG* result) {
+        RemoveFromWindow(hook.get());
+        EXPECT_EQ(own, ProcedureOf(window.get()));
+        return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+    };
+    AddToWindow(hook.get());
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ("w", log);
+    EXPECT_EQ(1u, hook->count());
+}
+
+TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
+    enum class When { Outside, InResponse, AloneThenPass, After, Last };
+    for (const When when : {When::Outside, When::InResponse, When::AloneThenPass, When::After, When::Last}) {
+        TestWindow doomed;
+        const LONG handle = doomed.handle();
+        const auto acting = TestHook::Make(when == When::After ? kAfter : kAlone);
+        const auto other = Logging('b', kAfter, 0);
+        const auto destroy = [&] { doomed.Destroy(); };
+        acting->respond = [&](LONG* response) {
+            if (when == When::InResponse) destroy();
+            return *response = when == When::After ? kAfter : kAlone, S_OK;
+        };
+        acting->handle = [&](const TestHook::Message& m, LONG* result) {
+            destroy();
+            if (when == When::Last) return S_OK;
+            return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+        };
+        ASSERT_EQ(S_OK, Add(other.get(), handle, kMessage));
+        ASSERT_EQ(S_OK, Add(acting.get(), handle, kMessage));
+        ASSERT_EQ(S_OK, Add(other.get(), handle, WM_NCDESTROY));
+        log.clear();
+        if (when == When::Outside) {
+            destroy();
+        } else {
+            SendMessageW(doomed.get(), kMessage, 0, 0);
+        }
+        EXPECT_EQ(when == When::After ? "bb" : "b", log) << static_cast<int>(when);
+        EXPECT_EQ(1u, acting->count());
+        EXPECT_EQ(1u, other->count());
+        EXPECT_EQ(S_OK, Remove(acting.get(), handle, kMessage));
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(acting.get(), handle, kMessage));
+        LONG result = -1;
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, manager->CallPreviousProc(handle, kMessage, 0, 0, &result));
+    }
+    manager = nullptr;
+    EXPECT_TRUE(HookLibrary::CanUnload());
+}
+
+// A hook whose last reference was the manager's, and which attaches once more while it goes.
+TEST_F(Hooks, AreReleasedWithTheWindowAndCannotReturnToIt) {
+    struct Stubborn final : BareObject<ISubclass> {
+        explicit Stubborn(std::function<void()> last) : onEnd(std::move(last)) {}
+        ~Stubborn() override { onEnd(); }
+        STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+            return E_NOTIMPL;
+        }
+        STDMETHODIMP get_MsgResponse(LONG*) noexcept override { return E_FAIL; }
+        STDMETHODIMP put_MsgResponse(LONG) noexcept override { return S_OK; }
+        STDMETHODIMP WindowProc(LONG, LONG, LONG, LONG, LONG*) noexcept override { return E_FAIL; }
+        std::function<void()> onEnd;
+    };
+    const auto next = TestHook::Make(kAfter);
+    HRESULT again = S_OK;
+    const LONG handle = window.handle();
+    {
+        const auto hook = ComPtr<ISubclass>::Attach(new Stubborn([&] { again = Add(next.get(), handle, kMessage); }));
+        ISubclass* given = hook.get();
+        ASSERT_EQ(S_OK, manager->AddHook(&given, handle, kMessage));
+    }
+    window.Destroy();
+    EXPECT_EQ(eErrHookManager_InvalidWindowHandle, again);
+    EXPECT_EQ(1u, next->count());
+}
+
+TEST_F(Hooks, LeaveNothingBehindAfterManyCycles) {
+    const WNDPROC own = ProcedureOf(window.get());
+    const auto first = Logging('a', kAfter, 0), second = Logging('b', kAlone, 0);
+    for (int i = 0; i < 10000; ++i) {
+        AddToWindow(first.get());
+        AddToWindow(second.get(), kInner);
+        if (i % 100 == 0) Send();
+        RemoveFromWindow(first.get());
+        RemoveFromWindow(second.get(), kInner);
+    }
+    EXPECT_EQ(own, ProcedureOf(window.get()));
+    EXPECT_EQ(properties, PropertiesOf(window.get()));
+    EXPECT_EQ(1u, first->count());
+    EXPECT_EQ(1u, second->count());
+    manager = nullptr;
+    EXPECT_TRUE(HookLibrary::CanUnload());
+}
+
+}  // namespace
+}  // namespace velk::test

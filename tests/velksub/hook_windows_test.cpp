@@ -1,0 +1,289 @@
+// Windows that others have a hand in: other programs' procedures, ANSI windows, other threads.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "frame/text.h"
+#include "support/late_bound.h"
+#include "velksub/hooks_fixture.h"
+
+namespace velk::test {
+namespace {
+
+// Another program's procedure: counts and passes on.
+struct OtherProgram {
+    static inline WNDPROC before = nullptr;
+    static inline int seen = 0;
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        seen += message == kMessage;
+        return CallWindowProcW(before, window, message, wParam, lParam);
+    }
+    static void Subclass(HWND window) {
+        seen = 0;
+        before =
+            reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
+    }
+    static void Leave(HWND window) { SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(before)); }
+};
+
+TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
+    const auto hook = Logging('a', kAfter, 0);
+    OtherProgram::Subclass(window.get());  // before us
+    AddToWindow(hook.get());
+    EXPECT_EQ(7, Send());
+    RemoveFromWindow(hook.get());
+    EXPECT_EQ(&OtherProgram::Procedure, ProcedureOf(window.get()));
+    OtherProgram::Leave(window.get());
+    EXPECT_EQ(1, OtherProgram::seen);
+
+    AddToWindow(hook.get());
+    OtherProgram::Subclass(window.get());  // after us
+    RemoveFromWindow(hook.get());
+    EXPECT_EQ(1u, hook->count());
+    EXPECT_EQ(&OtherProgram::Procedure, ProcedureOf(window.get()));
+    log.clear();
+    EXPECT_EQ(7, Send());
+    AddToWindow(hook.get());
+    EXPECT_EQ(7, Send());
+    OtherProgram::Leave(window.get());
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ("wwawa", log);
+    EXPECT_EQ(2, OtherProgram::seen);
+    RemoveFromWindow(hook.get());
+    EXPECT_EQ(properties, PropertiesOf(window.get()));
+    EXPECT_EQ(7, Send());
+}
+
+TEST_F(Hooks, KeepAWindowsCharacterSet) {
+    WNDCLASSA description{};
+    description.lpfnWndProc = DefWindowProcA;
+    description.hInstance = GetModuleHandleW(nullptr);
+    description.lpszClassName = "VelkAnsiWindow";
+    ASSERT_TRUE(RegisterClassA(&description));
+    const HWND ansi = CreateWindowExA(0, "VelkAnsiWindow", "", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    const auto hook = TestHook::Make(kAlone);
+    for (const HWND each : {ansi, window.get()}) {
+        const bool unicode = IsWindowUnicode(each);
+        std::wstring given = L"never";
+        hook->handle = [&](const TestHook::Message& m, LONG* result) {
+            const void* const text = LongToPtr(m.lParam);
+            const auto* const narrow = static_cast<const char*>(text);
+            given = unicode ? static_cast<const wchar_t*>(text) : std::wstring(narrow, narrow + std::strlen(narrow));
+            return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+        };
+        ASSERT_EQ(S_OK, Add(hook.get(), HandleToLong(each), WM_SETTEXT));
+        EXPECT_EQ(unicode, IsWindowUnicode(each) != FALSE);
+        EXPECT_TRUE(SetWindowTextW(each, L"from wide"));
+        EXPECT_EQ(L"from wide", given);
+        EXPECT_TRUE(SetWindowTextA(each, "from narrow"));
+        EXPECT_EQ(L"from narrow", given);
+        wchar_t text[20] = L"";
+        GetWindowTextW(each, text, 20);
+        EXPECT_STREQ(L"from narrow", text);
+        EXPECT_EQ(S_OK, Remove(hook.get(), HandleToLong(each), WM_SETTEXT));
+        EXPECT_EQ(unicode, IsWindowUnicode(each) != FALSE);
+    }
+    DestroyWindow(ansi);
+}
+
+struct Ansi {
+    static inline WNDPROC before = nullptr;
+    static inline std::string seen;
+    static LRESULT CALLBACK Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
+        return CallWindowProcA(before, handle, message, wParam, lParam);
+    }
+};
+
+// A program without Unicode stands on a Unicode window: the platform translates between them.
+TEST_F(Hooks, PassOnToAProcedureOfTheOtherCharacterSet) {
+    Ansi::before = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Ansi::Procedure)));
+    const auto wide = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window.get(), GWLP_WNDPROC));
+    ASSERT_NE(&Ansi::Procedure, wide) << "the wide side sees a handle";
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(wide));
+    const auto hook = TestHook::Make(kAfter);
+    AddToWindow(hook.get(), WM_NULL);
+    EXPECT_TRUE(SetWindowTextW(window.get(), L"wide"));
+    EXPECT_EQ("wide", Ansi::seen);
+    wchar_t text[20] = L"";
+    GetWindowTextW(window.get(), text, 20);
+    EXPECT_STREQ(L"wide", text);
+    RemoveFromWindow(hook.get(), WM_NULL);
+    SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Ansi::before));
+}
+
+DWORD WINAPI RunBody(void* body) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    (*static_cast<std::function<void()>*>(body))();
+    CoUninitialize();
+    return 0;
+}
+
+void OnAnotherThread(std::function<void()> body) {
+    const HANDLE thread = CreateThread(nullptr, 0, &RunBody, &body, 0, nullptr);
+    ASSERT_NE(nullptr, thread);
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, 20000));
+    CloseHandle(thread);
+}
+
+std::wstring LastDescription() {
+    ComPtr<IErrorInfo> info;
+    Bstr source, description;
+    if (GetErrorInfo(0, info.Receive()) != S_OK) return {};
+    info->GetSource(source.Receive());
+    info->GetDescription(description.Receive());
+    return std::wstring(View(source.get())) + L": " + std::wstring(View(description.get()));
+}
+
+TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
+    const auto hook = TestHook::Make(kAlone);
+    AddToWindow(hook.get());
+    OnAnotherThread([&] {
+        const HookLibrary here;
+        EXPECT_EQ(manager.As<IUnknown>().get(), here.Manager().As<IUnknown>().get()) << "one manager a process";
+        LONG result = 1;
+        EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), window.handle(), kInner));
+        EXPECT_EQ(L"VelkSub.HookManager: The window belongs to another thread", LastDescription());
+        EXPECT_EQ(eErrHookManager_OtherThread, Remove(hook.get(), window.handle(), kMessage));
+        EXPECT_EQ(eErrHookManager_OtherThread, manager->CallPreviousProc(window.handle(), kMessage, 0, 0, &result));
+        EXPECT_EQ(0, result);
+        const TestWindow own;
+        EXPECT_EQ(S_OK, Add(hook.get(), own.handle(), kMessage));
+        EXPECT_EQ(S_OK, Remove(hook.get(), own.handle(), kMessage));
+    });
+    EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), HandleToLong(GetDesktopWindow()), kMessage));
+    EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), 0, kMessage));
+    EXPECT_EQ(L"VelkSub.HookManager: Invalid window handle", LastDescription());
+    RemoveFromWindow(hook.get());
+    LONG result = 1;
+    EXPECT_EQ(eErrHookManager_NotHooked, manager->CallPreviousProc(window.handle(), kMessage, 0, 0, &result));
+    EXPECT_EQ(L"VelkSub.HookManager: The window has no hooks", LastDescription());
+    EXPECT_EQ(1u, hook->count());
+}
+
+// The platform destroys a thread's windows at its end without a message, when objects may not be called any more.
+TEST_F(Hooks, OfAThreadThatEndsAreLeftAlone) {
+    const auto hook = TestHook::Make(kAlone);
+    hook->respond = [](LONG*) { return ADD_FAILURE() << "called", S_OK; };
+    OnAnotherThread([&] {
+        const HookLibrary here;
+        const HWND left = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+        EXPECT_EQ(S_OK, Add(hook.get(), HandleToLong(left), kMessage));
+    });
+    EXPECT_EQ(2u, hook->count());
+    hook->Release();  // the reference that was left behind
+    manager = nullptr;
+    EXPECT_TRUE(HookLibrary::CanUnload());
+}
+
+TEST_F(Hooks, TakeTheirArgumentsFromScriptsToo) {
+    const auto hook = Logging('a', kAfter, 0);
+    Variant variable;
+    variable.vt = VT_UNKNOWN;
+    variable.punkVal = hook.get();
+    hook->AddRef();
+    const LONG message = kMessage;
+    EXPECT_EQ(S_OK, Call(manager.get(), L"AddHook", {Arg(&variable), Arg(window.handle()), Arg(message)}).result);
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ(
+        7, Call(manager.get(), L"CallPreviousProc", {Arg(window.handle()), Arg(message), Arg(0L), Arg(0L)}).value.lVal);
+    EXPECT_EQ("waw", log);
+    EXPECT_EQ(0, Get(manager.get(), L"DispatchedMessage").value.lVal);
+    EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
+    const Outcome nothing = Call(manager.get(), L"AddHook", {Arg(static_cast<IDispatch*>(nullptr)), Arg(0L), Arg(1L)});
+    EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
+    EXPECT_EQ(L"VelkSub", nothing.source);
+    EXPECT_EQ(E_POINTER, manager->AddHook(nullptr, window.handle(), 1));
+    EXPECT_EQ(2u, hook->count());
+}
+
+// What a script's object is: the members of ISubclass by name and nothing else.
+class NamedHook final : public BareDispatch {
+  public:
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override {
+        *ids = !_wcsicmp(names[0], L"msgresponse") ? 5 : !_wcsicmp(names[0], L"windowproc") ? 6 : DISPID_UNKNOWN;
+        return *ids != DISPID_UNKNOWN ? S_OK : DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO*,
+                        UINT*) noexcept override {
+        result->vt = id == 5 ? VT_I2 : VT_R8;  // numbers come as scripts keep them
+        if (id == 5) return result->iVal = eMsgResponse_HookAlone, S_OK;
+        result->dblVal = parameters->rgvarg[3].lVal == window ? parameters->rgvarg[0].lVal * 2.0 : -1;
+        return parameters->cArgs == 4 ? ends : DISP_E_BADPARAMCOUNT;
+    }
+    LONG window = 0;
+    HRESULT ends = S_OK;
+};
+
+TEST_F(Hooks, MayBeObjectsOfScripts) {
+    const auto hook = ComPtr<NamedHook>::Attach(new NamedHook);
+    hook->window = window.handle();
+    Variant variable;
+    variable.vt = VT_DISPATCH;
+    variable.pdispVal = hook.get();
+    hook->AddRef();
+    const LONG message = kMessage;
+    for (const VARIANT& given : {Arg(hook.get()), Arg(&variable)}) {
+        EXPECT_EQ(S_OK, Call(manager.get(), L"AddHook", {given, Arg(window.handle()), Arg(message)}).result);
+    }
+    EXPECT_EQ(42, SendMessageW(window.get(), kMessage, 0, 21));
+    hook->ends = DISP_E_EXCEPTION;
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
+    EXPECT_EQ(2u, hook->count()) << "ours and the variable's";
+    const Outcome stranger = Call(manager.get(), L"AddHook", {Arg(manager.get()), Arg(window.handle()), Arg(message)});
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, stranger.result) << "no hook by any name";
+}
+
+// Run by the test after it, as a process of its own.
+TEST(HooksAtExit, DISABLED_EndWithHooksAttached) {
+    const HookLibrary library;
+    auto* const hook = TestHook::Make(kAlone).Detach();
+    auto* const window = new TestWindow;
+    ISubclass* subclass = hook;
+    const auto manager = library.Manager();
+    ASSERT_EQ(S_OK, manager->AddHook(&subclass, window->handle(), kMessage));
+    std::exit(42);
+}
+
+TEST(HooksAtExit, DoNotDisturbTheEndOfTheProcess) {
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring line =
+        L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=HooksAtExit.DISABLED_*";
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process));
+    DWORD code = 0;
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.hProcess, 60000));
+    EXPECT_TRUE(GetExitCodeProcess(process.hProcess, &code));
+    EXPECT_EQ(42u, code);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+}
+
+// Each round takes a slot of the thread's storage, of which a process has few.
+TEST(HooksUnloaded, GiveEverythingBack) {
+    TestWindow window;
+    const auto hook = TestHook::Make(kAlone);
+    ISubclass* subclass = hook.get();
+    for (int i = 0; i < 300; ++i) {
+        {
+            const HookLibrary library;
+            const auto manager = library.Manager();
+            ASSERT_EQ(S_OK, manager->AddHook(&subclass, window.handle(), kMessage));
+            CoFreeUnusedLibrariesEx(0, 0);
+            ASSERT_NE(nullptr, GetModuleHandleW(L"VelkSub.dll")) << "a hooked window needs it";
+            ASSERT_EQ(S_OK, manager->RemoveHook(&subclass, window.handle(), kMessage));
+        }
+        CoFreeUnusedLibrariesEx(0, 0);
+        ASSERT_EQ(nullptr, GetModuleHandleW(L"VelkSub.dll"));
+    }
+}
+
+}  // namespace
+}  // namespace velk::test

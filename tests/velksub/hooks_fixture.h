@@ -1,0 +1,81 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/test_hook.h"
+#include "support/test_window.h"
+
+namespace velk::test {
+
+constexpr LONG kAlone = eMsgResponse_HookAlone;
+constexpr LONG kAfter = eMsgResponse_PreviousFirst;
+constexpr UINT kMessage = WM_APP + 1;
+constexpr UINT kInner = WM_APP + 2;
+
+inline WNDPROC ProcedureOf(HWND window) { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC)); }
+
+inline int PropertiesOf(HWND window) {
+    struct Counter {
+        static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) { return ++*reinterpret_cast<int*>(count); }
+    };
+    int count = 0;
+    EnumPropsExW(window, &Counter::Count, reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
+// A window that answers 7 to two messages and counts up what they point to.
+class Hooks : public testing::Test {
+  protected:
+    Hooks() {
+        window.handler = [this](HWND, UINT message, WPARAM, LPARAM lParam) -> std::optional<LRESULT> {
+            if (message != kMessage && message != kInner) return std::nullopt;
+            log += 'w';
+            if (lParam) *reinterpret_cast<int*>(lParam) += 1;
+            return 7;
+        };
+    }
+
+    HRESULT Add(TestHook* hook, LONG handle, UINT message) {
+        ISubclass* subclass = hook;
+        return manager->AddHook(&subclass, handle, static_cast<LONG>(message));
+    }
+    HRESULT Remove(TestHook* hook, LONG handle, UINT message) {
+        ISubclass* subclass = hook;
+        return manager->RemoveHook(&subclass, handle, static_cast<LONG>(message));
+    }
+    void AddToWindow(TestHook* hook, UINT message = kMessage) { ASSERT_EQ(S_OK, Add(hook, window.handle(), message)); }
+    void RemoveFromWindow(TestHook* hook, UINT message = kMessage) {
+        ASSERT_EQ(S_OK, Remove(hook, window.handle(), message));
+    }
+    LRESULT Send(UINT message = kMessage) { return SendMessageW(window.get(), message, 0, 0); }
+    LONG Dispatched() {
+        LONG message = -1;
+        EXPECT_EQ(S_OK, manager->get_DispatchedMessage(&message));
+        return message;
+    }
+
+    // Logs its name and answers `result`; with `passes` it calls what is below first.
+    ComPtr<TestHook> Logging(char name, LONG response, LONG result, bool passes = false, HRESULT ends = S_OK) {
+        auto hook = TestHook::Make(response);
+        hook->handle = [=, this](const TestHook::Message& m, LONG* answer) {
+            LONG below = 0;
+            if (passes) {
+                EXPECT_EQ(S_OK, manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, &below));
+            }
+            log += name;
+            *answer = result + below;
+            return ends;
+        };
+        return hook;
+    }
+
+    HookLibrary library;
+    ComPtr<IHookManager> manager = library.Manager();
+    std::string log;
+    TestWindow window;
+    const int properties = PropertiesOf(window.get());  // the platform's own
+};
+
+}  // namespace velk::test

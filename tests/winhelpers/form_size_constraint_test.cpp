@@ -1,0 +1,334 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+
+#include "support/import_patch.h"
+#include "support/late_bound.h"
+#include "support/test_hook.h"
+#include "support/test_window.h"
+
+namespace velk::test {
+namespace {
+
+using Form = ComPtr<_CFormSizeConstraint>;
+
+Form NewForm() { return CreateObject<_CFormSizeConstraint>(__uuidof(CFormSizeConstraint)); }
+
+HRESULT Init(const Form& form, LONG handle) { return form->Init(&handle); }
+
+LONG HandleOf(const Form& form) {
+    LONG handle = -1;
+    EXPECT_EQ(S_OK, form->get_hWnd(&handle));
+    return handle;
+}
+
+void ExpectFailure(const Outcome& outcome, HRESULT code, const wchar_t* description) {
+    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
+    EXPECT_EQ(code, outcome.code);
+    EXPECT_EQ(description, outcome.description);
+    EXPECT_EQ(L"VelkSprt.CFormSizeConstraint", outcome.source);
+}
+
+constexpr const wchar_t* kFailure = L"CFormSizeConstraint component failure";
+constexpr const wchar_t* kNoWindow = L"Invalid window handle";
+
+class FormSize : public testing::Test {
+  protected:
+    void LetAll(const Form& form, LONG minWidth, LONG minHeight, LONG maxWidth, LONG maxHeight) {
+        EXPECT_EQ(S_OK, form->put_MinWidth(&minWidth));
+        EXPECT_EQ(S_OK, form->put_MinHeight(&minHeight));
+        EXPECT_EQ(S_OK, form->put_MaxWidth(&maxWidth));
+        EXPECT_EQ(S_OK, form->put_MaxHeight(&maxHeight));
+    }
+    // What a window asked for this size becomes.
+    SIZE Resized(const TestWindow& window, int width, int height) {
+        SetWindowPos(window.get(), nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOMOVE);
+        RECT is{};
+        GetWindowRect(window.get(), &is);
+        return {is.right - is.left, is.bottom - is.top};
+    }
+    void ExpectLimits(const TestWindow& window, bool limited) {
+        const SIZE small = Resized(window, 150, 130), large = Resized(window, 900, 700);
+        EXPECT_EQ(limited ? 250 : 150, small.cx);
+        EXPECT_EQ(limited ? 180 : 130, small.cy);
+        EXPECT_EQ(limited ? 350 : 900, large.cx);
+        EXPECT_EQ(limited ? 240 : 700, large.cy);
+    }
+
+    HookLibrary library;
+    TestWindow window;
+    Form form = NewForm();
+};
+
+TEST_F(FormSize, RaisesForEachContradictoryLimitAndKeepsTheOldOne) {
+    struct Case {
+        const wchar_t* name;
+        const wchar_t* counterpart;
+        LONG accepted, contradicted;  // the counterpart's value, and one that it forbids
+        HRESULT code;
+        const wchar_t* description;
+    };
+    const Case cases[] = {
+        {L"MaxHeight", L"MinHeight", 300, 299, eErrFormSizeConstraint_InvalidMaxHeight, L"Invalid maximum height"},
+        {L"MaxWidth", L"MinWidth", 300, 299, eErrFormSizeConstraint_InvalidMaxWidth, L"Invalid maximum width"},
+        {L"MinHeight", L"MaxHeight", 300, 301, eErrFormSizeConstraint_InvalidMinHeight, L"Invalid minimum height"},
+        {L"MinWidth", L"MaxWidth", 300, 301, eErrFormSizeConstraint_InvalidMinWidth, L"Invalid minimum width"},
+    };
+    for (const Case& c : cases) {
+        const Form fresh = NewForm();
+        EXPECT_EQ(0, Get(fresh.get(), c.name).value.lVal);
+        EXPECT_EQ(S_OK, Let(fresh.get(), c.name, {Arg(c.contradicted)}).result) << "without a counterpart";
+        const Form other = NewForm();
+        EXPECT_EQ(S_OK, Let(other.get(), c.counterpart, {Arg(c.accepted)}).result);
+        EXPECT_EQ(S_OK, Let(other.get(), c.name, {Arg(c.accepted)}).result);
+        for (const LONG rejected : {c.contradicted, 0L, -1L}) {
+            ExpectFailure(Let(other.get(), c.name, {Arg(rejected)}), c.code, c.description);
+            EXPECT_EQ(c.accepted, Get(other.get(), c.name).value.lVal);
+        }
+    }
+}
+
+TEST_F(FormSize, ChangesOnlyTheLimitsThatAreSet) {
+    using Record = std::array<LONG, 10>;
+    static_assert(sizeof(Record) == sizeof(MINMAXINFO));
+    const Record filled{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    window.handler = [&](HWND, UINT message, WPARAM, LPARAM lParam) -> std::optional<LRESULT> {
+        if (message != WM_GETMINMAXINFO) return std::nullopt;
+        std::memcpy(reinterpret_cast<void*>(lParam), filled.data(), sizeof(filled));
+        return 99;
+    };
+    struct Limit {
+        const wchar_t* name;
+        std::size_t place;
+        LONG value;
+    };
+    const Limit limits[] = {
+        {L"MinWidth", 6, 106}, {L"MinHeight", 7, 107}, {L"MaxWidth", 8, 108}, {L"MaxHeight", 9, 109}};
+    for (unsigned set = 0; set < 16; ++set) {
+        const Form each = NewForm();
+        EXPECT_EQ(S_OK, Init(each, window.handle()));
+        Record expected = filled;
+        for (unsigned i = 0; i < 4; ++i) {  // after Init: the hook reads what is current
+            if (!(set & 1u << i)) continue;
+            Let(each.get(), limits[i].name, {Arg(limits[i].value)});
+            expected[limits[i].place] = limits[i].value;
+        }
+        Record record{};
+        EXPECT_EQ(99, SendMessageW(window.get(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(record.data())));
+        EXPECT_EQ(expected, record) << set;
+        EXPECT_EQ(S_OK, each->ReleaseForm());
+    }
+}
+
+TEST_F(FormSize, HoldsARealWindowWithinItsLimits) {
+    ExpectLimits(window, false);
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    ExpectLimits(window, true);
+}
+
+// A user who drags the right border, from a thread of his own: the drag is a modal loop.
+class Drag {
+  public:
+    Drag(TestWindow& window, int by) : window_(window), by_(by) {
+        window.handler = [this](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (message == WM_ENTERSIZEMOVE) SetEvent(begun_);
+            if (message == WM_EXITSIZEMOVE) ended_ = true;
+            return std::nullopt;
+        };
+    }
+    Drag(const Drag&) = delete;
+    Drag& operator=(const Drag&) = delete;
+    ~Drag() {
+        window_.handler = nullptr;
+        CloseHandle(begun_);
+    }
+
+    // The width afterwards.
+    int Run() {
+        RECT before{}, after{};
+        GetWindowRect(window_.get(), &before);
+        SetCursorPos(before.right - 2, (before.top + before.bottom) / 2);
+        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+        const HANDLE user = CreateThread(nullptr, 0, &Drag::Move, this, 0, nullptr);
+        for (const DWORD start = GetTickCount(); !ended_ && GetTickCount() - start < 5000;) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
+            PumpMessages();
+        }
+        EXPECT_TRUE(ended_);
+        WaitForSingleObject(user, 5000);
+        CloseHandle(user);
+        GetWindowRect(window_.get(), &after);
+        return after.right - after.left;
+    }
+
+  private:
+    static DWORD WINAPI Move(void* drag) {
+        const auto& self = *static_cast<Drag*>(drag);
+        WaitForSingleObject(self.begun_, 5000);
+        for (int i = 0; i < 10; ++i) {
+            mouse_event(MOUSEEVENTF_MOVE, static_cast<DWORD>(self.by_ / 10), 0, 0, 0);
+            Sleep(10);
+        }
+        mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
+        return 0;
+    }
+
+    TestWindow& window_;
+    int by_;
+    HANDLE begun_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    bool ended_ = false;
+};
+
+TEST_F(FormSize, HoldsAgainstADragOfTheBorder) {
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    ShowWindow(window.get(), SW_SHOW);
+    SetForegroundWindow(window.get());
+    PumpMessages();
+    // The platform confines the pointer instead of the window, which may leave a pixel over.
+    EXPECT_NEAR(350, Drag(window, 200).Run(), 1);
+    EXPECT_NEAR(250, Drag(window, -200).Run(), 1);
+    EXPECT_NEAR(280, Drag(window, 30).Run(), 1);
+}
+
+TEST_F(FormSize, AttachesAndDetaches) {
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(0, HandleOf(form));
+    ExpectFailure(Call(form.get(), L"Init", {Arg(0L)}), eErrFormSizeConstraint_InvalidWindowHandle, kNoWindow);
+    EXPECT_EQ(S_OK, Let(form.get(), L"hWnd", {Arg(window.handle())}).result);
+    ExpectFailure(Let(form.get(), L"hWnd", {Arg(12345L)}), eErrFormSizeConstraint_InvalidWindowHandle, kNoWindow);
+    EXPECT_EQ(window.handle(), HandleOf(form));
+    ExpectLimits(window, true);
+    const TestWindow second;
+    EXPECT_EQ(S_OK, Init(form, second.handle()));
+    ExpectLimits(window, false);
+    ExpectLimits(second, true);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(S_OK, form->ReleaseForm());
+    ExpectLimits(second, false);
+    EXPECT_EQ(second.handle(), HandleOf(form));
+    EXPECT_EQ(S_OK, Init(form, second.handle()));
+    ExpectLimits(second, true);
+}
+
+TEST_F(FormSize, ReleaseByNameIsTheClassesOwn) {
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    form->AddRef();
+    const ULONG count = form->Release();
+    EXPECT_EQ(S_OK, Call(form.get(), L"Release").result);
+    EXPECT_EQ(S_OK, InvokeByPlatform(form.get(), L"release", DISPATCH_METHOD, {}).result);
+    ExpectLimits(window, false);
+    form->AddRef();
+    EXPECT_EQ(count - 1, form->Release()) << "the hook manager's reference went, and no other";
+}
+
+TEST_F(FormSize, LivesAsLongAsItIsAttached) {
+    auto doomed = std::make_unique<TestWindow>();
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(S_OK, Init(form, doomed->handle()));
+    form = nullptr;
+    ExpectLimits(*doomed, true);
+    EXPECT_FALSE(CanUnload());
+    doomed = nullptr;
+    EXPECT_TRUE(CanUnload());
+    form = NewForm();
+    doomed = std::make_unique<TestWindow>();
+    EXPECT_EQ(S_OK, Init(form, doomed->handle()));
+    doomed = nullptr;
+    EXPECT_EQ(S_OK, form->ReleaseForm()) << "the window went before";
+    form = nullptr;
+    EXPECT_TRUE(CanUnload());
+}
+
+TEST_F(FormSize, MayBeReleasedInsideItsOwnMessage) {
+    LetAll(form, 250, 180, 350, 240);
+    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    window.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message == WM_GETMINMAXINFO && form) {
+            EXPECT_EQ(S_OK, form->ReleaseForm());
+            form = nullptr;
+        }
+        return std::nullopt;
+    };
+    ExpectLimits(window, false);
+    EXPECT_TRUE(CanUnload());
+}
+
+TEST_F(FormSize, IsAHookWithADispatchOfItsOwn) {
+    const auto hook = form.As<ISubclass>();
+    ASSERT_TRUE(hook);
+    EXPECT_EQ(form.As<IUnknown>().get(), hook.As<IUnknown>().get());
+    EXPECT_EQ(form.get(), hook.As<IDispatch>().get()) << "the default interface";
+    EXPECT_EQ(S_OK, form.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(__uuidof(ISubclass)));
+    EXPECT_EQ(eMsgResponse_PreviousFirst, Get(hook.get(), L"MsgResponse").value.lVal);
+    EXPECT_EQ(S_OK, Let(hook.get(), L"MsgResponse", {Arg(0L)}).result);
+    EXPECT_EQ(eMsgResponse_PreviousFirst, Get(hook.get(), L"MsgResponse").value.lVal);
+    LetAll(form, 250, 180, 350, 240);
+    MINMAXINFO record{};
+    const Outcome called =
+        Call(hook.get(), L"WindowProc", {Arg(0L), Arg(1L), Arg(2L), Arg(static_cast<LONG>(PtrToLong(&record)))});
+    EXPECT_EQ(S_OK, called.result);
+    EXPECT_EQ(0, called.value.lVal);
+    EXPECT_EQ(250, record.ptMinTrackSize.x);
+    EXPECT_EQ(DISPID_UNKNOWN, IdOf(hook.get(), L"MaxWidth"));
+    EXPECT_EQ(DISPID_UNKNOWN, IdOf(form.get(), L"WindowProc"));
+    LONG result = 1;
+    EXPECT_EQ(E_POINTER, hook->WindowProc(0, WM_GETMINMAXINFO, 0, 0, &result)) << "no record";
+    ComPtr<ITypeInfo> info;
+    EXPECT_EQ(S_OK, hook->GetTypeInfo(0, 0, info.Receive())) << "described without the hook library";
+}
+
+struct Shared {
+    HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    LONG window = 0;
+};
+
+DWORD WINAPI MakeWindow(void* given) {
+    auto* const shared = static_cast<Shared*>(given);
+    const TestWindow window;
+    shared->window = window.handle();
+    SetEvent(shared->ready);
+    MsgWaitForMultipleObjects(1, &shared->done, FALSE, 20000, 0);
+    return 0;
+}
+
+TEST_F(FormSize, FailsForAWindowOfAnotherThread) {
+    Shared shared;
+    const HANDLE thread = CreateThread(nullptr, 0, &MakeWindow, &shared, 0, nullptr);
+    WaitForSingleObject(shared.ready, 20000);
+    ExpectFailure(Call(form.get(), L"Init", {Arg(shared.window)}), eErrFormSizeConstraint_ComponentFailure, kFailure);
+    EXPECT_EQ(shared.window, HandleOf(form));
+    SetEvent(shared.done);
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, 20000));
+    for (const HANDLE each : {thread, shared.ready, shared.done}) CloseHandle(each);
+}
+
+// Neither registered nor in a manifest.
+TEST(FormSizeAlone, FailsAndSaysWhatIsMissing) {
+    HookLibrary::Unregister();
+    static std::wstring said;
+    struct Debugger {
+        static void WINAPI Say(LPCWSTR text) { said += text; }
+    };
+    const ImportPatch patch(Library(), "OutputDebugStringW", reinterpret_cast<void*>(&Debugger::Say));
+    const TestWindow window;
+    {
+        const Form form = NewForm();
+        for (int i = 0; i < 2; ++i) {
+            ExpectFailure(Call(form.get(), L"Init", {Arg(window.handle())}), eErrFormSizeConstraint_ComponentFailure,
+                          kFailure);
+        }
+        EXPECT_EQ(window.handle(), HandleOf(form));
+    }
+    EXPECT_EQ(
+        L"VelkSprt: VelkSub.HookManager cannot be created (0x80040154), windows are not hooked. Is VelkSub.dll "
+        L"registered?\n",
+        said);
+    EXPECT_TRUE(CanUnload());
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,344 @@
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+#include "support/import_patch.h"
+#include "support/late_bound.h"
+#include "support/test_hook.h"
+#include "support/test_window.h"
+
+#include <commctrl.h>
+
+namespace velk::test {
+namespace {
+
+using List = ComPtr<_CListViewExtended>;
+using Widths = std::vector<int>;
+
+constexpr const wchar_t* kNotInitialized = L"Object not properly initialized. Set the Hwnd property first";
+
+List NewList() { return CreateObject<_CListViewExtended>(__uuidof(CListViewExtended)); }
+
+void ExpectFailure(const Outcome& outcome, HRESULT code, const wchar_t* description) {
+    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
+    EXPECT_EQ(code, outcome.code);
+    EXPECT_EQ(description, outcome.description);
+    EXPECT_EQ(L"VelkSprt.CListViewExtended", outcome.source);
+}
+
+// What the library sends from this thread, and the one call with a style in a window handle's place.
+class Sent {
+  public:
+    struct Message {
+        HWND window;
+        UINT number;
+        WPARAM wParam;
+        LPARAM lParam;
+        bool operator==(const Message&) const = default;
+    };
+    Sent() : patch_(Library(), "SendMessageA", reinterpret_cast<void*>(&Send)) { now_ = this; }
+    ~Sent() { now_ = nullptr; }
+
+    std::vector<Message> Of(UINT number) const {
+        std::vector<Message> found;
+        for (const Message& message : messages_) {
+            if (message.number == number) found.push_back(message);
+        }
+        return found;
+    }
+
+  private:
+    static LRESULT WINAPI Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        now_->messages_.push_back({window, message, wParam, lParam});
+        return SendMessageA(window, message, wParam, lParam);
+    }
+
+    static inline Sent* now_ = nullptr;
+    ImportPatch patch_;
+    std::vector<Message> messages_;
+};
+
+// A real list view in report view with three columns, and below all hooks one that notes what the header has to say.
+class ListView : public testing::Test {
+  protected:
+    ListView() : control(Make()) {
+        below->handle = [this](const TestHook::Message& m, LONG*) {
+            notified.push_back(static_cast<int>(static_cast<const NMHDR*>(LongToPtr(m.lParam))->code));
+            return S_OK;
+        };
+        ISubclass* hook = below.get();
+        EXPECT_EQ(S_OK, library.Manager()->AddHook(&hook, handle(), WM_NOTIFY));
+        SetWidths({100, 100, 200});
+    }
+
+    HWND Make() {
+        const HWND made = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | WS_VISIBLE | LVS_REPORT, 0, 0, 400, 200,
+                                          parent.get(), nullptr, nullptr, nullptr);
+        EXPECT_NE(nullptr, made);
+        LVCOLUMNW column{};
+        column.mask = LVCF_TEXT | LVCF_WIDTH;
+        column.pszText = const_cast<LPWSTR>(L"Column");
+        for (WPARAM i = 0; i < 3; ++i) SendMessageW(made, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
+        return made;
+    }
+    LONG handle() const { return HandleToLong(control); }
+    HWND Header() const { return reinterpret_cast<HWND>(SendMessageW(control, LVM_GETHEADER, 0, 0)); }
+    void SetWidths(const Widths& widths) {
+        for (WPARAM i = 0; i < widths.size(); ++i) SendMessageW(control, LVM_SETCOLUMNWIDTH, i, widths[i]);
+    }
+    Widths GetWidths() const {
+        Widths widths;
+        for (WPARAM i = 0; i < 3; ++i) {
+            widths.push_back(static_cast<int>(SendMessageW(control, LVM_GETCOLUMNWIDTH, i, 0)));
+        }
+        return widths;
+    }
+    void Resize(int width) { SetWindowPos(control, nullptr, 0, 0, width, 200, SWP_NOZORDER | SWP_NOMOVE); }
+    void Attach(bool stretches, bool prevents) {
+        EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(handle())}).result);
+        EXPECT_EQ(S_OK, Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(stretches)}).result);
+        EXPECT_EQ(S_OK, Let(list.get(), L"PreventColumnResize", {Arg(prevents)}).result);
+    }
+    LRESULT Notify(int code) {
+        NMHEADERW header{};
+        header.hdr = {Header(), 0, static_cast<UINT>(code)};
+        notified.clear();
+        return SendMessageW(control, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&header));
+    }
+
+    HookLibrary library;
+    std::vector<int> notified;  // what reached the control
+    ComPtr<TestHook> below = TestHook::Make(eMsgResponse_PreviousFirst);
+    TestWindow parent;
+    HWND control;
+    List list = NewList();
+};
+
+TEST_F(ListView, StretchesItsColumnsWithItsWidth) {
+    Attach(true, false);
+    SetWidths({100, 100, 50});
+    Resize(401);
+    EXPECT_EQ((Widths{100, 100, 201}), GetWidths()) << "at first only the last column changes";
+    Resize(400);
+    SetWidths({100, 100, 200});
+    Resize(600);
+    EXPECT_EQ((Widths{150, 150, 300}), GetWidths());
+    SetWidths({10, 20, 30});
+    SetWindowPos(control, nullptr, 0, 0, 600, 150, SWP_NOZORDER | SWP_NOMOVE);
+    EXPECT_EQ((Widths{10, 20, 30}), GetWidths()) << "the height alone";
+    Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(false)});
+    Resize(300);
+    EXPECT_EQ((Widths{10, 20, 30}), GetWidths());
+    Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(true)});
+    SetWindowLongW(control, GWL_STYLE, (GetWindowLongW(control, GWL_STYLE) & ~LVS_TYPEMASK) | LVS_LIST);
+    Resize(500);
+    SetWindowLongW(control, GWL_STYLE, (GetWindowLongW(control, GWL_STYLE) & ~LVS_TYPEMASK) | LVS_REPORT);
+    EXPECT_EQ((Widths{10, 20, 30}), GetWidths()) << "report view only";
+    Resize(300);
+    EXPECT_EQ((Widths{5, 10, 285}), GetWidths()) << "the last stretch was at 600";
+}
+
+TEST_F(ListView, DrawsNothingWhileItStretches) {
+    Attach(true, false);
+    ShowWindow(parent.get(), SW_SHOW);
+    UpdateWindow(control);
+    const Sent sent;
+    Resize(500);
+    const HWND header = Header();
+    using Messages = std::vector<Sent::Message>;
+    EXPECT_EQ((Messages{{header, WM_SETREDRAW, 0, 0},
+                        {control, WM_SETREDRAW, 0, 0},
+                        {header, WM_SETREDRAW, 1, 0},
+                        {control, WM_SETREDRAW, 1, 0}}),
+              sent.Of(WM_SETREDRAW));
+    EXPECT_TRUE(GetUpdateRect(control, nullptr, FALSE));
+    EXPECT_EQ(0, Get(list.get(), L"Redraw").value.boolVal) << "the property is the client's alone";
+}
+
+TEST_F(ListView, KeepsTheUserFromResizingColumns) {
+    Attach(false, true);
+    struct Case {
+        int code;
+        LRESULT prevented;
+    };
+    for (const bool prevents : {true, false}) {
+        Let(list.get(), L"PreventColumnResize", {Arg(prevents)});
+        for (const int code : {-306, -305}) {
+            const LRESULT answer = Notify(code);
+            EXPECT_EQ(prevents, answer == 1) << code;
+            EXPECT_EQ(prevents, notified.empty()) << code << ": never reaches the control";
+        }
+    }
+    Let(list.get(), L"PreventColumnResize", {Arg(true)});
+    for (const int code : {-326, -325, -307, -12}) {  // the wide forms too
+        EXPECT_EQ(0, Notify(code)) << code;
+        EXPECT_EQ(code, notified.back()) << "after those that the control's own handling brought about";
+    }
+}
+
+// The mouse on the divider behind the first column, as the header sees it.
+TEST_F(ListView, HoldsTheDividerAgainstTheMouse) {
+    Attach(false, true);
+    SendMessageW(Header(), HDM_SETUNICODEFORMAT, FALSE, 0);
+    const auto drag = [&] {
+        SendMessageW(Header(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(99, 8));
+        SendMessageW(Header(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(139, 8));
+        SendMessageW(Header(), WM_LBUTTONUP, 0, MAKELPARAM(139, 8));
+        return GetWidths()[0];
+    };
+    EXPECT_EQ(100, drag());
+    Let(list.get(), L"PreventColumnResize", {Arg(false)});
+    EXPECT_EQ(140, drag());
+    SetWidths({100, 100, 200});
+    Let(list.get(), L"PreventColumnResize", {Arg(true)});
+    SendMessageW(Header(), HDM_SETUNICODEFORMAT, TRUE, 0);
+    EXPECT_EQ(140, drag()) << "a header that speaks in the wide forms is not held";
+}
+
+TEST_F(ListView, AnswersTheHookManager) {
+    const auto hook = list.As<ISubclass>();
+    ASSERT_TRUE(hook);
+    EXPECT_EQ(0, Get(hook.get(), L"MsgResponse").value.lVal) << "no message";
+    EXPECT_EQ(S_OK, Let(hook.get(), L"MsgResponse", {Arg(2L)}).result);
+    EXPECT_EQ(0, Get(hook.get(), L"MsgResponse").value.lVal);
+    EXPECT_EQ(0, Call(hook.get(), L"WindowProc", {Arg(handle()), Arg(1L), Arg(2L), Arg(3L)}).value.lVal);
+    EXPECT_EQ(E_POINTER, hook->WindowProc(handle(), WM_NOTIFY, 0, 0, nullptr));
+    LONG result = 1;
+    EXPECT_EQ(E_POINTER, hook->WindowProc(handle(), WM_NOTIFY, 0, 0, &result));
+    NMHDR header{};
+    const auto invalidCall = static_cast<HRESULT>(0x800A0005);
+    EXPECT_EQ(invalidCall, hook->WindowProc(parent.handle(), WM_NOTIFY, 0, PtrToLong(&header), &result))
+        << "there is no previous procedure";
+    Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(true)});
+    EXPECT_EQ(S_OK, hook->WindowProc(12345, WM_WINDOWPOSCHANGED, 0, 0, &result)) << "no such window";
+}
+
+TEST_F(ListView, ChangesTheHeadersStyle) {
+    static HWND given;
+    static UINT flags;
+    struct Recorder {
+        static BOOL WINAPI SetPosition(HWND window, HWND, int, int, int, int, UINT with) {
+            return given = window, flags = with, FALSE;
+        }
+    };
+    const ImportPatch patch(Library(), "SetWindowPos", reinterpret_cast<void*>(&Recorder::SetPosition));
+    Attach(false, false);
+    const auto style = [&] { return GetWindowLongW(Header(), GWL_STYLE); };
+    SetWindowLongW(Header(), GWL_STYLE, style() & ~(HDS_FULLDRAG | HDS_HOTTRACK));
+    const LONG before = style();
+    EXPECT_EQ(S_OK, Call(list.get(), L"SetHeaderStyle", {Arg(LONG{HDS_FULLDRAG | HDS_HOTTRACK})}).result);
+    EXPECT_EQ(before | HDS_FULLDRAG | HDS_HOTTRACK, style());
+    EXPECT_EQ(LongToHandle(before), given) << "deliberately no window";
+    EXPECT_EQ(39u, flags);
+    EXPECT_EQ(S_OK, Call(list.get(), L"RemoveHeaderStyle", {Arg(LONG{HDS_FULLDRAG})}).result);
+    EXPECT_EQ(before | HDS_HOTTRACK, style());
+    given = nullptr;
+    EXPECT_EQ(S_OK, Call(list.get(), L"RemoveHeaderStyle", {Arg(-1L)}).result);
+    EXPECT_EQ(before | HDS_HOTTRACK, style()) << "the last bits stay";
+    EXPECT_EQ(nullptr, given);
+}
+
+TEST_F(ListView, SizesItsColumns) {
+    Attach(false, false);
+    struct Case {
+        LONG style;
+        LPARAM width;
+    };
+    for (const Case& c : {Case{1, LVSCW_AUTOSIZE}, {2, LVSCW_AUTOSIZE_USEHEADER}, {7, LVSCW_AUTOSIZE_USEHEADER}}) {
+        const Sent sent;
+        EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(c.style)}).result);
+        std::vector<Sent::Message> expected;
+        for (WPARAM i = 0; i < 3; ++i) expected.push_back({control, LVM_SETCOLUMNWIDTH, i, c.width});
+        EXPECT_EQ(expected, sent.Of(LVM_SETCOLUMNWIDTH)) << c.style;
+    }
+}
+
+TEST_F(ListView, ShowsIconsInSubItems) {
+    Attach(false, false);
+    LVITEMW item{};
+    item.mask = LVIF_TEXT;
+    item.pszText = const_cast<LPWSTR>(L"item");
+    SendMessageW(control, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    SendMessageW(control, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_GRIDLINES);
+    EXPECT_EQ(S_OK, Call(list.get(), L"SetSubItemIcon", {Arg(0L), Arg(2L), Arg(5L)}).result);
+    EXPECT_EQ(LVS_EX_SUBITEMIMAGES | LVS_EX_GRIDLINES, SendMessageW(control, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0));
+    item.mask = LVIF_IMAGE;
+    item.iSubItem = 2;
+    SendMessageW(control, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    EXPECT_EQ(5, item.iImage);
+}
+
+TEST_F(ListView, SwitchesItsRedrawing) {
+    const Sent sent;
+    EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal);
+    EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result);
+    EXPECT_EQ(VARIANT_TRUE, Get(list.get(), L"Redraw").value.boolVal);
+    EXPECT_TRUE(sent.Of(WM_SETREDRAW).empty()) << "no window yet";
+    Attach(false, false);
+    Let(list.get(), L"Redraw", {Arg(false)});
+    Let(list.get(), L"Redraw", {Arg(true)});
+    EXPECT_EQ((std::vector<Sent::Message>{{control, WM_SETREDRAW, 0, 0}, {control, WM_SETREDRAW, 1, 0}}),
+              sent.Of(WM_SETREDRAW));
+}
+
+TEST_F(ListView, RaisesWithoutAWindow) {
+    const auto expectAll = [&] {
+        for (const wchar_t* name : {L"SetHeaderStyle", L"RemoveHeaderStyle", L"ResizeColumns"}) {
+            ExpectFailure(Call(list.get(), name, {Arg(2L)}), eErrListViewExtended_NotInitialized, kNotInitialized);
+        }
+        ExpectFailure(Call(list.get(), L"SetSubItemIcon", {Arg(0L), Arg(0L), Arg(0L)}),
+                      eErrListViewExtended_NotInitialized, kNotInitialized);
+    };
+    expectAll();
+    for (const auto call : {&Call, &Let}) {
+        const wchar_t* const name = call == &Let ? L"hWnd" : L"Init";
+        ExpectFailure(call(list.get(), name, {Arg(3L)}), eErrListViewExtended_InvalidWindowHandle,
+                      L"Invalid window handle");
+    }
+    EXPECT_EQ(0, Get(list.get(), L"hWnd").value.lVal);
+    Attach(false, false);
+    DestroyWindow(control);
+    expectAll();
+    EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result);
+}
+
+TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
+    const HWND first = control;
+    Attach(true, true);
+    control = Make();
+    Attach(true, true);
+    EXPECT_EQ(handle(), Get(list.get(), L"hWnd").value.lVal);
+    EXPECT_NE(0, SendMessageW(first, LVM_GETHEADER, 0, 0));
+    SetWidths({100, 100, 200});
+    Resize(500);
+    EXPECT_EQ((Widths{100, 100, 300}), GetWidths());
+    std::swap(control, const_cast<HWND&>(first));
+    EXPECT_EQ(0, Notify(-306)) << "the first list view has no hook any more";
+    list = nullptr;
+    EXPECT_FALSE(CanUnload()) << "held as long as it is attached";
+    DestroyWindow(first);
+    EXPECT_TRUE(CanUnload());
+}
+
+// Neither registered nor in a manifest.
+TEST(ListViewAlone, WorksWithoutHooksAndSaysWhatIsMissing) {
+    HookLibrary::Unregister();
+    static int lines;
+    struct Debugger {
+        static void WINAPI Say(LPCWSTR) { ++lines; }
+    };
+    const ImportPatch patch(Library(), "OutputDebugStringW", reinterpret_cast<void*>(&Debugger::Say));
+    const TestWindow parent;
+    const HWND control = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | LVS_REPORT, 0, 0, 400, 200, parent.get(),
+                                         nullptr, nullptr, nullptr);
+    const List list = NewList();
+    lines = 0;
+    EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(control))}).result);
+    EXPECT_EQ(1, lines);
+    EXPECT_EQ(HandleToLong(control), Get(list.get(), L"hWnd").value.lVal);
+    EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(1L)}).result);
+}
+
+}  // namespace
+}  // namespace velk::test

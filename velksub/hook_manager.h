@@ -1,0 +1,37 @@
+// HookManager: the face of the hooks to clients. The windows' hooks themselves are kept for each thread.
+#pragma once
+
+#include "frame/automation_object.h"
+#include "velksub.h"
+
+namespace velk {
+
+inline constexpr const wchar_t* kInvalidWindowHandle = L"Invalid window handle";
+
+class HookManager final : public AutomationObject<IHookManager> {
+  public:
+    static const ClassInfo kInfo;
+
+    // The process's one object, made when it is asked for and nobody holds it. It may be used on any thread, each of
+    // which sees its own windows.
+    static IDispatch* TheOne();
+
+    STDMETHODIMP_(ULONG) Release() noexcept override;
+
+    // Takes objects of scripts for hooks too.
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT* badArgument) noexcept override;
+
+    STDMETHODIMP AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept override;
+    STDMETHODIMP RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept override;
+    STDMETHODIMP get_DispatchedMessage(LONG* result) noexcept override;
+    STDMETHODIMP CallPreviousProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept override;
+
+  private:
+    HookManager() noexcept : AutomationObject(kInfo) {}
+    ~HookManager() override;
+
+    static HookManager* theOne_;
+};
+
+}  // namespace velk

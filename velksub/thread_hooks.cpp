@@ -1,0 +1,170 @@
+#include "velksub/thread_hooks.h"
+
+#include <new>
+#include <utility>
+
+#include "frame/failure.h"
+#include "velksub/hook_manager.h"
+
+namespace velk {
+namespace {
+
+void WINAPI AbandonThread(void* hooks) {
+    static_cast<ThreadHooks*>(hooks)->Abandon();
+    delete static_cast<ThreadHooks*>(hooks);
+}
+
+DWORD slot = FLS_OUT_OF_INDEXES;
+
+DWORD Slot() {
+    static const DWORD made = slot = FlsAlloc(&AbandonThread);
+    if (made == FLS_OUT_OF_INDEXES) throw std::bad_alloc();
+    return made;
+}
+
+// A procedure that outlived its window's hooks, which only a program that puts back what it found earlier can bring
+// about.
+LRESULT CallDefault(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    const auto call = IsWindowUnicode(window) ? DefWindowProcW : DefWindowProcA;
+    return call(window, message, wParam, lParam);
+}
+
+}  // namespace
+
+ThreadHooks* ThreadHooks::Current() noexcept {
+    return slot == FLS_OUT_OF_INDEXES ? nullptr : static_cast<ThreadHooks*>(FlsGetValue(slot));
+}
+
+ThreadHooks& ThreadHooks::Get() {
+    const DWORD made = Slot();
+    if (ThreadHooks* const known = Current()) return *known;
+    auto hooks = std::make_unique<ThreadHooks>();
+    if (!FlsSetValue(made, hooks.get())) throw std::bad_alloc();
+    return *hooks.release();
+}
+
+void ThreadHooks::ReleaseAll() noexcept {
+    if (slot != FLS_OUT_OF_INDEXES) FlsFree(slot);
+}
+
+void ThreadHooks::Abandon() noexcept {
+    for (auto& [handle, window] : windows_) {
+        for (auto& hook : window->hooks().TakeAll()) hook.target.subclass.Detach();
+    }
+}
+
+ThreadHooks::Step::Step(ThreadHooks& owner, const Call& call, WindowHooks::Place at) noexcept
+    : hooks(owner), outer(owner.step_), window(call.window), message(call.message), place(at) {
+    owner.step_ = this;
+}
+
+const ThreadHooks::Window* ThreadHooks::Find(HWND window) const noexcept {
+    const auto found = windows_.find(window);
+    return found == windows_.end() ? nullptr : &found->second;
+}
+
+// Subclasses a window that is not yet; one whose handle belonged to another window before counts as new.
+ThreadHooks::Window ThreadHooks::Subclassed(HWND window) {
+    if (const Window* const known = Find(window)) {
+        if ((*known)->IsDestroyed()) throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
+        if ((*known)->IsMarked()) return *known;
+        Forget(Window(*known));
+        return Subclassed(window);
+    }
+    const Window made = std::make_shared<HookedWindow>(window);
+    windows_.emplace(window, made);
+    if (made->Subclass(&Procedure)) return made;
+    windows_.erase(window);
+    throw ClassError(eErrHookManager_CannotSubclass, L"The window cannot be subclassed");
+}
+
+void ThreadHooks::Add(HookTarget target, HWND window, UINT message) {
+    const Window hooked = Subclassed(window);
+    try {
+        hooked->hooks().Add(message, std::move(target));
+    } catch (...) {
+        RestoreIfUnused(*hooked);
+        throw;
+    }
+}
+
+void ThreadHooks::Remove(const HookTarget& target, HWND window, UINT message) noexcept {
+    const Window* const found = Find(window);
+    if (!found) return;
+    const Window hooked = *found;
+    const auto removed = hooked->hooks().Remove(message, target);  // goes last: that may run foreign code
+    RestoreIfUnused(*hooked);
+}
+
+// A window that another program subclassed after us stays in the table without hooks, so that its messages still find
+// their way.
+void ThreadHooks::RestoreIfUnused(HookedWindow& window) noexcept {
+    if (window.hooks().empty() && window.Restore(&Procedure)) windows_.erase(window.handle());
+}
+
+// The window is no more. It leaves the table last: what the hooks do while they go must not attach to it again.
+void ThreadHooks::Forget(const Window& window) noexcept {
+    window->SetDestroyed();
+    window->hooks().TakeAll();
+    windows_.erase(window->handle());
+}
+
+LRESULT CALLBACK ThreadHooks::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    ThreadHooks* const hooks = Current();
+    const Window* const found = hooks ? hooks->Find(window) : nullptr;
+    if (!found) return CallDefault(window, message, wParam, lParam);
+    if (message != WM_NCDESTROY && !(*found)->hooks().Wants(message)) {
+        return (*found)->CallPrevious(message, wParam, lParam);
+    }
+    const Window kept = *found;
+    return hooks->Dispatch({kept, message, wParam, lParam});
+}
+
+LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
+    const LRESULT result = Below(WindowHooks::kTop, call);
+    if (call.message == WM_NCDESTROY) {
+        call.window->Restore(&Procedure);
+        Forget(call.window);
+    }
+    return result;
+}
+
+LRESULT ThreadHooks::Below(WindowHooks::Place place, const Call& call) noexcept {
+    if (!IsWindow(call.window->handle())) return 0;  // a hook destroyed it
+    const WindowHooks::Hook* const hook = call.window->hooks().Below(call.message, place);
+    return hook ? CallHook(*hook, call) : call.window->CallPrevious(call.message, call.wParam, call.lParam);
+}
+
+// A hook that fails, and one that is taken off meanwhile, is passed over.
+LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) noexcept {
+    const ComPtr<ISubclass> subclass = hook.target.subclass;
+    Step step(*this, call, hook.place);
+    const auto attached = [&] { return call.window->hooks().Holds(step.message, step.place); };
+    LONG response = 0, result = 0;
+    const auto run = [&] {
+        return subclass->WindowProc(HandleToLong(call.window->handle()), static_cast<LONG>(call.message),
+                                    static_cast<LONG>(call.wParam), static_cast<LONG>(call.lParam), &result);
+    };
+    if (FAILED(subclass->get_MsgResponse(&response)) || !attached()) return Below(step.place, call);
+    if (response == eMsgResponse_HookAlone) {
+        if (SUCCEEDED(run())) return result;
+        return step.handledBelow ? step.resultBelow : Below(step.place, call);
+    }
+    const LRESULT below = Below(step.place, call);
+    if (attached()) run();
+    return below;
+}
+
+bool ThreadHooks::CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept {
+    Step* const step = step_;
+    if (step && step->window->handle() == window && step->message == message) {
+        *result = step->resultBelow = Below(step->place, {step->window, message, wParam, lParam});
+        step->handledBelow = true;
+        return true;
+    }
+    const Window* const found = Find(window);
+    if (found) *result = (*found)->CallPrevious(message, wParam, lParam);
+    return found != nullptr;
+}
+
+}  // namespace velk

@@ -1,0 +1,83 @@
+// The hooked windows of one thread, and the way of a message through a window's hooks.
+//
+// A window's messages arrive on its own thread only, so each thread has a table of its own and nothing needs a lock.
+//
+// The hooks for a message stand on the window like layers, the one that was attached last on top. Each layer decides
+// for what is below it: it handles the message alone, or lets what is below handle it first and then sees it.
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+
+#include "frame/platform.h"
+#include "velksub/hooked_window.h"
+
+namespace velk {
+
+class ThreadHooks {
+  public:
+    // The calling thread's. `Current` is null until the thread attached a hook.
+    static ThreadHooks* Current() noexcept;
+    static ThreadHooks& Get();
+    static void ReleaseAll() noexcept;  // when the module is unloaded: no window is hooked any more
+
+    ThreadHooks() noexcept = default;
+    ThreadHooks(const ThreadHooks&) = delete;
+    ThreadHooks& operator=(const ThreadHooks&) = delete;
+
+    // The window is one of this thread.
+    void Add(HookTarget target, HWND window, UINT message);
+    void Remove(const HookTarget& target, HWND window, UINT message) noexcept;
+
+    // The hooked message that is being dispatched; 0 while there is none.
+    UINT DispatchedMessage() const noexcept { return step_ ? step_->message : 0; }
+
+    // What is below the hook that asks; without a hook that is being called, the window's previous procedure. False for
+    // a window without hooks.
+    bool CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept;
+
+    // At a thread's end its windows are gone without a message, and its objects may not be called any more.
+    void Abandon() noexcept;
+
+  private:
+    using Window = std::shared_ptr<HookedWindow>;
+
+    struct Call {
+        const Window& window;
+        UINT message;
+        WPARAM wParam;
+        LPARAM lParam;
+    };
+
+    // One hook that is being called: a link of the chain from the outermost dispatched message to the innermost.
+    struct Step {
+        Step(ThreadHooks& owner, const Call& call, WindowHooks::Place at) noexcept;
+        Step(const Step&) = delete;
+        Step& operator=(const Step&) = delete;
+        ~Step() { hooks.step_ = outer; }
+
+        ThreadHooks& hooks;
+        Step* outer;
+        Window window;
+        UINT message;
+        WindowHooks::Place place;
+        bool handledBelow = false;
+        LRESULT resultBelow = 0;
+    };
+
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+
+    const Window* Find(HWND window) const noexcept;
+    Window Subclassed(HWND window);
+    void RestoreIfUnused(HookedWindow& window) noexcept;
+    void Forget(const Window& window) noexcept;
+
+    LRESULT Dispatch(const Call& call) noexcept;
+    LRESULT Below(WindowHooks::Place place, const Call& call) noexcept;
+    LRESULT CallHook(const WindowHooks::Hook& hook, const Call& call) noexcept;
+
+    std::unordered_map<HWND, Window> windows_;
+    Step* step_ = nullptr;
+};
+
+}  // namespace velk
