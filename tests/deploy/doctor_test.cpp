@@ -3,6 +3,7 @@
 
 #include "tools/type_reader.h"
 #include "tools/velkdoctor/diagnosis.h"
+#include "velksub.h"
 
 namespace velk::test {
 namespace {
@@ -76,6 +77,30 @@ TEST_F(Doctor, NamesForWhomItIsRegistered) {
     Expect(State::UserOnly, "registered for you only");
     EXPECT_EQ(S_OK, Register());
     Expect(State::Fine, "can be created here");
+}
+
+TEST_F(Doctor, NamesTheMissingHookLibrary) {
+    const HMODULE hooks = LoadLibraryW(BuiltFile(L"VelkSub.dll").c_str());
+    const auto call = [hooks](const char* name) {
+        return reinterpret_cast<decltype(&DllRegisterServer)>(reinterpret_cast<void*>(GetProcAddress(hooks, name)))();
+    };
+    ASSERT_EQ(S_OK, Register());
+    call("DllUnregisterServer");
+    Answer answer = RunDoctor(L"CFormSizeConstraint");
+    EXPECT_EQ(static_cast<int>(State::HooksMissing), answer.code);
+    EXPECT_NE(std::string::npos, answer.text.find("VelkSub.HookManager: not registered")) << answer.text;
+    Expect(State::Fine, "can be created here");
+
+    EXPECT_EQ(S_OK, call("DllRegisterServer"));
+    EXPECT_EQ(0, RunDoctor(L"CFormSizeConstraint").code);
+    EXPECT_EQ(0, RunDoctor(L"").code);
+    SetText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\" + GuidText(__uuidof(HookManager)) + L"\\InprocServer32",
+            nullptr, folder_.Path(L"gone.dll"));
+    answer = RunDoctor(L"CFormSizeConstraint");
+    EXPECT_EQ(static_cast<int>(State::HooksMissing), answer.code);
+    EXPECT_NE(std::string::npos, answer.text.find("gone.dll")) << answer.text;
+    EXPECT_EQ(S_OK, call("DllUnregisterServer"));
+    FreeLibrary(hooks);
 }
 
 TEST_F(Doctor, NamesTheOtherWidth) {
