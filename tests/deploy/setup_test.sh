@@ -47,14 +47,17 @@ expect_as_before() {
 
 winepath_of() { echo "$c/$(cut -c4- <<<"$1" | tr '\\' /)"; }
 
-# uninstall FOLDER SWITCH: the program copies itself away and goes on after its end, so wait for the folder to go.
+value() { run reg query "$1\\$key" /v "$2" /reg:32 | sed -n "s/.*REG_SZ *//p" | tr -d '\r'; }
+
+# uninstall FOLDER SWITCH: the program copies itself away and goes on after its end; its key goes last.
 uninstall() {
+    local hive=HKLM
+    [ "$2" = /AllUsers ] || hive=HKCU
     run "$1/uninstall.exe" /S "$2"
-    for _ in $(seq 100); do [ -e "$1" ] || return 0; sleep 0.1; done
-    fail "the folder is still there: $(ls -R "$1")"
+    for _ in $(seq 50); do [ -z "$(value $hive DisplayVersion)" ] && return 0; sleep 0.1; done
+    fail "the uninstaller did not come to its end: $(ls -R "$1")"
 }
 
-value() { run reg query "$1\\$key" /v "$2" /reg:32 | sed -n "s/.*REG_SZ *//p" | tr -d '\r'; }
 expect_version() { local is; is=$(value HKLM DisplayVersion); [ "$is" = "$1" ] || fail "version $is instead of $1"; }
 
 expect_installed() {
