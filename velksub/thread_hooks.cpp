@@ -71,7 +71,7 @@ ThreadHooks::Window ThreadHooks::Subclassed(HWND window) {
         Forget(Window(*known));
         return Subclassed(window);
     }
-    const Window made = std::make_shared<HookedWindow>(window);
+    Window made = std::make_shared<HookedWindow>(window);
     windows_.emplace(window, made);
     if (made->Subclass(&Procedure)) return made;
     windows_.erase(window);

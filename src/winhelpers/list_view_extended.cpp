@@ -184,7 +184,7 @@ STDMETHODIMP CListViewExtended::put_Redraw(VARIANT_BOOL* Value) noexcept {
 HRESULT CListViewExtended::MsgResponse(LONG* result) noexcept {
     return PassOn(result, [&] {
         const bool resized = hooks_.DispatchedMessage() == WM_WINDOWPOSCHANGED;
-        return LONG{resized ? eMsgResponse_PreviousFirst : eMsgResponse_HookAlone};
+        return static_cast<LONG>(resized ? eMsgResponse_PreviousFirst : eMsgResponse_HookAlone);
     });
 }
 

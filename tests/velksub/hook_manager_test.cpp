@@ -182,20 +182,6 @@ TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
     EXPECT_EQ(properties, PropertiesOf(window.get()));
 }
 
-TEST_F(Hooks, ThatDetachThemselvesStillReachTheWindow) {
-    const WNDPROC own = ProcedureOf(window.get());
-    const auto hook = TestHook::Make(kAlone);
-    hook->handle = [&](const TestHook::Message& m, LONG* result) {
-        RemoveFromWindow(hook.get());
-        EXPECT_EQ(own, ProcedureOf(window.get()));
-        return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
-    };
-    AddToWindow(hook.get());
-    EXPECT_EQ(7, Send());
-    EXPECT_EQ("w", log);
-    EXPECT_EQ(1u, hook->count());
-}
-
 TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
     enum class When { Outside, InResponse, AloneThenPass, After, Last };
     for (const When when : {When::Outside, When::InResponse, When::AloneThenPass, When::After, When::Last}) {
@@ -232,32 +218,6 @@ TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
     }
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
-}
-
-// A hook whose last reference was the manager's, and which attaches once more while it goes.
-TEST_F(Hooks, AreReleasedWithTheWindowAndCannotReturnToIt) {
-    struct Stubborn final : BareObject<ISubclass> {
-        explicit Stubborn(std::function<void()> last) : onEnd(std::move(last)) {}
-        ~Stubborn() override { onEnd(); }
-        STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-            return E_NOTIMPL;
-        }
-        STDMETHODIMP get_MsgResponse(LONG*) noexcept override { return E_FAIL; }
-        STDMETHODIMP put_MsgResponse(LONG) noexcept override { return S_OK; }
-        STDMETHODIMP WindowProc(LONG, LONG, LONG, LONG, LONG*) noexcept override { return E_FAIL; }
-        std::function<void()> onEnd;
-    };
-    const auto next = TestHook::Make(kAfter);
-    HRESULT again = S_OK;
-    const LONG handle = window.handle();
-    {
-        const auto hook = ComPtr<ISubclass>::Attach(new Stubborn([&] { again = Add(next.get(), handle, kMessage); }));
-        ISubclass* given = hook.get();
-        ASSERT_EQ(S_OK, manager->AddHook(&given, handle, kMessage));
-    }
-    window.Destroy();
-    EXPECT_EQ(eErrHookManager_InvalidWindowHandle, again);
-    EXPECT_EQ(1u, next->count());
 }
 
 TEST_F(Hooks, LeaveNothingBehindAfterManyCycles) {

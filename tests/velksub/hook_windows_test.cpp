@@ -1,9 +1,9 @@
 // Windows that others have a hand in: other programs' procedures, ANSI windows, other threads.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "frame/text.h"
 #include "support/late_bound.h"
@@ -56,63 +56,44 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     EXPECT_EQ(7, Send());
 }
 
-TEST_F(Hooks, KeepAWindowsCharacterSet) {
-    WNDCLASSA description{};
-    description.lpfnWndProc = DefWindowProcA;
-    description.hInstance = GetModuleHandleW(nullptr);
-    description.lpszClassName = "VelkAnsiWindow";
-    ASSERT_TRUE(RegisterClassA(&description));
-    const HWND ansi = CreateWindowExA(0, "VelkAnsiWindow", "", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-    const auto hook = TestHook::Make(kAlone);
-    for (const HWND each : {ansi, window.get()}) {
-        const bool unicode = IsWindowUnicode(each);
-        std::wstring given = L"never";
-        hook->handle = [&](const TestHook::Message& m, LONG* result) {
-            const void* const text = LongToPtr(m.lParam);
-            const auto* const narrow = static_cast<const char*>(text);
-            given = unicode ? static_cast<const wchar_t*>(text) : std::wstring(narrow, narrow + std::strlen(narrow));
-            return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
-        };
-        ASSERT_EQ(S_OK, Add(hook.get(), HandleToLong(each), WM_SETTEXT));
-        EXPECT_EQ(unicode, IsWindowUnicode(each) != FALSE);
-        EXPECT_TRUE(SetWindowTextW(each, L"from wide"));
-        EXPECT_EQ(L"from wide", given);
-        EXPECT_TRUE(SetWindowTextA(each, "from narrow"));
-        EXPECT_EQ(L"from narrow", given);
-        wchar_t text[20] = L"";
-        GetWindowTextW(each, text, 20);
-        EXPECT_STREQ(L"from narrow", text);
-        EXPECT_EQ(S_OK, Remove(hook.get(), HandleToLong(each), WM_SETTEXT));
-        EXPECT_EQ(unicode, IsWindowUnicode(each) != FALSE);
-    }
-    DestroyWindow(ansi);
-}
-
 struct Ansi {
     static inline WNDPROC before = nullptr;
     static inline std::string seen;
+    static void Subclass(HWND window) {
+        before =
+            reinterpret_cast<WNDPROC>(SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
+    }
     static LRESULT CALLBACK Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
         if (message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
         return CallWindowProcA(before, handle, message, wParam, lParam);
     }
 };
 
-// A program without Unicode stands on a Unicode window: the platform translates between them.
-TEST_F(Hooks, PassOnToAProcedureOfTheOtherCharacterSet) {
-    Ansi::before = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Ansi::Procedure)));
-    const auto wide = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window.get(), GWLP_WNDPROC));
-    ASSERT_NE(&Ansi::Procedure, wide) << "the wide side sees a handle";
-    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(wide));
+// A program without Unicode stands below us, then above us as well: the platform translates between them.
+TEST_F(Hooks, KeepAWindowsCharacterSet) {
     const auto hook = TestHook::Make(kAfter);
+    const auto set = [&](bool ansi) {
+        wchar_t text[20] = L"";
+        EXPECT_EQ(!ansi, IsWindowUnicode(window.get()) != FALSE);
+        EXPECT_TRUE(SetWindowTextW(window.get(), L"wide"));
+        GetWindowTextW(window.get(), text, ARRAYSIZE(text));
+        EXPECT_STREQ(L"wide", text);
+        EXPECT_EQ(ansi ? "wide" : "", std::exchange(Ansi::seen, ""));
+    };
+    const auto own = GetWindowLongPtrW(window.get(), GWLP_WNDPROC);
+    for (const bool ansi : {false, true}) {
+        if (ansi) Ansi::Subclass(window.get());
+        AddToWindow(hook.get(), WM_NULL);
+        set(ansi);
+        RemoveFromWindow(hook.get(), WM_NULL);
+        set(ansi);
+    }
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, own);
     AddToWindow(hook.get(), WM_NULL);
-    EXPECT_TRUE(SetWindowTextW(window.get(), L"wide"));
-    EXPECT_EQ("wide", Ansi::seen);
-    wchar_t text[20] = L"";
-    GetWindowTextW(window.get(), text, 20);
-    EXPECT_STREQ(L"wide", text);
-    RemoveFromWindow(hook.get(), WM_NULL);
+    Ansi::Subclass(window.get());
+    set(true);
     SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Ansi::before));
+    RemoveFromWindow(hook.get(), WM_NULL);
 }
 
 DWORD WINAPI RunBody(void* body) {

@@ -121,64 +121,30 @@ TEST_F(FormSize, ChangesOnlyTheLimitsThatAreSet) {
     }
 }
 
-TEST_F(FormSize, HoldsARealWindowWithinItsLimits) {
-    ExpectLimits(window, false);
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(S_OK, Init(form, window.handle()));
-    ExpectLimits(window, true);
-}
+// A user who pulls the right border, on a thread of his own: the drag is a modal loop. Gives the width afterwards.
+struct Drag {
+    static inline int by;
+    static inline HANDLE begun;
 
-// A user who drags the right border, from a thread of his own: the drag is a modal loop.
-class Drag {
-  public:
-    Drag(TestWindow& window, int by) : window_(window), by_(by) {
-        window.handler = [this](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-            if (message == WM_ENTERSIZEMOVE) SetEvent(begun_);
-            if (message == WM_EXITSIZEMOVE) ended_ = true;
-            return std::nullopt;
-        };
-    }
-    Drag(const Drag&) = delete;
-    Drag& operator=(const Drag&) = delete;
-    ~Drag() {
-        window_.handler = nullptr;
-        CloseHandle(begun_);
-    }
-
-    // The width afterwards.
-    int Run() {
-        RECT before{}, after{};
-        GetWindowRect(window_.get(), &before);
-        SetCursorPos(before.right - 2, (before.top + before.bottom) / 2);
-        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
-        const HANDLE user = CreateThread(nullptr, 0, &Drag::Move, this, 0, nullptr);
-        for (const DWORD start = GetTickCount(); !ended_ && GetTickCount() - start < 5000;) {
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
-            PumpMessages();
-        }
-        EXPECT_TRUE(ended_);
-        WaitForSingleObject(user, 5000);
-        CloseHandle(user);
-        GetWindowRect(window_.get(), &after);
-        return after.right - after.left;
-    }
-
-  private:
-    static DWORD WINAPI Move(void* drag) {
-        const auto& self = *static_cast<Drag*>(drag);
-        WaitForSingleObject(self.begun_, 5000);
-        for (int i = 0; i < 10; ++i) {
-            mouse_event(MOUSEEVENTF_MOVE, static_cast<DWORD>(self.by_ / 10), 0, 0, 0);
-            Sleep(10);
-        }
+    static DWORD WINAPI Move(void*) {
+        WaitForSingleObject(begun, 5000);
+        for (int i = 0; i < 10; ++i, Sleep(10)) mouse_event(MOUSEEVENTF_MOVE, static_cast<DWORD>(by / 10), 0, 0, 0);
         mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
         return 0;
     }
-
-    TestWindow& window_;
-    int by_;
-    HANDLE begun_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    bool ended_ = false;
+    static int Run(const TestWindow& window, int distance) {
+        by = distance;
+        RECT is{};
+        GetWindowRect(window.get(), &is);
+        SetCursorPos(is.right - 2, (is.top + is.bottom) / 2);
+        mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+        const HANDLE user = CreateThread(nullptr, 0, &Move, nullptr, 0, nullptr);
+        while (MsgWaitForMultipleObjects(1, &user, FALSE, 20000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) PumpMessages();
+        PumpMessages();
+        CloseHandle(user);
+        GetWindowRect(window.get(), &is);
+        return is.right - is.left;
+    }
 };
 
 TEST_F(FormSize, HoldsAgainstADragOfTheBorder) {
@@ -187,10 +153,16 @@ TEST_F(FormSize, HoldsAgainstADragOfTheBorder) {
     ShowWindow(window.get(), SW_SHOW);
     SetForegroundWindow(window.get());
     PumpMessages();
+    Drag::begun = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    window.handler = [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message == WM_ENTERSIZEMOVE) SetEvent(Drag::begun);
+        return std::nullopt;
+    };
     // The platform confines the pointer instead of the window, which may leave a pixel over.
-    EXPECT_NEAR(350, Drag(window, 200).Run(), 1);
-    EXPECT_NEAR(250, Drag(window, -200).Run(), 1);
-    EXPECT_NEAR(280, Drag(window, 30).Run(), 1);
+    EXPECT_NEAR(350, Drag::Run(window, 200), 1);
+    EXPECT_NEAR(250, Drag::Run(window, -200), 1);
+    EXPECT_NEAR(280, Drag::Run(window, 30), 1);
+    CloseHandle(Drag::begun);
 }
 
 TEST_F(FormSize, AttachesAndDetaches) {
@@ -205,40 +177,25 @@ TEST_F(FormSize, AttachesAndDetaches) {
     EXPECT_EQ(S_OK, Init(form, second.handle()));
     ExpectLimits(window, false);
     ExpectLimits(second, true);
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(S_OK, form->ReleaseForm());
+    form->AddRef();
+    const ULONG count = form->Release();
+    EXPECT_EQ(S_OK, Call(form.get(), L"Release").result) << "the class's own, not the identity's";
+    EXPECT_EQ(S_OK, InvokeByPlatform(form.get(), L"release", DISPATCH_METHOD, {}).result);
     ExpectLimits(second, false);
+    form->AddRef();
+    EXPECT_EQ(count - 1, form->Release()) << "the hook manager's reference went, and no other";
     EXPECT_EQ(second.handle(), HandleOf(form));
     EXPECT_EQ(S_OK, Init(form, second.handle()));
     ExpectLimits(second, true);
 }
 
-TEST_F(FormSize, ReleaseByNameIsTheClassesOwn) {
+TEST_F(FormSize, LivesAsLongAsItIsAttached) {
     LetAll(form, 250, 180, 350, 240);
     EXPECT_EQ(S_OK, Init(form, window.handle()));
-    form->AddRef();
-    const ULONG count = form->Release();
-    EXPECT_EQ(S_OK, Call(form.get(), L"Release").result);
-    EXPECT_EQ(S_OK, InvokeByPlatform(form.get(), L"release", DISPATCH_METHOD, {}).result);
-    ExpectLimits(window, false);
-    form->AddRef();
-    EXPECT_EQ(count - 1, form->Release()) << "the hook manager's reference went, and no other";
-}
-
-TEST_F(FormSize, LivesAsLongAsItIsAttached) {
-    auto doomed = std::make_unique<TestWindow>();
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(S_OK, Init(form, doomed->handle()));
     form = nullptr;
-    ExpectLimits(*doomed, true);
+    ExpectLimits(window, true);
     EXPECT_FALSE(CanUnload());
-    doomed = nullptr;
-    EXPECT_TRUE(CanUnload());
-    form = NewForm();
-    doomed = std::make_unique<TestWindow>();
-    EXPECT_EQ(S_OK, Init(form, doomed->handle()));
-    doomed = nullptr;
-    EXPECT_EQ(S_OK, form->ReleaseForm()) << "the window went before";
-    form = nullptr;
+    window.Destroy();
     EXPECT_TRUE(CanUnload());
 }
 
@@ -263,8 +220,6 @@ TEST_F(FormSize, IsAHookWithADispatchOfItsOwn) {
     EXPECT_EQ(form.get(), hook.As<IDispatch>().get()) << "the default interface";
     EXPECT_EQ(S_OK, form.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(__uuidof(ISubclass)));
     EXPECT_EQ(eMsgResponse_PreviousFirst, Get(hook.get(), L"MsgResponse").value.lVal);
-    EXPECT_EQ(S_OK, Let(hook.get(), L"MsgResponse", {Arg(0L)}).result);
-    EXPECT_EQ(eMsgResponse_PreviousFirst, Get(hook.get(), L"MsgResponse").value.lVal);
     LetAll(form, 250, 180, 350, 240);
     MINMAXINFO record{};
     const Outcome called =
@@ -278,32 +233,6 @@ TEST_F(FormSize, IsAHookWithADispatchOfItsOwn) {
     EXPECT_EQ(E_POINTER, hook->WindowProc(0, WM_GETMINMAXINFO, 0, 0, &result)) << "no record";
     ComPtr<ITypeInfo> info;
     EXPECT_EQ(S_OK, hook->GetTypeInfo(0, 0, info.Receive())) << "described without the hook library";
-}
-
-struct Shared {
-    HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    HANDLE done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    LONG window = 0;
-};
-
-DWORD WINAPI MakeWindow(void* given) {
-    auto* const shared = static_cast<Shared*>(given);
-    const TestWindow window;
-    shared->window = window.handle();
-    SetEvent(shared->ready);
-    MsgWaitForMultipleObjects(1, &shared->done, FALSE, 20000, 0);
-    return 0;
-}
-
-TEST_F(FormSize, FailsForAWindowOfAnotherThread) {
-    Shared shared;
-    const HANDLE thread = CreateThread(nullptr, 0, &MakeWindow, &shared, 0, nullptr);
-    WaitForSingleObject(shared.ready, 20000);
-    ExpectFailure(Call(form.get(), L"Init", {Arg(shared.window)}), eErrFormSizeConstraint_ComponentFailure, kFailure);
-    EXPECT_EQ(shared.window, HandleOf(form));
-    SetEvent(shared.done);
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, 20000));
-    for (const HANDLE each : {thread, shared.ready, shared.done}) CloseHandle(each);
 }
 
 // Neither registered nor in a manifest.

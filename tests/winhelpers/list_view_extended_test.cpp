@@ -143,17 +143,21 @@ TEST_F(ListView, DrawsNothingWhileItStretches) {
     Attach(true, false);
     ShowWindow(parent.get(), SW_SHOW);
     UpdateWindow(control);
+    Let(list.get(), L"Redraw", {Arg(true)});
+    EXPECT_EQ(VARIANT_TRUE, Get(list.get(), L"Redraw").value.boolVal);
     const Sent sent;
+    Let(list.get(), L"Redraw", {Arg(false)});
     Resize(500);
     const HWND header = Header();
     using Messages = std::vector<Sent::Message>;
-    EXPECT_EQ((Messages{{header, WM_SETREDRAW, 0, 0},
+    EXPECT_EQ((Messages{{control, WM_SETREDRAW, 0, 0},
+                        {header, WM_SETREDRAW, 0, 0},
                         {control, WM_SETREDRAW, 0, 0},
                         {header, WM_SETREDRAW, 1, 0},
                         {control, WM_SETREDRAW, 1, 0}}),
               sent.Of(WM_SETREDRAW));
     EXPECT_TRUE(GetUpdateRect(control, nullptr, FALSE));
-    EXPECT_EQ(0, Get(list.get(), L"Redraw").value.boolVal) << "the property is the client's alone";
+    EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal) << "the client's value, whatever the hook does";
 }
 
 TEST_F(ListView, KeepsTheUserFromResizingColumns) {
@@ -194,24 +198,6 @@ TEST_F(ListView, HoldsTheDividerAgainstTheMouse) {
     Let(list.get(), L"PreventColumnResize", {Arg(true)});
     SendMessageW(Header(), HDM_SETUNICODEFORMAT, TRUE, 0);
     EXPECT_EQ(140, drag()) << "a header that speaks in the wide forms is not held";
-}
-
-TEST_F(ListView, AnswersTheHookManager) {
-    const auto hook = list.As<ISubclass>();
-    ASSERT_TRUE(hook);
-    EXPECT_EQ(0, Get(hook.get(), L"MsgResponse").value.lVal) << "no message";
-    EXPECT_EQ(S_OK, Let(hook.get(), L"MsgResponse", {Arg(2L)}).result);
-    EXPECT_EQ(0, Get(hook.get(), L"MsgResponse").value.lVal);
-    EXPECT_EQ(0, Call(hook.get(), L"WindowProc", {Arg(handle()), Arg(1L), Arg(2L), Arg(3L)}).value.lVal);
-    EXPECT_EQ(E_POINTER, hook->WindowProc(handle(), WM_NOTIFY, 0, 0, nullptr));
-    LONG result = 1;
-    EXPECT_EQ(E_POINTER, hook->WindowProc(handle(), WM_NOTIFY, 0, 0, &result));
-    NMHDR header{};
-    const auto invalidCall = static_cast<HRESULT>(0x800A0005);
-    EXPECT_EQ(invalidCall, hook->WindowProc(parent.handle(), WM_NOTIFY, 0, PtrToLong(&header), &result))
-        << "there is no previous procedure";
-    Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(true)});
-    EXPECT_EQ(S_OK, hook->WindowProc(12345, WM_WINDOWPOSCHANGED, 0, 0, &result)) << "no such window";
 }
 
 TEST_F(ListView, ChangesTheHeadersStyle) {
@@ -269,19 +255,6 @@ TEST_F(ListView, ShowsIconsInSubItems) {
     EXPECT_EQ(5, item.iImage);
 }
 
-TEST_F(ListView, SwitchesItsRedrawing) {
-    const Sent sent;
-    EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal);
-    EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result);
-    EXPECT_EQ(VARIANT_TRUE, Get(list.get(), L"Redraw").value.boolVal);
-    EXPECT_TRUE(sent.Of(WM_SETREDRAW).empty()) << "no window yet";
-    Attach(false, false);
-    Let(list.get(), L"Redraw", {Arg(false)});
-    Let(list.get(), L"Redraw", {Arg(true)});
-    EXPECT_EQ((std::vector<Sent::Message>{{control, WM_SETREDRAW, 0, 0}, {control, WM_SETREDRAW, 1, 0}}),
-              sent.Of(WM_SETREDRAW));
-}
-
 TEST_F(ListView, RaisesWithoutAWindow) {
     const auto expectAll = [&] {
         for (const wchar_t* name : {L"SetHeaderStyle", L"RemoveHeaderStyle", L"ResizeColumns"}) {
@@ -291,6 +264,8 @@ TEST_F(ListView, RaisesWithoutAWindow) {
                       eErrListViewExtended_NotInitialized, kNotInitialized);
     };
     expectAll();
+    EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal);
+    EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result) << "for later";
     for (const auto call : {&Call, &Let}) {
         const wchar_t* const name = call == &Let ? L"hWnd" : L"Init";
         ExpectFailure(call(list.get(), name, {Arg(3L)}), eErrListViewExtended_InvalidWindowHandle,
@@ -300,7 +275,6 @@ TEST_F(ListView, RaisesWithoutAWindow) {
     Attach(false, false);
     DestroyWindow(control);
     expectAll();
-    EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result);
 }
 
 TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
