@@ -53,6 +53,10 @@ TEST_F(Doctor, NamesTheStateOfTheRegisteredFile) {
 
 TEST_F(Doctor, NamesWhatIsMissing) {
     Expect(State::NotRegistered, "not registered");
+    const std::string all = RunDoctor(L"").text;
+    for (const char* library : {"\\VelkSprt.dll", "\\VelkSub.dll"}) {
+        EXPECT_NE(std::string::npos, all.find(library)) << "each class names its own library: " << all;
+    }
     ASSERT_EQ(S_OK, Register());
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\VelkSupport.CStack");
     Expect(State::NameTaken, "VelkSupport.CStack is missing");

@@ -47,8 +47,9 @@ struct Group {
 };
 
 void Add(std::vector<Group>& groups, const Finding& finding, const std::wstring& name) {
-    const auto same =
-        std::ranges::find_if(groups, [&](const Group& group) { return group.finding.what == finding.what; });
+    const auto same = std::ranges::find_if(groups, [&](const Group& group) {
+        return group.finding.what == finding.what && group.finding.advice == finding.advice;
+    });
     if (same != groups.end()) return same->classes.push_back(name);
     groups.push_back({finding, {name}});
 }

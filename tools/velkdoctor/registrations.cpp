@@ -25,7 +25,7 @@ std::wstring OwnSid() {
     wchar_t* text = nullptr;
     if (user.empty() || !ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, &text))
         return {};
-    const std::wstring sid = text;
+    std::wstring sid = text;
     LocalFree(text);
     return sid;
 }
@@ -77,8 +77,9 @@ std::vector<Registration> RegistrationsOf(REFCLSID clsid) {
     const std::wstring path = kClassesKey + (L"CLSID\\" + GuidText(clsid)) + L"\\InprocServer32";
     AddRegistration(HKEY_CURRENT_USER, path, Holder::User, found);
     AddRegistration(HKEY_LOCAL_MACHINE, path, Holder::Machine, found);
-    for (const std::wstring& user : OtherUsers()) {
-        AddRegistration(HKEY_USERS, user + L"\\" + path, Holder::OtherUser, found);
+    for (std::wstring user : OtherUsers()) {
+        user.append(L"\\").append(path);
+        AddRegistration(HKEY_USERS, user, Holder::OtherUser, found);
     }
     return found;
 }
