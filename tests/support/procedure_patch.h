@@ -7,15 +7,21 @@
 
 namespace velk::test {
 
-// Redirects a function that a module looks up at run time, for as long as the patch lives. One at a time.
+// Redirects a function that a module looks up at run time, for as long as the patch lives. The last
+// one goes first.
 class ProcedurePatch {
   public:
     // A null replacement stands for a platform that lacks the function.
     ProcedurePatch(HMODULE module, const char* function, void* replacement)
-        : function_(function), replacement_(replacement), patch_(module, "GetProcAddress", Address(&Find)) {
-        current_ = this;
+        : before_(last_),
+          function_(function),
+          replacement_(replacement),
+          patch_(module, "GetProcAddress", Address(&Find)) {
+        last_ = this;
     }
-    ~ProcedurePatch() { current_ = nullptr; }
+    ProcedurePatch(const ProcedurePatch&) = delete;
+    ProcedurePatch& operator=(const ProcedurePatch&) = delete;
+    ~ProcedurePatch() { last_ = before_; }
 
   private:
     using Finder = decltype(&GetProcAddress);
@@ -23,13 +29,14 @@ class ProcedurePatch {
     static void* Address(Finder function) { return reinterpret_cast<void*>(function); }
     static FARPROC WINAPI Find(HMODULE module, LPCSTR name) {
         const bool byName = reinterpret_cast<std::uintptr_t>(name) > 0xFFFF;
-        if (byName && std::strcmp(name, current_->function_) == 0) {
-            return reinterpret_cast<FARPROC>(current_->replacement_);
+        for (const ProcedurePatch* patch = last_; byName && patch; patch = patch->before_) {
+            if (std::strcmp(name, patch->function_) == 0) return reinterpret_cast<FARPROC>(patch->replacement_);
         }
-        return current_->patch_.Original<Finder>()(module, name);
+        return GetProcAddress(module, name);
     }
 
-    static inline ProcedurePatch* current_ = nullptr;
+    static inline ProcedurePatch* last_ = nullptr;
+    ProcedurePatch* before_;
     const char* function_;
     void* replacement_;
     ImportPatch patch_;

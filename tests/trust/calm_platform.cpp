@@ -39,6 +39,13 @@ BOOL WINAPI Copy(HDC, int, int, int, int, HDC, int, int, DWORD) { return TRUE; }
 HANDLE WINAPI RefuseData(UINT, HANDLE) { return nullptr; }
 BOOL WINAPI Refuse(HWND) { return FALSE; }
 
+// Asking a volume takes milliseconds; now and then is enough.
+BOOL WINAPI AskVolume(LPCSTR root, LPSTR name, DWORD nameSize, LPDWORD serial, LPDWORD longest, LPDWORD flags,
+                      LPSTR system, DWORD systemSize) {
+    static unsigned asked = 0;
+    return asked++ % 50 == 0 && GetVolumeInformationA(root, name, nameSize, serial, longest, flags, system, systemSize);
+}
+
 // Nothing is launched, and nobody is there to answer a dialog.
 HINSTANCE WINAPI RefuseLaunch(HWND, LPCSTR, LPCSTR, LPCSTR, LPCSTR, INT) { return nullptr; }
 template <class Record>
@@ -79,6 +86,7 @@ CalmPlatform::CalmPlatform() {
     patch("GetROP2", OnRealContexts<5>(&GetROP2));
     patch("SetROP2", OnRealContexts<6>(&SetROP2));
     patch("SelectObject", OnRealContexts<7>(&SelectObject));
+    patch("GetVolumeInformationA", &AskVolume);
     patch("ShellExecuteA", &RefuseLaunch);
     patch("ShellExecuteExA", &RefuseRecord<SHELLEXECUTEINFOA>);
     patch("GetOpenFileNameA", &RefuseRecord<OPENFILENAMEA>);

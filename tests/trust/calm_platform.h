@@ -16,7 +16,11 @@ class CalmPlatform {
     ~CalmPlatform();
 
   private:
+    // Takes milliseconds and asks nothing of its arguments.
+    static BOOL WINAPI NotConnected(LPDWORD, LPSTR, DWORD, DWORD) { return FALSE; }
+
     CalmSystem system_;
+    ProcedurePatch connection_{Library(), "InternetGetConnectedStateExA", reinterpret_cast<void*>(&NotConnected)};
     std::vector<std::unique_ptr<ImportPatch>> patches_;
 };
 
