@@ -1,0 +1,48 @@
+"""Sphinx: the reference as web pages that work from disk, and as the source of the compiled help file."""
+
+from pathlib import Path
+
+project = "VelkSupport"
+author = "the VelkSupport developers"
+version = release = "1.1.0.1"
+copyright = ""
+
+extensions = ["myst_parser", "sphinx_copybutton"]
+myst_enable_extensions = ["colon_fence"]
+myst_heading_anchors = 4
+highlight_language = "none"
+nitpicky = True
+
+html_theme = "furo"
+html_title = "VelkSupport 1.1"
+html_static_path = [str(Path(__file__).parent / "static")]
+html_css_files = ["velk.css"]
+html_show_sourcelink = False
+html_show_copyright = False
+html_show_sphinx = False
+html_copy_source = False
+html_use_index = False
+html_theme_options = {
+    "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
+    "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
+}
+pygments_style = "tango"
+pygments_dark_style = "monokai"
+htmlhelp_basename = "VelkSupport"
+
+
+def bundle(app, failure):
+    """Debian leaves the theme's script as modules and one style sheet on the web server: neither can be read from disk."""
+    if failure or app.builder.name != "html":
+        return
+    static = Path(app.outdir) / "_static"
+    script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
+    modules = part.read_text() + script.read_text()
+    script.write_text("(function () {\n" + modules.replace('import Gumshoe from "./gumshoe-patched.js";\n', "") + "\n})();\n")
+    style = static / "styles" / "furo.css"
+    normalize = Path("/usr/share/javascript/normalize.css/normalize.css").read_text()
+    style.write_text(style.read_text().replace("@import url(/javascript/normalize.css/normalize.css);", normalize))
+
+
+def setup(app):
+    app.connect("build-finished", bundle)
