@@ -1,5 +1,6 @@
 """Sphinx: the reference as web pages that work from disk, and as the source of the compiled help file."""
 
+import re
 from pathlib import Path
 
 project = "VelkSupport"
@@ -32,16 +33,23 @@ htmlhelp_basename = "VelkSupport"
 
 
 def bundle(app, failure):
-    """Debian leaves the theme's script as modules and one style sheet on the web server: neither can be read from disk."""
+    """Puts together what Debian leaves apart of the theme, so that the pages work from disk.
+
+    Its script is in modules, one style sheet is on the web server, and the sheet's compiler lost the rule for readers whose
+    system is dark.
+    """
     if failure or app.builder.name != "html":
         return
     static = Path(app.outdir) / "_static"
     script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
-    modules = part.read_text() + script.read_text()
-    script.write_text("(function () {\n" + modules.replace('import Gumshoe from "./gumshoe-patched.js";\n', "") + "\n})();\n")
+    modules = part.read_text() + script.read_text().replace('import Gumshoe from "./gumshoe-patched.js";\n', "")
+    script.write_text("(function () {\n" + modules + "\n}).call(window);\n")
     style = static / "styles" / "furo.css"
     normalize = Path("/usr/share/javascript/normalize.css/normalize.css").read_text()
-    style.write_text(style.read_text().replace("@import url(/javascript/normalize.css/normalize.css);", normalize))
+    rules = style.read_text().replace("@import url(/javascript/normalize.css/normalize.css);", normalize)
+    chosen = re.search(r"@media not print \{.*?\n?\}\s*\}", rules, re.S)[0]
+    dark = chosen.replace("not print", "screen and (prefers-color-scheme: dark)").replace('"dark"', '"auto"')
+    style.write_text(rules.replace(chosen, chosen + "\n" + dark))
 
 
 def setup(app):

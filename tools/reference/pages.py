@@ -65,7 +65,7 @@ class Site:
             first = re.match(r".*?[.:;](?=\s|$)|.*", m.help)[0].rstrip(".:;")
             kind = f" → {self.type_link(m.type)}" if m.type else ""
             rows.append([f"[{plain(m.signature)}]({label(owner, m.name)}){kind}", plain(first)])
-        return table(["member", ""], rows)
+        return table(["member", "what it does"], rows)
 
     def argument_rows(self, arguments: list[Argument]) -> list[list[str]]:
         def left_out(a: Argument) -> str:
@@ -145,8 +145,7 @@ class Site:
             if e.is_errors:
                 rows += [(value, name, e.name) for name, value in e.constants]
         body = "\n".join(
-            f"({label('error', hexadecimal(value))})=\n## {hexadecimal(value)}\n\n"
-            f"{value}, `{name}`, {self.owner_link(owner)}.\n" for value, name, owner in sorted(rows))
+            f"({label('error', hexadecimal(value))})=\n**{hexadecimal(value)}** ({value}) `{name}`, {self.owner_link(owner)}\n" for value, name, owner in sorted(rows))
         return ("# Error numbers\n\nThe numbers of the classes' own errors. What each says and when it is raised is on the "
                 "class's page; the runtime's numbers (0x800A0005, ...) are explained under [failures](reports.md).\n\n" + body)
 
