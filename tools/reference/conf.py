@@ -8,7 +8,7 @@ author = "the VelkSupport developers"
 version = release = "1.1.0.1"
 copyright = ""
 
-extensions = ["myst_parser", "sphinx_copybutton"]
+extensions = ["myst_parser", "sphinx_copybutton", "sphinxcontrib.htmlhelp"]
 myst_enable_extensions = ["colon_fence"]
 myst_heading_anchors = 4
 highlight_language = "none"
@@ -30,6 +30,9 @@ html_theme_options = {
 pygments_style = "tango"
 pygments_dark_style = "monokai"
 htmlhelp_basename = "VelkSupport"
+if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its own contents and search
+    html_theme, html_theme_options, html_css_files = "nonav", {}, ["help.css"]
+    extensions.remove("sphinx_copybutton")
 
 
 def bundle(app, failure):
