@@ -142,7 +142,9 @@ class Class:
 
     def uses(self, enumeration: Enumeration) -> bool:
         if enumeration.is_errors:
-            return enumeration.name == "EErr" + self.name[1:]
+            return enumeration.name in ("EErr" + self.name, "EErr" + self.name[1:])
+        if any(enumeration.name in m.help for m in self.members):
+            return True
         types = {m.type for m in self.members}
         types.update(a.type for m in self.members for a in m.arguments)
         return enumeration.name in types or f"{self.name}." in enumeration.help
