@@ -184,7 +184,7 @@ class Site:
         self.save("samples.md", "# Samples\n\nEach script runs as it is under the 32-bit script host, each program is an "
                   "early-bound client. Those that need nobody in front of the screen are run by the tests, and what they "
                   "print is compared.\n\n" + table(["sample", "what it does"], rows) +
-                  toctree("", [f"samples/{page}" for _, page, _ in links], hidden=True))
+                  toctree("", [f"samples/{page}" for _, page, _ in links]))
 
     def copy_pages(self) -> None:
         families, others = [], []
@@ -193,7 +193,7 @@ class Site:
             classes = list(dict.fromkeys(re.findall(r"\(classes/(\w+)\.md", text)))
             if path.stem != "index" and classes and path.stem not in GUIDE:
                 families.append(path.stem)
-                text += toctree("", [f"classes/{name}" for name in classes], hidden=True)
+                text += toctree("", [f"classes/{name}" for name in classes])
             elif path.stem != "index":
                 others.append(path.stem)
             self.save(path.name, text)
@@ -202,13 +202,14 @@ class Site:
         guide = [page for page in GUIDE if page in others]
         rest = [page for page in others if page not in guide]
         with (self.out / "index.md").open("a", encoding="utf-8") as index:
-            index.write(toctree("Guide", [*guide, "samples"], hidden=True))
-            index.write(toctree("Classes", ["classes", *families], hidden=True))
-            index.write(toctree("Background", ["errors", *rest], hidden=True))
+            index.write(toctree("Guide", [*guide, "samples"]))
+            index.write(toctree("Classes", ["classes", *families]))
+            index.write(toctree("Background", ["errors", *rest]))
 
 
-def toctree(caption: str, pages: list[str], hidden: bool) -> str:
-    options = (f":caption: {caption}\n" if caption else "") + (":hidden:\n" if hidden else "") + ":maxdepth: 1\n"
+def toctree(caption: str, pages: list[str]) -> str:
+    """The navigation beside the pages; the style sheets hide it on the page itself."""
+    options = (f":caption: {caption}\n" if caption else "") + ":maxdepth: 1\n"
     return "\n```{toctree}\n" + options + "\n" + "\n".join(pages) + "\n```\n"
 
 
