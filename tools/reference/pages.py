@@ -44,6 +44,7 @@ class Site:
             for c in reversed(library.classes + library.interfaces) if c.uses(e)}
         self.error_names = {hexadecimal(value): name for e in self.enumerations.values() if e.is_errors
                             for name, value in e.constants}
+        self.errors = self.described_errors()
 
     # --- Texts that link to each other
 
@@ -54,7 +55,7 @@ class Site:
 
     def help_text(self, text: str) -> str:
         marked = plain(text)
-        return re.sub(r"0x[0-9A-F]{8}", lambda m: f"[{m[0]}]({label('error', m[0])})" if m[0] in self.error_names
+        return re.sub(r"0x[0-9A-F]{8}", lambda m: f"[{m[0]}]({label('error', m[0])})" if m[0] in self.errors
                       else m[0], marked)
 
     # --- One class
@@ -139,19 +140,27 @@ class Site:
             text += table(["class", "what it is for"], rows) + "\n"
         return text
 
+    def described_errors(self) -> dict[str, tuple[str, str]]:
+        """The class and the text of each error number that a class's page names: in a table, or as number, "text"."""
+        found = {}
+        for path in sorted((DOCS / "classes").glob("*.md")):
+            for number, cell, quoted in re.findall(r'(0x8004[0-9A-F]{4})(?:[^|\n]*\| ([^|]+) \||,? "([^"]+)")',
+                                                   path.read_text(encoding="utf-8").replace("\n", " \n")):
+                found.setdefault(number, (path.stem, (cell or quoted).strip()))
+        missing = self.error_names.keys() - found.keys()
+        if missing:
+            raise Incomplete(f"no page names {', '.join(self.error_names[number] for number in sorted(missing))}")
+        return found
+
     def errors_page(self) -> str:
         rows = []
-        for e in self.enumerations.values():
-            if e.is_errors:
-                rows += [(value, name, e.name) for name, value in e.constants]
-        body = "\n".join(
-            f"({label('error', hexadecimal(value))})=\n**{hexadecimal(value)}** ({value}) `{name}`, {self.owner_link(owner)}\n" for value, name, owner in sorted(rows))
-        return ("# Error numbers\n\nThe numbers of the classes' own errors. What each says and when it is raised is on the "
-                "class's page; the runtime's numbers (0x800A0005, ...) are explained under [failures](reports.md).\n\n" + body)
-
-    def owner_link(self, enumeration: str) -> str:
-        page = self.page_of_enumeration.get(enumeration)
-        return f"[{page}](classes/{page}.md)" if page else plain(enumeration)
+        for number, (owner, text) in sorted(self.errors.items()):
+            name = f", `{self.error_names[number]}`" if number in self.error_names else ""
+            value = int(number, 16) - (1 << 32)
+            rows.append(f"({label('error', number)})=\n**{number}** ({value}) {plain(text)}\\\n"
+                        f"[{owner}](classes/{owner}.md){name}\n")
+        return ("# Error numbers\n\nThe numbers of the classes' own errors. When each is raised is on the class's page; the "
+                "runtime's numbers (0x800A0005, ...) are explained under [failures](reports.md).\n\n" + "\n".join(rows))
 
     # --- All of it
 
