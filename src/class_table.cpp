@@ -25,6 +25,7 @@
 #include "sysinfo/mm_timer.h"
 #include "sysinfo/os_info.h"
 #include "winhelpers/form_size_constraint.h"
+#include "winhelpers/icon_menu.h"
 #include "winhelpers/list_view_extended.h"
 
 namespace velk {
@@ -52,6 +53,7 @@ std::span<const ClassEntry> Classes() noexcept {
         EntryOf<CHourglass>(),
         EntryOf<CFormSizeConstraint>(),
         EntryOf<CListViewExtended>(),
+        EntryOf<cIconMenu>(),
         EntryOf<CGDIArc>(),
         EntryOf<CGDIEllipse>(),
         EntryOf<CGDILine>(),

@@ -208,7 +208,7 @@ TEST_F(TypeLibrary, InterfacesAreDualAutomationInterfacesAndHidden) {
         const std::wstring name = NameOf(type);
         const bool outgoing = name.starts_with(L"__C");
         const WORD flags = AttributesOf(type)->wTypeFlags;
-        EXPECT_TRUE(outgoing || name.starts_with(L"_C")) << name;
+        EXPECT_TRUE(outgoing || name.starts_with(L"_C") || name.starts_with(L"_c")) << name;
         EXPECT_TRUE(flags & TYPEFLAG_FHIDDEN) << name;
         EXPECT_EQ(!outgoing, (flags & TYPEFLAG_FDUAL) != 0) << name;
         const bool automation = (AttributesOf(OwnMembers(type))->wTypeFlags & TYPEFLAG_FOLEAUTOMATION) != 0;

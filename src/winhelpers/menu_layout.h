@@ -1,0 +1,56 @@
+// Where the parts of a drawn menu item lie. All sizes are in device pixels; the ones that are given here for 96 dots
+// per inch grow with the screen's resolution.
+//
+//   | edge | icon cell | gap | label ... gap ... accelerator | arrow | edge |
+#pragma once
+
+namespace velk {
+
+struct Size {
+    int width = 0;
+    int height = 0;
+};
+
+struct Box {
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+
+    constexpr int width() const noexcept { return right - left; }
+    constexpr int height() const noexcept { return bottom - top; }
+    constexpr bool operator==(const Box&) const noexcept = default;
+};
+
+class MenuLayout {
+  public:
+    MenuLayout() noexcept = default;
+    MenuLayout(int dotsPerInch, Size icon, int textHeight) noexcept;
+
+    // What an item asks for. `widestAccelerator` is that of the whole menu, so that labels never run into them.
+    Size ItemSize(int labelWidth, int widestAccelerator) const noexcept;
+    Size SeparatorSize() const noexcept;
+
+    // Parts of an item in its coordinates.
+    Box IconCell(const Box& item) const noexcept;         // the square that a check mark or a frame round an icon fills
+    Box Icon(const Box& item, Size icon) const noexcept;  // an icon of that size in the middle of its cell
+    Box Text(const Box& item) const noexcept;             // labels to the left, accelerators to the right
+    Box Arrow(const Box& item) const noexcept;
+    Box SeparatorLine(const Box& item) const noexcept;
+
+    // A size within the icon's that keeps the picture's proportions. Small pictures are not blown up.
+    Size Fit(Size picture) const noexcept;
+
+    Size icon() const noexcept { return icon_; }
+    int Scaled(int pixels) const noexcept;
+
+  private:
+    int CellSide() const noexcept;
+    int TextLeft() const noexcept;
+
+    int dotsPerInch_ = 96;
+    Size icon_{16, 16};
+    int textHeight_ = 16;
+};
+
+}  // namespace velk

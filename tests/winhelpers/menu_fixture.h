@@ -1,0 +1,122 @@
+// A window with an attached cIconMenu, and menus to show in it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "frame/gdi.h"
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/test_hook.h"
+#include "support/test_window.h"
+
+#include <commctrl.h>
+
+namespace velk::test {
+
+constexpr COLORREF kRed = RGB(255, 0, 0), kBlue = RGB(0, 0, 255);
+
+struct MenuTraits {
+    using Handle = HMENU;
+    static Handle Invalid() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { DestroyMenu(handle); }
+};
+using Menu = UniqueHandle<MenuTraits>;
+
+// All that a client can see of an item.
+struct ItemOfMenu {
+    UINT type, state, id;
+    HMENU submenu;
+    ULONG_PTR data;
+    std::wstring text;
+
+    bool operator==(const ItemOfMenu&) const = default;
+};
+
+inline void PrintTo(const ItemOfMenu& item, std::ostream* out) {
+    *out << "type " << std::hex << item.type << " state " << item.state << " id " << item.id << " data " << item.data;
+}
+
+inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
+    std::vector<ItemOfMenu> items;
+    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+        wchar_t text[300] = {};
+        MENUITEMINFOW info{};
+        info.cbSize = sizeof info;
+        info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
+        info.dwTypeData = text;
+        info.cch = ARRAYSIZE(text);
+        EXPECT_TRUE(GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info));
+        items.push_back({info.fType, info.fState, info.wID, info.hSubMenu, info.dwItemData, text});
+    }
+    return items;
+}
+
+inline void SetData(HMENU menu, UINT position, ULONG_PTR data) {
+    MENUITEMINFOW info{};
+    info.cbSize = sizeof info;
+    info.fMask = MIIM_DATA;
+    info.dwItemData = data;
+    EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
+}
+
+// Positions of what FullMenu makes.
+enum Position : UINT {
+    kOpen,
+    kSave,
+    kLine,
+    kChecked,
+    kRadio,
+    kDisabled,
+    kDefault,
+    kMore,
+    kOwn,
+    kBitmap,
+    kLong,
+    kPositions
+};
+constexpr UINT kFirstCommand = 100;
+constexpr UINT CommandAt(UINT position) { return kFirstCommand + position; }
+
+// One item of every kind.
+inline Menu FullMenu(HBITMAP bitmap = nullptr) {
+    const HMENU menu = CreatePopupMenu(), more = CreatePopupMenu();
+    AppendMenuW(more, MF_STRING, 300, L"&Inner");
+    AppendMenuW(menu, MF_STRING, CommandAt(kOpen), L"&Open...\tCtrl+O");
+    AppendMenuW(menu, MF_STRING, CommandAt(kSave), L"\u0160ave \u6F22");
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu, MF_STRING | MF_CHECKED, CommandAt(kChecked), L"Chec&ked");
+    AppendMenuW(menu, MF_STRING, CommandAt(kRadio), L"R&adio");
+    AppendMenuW(menu, MF_STRING | MF_GRAYED, CommandAt(kDisabled), L"&Disabled");
+    AppendMenuW(menu, MF_STRING | MF_MENUBARBREAK, CommandAt(kDefault), L"De&fault");
+    AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(more), L"&More");
+    AppendMenuW(menu, MF_OWNERDRAW, CommandAt(kOwn), reinterpret_cast<LPCWSTR>(4711));
+    AppendMenuW(menu, bitmap ? MF_BITMAP : MF_OWNERDRAW, CommandAt(kBitmap), reinterpret_cast<LPCWSTR>(bitmap));
+    AppendMenuW(menu, MF_STRING, CommandAt(kLong), std::wstring(200, L'x').c_str());
+    CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
+    SetMenuDefaultItem(menu, kDefault, TRUE);
+    SetData(menu, kOpen, 12345);
+    return Menu(menu);
+}
+
+inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
+
+class IconMenuTest : public testing::Test {
+  protected:
+    HRESULT Attach(HWND window) { return icons_->Attach(HandleToLong(window)); }
+
+    // What the system sends when a popup menu opens, and when the last one closes.
+    void Open(HMENU menu) const { SendMessageW(window_.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0); }
+    void Close() const { SendMessageW(window_.get(), WM_EXITMENULOOP, TRUE, 0); }
+
+    static bool IsOwnerDrawn(HMENU menu, UINT position) { return ItemsOf(menu)[position].type & MFT_OWNERDRAW; }
+
+    HookLibrary library_;
+    TestWindow window_;
+    ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
+};
+
+}  // namespace velk::test

@@ -1,0 +1,120 @@
+// The parts of drawn menus that need no Windows: texts, keys, layout and colours.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "winhelpers/menu_layout.h"
+#include "winhelpers/menu_pixels.h"
+#include "winhelpers/menu_text.h"
+
+namespace velk::test {
+namespace {
+
+TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
+    struct Case {
+        std::u16string_view text, label, accelerator;
+        char16_t mnemonic;
+    };
+    const Case cases[] = {
+        {u"&Open...\tCtrl+O", u"&Open...", u"Ctrl+O", u'O'},
+        {u"Save &As", u"Save &As", u"", u'A'},
+        {u"Black && White", u"Black && White", u"", 0},
+        {u"&&&x", u"&&&x", u"", u'x'},
+        {u"&First &Second", u"&First &Second", u"", u'S'},  // the platform underlines the last one
+        {u"odd&", u"odd&", u"", 0},
+        {u"Two\ttabs\there", u"Two", u"tabs\there", 0},
+        {u"Right\baligned", u"Right", u"aligned", 0},
+        {u"\tonly", u"", u"only", 0},
+        {u"", u"", u"", 0},
+    };
+    for (const Case& c : cases) {
+        const MenuText split = SplitMenuText(c.text);
+        EXPECT_EQ(c.label, split.label);
+        EXPECT_EQ(c.accelerator, split.accelerator);
+        EXPECT_EQ(c.mnemonic, MnemonicOf(split.label)) << static_cast<char>(c.mnemonic);
+    }
+}
+
+TEST(MenuKeys, LeadToTheNextItemAndTellTheOnlyOne) {
+    const std::vector<char16_t> keys = {u'A', 0, u'B', u'A', u'C'};
+    struct Case {
+        char16_t key;
+        std::size_t current, position;
+        bool onlyOne;
+    };
+    const Case cases[] = {
+        {u'A', KeyMatch::kNone, 0, false}, {u'A', 0, 3, false}, {u'A', 3, 0, false}, {u'A', 4, 0, false},
+        {u'B', KeyMatch::kNone, 2, true},  {u'B', 2, 2, true},  {u'C', 99, 4, true},
+    };
+    for (const Case& c : cases) {
+        const KeyMatch match = FindMenuKey(keys, c.key, c.current);
+        EXPECT_EQ(c.position, match.position);
+        EXPECT_EQ(c.onlyOne, match.onlyOne);
+    }
+    EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, u'X', 0).position);
+    EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, 0, 0).position);
+    EXPECT_EQ(KeyMatch::kNone, FindMenuKey({}, u'A', 0).position);
+}
+
+TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
+    for (const int dotsPerInch : {96, 120, 144, 192}) {
+        for (const Size icon : {Size{16, 16}, Size{24, 24}, Size{48, 20}, Size{1, 1}}) {
+            const MenuLayout layout(dotsPerInch, icon, dotsPerInch / 6);
+            const Size size = layout.ItemSize(100, 40);
+            const Box item{5, 7, 5 + size.width, 7 + size.height};
+            const Box cell = layout.IconCell(item), text = layout.Text(item), arrow = layout.Arrow(item);
+            const Box drawn = layout.Icon(item, icon), line = layout.SeparatorLine(item);
+            EXPECT_LE(item.left, cell.left);
+            EXPECT_LE(item.top, cell.top);
+            EXPECT_LE(cell.bottom, item.bottom);
+            EXPECT_LT(cell.right, text.left);
+            EXPECT_GE(text.width(), 100 + 40 + layout.Scaled(16));  // both texts and room between them
+            EXPECT_GE(text.height(), dotsPerInch / 6);
+            EXPECT_LE(text.right, arrow.left);
+            EXPECT_LE(arrow.right, item.right);
+            EXPECT_EQ(1, arrow.height() % 2);
+            EXPECT_LT(cell.left, drawn.left);
+            EXPECT_LT(drawn.right, cell.right);
+            EXPECT_LT(cell.top, drawn.top);
+            EXPECT_LT(drawn.bottom, cell.bottom);
+            EXPECT_EQ(1, line.height());
+            EXPECT_EQ(text.left, line.left);
+        }
+    }
+    EXPECT_LT(MenuLayout(96, {16, 16}, 16).ItemSize(100, 0).width, MenuLayout(96, {16, 16}, 16).ItemSize(100, 1).width);
+}
+
+TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
+    const MenuLayout layout(96, {16, 16}, 16);
+    struct Case {
+        Size picture, fitted;
+    };
+    for (const Case& c :
+         {Case{{16, 16}, {16, 16}}, Case{{8, 12}, {8, 12}}, Case{{32, 32}, {16, 16}}, Case{{64, 32}, {16, 8}},
+          Case{{32, 64}, {8, 16}}, Case{{1000, 1}, {16, 1}}, Case{{2000000000, 2000000000}, {16, 16}}}) {
+        EXPECT_EQ(c.fitted.width, layout.Fit(c.picture).width);
+        EXPECT_EQ(c.fitted.height, layout.Fit(c.picture).height);
+    }
+}
+
+TEST(MenuPixels, FadedIconsAreGreyAndPalerOnAnUntouchedBackground) {
+    constexpr std::uint32_t kBack = 0xF0E0D0;
+    std::vector<std::uint32_t> pixels = {kBack, 0xFF000000 | kBack, 0x000000, 0xFF0000, 0x00FF00, 0x0000FF};
+    Fade(pixels, kBack);
+    EXPECT_EQ(kBack, pixels[0]);
+    EXPECT_EQ(kBack, pixels[1] & 0xFFFFFF);
+    EXPECT_GT(Brightness(pixels[2]), 64u);
+    EXPECT_LT(Brightness(pixels[2]), Brightness(kBack) - 64);
+    for (std::size_t i = 3; i < pixels.size(); ++i) {  // as far from grey as the background is, halved
+        const int spread = static_cast<int>(pixels[i] >> 16 & 0xFF) - static_cast<int>(pixels[i] & 0xFF);
+        EXPECT_LT(std::abs(spread), 0x20) << i;
+        EXPECT_LT(Brightness(pixels[i]), Brightness(kBack));
+    }
+    EXPECT_LT(Brightness(pixels[5]), Brightness(pixels[3]));  // blue is darker than red, red than green
+    EXPECT_LT(Brightness(pixels[3]), Brightness(pixels[4]));
+}
+
+}  // namespace
+}  // namespace velk::test
