@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads a virtual screen: screen.py SCREEN PNG writes everything on it that is not black.
+"""Reads a virtual screen: screen.py SCREEN PNG [WIDTH HEIGHT] writes everything on it that is not black, or its top left part.
 
 The screen is what Xvfb keeps in its -fbdir folder: an X window dump with 32 bits a pixel, blue first.
 """
@@ -42,5 +42,10 @@ def write_png(path, rows):
     path.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", size) + chunk(b"IDAT", pixels) + chunk(b"IEND", b""))
 
 
+def main(screen, png, width=None, height=None):
+    rows = read_screen(Path(screen))
+    write_png(Path(png), [row[:3 * int(width)] for row in rows[:int(height)]] if width else crop(rows))
+
+
 if __name__ == "__main__":
-    write_png(Path(sys.argv[2]), crop(read_screen(Path(sys.argv[1]))))
+    main(*sys.argv[1:])
