@@ -192,7 +192,8 @@ class Site:
         rows = [[f"[{name}](samples/{page}.md)", comment] for name, page, comment in links]
         self.save("samples.md", "# Samples\n\nEach script runs as it is under the 32-bit script host, each program is an "
                   "early-bound client. Those that need nobody in front of the screen are run by the tests, and what they "
-                  "print is compared.\n\n" + table(["sample", "what it does"], rows) +
+                  "print is compared. Windows, menus and hooks need a window of the caller's own thread, which script hosts do not "
+                  "have: their samples are C++ programs.\n\n" + table(["sample", "what it does"], rows) +
                   toctree("", [f"samples/{page}" for _, page, _ in links]))
 
     def copy_pages(self) -> None:
