@@ -1,12 +1,11 @@
-// Writes the manifest with which a program uses a library without registration: manifest LIBRARY VERSION OUTPUT. The
-// classes come from the library's own type library; the assembly is named after the output.
+// Writes the manifest with which a program uses a library without registration: manifest LIBRARY OUTPUT
 //
-// An assembly may not be named after a DLL beside it: the platform looks for its manifest inside a DLL of that name
-// first.
+// All of it is read from the library's file, which may be of the other width; the assembly is named after the output.
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
+#include "tools/library_file.h"
 #include "tools/text_file.h"
 #include "tools/type_reader.h"
 
@@ -44,11 +43,10 @@ std::wstring Attribute(const wchar_t* name, const std::wstring& value) {
 
 std::wstring ComClass(const Type& type, const std::wstring& library, const std::wstring& tlbid) {
     const auto attributes = AttributesOf(type);
-    if (attributes->typekind != TKIND_COCLASS) return {};
-    const Documentation about = DocumentationOf(type, MEMBERID_NIL);
+    if (attributes->typekind != TKIND_COCLASS || !(attributes->wTypeFlags & TYPEFLAG_FCANCREATE)) return {};
     return L"    <comClass" + Attribute(L"clsid", GuidText(attributes->guid)) +
-           Attribute(L"threadingModel", L"Apartment") + Attribute(L"progid", library + L"." + about.name) +
-           Attribute(L"tlbid", tlbid) + Attribute(L"description", about.help) + L"/>\n";
+           Attribute(L"threadingModel", L"Apartment") + Attribute(L"progid", library + L"." + NameOf(type)) +
+           Attribute(L"tlbid", tlbid) + Attribute(L"description", DocumentationOf(type, MEMBERID_NIL).help) + L"/>\n";
 }
 
 // So that the interfaces can be marshalled between apartments.
@@ -61,20 +59,21 @@ std::wstring ProxyStub(const Type& type, const std::wstring& tlbid) {
            Attribute(L"proxyStubClsid32", dual ? kTypeLibraryMarshaler : kDispatchMarshaler) + L"/>\n";
 }
 
-std::wstring Manifest(const std::filesystem::path& path, const std::filesystem::path& fileVersion,
-                      const std::filesystem::path& assembly) {
+std::wstring Manifest(const std::filesystem::path& path, const std::wstring& assembly) {
     const TypeLib types = LoadTypes(path.c_str());
-    const std::wstring name = DocumentationOf(types, -1).name;
     const auto attributes = AttributesOf(types);
     const std::wstring tlbid = GuidText(attributes->guid);
+    const std::wstring name = DocumentationOf(types, -1).name;
+    const bool narrow = Is32Bit(MachineOf(path).value());
     const std::wstring version =
         std::to_wstring(attributes->wMajorVerNum) + L"." + std::to_wstring(attributes->wMinorVerNum);
     std::wstring text =
         L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         L"<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
         L"  <assemblyIdentity" +
-        Attribute(L"type", L"win32") + Attribute(L"name", assembly.stem()) + Attribute(L"version", fileVersion) +
-        Attribute(L"processorArchitecture", sizeof(void*) == 4 ? L"x86" : L"amd64") + L"/>\n  <file" +
+        Attribute(L"type", L"win32") + Attribute(L"name", assembly) +
+        Attribute(L"version", VersionText(VersionOf(path).value())) +
+        Attribute(L"processorArchitecture", narrow ? L"x86" : L"amd64") + L"/>\n  <file" +
         Attribute(L"name", path.filename()) + L">\n";
     for (const Type& type : TypesOf(types)) text += ComClass(type, name, tlbid);
     text += L"    <typelib" + Attribute(L"tlbid", tlbid) + Attribute(L"version", version) + Attribute(L"helpdir", L"") +
@@ -86,8 +85,8 @@ std::wstring Manifest(const std::filesystem::path& path, const std::filesystem::
 }  // namespace
 
 int main(int count, char** arguments) try {
-    if (count != 4) return std::puts("usage: manifest LIBRARY VERSION OUTPUT"), 2;
-    return WriteUtf8(arguments[3], Manifest(arguments[1], arguments[2], arguments[3])) ? 0 : 1;
+    if (count != 3) return std::puts("usage: manifest LIBRARY OUTPUT"), 2;
+    return WriteUtf8(arguments[2], Manifest(arguments[1], std::filesystem::path(arguments[2]).stem())) ? 0 : 1;
 } catch (...) {
     std::printf("manifest: %ls\n", velk::CaughtFailure().description.c_str());
     return 1;

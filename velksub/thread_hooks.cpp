@@ -54,7 +54,13 @@ void ThreadHooks::Abandon() noexcept {
 }
 
 ThreadHooks::Step::Step(ThreadHooks& owner, const Call& call, WindowHooks::Place at) noexcept
-    : hooks(owner), outer(owner.step_), window(call.window), message(call.message), place(at) {
+    : hooks(owner),
+      outer(owner.step_),
+      window(call.window),
+      message(call.message),
+      wParam(call.wParam),
+      lParam(call.lParam),
+      place(at) {
     owner.step_ = this;
 }
 
@@ -129,9 +135,27 @@ LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
     return result;
 }
 
+namespace {
+
+// Hooks get 32 bits of a message's values. In a 64-bit process a value that needs more is a pointer or a handle that
+// they could not use.
+bool FitsLong(LPARAM value) noexcept {
+    return value == static_cast<LPARAM>(static_cast<LONG>(value)) ||
+           value == static_cast<LPARAM>(static_cast<ULONG>(value));
+}
+
+// What a hook passes on unchanged is the message's own value again, with its upper half.
+template <class Value>
+void Widen(Value& given, Value own) noexcept {
+    if (static_cast<LONG>(given) == static_cast<LONG>(own)) given = own;
+}
+
+}  // namespace
+
 LRESULT ThreadHooks::Below(WindowHooks::Place place, const Call& call) noexcept {
     if (!IsWindow(call.window->handle())) return 0;  // a hook destroyed it
-    const WindowHooks::Hook* const hook = call.window->hooks().Below(call.message, place);
+    const bool fits = FitsLong(static_cast<LPARAM>(call.wParam)) && FitsLong(call.lParam);
+    const WindowHooks::Hook* const hook = fits ? call.window->hooks().Below(call.message, place) : nullptr;
     return hook ? CallHook(*hook, call) : call.window->CallPrevious(call.message, call.wParam, call.lParam);
 }
 
@@ -158,6 +182,8 @@ LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) n
 bool ThreadHooks::CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept {
     Step* const step = step_;
     if (step && step->window->handle() == window && step->message == message) {
+        Widen(wParam, step->wParam);
+        Widen(lParam, step->lParam);
         *result = step->resultBelow = Below(step->place, {step->window, message, wParam, lParam});
         step->handledBelow = true;
         return true;

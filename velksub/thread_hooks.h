@@ -60,6 +60,8 @@ class ThreadHooks {
         Step* outer;
         Window window;
         UINT message;
+        WPARAM wParam;
+        LPARAM lParam;
         WindowHooks::Place place;
         bool handledBelow = false;
         LRESULT resultBelow = 0;

@@ -1,6 +1,7 @@
 #include "frame/registration.h"
 
 #include <string>
+#include <string_view>
 
 #include "frame/class_table.h"
 #include "frame/handles.h"
@@ -96,7 +97,17 @@ void RemoveTypeLibrary(Scope scope) {
     remove(types.guid, types.major, types.minor, types.locale, types.system);
 }
 
-// Whatever this scope holds goes; the first key that may not be deleted is the answer.
+// Whether the library of the other width is registered too. On a 32-bit system there is only one view of the registry,
+// so this is asked once the class's own key is gone.
+bool OtherWidthHas(Scope scope, const std::wstring& key) noexcept {
+    constexpr REGSAM kOtherView = sizeof(void*) == 4 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+    RegistryKey opened;
+    return RegOpenKeyExW(RootOf(scope), (kClassesKey + key).c_str(), 0, KEY_READ | kOtherView, opened.Receive()) ==
+           ERROR_SUCCESS;
+}
+
+// Whatever this scope holds goes, but for what both widths share while the other one needs it: names and the
+// surrogate's settings. The first key that may not be deleted is the answer.
 HRESULT Remove(Scope scope) {
     LSTATUS status = ERROR_SUCCESS;
     const auto remove = [&](const std::wstring& key) {
@@ -104,18 +115,40 @@ HRESULT Remove(Scope scope) {
         if (status == ERROR_SUCCESS) status = removed;
     };
     RemoveTypeLibrary(scope);
+    bool shared = false;
     for (const ClassEntry& entry : Classes()) {
-        remove(ProgId(*entry.info));
-        remove(L"CLSID\\" + GuidText(entry.info->clsid));
+        const std::wstring key = L"CLSID\\" + GuidText(entry.info->clsid);
+        remove(key);
+        if (OtherWidthHas(scope, key)) {
+            shared = true;
+        } else {
+            remove(ProgId(*entry.info));
+        }
     }
-    // A user's part has no CLSID key from the start. Only an empty one can be deleted this way.
-    if (scope == Scope::User) RegDeleteKeyW(RootOf(scope), L"Software\\Classes\\CLSID");
+    if (!shared) remove(L"AppID\\" + GuidText(Identity().guid));
+    // A user's part has no such keys from the start. Only an empty one can be deleted this way.
+    if (scope == Scope::User) {
+        RegDeleteKeyW(RootOf(scope), L"Software\\Classes\\CLSID");
+        RegDeleteKeyW(RootOf(scope), L"Software\\Classes\\AppID");
+    }
     return HRESULT_FROM_WIN32(status);
 }
 
 bool MayWriteForMachine() noexcept {
     RegistryKey key;
     return RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Classes", 0, KEY_WRITE, key.Receive()) == ERROR_SUCCESS;
+}
+
+// An installer limits its work to one scope; the exports take no arguments, so it says so in the environment.
+bool LimitedTo(std::wstring_view scope) noexcept {
+    wchar_t value[16];
+    const DWORD length = GetEnvironmentVariableW(L"VELKSPRT_SCOPE", value, ARRAYSIZE(value));
+    return length < ARRAYSIZE(value) && std::wstring_view(value, length) == scope;
+}
+
+Scope ScopeToWrite() noexcept {
+    if (LimitedTo(L"machine")) return Scope::Machine;
+    return !LimitedTo(L"user") && MayWriteForMachine() ? Scope::Machine : Scope::User;
 }
 
 template <class Body>
@@ -130,7 +163,7 @@ HRESULT Answer(Body body) noexcept try {
 }  // namespace
 
 HRESULT RegisterLibrary() noexcept {
-    const Scope scope = MayWriteForMachine() ? Scope::Machine : Scope::User;
+    const Scope scope = ScopeToWrite();
     const HRESULT written = Answer([scope] {
         Write(scope);
         return S_OK;
@@ -140,8 +173,8 @@ HRESULT RegisterLibrary() noexcept {
 }
 
 HRESULT UnregisterLibrary() noexcept {
-    const HRESULT user = Answer([] { return Remove(Scope::User); });
-    const HRESULT machine = Answer([] { return Remove(Scope::Machine); });
+    const HRESULT user = LimitedTo(L"machine") ? S_OK : Answer([] { return Remove(Scope::User); });
+    const HRESULT machine = LimitedTo(L"user") ? S_OK : Answer([] { return Remove(Scope::Machine); });
     return FAILED(machine) ? machine : user;
 }
 

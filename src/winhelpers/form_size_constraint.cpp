@@ -101,7 +101,7 @@ HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
 // Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
 HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
     return Guard(L"WindowProc", result, [&] {
-        auto& limits = Given(static_cast<MINMAXINFO*>(LongToPtr(lParam)));
+        auto& limits = Given(static_cast<MINMAXINFO*>(ULongToPtr(static_cast<ULONG>(lParam))));
         width_.Apply(limits.ptMinTrackSize.x, limits.ptMaxTrackSize.x);
         height_.Apply(limits.ptMinTrackSize.y, limits.ptMaxTrackSize.y);
         return LONG{0};

@@ -215,7 +215,7 @@ void CListViewExtended::StretchColumns(HWND list) {
 
 // Deliberate: the wide forms of the two notifications pass through.
 LONG CListViewExtended::Notified(LONG window, LONG wParam, LONG lParam) {
-    const auto& header = Given(static_cast<const NMHDR*>(LongToPtr(lParam)));
+    const auto& header = Given(static_cast<const NMHDR*>(ULongToPtr(static_cast<ULONG>(lParam))));
     const bool resizes = header.code == HDN_BEGINTRACKA || header.code == HDN_DIVIDERDBLCLICKA;
     if (preventColumnResize_ && resizes) return 1;
     return hooks_.CallPreviousProc(window, WM_NOTIFY, wParam, lParam);

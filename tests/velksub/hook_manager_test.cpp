@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -218,6 +219,29 @@ TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
     }
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
+}
+
+// A Long carries 32 bits: hooks are spared what they could not use, and pass on what they got without loss.
+TEST_F(Hooks, SeeNoPointerThatDoesNotFitALong) {
+    if (sizeof(void*) == 4) GTEST_SKIP() << "every pointer fits";
+    const auto hook = Logging('a', kAlone, 10, true);
+    AddToWindow(hook.get());
+    const struct {
+        std::uint64_t place;
+        const char* log;
+        LRESULT result;
+    } cases[] = {{0x20000000, "wa", 17}, {0x90000000, "wa", 17}, {0x123000000000, "w", 7}};
+    for (const auto& each : cases) {
+        void* const place = reinterpret_cast<void*>(static_cast<std::uintptr_t>(each.place));
+        auto* const number = static_cast<int*>(VirtualAlloc(place, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+        ASSERT_EQ(place, number);
+        log.clear();
+        EXPECT_EQ(each.result, SendMessageW(window.get(), kMessage, 0, reinterpret_cast<LPARAM>(number)));
+        EXPECT_EQ(each.log, log) << number;
+        EXPECT_EQ(1, *number);
+        VirtualFree(number, 0, MEM_RELEASE);
+    }
+    RemoveFromWindow(hook.get());
 }
 
 TEST_F(Hooks, LeaveNothingBehindAfterManyCycles) {

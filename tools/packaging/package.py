@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""Stages what is delivered and describes it: package.py VERSION STAGE x86=BUILD x64=BUILD
+
+STAGE/<name>/ receives the files, their checksums and their bill of materials (SPDX 2.3); STAGE/<name>.zip holds the same.
+STAGE/files.nsh is the installer's list of them. Everything that varies between two runs (times, orders, folders) is fixed;
+SOURCE_DATE_EPOCH is the date of all.
+"""
+import datetime
+import hashlib
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import uuid
+import zipfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+EPOCH = int(os.environ["SOURCE_DATE_EPOCH"])
+DATE = datetime.datetime.fromtimestamp(EPOCH, datetime.timezone.utc)
+
+DOC = Path("/usr/share/doc")
+LICENCES = {
+    "mingw-w64.txt": DOC / "mingw-w64-common/copyright",
+    "gcc.txt": DOC / "gcc-mingw-w64-base/copyright",
+    "GPL-3.txt": Path("/usr/share/common-licenses/GPL-3"),
+    "nsis.txt": DOC / "nsis/copyright",
+}
+# What the toolchain links in: name, Debian package that knows the version, licence, where it comes from.
+LINKED = [
+    ("mingw-w64-runtime", "mingw-w64-common", "LicenseRef-mingw-w64-runtime", "https://www.mingw-w64.org/"),
+    ("winpthreads", "mingw-w64-common", "MIT AND BSD-3-Clause", "https://www.mingw-w64.org/"),
+    ("libgcc", "gcc-mingw-w64-base", "GPL-3.0-or-later WITH GCC-exception-3.1", "https://gcc.gnu.org/"),
+    ("libstdc++", "gcc-mingw-w64-base", "GPL-3.0-or-later WITH GCC-exception-3.1", "https://gcc.gnu.org/"),
+]
+
+
+def shipped(build):
+    """The lines of the build's list: (kind, the library's assembly or "-", path)."""
+    for line in (Path(build) / "shipped.txt").read_text().splitlines():
+        kind, assembly, path = line.split(" ", 2)
+        yield kind, assembly, Path(path)
+
+
+def copy(source, target):
+    target.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copyfile(source, target)
+
+
+def stage_width(build, tree, width):
+    for kind, assembly, path in shipped(build):
+        if kind == "header":
+            # The compiler's first line names the folder of the interface file.
+            text = re.sub(r"from .*/(?=[\w.]+ - )", "from ", path.read_text(), count=1)
+            header = tree / "include" / path.name
+            if header.exists() and header.read_text() != text:
+                sys.exit(f"{path.name} differs between the widths")
+            header.parent.mkdir(exist_ok=True)
+            header.write_text(text)
+            continue
+        copy(path, tree / width / path.name)
+        if kind == "library":
+            copy(Path(build) / "manifests" / f"{assembly}.manifest", tree / width / f"{assembly}.manifest")
+
+
+def stage(tree, builds):
+    for width, build in builds.items():
+        stage_width(build, tree, width)
+    for folder in ("docs", "samples"):
+        shutil.copytree(ROOT / folder, tree / folder, copy_function=shutil.copyfile)
+    for name in ("README.md", "CHANGELOG.md"):
+        copy(ROOT / name, tree / name)
+    for name, source in LICENCES.items():
+        copy(source, tree / "licences" / name)
+
+
+def files_of(tree):
+    return sorted((p for p in tree.rglob("*") if p.is_file()), key=lambda p: p.relative_to(tree).as_posix())
+
+
+def checksum(path, algorithm):
+    return hashlib.new(algorithm, path.read_bytes()).hexdigest()
+
+
+def installed_version(package):
+    query = ["dpkg-query", "-W", "-f=${Version}", package]
+    return subprocess.run(query, check=True, capture_output=True, text=True).stdout
+
+
+def identifier(name):
+    return "SPDXRef-" + re.sub(r"[^A-Za-z0-9.-]", "-", name)
+
+
+def spdx_file(tree, number, path):
+    name = path.relative_to(tree).as_posix()
+    kind = {".dll": "BINARY", ".exe": "BINARY", ".tlb": "BINARY", ".h": "SOURCE", ".vbs": "SOURCE", ".js": "SOURCE",
+            ".md": "DOCUMENTATION", ".svg": "IMAGE", ".png": "IMAGE"}.get(path.suffix, "TEXT")
+    return {
+        "SPDXID": identifier(f"File-{number}-{name}"),
+        "fileName": f"./{name}",
+        "fileTypes": [kind],
+        "checksums": [{"algorithm": a, "checksumValue": checksum(path, a.lower())} for a in ("SHA1", "SHA256")],
+        "licenseConcluded": "NOASSERTION",
+        "licenseInfoInFiles": ["NOASSERTION"],
+        "copyrightText": "NOASSERTION",
+    }
+
+
+def spdx_package(name, version, licence, home, **more):
+    return {
+        "SPDXID": identifier(f"Package-{name}"),
+        "name": name,
+        "versionInfo": version,
+        "downloadLocation": home,
+        "licenseConcluded": licence,
+        "licenseDeclared": licence,
+        "copyrightText": "NOASSERTION",
+        **more,
+    }
+
+
+def bill_of_materials(tree, name, version):
+    files = [spdx_file(tree, number, path) for number, path in enumerate(files_of(tree))]
+    sums = sorted(f["checksums"][0]["checksumValue"] for f in files)
+    code = hashlib.sha1("".join(sums).encode()).hexdigest()
+    own = spdx_package("VelkSupport", version, "NOASSERTION", "NOASSERTION", primaryPackagePurpose="LIBRARY",
+                       packageVerificationCode={"packageVerificationCodeValue": code},
+                       licenseInfoFromFiles=["NOASSERTION"])
+    linked = [spdx_package(part, installed_version(debian), licence, home, filesAnalyzed=False)
+              for part, debian, licence, home in LINKED]
+    binaries = [f for f in files if f["fileName"].endswith((".dll", ".exe"))]
+    relations = [("SPDXRef-DOCUMENT", "DESCRIBES", own["SPDXID"])]
+    relations += [(own["SPDXID"], "CONTAINS", f["SPDXID"]) for f in files]
+    relations += [(f["SPDXID"], "STATIC_LINK", p["SPDXID"]) for f in binaries for p in linked]
+    return {
+        "spdxVersion": "SPDX-2.3",
+        "dataLicense": "CC0-1.0",
+        "SPDXID": "SPDXRef-DOCUMENT",
+        "name": name,
+        # An identifier that follows from the contents, so that two builds have the same.
+        "documentNamespace": f"urn:uuid:{uuid.uuid5(uuid.NAMESPACE_OID, name + code)}",
+        "creationInfo": {"created": DATE.strftime("%Y-%m-%dT%H:%M:%SZ"), "creators": ["Tool: VelkSupport-package.py"]},
+        "packages": [own, *linked],
+        "files": files,
+        "hasExtractedLicensingInfos": [{
+            "licenseId": "LicenseRef-mingw-w64-runtime",
+            "name": "mingw-w64 runtime licences",
+            "extractedText": (tree / "licences/mingw-w64.txt").read_text(),
+        }],
+        "relationships": [{"spdxElementId": a, "relationshipType": r, "relatedSpdxElement": b} for a, r, b in relations],
+    }
+
+
+def describe(tree, name, version):
+    spdx = json.dumps(bill_of_materials(tree, name, version), indent=1, ensure_ascii=False) + "\n"
+    (tree / "VelkSupport.spdx.json").write_text(spdx)
+    lines = [f"{checksum(p, 'sha256')}  {p.relative_to(tree).as_posix()}\n" for p in files_of(tree)]
+    (tree / "SHA256SUMS").write_text("".join(lines))
+
+
+def write_zip(tree, path):
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
+        for file in files_of(tree):
+            entry = zipfile.ZipInfo(f"{tree.name}/{file.relative_to(tree).as_posix()}", DATE.timetuple()[:6])
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.create_system = 3
+            entry.external_attr = 0o100644 << 16
+            archive.writestr(entry, file.read_bytes())
+
+
+def installer_list(tree, path):
+    """What the installer puts, where, and what the uninstaller takes away: those files and no others."""
+    folders = {}
+    for file in files_of(tree):
+        folders.setdefault(str(file.parent.relative_to(tree)).replace("/", "\\").removeprefix("."), []).append(file)
+    install, delete = [], []
+    for folder, files in sorted(folders.items()):
+        only_64 = folder.split("\\")[0] == "x64"
+        target = ("$INSTDIR\\" + folder).rstrip("\\")
+        install += ["${If} ${RunningX64}"] if only_64 else []
+        install += [f'SetOutPath "{target}"'] + [f'File "{f.relative_to(tree.parent)}"' for f in files]
+        install += ["${EndIf}"] if only_64 else []
+        delete += [f'Delete "{target}\\{f.name}"' for f in files]
+    parents = {p for f in files_of(tree) for p in f.relative_to(tree).parents} - {Path(".")}
+    delete += ['RMDir "$INSTDIR\\' + p.as_posix().replace("/", "\\") + '"' for p in sorted(parents, reverse=True)]
+    each = [f"!insertmacro ${{DO}} {p.name}" for p in sorted((tree / "x86").glob("*.dll"))]
+    macros = [("InstallFiles", install), ("DeleteFiles", ['SetOutPath "$TEMP"', *delete]), ("ForEachLibrary DO", each)]
+    text = "".join(f"!macro {name}\n" + "".join(f"    {l}\n" for l in lines) + "!macroend\n" for name, lines in macros)
+    path.write_text(text)
+
+
+def main():
+    version, stage_folder, *builds = sys.argv[1:]
+    target = Path(stage_folder)
+    shutil.rmtree(target, ignore_errors=True)
+    name = f"VelkSupport-{version}"
+    tree = target / name
+    tree.mkdir(parents=True)
+    stage(tree, dict(b.split("=", 1) for b in builds))
+    describe(tree, name, version)
+    write_zip(tree, target / f"{name}.zip")
+    installer_list(tree, target / "files.nsh")
+
+
+main()
