@@ -18,5 +18,5 @@ If Err.Number <> 0 Then
     WScript.Echo "No help file " & help.HelpFile & ": " & Err.Description
     WScript.Quit 1
 End If
-MsgBox "The help window goes with this program.", , "Help"
+MsgBox "The help window goes with this program.", vbInformation, "Help"
 WScript.Quit 0

@@ -1,92 +1,14 @@
 // Writes what a type library promises to its clients as a text that only changes when the promise does:
 // dump_typelib LIBRARY OUTPUT. Help texts are left out; they may change at any time.
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <string>
 
-#include "frame/variant.h"
 #include "tools/text_file.h"
-#include "tools/type_reader.h"
+#include "tools/type_text.h"
 
 namespace {
 
 using namespace velk;
-
-struct Name {
-    int value;
-    const wchar_t* text;
-};
-
-constexpr Name kTypes[] = {
-    {VT_I2, L"SHORT"},        {VT_I4, L"LONG"},           {VT_R4, L"FLOAT"},        {VT_R8, L"DOUBLE"},
-    {VT_CY, L"CURRENCY"},     {VT_DATE, L"DATE"},         {VT_BSTR, L"BSTR"},       {VT_DISPATCH, L"IDispatch*"},
-    {VT_ERROR, L"SCODE"},     {VT_BOOL, L"VARIANT_BOOL"}, {VT_VARIANT, L"VARIANT"}, {VT_UNKNOWN, L"IUnknown*"},
-    {VT_UI1, L"BYTE"},        {VT_INT, L"INT"},           {VT_UINT, L"UINT"},       {VT_VOID, L"void"},
-    {VT_HRESULT, L"HRESULT"},
-};
-
-constexpr Name kKinds[] = {
-    {TKIND_ENUM, L"enum"},           {TKIND_RECORD, L"struct"},     {TKIND_MODULE, L"module"},
-    {TKIND_INTERFACE, L"interface"}, {TKIND_DISPATCH, L"dispatch"}, {TKIND_COCLASS, L"coclass"},
-    {TKIND_ALIAS, L"alias"},         {TKIND_UNION, L"union"},
-};
-
-constexpr Name kTypeFlags[] = {
-    {TYPEFLAG_FAPPOBJECT, L"appobject"},
-    {TYPEFLAG_FCANCREATE, L"creatable"},
-    {TYPEFLAG_FLICENSED, L"licensed"},
-    {TYPEFLAG_FPREDECLID, L"predeclared"},
-    {TYPEFLAG_FHIDDEN, L"hidden"},
-    {TYPEFLAG_FCONTROL, L"control"},
-    {TYPEFLAG_FDUAL, L"dual"},
-    {TYPEFLAG_FNONEXTENSIBLE, L"nonextensible"},
-    {TYPEFLAG_FOLEAUTOMATION, L"oleautomation"},
-    {TYPEFLAG_FRESTRICTED, L"restricted"},
-    {TYPEFLAG_FAGGREGATABLE, L"aggregatable"},
-};
-
-constexpr Name kImplementFlags[] = {
-    {IMPLTYPEFLAG_FDEFAULT, L"default"}, {IMPLTYPEFLAG_FSOURCE, L"source"}, {IMPLTYPEFLAG_FRESTRICTED, L"restricted"}};
-
-constexpr Name kParameterFlags[] = {
-    {PARAMFLAG_FIN, L"in"}, {PARAMFLAG_FOUT, L"out"}, {PARAMFLAG_FOPT, L"optional"}, {PARAMFLAG_FRETVAL, L"retval"}};
-
-constexpr Name kInvokeKinds[] = {{INVOKE_FUNC, L"method"},
-                                 {INVOKE_PROPERTYGET, L"get"},
-                                 {INVOKE_PROPERTYPUT, L"let"},
-                                 {INVOKE_PROPERTYPUTREF, L"set"}};
-
-template <std::size_t Size>
-std::wstring TextOf(const Name (&names)[Size], int value) {
-    const auto* found = std::find_if(names, names + Size, [value](const Name& name) { return name.value == value; });
-    return found == names + Size ? L"?" + std::to_wstring(value) : found->text;
-}
-
-template <std::size_t Size>
-std::wstring FlagsText(const Name (&names)[Size], int flags) {
-    std::wstring text;
-    for (const Name& name : names) {
-        if (flags & name.value) text += (text.empty() ? L"" : L", ") + std::wstring(name.text);
-    }
-    return text;
-}
-
-std::wstring TypeText(const Type& type, const TYPEDESC& description) {
-    if (description.vt == VT_PTR) return TypeText(type, *description.lptdesc) + L"*";
-    if (description.vt == VT_SAFEARRAY) return L"SAFEARRAY(" + TypeText(type, *description.lptdesc) + L")";
-    if (description.vt != VT_USERDEFINED) return TextOf(kTypes, description.vt);
-    Type named;
-    ThrowIfFailed(type->GetRefTypeInfo(description.hreftype, named.Receive()));
-    return NameOf(named);
-}
-
-std::wstring ValueText(VARIANT& value) {
-    Variant text;
-    ThrowIfFailed(VariantChangeTypeEx(&text, &value, LOCALE_INVARIANT, 0, VT_BSTR));
-    const std::wstring quote = value.vt == VT_BSTR ? L"\"" : L"";
-    return quote + std::wstring(View(text.bstrVal)) + quote;
-}
 
 std::wstring ParameterText(const Type& type, const ELEMDESC& parameter, const std::wstring& name) {
     const PARAMDESC& description = parameter.paramdesc;
@@ -96,20 +18,6 @@ std::wstring ParameterText(const Type& type, const ELEMDESC& parameter, const st
         text += L" = " + ValueText(description.pparamdescex->varDefaultValue);
     }
     return text;
-}
-
-// The member's name and its parameters'. The new value of a let has none: clients never name it.
-std::vector<std::wstring> NamesOf(const Type& type, const FUNCDESC& function) {
-    std::vector<BSTR> raw(static_cast<std::size_t>(function.cParams) + 1);
-    UINT count = 0;
-    ThrowIfFailed(type->GetNames(function.memid, raw.data(), static_cast<UINT>(raw.size()), &count));
-    std::vector<std::wstring> names;
-    for (const BSTR name : raw) {
-        names.emplace_back(View(name));
-        SysFreeString(name);
-    }
-    if (function.invkind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) names.back().clear();
-    return names;
 }
 
 std::wstring FunctionText(const Type& type, const FUNCDESC& function) {

@@ -1,0 +1,59 @@
+"""Sphinx: the reference as web pages that work from disk, and as the source of the compiled help file."""
+
+import re
+from pathlib import Path
+
+project = "VelkSupport"
+author = "the VelkSupport developers"
+version = release = "1.1.0.1"
+copyright = ""
+
+extensions = ["myst_parser", "sphinx_copybutton", "sphinxcontrib.htmlhelp"]
+myst_enable_extensions = ["colon_fence"]
+myst_heading_anchors = 4
+highlight_language = "none"
+nitpicky = True
+
+html_theme = "furo"
+html_title = "VelkSupport 1.1"
+html_static_path = [str(Path(__file__).parent / "static")]
+html_css_files = ["velk.css"]
+html_show_sourcelink = False
+html_show_copyright = False
+html_show_sphinx = False
+html_copy_source = False
+html_use_index = False
+html_theme_options = {
+    "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
+    "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
+}
+pygments_style = "tango"
+pygments_dark_style = "monokai"
+htmlhelp_basename = "VelkSupport"
+if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its own contents and search
+    html_theme, html_theme_options, html_css_files = "nonav", {}, ["help.css"]
+    extensions.remove("sphinx_copybutton")
+
+
+def bundle(app, failure):
+    """Puts together what Debian leaves apart of the theme, so that the pages work from disk.
+
+    Its script is in modules, one style sheet is on the web server, and the sheet's compiler lost the rule for readers whose
+    system is dark.
+    """
+    if failure or app.builder.name != "html":
+        return
+    static = Path(app.outdir) / "_static"
+    script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
+    modules = part.read_text() + script.read_text().replace('import Gumshoe from "./gumshoe-patched.js";\n', "")
+    script.write_text("(function () {\n" + modules + "\n}).call(window);\n")
+    style = static / "styles" / "furo.css"
+    normalize = Path("/usr/share/javascript/normalize.css/normalize.css").read_text()
+    rules = style.read_text().replace("@import url(/javascript/normalize.css/normalize.css);", normalize)
+    chosen = re.search(r"@media not print \{.*?\n?\}\s*\}", rules, re.S)[0]
+    dark = chosen.replace("not print", "screen and (prefers-color-scheme: dark)").replace('"dark"', '"auto"')
+    style.write_text(rules.replace(chosen, chosen + "\n" + dark))
+
+
+def setup(app):
+    app.connect("build-finished", bundle)
