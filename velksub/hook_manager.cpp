@@ -60,6 +60,7 @@ constinit const ClassInfo HookManager::kInfo{
     .policy = FailurePolicy::PassOn,
     .componentFailure = S_OK,
     .creationFailed = L"",
+    .onAnyThread = true,
 };
 
 HookManager* HookManager::theOne_ = nullptr;

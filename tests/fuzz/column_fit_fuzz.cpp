@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(lastWidth > 0 ? ratio == static_cast<double>(width) / lastWidth : ratio == 1);
     ColumnFit fit(width, ratio);
     std::int64_t taken = 0;
-    while (!bytes.empty()) {
+    for (int columns = 0; columns < 8 && !bytes.empty(); ++columns) {
         const std::int32_t column = bytes.Number();
         const double exact = column * ratio;
         try {
