@@ -128,7 +128,7 @@ TEST(Apartments, EventsArriveOnTheSinksOwnThread) {
         EXPECT_EQ(-873187034, Call(crc.object(), L"GetCRCFromStringAscii", {digits}).value.lVal);
         EXPECT_NE(crc.thread(), GetCurrentThreadId());
     }
-    EXPECT_EQ(8u, sink->events.size());
+    EXPECT_EQ(10u, sink->events.size());
     EXPECT_EQ(GetCurrentThreadId(), calledOn);
     for (int i = 0; i < 100 && sink->count() != 1; ++i) PumpMessages();
     EXPECT_EQ(1u, sink->count());
