@@ -28,9 +28,14 @@ HookTarget TargetOf(ISubclass* hook) {
 
 bool IsOfThisThread(HWND window) noexcept { return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId(); }
 
+// The platform takes the low word of a handle, extended with or without a sign, for the handle itself. Messages come
+// with the whole one, so that what is attached to the short one would neither be called nor go with its window.
+bool IsShort(LONG handle) noexcept { return HIWORD(handle) == 0 || HIWORD(handle) == 0xFFFF; }
+
 HWND OwnWindow(LONG handle) {
     const auto window = static_cast<HWND>(LongToHandle(handle));
-    if (!IsWindow(window)) throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
+    if (IsShort(handle) || !IsWindow(window))
+        throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
     if (!IsOfThisThread(window)) {
         throw ClassError(eErrHookManager_OtherThread, L"The window belongs to another thread");
     }
@@ -60,6 +65,7 @@ constinit const ClassInfo HookManager::kInfo{
     .policy = FailurePolicy::PassOn,
     .componentFailure = S_OK,
     .creationFailed = L"",
+    .onAnyThread = true,
 };
 
 HookManager* HookManager::theOne_ = nullptr;

@@ -1,5 +1,7 @@
 #include "frame/automation_object.h"
 
+#include <string>
+
 #include "frame/report.h"
 
 namespace velk {
@@ -21,22 +23,34 @@ ULONG ObjectCore::CountDown() noexcept {
 
 HRESULT ObjectCore::Fail(const wchar_t* member, FailurePolicy policy) const noexcept try {
     const Failure failure = CaughtFailure();
+    const ClassInfo& info = info_;  // the object may be gone when its report is closed
     const bool ours = failure.kind != Failure::Kind::Runtime;
     if (failure.kind == Failure::Kind::NullArgument || policy == FailurePolicy::PassOn) {
-        return RaiseToClient(failure, info_.name, info_.iid);
+        return RaiseToClient(failure, info.name, info.iid);
     }
     if (policy != FailurePolicy::ComponentFailure) {
         ReportFailure(failure, member);
-        return policy == FailurePolicy::Report ? S_OK : RaiseToClient(failure, info_.name, info_.iid);
+        return policy == FailurePolicy::Report ? S_OK : RaiseToClient(failure, info.name, info.iid);
     }
-    if (ours) return RaiseToClient(failure, info_.name, info_.iid);
-    const std::wstring description = std::wstring(info_.name) + L" component failure";
+    if (ours) return RaiseToClient(failure, info.name, info.iid);
+    const std::wstring description = std::wstring(info.name) + L" component failure";
     return RaiseToClient(
-        {Failure::Kind::Class, info_.componentFailure, info_.componentFailure, description, ErrorSource::Class},
-        info_.name, info_.iid);
+        {Failure::Kind::Class, info.componentFailure, info.componentFailure, description, ErrorSource::Class},
+        info.name, info.iid);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
+
+#ifndef NDEBUG
+HRESULT ObjectCore::CheckThread(const wchar_t* member) const noexcept try {
+    if (info_.onAnyThread || GetCurrentThreadId() == thread_) return S_OK;
+    const std::wstring where = std::wstring(info_.name) + L"." + member;
+    OutputDebugStringW((where + L" is called on a thread that did not make the object\n").c_str());
+    return RPC_E_WRONG_THREAD;
+} catch (...) {
+    return RPC_E_WRONG_THREAD;
+}
+#endif
 
 HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept {
     if (!info) return E_POINTER;

@@ -31,6 +31,7 @@ struct ClassInfo {
     FailurePolicy policy;
     HRESULT componentFailure;       // for that policy
     const wchar_t* creationFailed;  // heading of the report of a failed creation
+    bool onAnyThread = false;       // else an object is used by the thread that made it, or through a proxy
 };
 
 // What needs no knowledge of the class's interface.
@@ -50,6 +51,13 @@ class ObjectCore {
     HRESULT Fail(const wchar_t* member) const noexcept { return Fail(member, info_.policy); }
     HRESULT Fail(const wchar_t* member, FailurePolicy policy) const noexcept;
 
+    // Clients that pass an object to another thread without marshalling it are told in a debug build.
+#ifdef NDEBUG
+    static constexpr HRESULT CheckThread(const wchar_t*) noexcept { return S_OK; }
+#else
+    HRESULT CheckThread(const wchar_t* member) const noexcept;
+#endif
+
     HRESULT GetCoclass(ITypeInfo** info) const noexcept;
     HRESULT GetEventsGuid(DWORD kind, GUID* guid) const noexcept;
 
@@ -58,6 +66,9 @@ class ObjectCore {
   private:
     library::Use use_;
     std::atomic<ULONG> count_ = 1;
+#ifndef NDEBUG
+    const DWORD thread_ = GetCurrentThreadId();
+#endif
 };
 
 namespace detail {
@@ -107,6 +118,7 @@ class AutomationObject : public DispatchFace<Interface>,
 
     template <class Body>
     HRESULT Guard(const wchar_t* member, Body&& body) const noexcept try {
+        if (const HRESULT wrong = CheckThread(member)) return wrong;
         body();
         return S_OK;
     } catch (...) {
@@ -118,6 +130,7 @@ class AutomationObject : public DispatchFace<Interface>,
     HRESULT Guard(const wchar_t* member, T* result, Body&& body) const noexcept try {
         if (!result) return E_POINTER;
         *result = T{};
+        if (const HRESULT wrong = CheckThread(member)) return wrong;
         detail::HandOver(*result, body());
         return S_OK;
     } catch (...) {
@@ -127,6 +140,7 @@ class AutomationObject : public DispatchFace<Interface>,
     // For a member, or a part of one, whose errors its class leaves as they are, whatever it does with others.
     template <class Body>
     HRESULT PassOn(Body&& body) const noexcept try {
+        if (const HRESULT wrong = CheckThread(L"A member")) return wrong;
         body();
         return S_OK;
     } catch (...) {

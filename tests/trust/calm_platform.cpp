@@ -54,13 +54,20 @@ BOOL WINAPI RefuseRecord(Record*) {
 }
 
 // This platform takes a small number for any drawing object in that place of its table, and draws into what is none.
+// It believes the bits of a number that tell the kind: selecting into a number of a metafile's kind reads the record of
+// the metafile that is not there.
+bool DoesHarm(HDC context) noexcept {
+    constexpr ULONG_PTR kKind = 0x7F, kMetafile = 0x66;
+    const ULONG_PTR high = reinterpret_cast<ULONG_PTR>(context) >> 16;
+    return high == 0 || ((high & kKind) == kMetafile && GetObjectType(context) == 0);
+}
 template <int Number, class Function>
 struct WithRealContexts;
 template <int Number, class Result, class... Given>
 struct WithRealContexts<Number, Result(WINAPI*)(HDC, Given...)> {
     static inline Result(WINAPI* original)(HDC, Given...) = nullptr;
     static Result WINAPI Call(HDC context, Given... given) {
-        return reinterpret_cast<ULONG_PTR>(context) >> 16 ? original(context, given...) : Result{};
+        return DoesHarm(context) ? Result{} : original(context, given...);
     }
 };
 

@@ -46,33 +46,33 @@ void __cdecl Free(void* block) {
 }
 
 template <int Number, class Function>
-void Patch(std::vector<std::unique_ptr<ImportPatch>>& patches, const char* name, Function) {
-    if (!ImportPatch::IsImported(Library(), name)) return;
+void Patch(std::vector<std::unique_ptr<ImportPatch>>& patches, HMODULE library, const char* name, Function) {
+    if (!ImportPatch::IsImported(library, name)) return;
     using Patched = Standin<Number, Function>;
-    patches.push_back(std::make_unique<ImportPatch>(Library(), name, reinterpret_cast<void*>(&Patched::Call)));
+    patches.push_back(std::make_unique<ImportPatch>(library, name, reinterpret_cast<void*>(&Patched::Call)));
     Patched::original = patches.back()->Original<Function>();
 }
 
 }  // namespace
 
-FailingMemory::FailingMemory() {
+FailingMemory::FailingMemory(HMODULE library) {
     failsAt = 0;
     held = 0;
-    patches_.push_back(std::make_unique<ImportPatch>(Library(), "malloc", reinterpret_cast<void*>(&Malloc)));
-    patches_.push_back(std::make_unique<ImportPatch>(Library(), "free", reinterpret_cast<void*>(&Free)));
-    Patch<0>(patches_, "SysAllocString", &SysAllocString);
-    Patch<1>(patches_, "SysAllocStringLen", &SysAllocStringLen);
-    Patch<2>(patches_, "SysAllocStringByteLen", &SysAllocStringByteLen);
-    Patch<3>(patches_, "SafeArrayCreate", &SafeArrayCreate);
-    Patch<4>(patches_, "SafeArrayCreateVector", &SafeArrayCreateVector);
-    Patch<5>(patches_, "SafeArrayAllocData", &SafeArrayAllocData);
-    Patch<6>(patches_, "SafeArrayRedim", &SafeArrayRedim);
-    Patch<7>(patches_, "SafeArrayCopy", &SafeArrayCopy);
-    Patch<8>(patches_, "VariantCopy", &VariantCopy);
-    Patch<9>(patches_, "VariantCopyInd", &VariantCopyInd);
-    Patch<10>(patches_, "VariantChangeTypeEx", &VariantChangeTypeEx);
-    Patch<11>(patches_, "CoTaskMemAlloc", &CoTaskMemAlloc);
-    Patch<12>(patches_, "CreateErrorInfo", &CreateErrorInfo);
+    patches_.push_back(std::make_unique<ImportPatch>(library, "malloc", reinterpret_cast<void*>(&Malloc)));
+    patches_.push_back(std::make_unique<ImportPatch>(library, "free", reinterpret_cast<void*>(&Free)));
+    Patch<0>(patches_, library, "SysAllocString", &SysAllocString);
+    Patch<1>(patches_, library, "SysAllocStringLen", &SysAllocStringLen);
+    Patch<2>(patches_, library, "SysAllocStringByteLen", &SysAllocStringByteLen);
+    Patch<3>(patches_, library, "SafeArrayCreate", &SafeArrayCreate);
+    Patch<4>(patches_, library, "SafeArrayCreateVector", &SafeArrayCreateVector);
+    Patch<5>(patches_, library, "SafeArrayAllocData", &SafeArrayAllocData);
+    Patch<6>(patches_, library, "SafeArrayRedim", &SafeArrayRedim);
+    Patch<7>(patches_, library, "SafeArrayCopy", &SafeArrayCopy);
+    Patch<8>(patches_, library, "VariantCopy", &VariantCopy);
+    Patch<9>(patches_, library, "VariantCopyInd", &VariantCopyInd);
+    Patch<10>(patches_, library, "VariantChangeTypeEx", &VariantChangeTypeEx);
+    Patch<11>(patches_, library, "CoTaskMemAlloc", &CoTaskMemAlloc);
+    Patch<12>(patches_, library, "CreateErrorInfo", &CreateErrorInfo);
 }
 
 FailingMemory::~FailingMemory() = default;

@@ -11,7 +11,7 @@ namespace velk::test {
 // Counts what the library allocates, and makes one of the allocations fail. One at a time.
 class FailingMemory {
   public:
-    FailingMemory();
+    explicit FailingMemory(HMODULE library);
     ~FailingMemory();
 
     // The allocation with this number, counted from 1 and from now, fails.

@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <optional>
 
 #include "support/client.h"
 #include "support/malloc_spy.h"
 #include "support/scratch_folder.h"
+#include "support/test_hook.h"
+#include "support/test_window.h"
 #include "trust/calm_platform.h"
 #include "trust/request.h"
 #include "trust/scale.h"
@@ -92,19 +95,23 @@ class Campaign {
         const int last = callsMade + calls;
         while (callsMade < last) {
             currentClass = &AnyOf(classes);
-            const ComPtr<IDispatch> object = CreateObject<IDispatch>(currentClass->clsid);
+            std::optional<TestWindow> window;
+            if (!furtherObjects.empty()) realWindow = window.emplace().handle();
+            const ComPtr<IDispatch> object = currentClass->MakeObject();
             ComPtr<IConnectionPoint> point = OneIn(3) ? EventsOf(object) : nullptr;
             DWORD cookie = 0;
             const HRESULT advised = point ? point->Advise(AnyOf(Objects()).get(), &cookie) : S_OK;
             EXPECT_EQ(S_OK, advised);
             for (int i = 0; i < kCallsAnObject; ++i) Call(object.get());
             if (point) point->Unadvise(cookie);
+            if (window) PumpMessages();
+            realWindow = 0;
         }
         SetErrorInfo(0, nullptr);
     }
 
     void Print() const {
-        std::printf("seed %u, %d calls\n", kSeed, callsMade);
+        std::printf("seed %u\n", kSeed);
         for (const auto& [answer, count] : answers_) std::printf("%08lx %7d\n", answer, count);
     }
 
@@ -166,21 +173,33 @@ class Campaign {
     std::map<ULONG, int> answers_;
 };
 
-TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) {
+void RunOn(const wchar_t* library, int calls) {
     SetUnhandledExceptionFilter(&TellWhere);
     const CalmPlatform calm;
-    const std::vector<Class> classes = ReadClasses();
+    const std::vector<Class> classes = ReadClasses(library);
     ASSERT_FALSE(classes.empty());
     Campaign campaign;
     campaign.Run(classes, static_cast<int>(classes.size()) * 20 * kCallsAnObject);  // until all that stays is there
     const LONG blocks = MallocSpy::Alive();
     const std::size_t handles = OpenHandles();
-    campaign.Run(classes, AtScale(200'000, 1'000'000));
+    campaign.Run(classes, calls);
     campaign.Print();
+    Tell("Malformed and hostile calls of every member of " + Quoted(library), std::to_string(calls));
     EXPECT_EQ(blocks, MallocSpy::Alive());
     EXPECT_EQ(handles, OpenHandles());
     for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
-    EXPECT_TRUE(CanUnload());
+    EXPECT_TRUE(CanUnload(classes[0].library));
+}
+
+TEST(MalformedCalls, GetAProperAnswerAndLeaveNothingBehind) { RunOn(kMain, AtScale(100'000, 1'000'000)); }
+
+// With a window and a hook that members can be given.
+TEST(MalformedCalls, OfTheHookLibraryToo) {
+    const auto hook = TestHook::Make(2);
+    furtherObjects.push_back(hook.As<IDispatch>());
+    RunOn(kHooks, AtScale(20'000, 200'000));
+    furtherObjects.clear();
+    EXPECT_EQ(1u, hook->count());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "trust/members.h"
 
+#include <gtest/gtest.h>
+
 #include <set>
 
 #include "support/client.h"
@@ -35,13 +37,31 @@ Member ReadMember(const Type& type, const FUNCDESC& function) {
     return member;
 }
 
+template <class Function>
+Function Exported(HMODULE library, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
 }  // namespace
 
-std::vector<Class> ReadClasses() {
+ComPtr<IDispatch> Class::MakeObject() const {
+    ComPtr<IClassFactory> factory;
+    ComPtr<IDispatch> object;
+    Exported<decltype(&DllGetClassObject)>(library, "DllGetClassObject")(clsid, IID_IClassFactory,
+                                                                         factory.ReceiveVoid());
+    EXPECT_TRUE(factory && factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()) == S_OK);
+    return object;
+}
+
+HMODULE LoadBuilt(const wchar_t* library) { return LoadLibraryW(BuiltFile(library).c_str()); }
+
+bool CanUnload(HMODULE library) { return Exported<decltype(&DllCanUnloadNow)>(library, "DllCanUnloadNow")() == S_OK; }
+
+std::vector<Class> ReadClasses(const wchar_t* library) {
     std::vector<Class> classes;
-    for (const Type& coclass : TypesOf(LoadTypes(LibraryPath().c_str()))) {
+    for (const Type& coclass : TypesOf(LoadTypes(BuiltFile(library).c_str()))) {
         if (AttributesOf(coclass)->typekind != TKIND_COCLASS) continue;
-        Class read{NameOf(coclass), AttributesOf(coclass)->guid, {}};
+        Class read{NameOf(coclass), AttributesOf(coclass)->guid, LoadBuilt(library), {}};
         const Type face = OwnMembers(Implemented(coclass, 0));
         for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {
             Member member = ReadMember(face, *FunctionOf(face, i));

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/com_ptr.h"
 #include "frame/platform.h"
 
 namespace velk::test {
@@ -25,9 +26,23 @@ struct Member {
 struct Class {
     std::wstring name;
     CLSID clsid;
+    HMODULE library;
     std::vector<Member> members;
+
+    ComPtr<IDispatch> MakeObject() const;
 };
 
-std::vector<Class> ReadClasses();
+inline std::string Quoted(const wchar_t* library) {
+    const std::wstring name = library;
+    return "`" + std::string(name.begin(), name.end()) + "`";
+}
+
+// Of one of the built libraries, by its file's name.
+std::vector<Class> ReadClasses(const wchar_t* library);
+HMODULE LoadBuilt(const wchar_t* library);
+bool CanUnload(HMODULE library);
+
+inline constexpr const wchar_t* kMain = L"VelkSprt.dll";
+inline constexpr const wchar_t* kHooks = L"VelkSub.dll";
 
 }  // namespace velk::test

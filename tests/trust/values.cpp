@@ -43,6 +43,9 @@ Variant NumberValue() {
 
 Variant ObjectValue() {
     const VARTYPE type = OneIn(3) ? VT_UNKNOWN : VT_DISPATCH;
+    if (!furtherObjects.empty() && OneIn(2)) {
+        return Of(VT_DISPATCH, reinterpret_cast<LONG_PTR>(ComPtr<IDispatch>(AnyOf(furtherObjects)).Detach()));
+    }
     return Of(type, OneIn(4) ? 0 : reinterpret_cast<LONG_PTR>(ComPtr<ValueObject>(AnyOf(Objects())).Detach()));
 }
 
@@ -124,6 +127,7 @@ Variant SaneValue(VARTYPE type) {
             return value;
         }
         default:
+            if (type == VT_I4 && realWindow && OneIn(2)) return Of(type, realWindow);
             return Of(type, Below(5));
     }
 }

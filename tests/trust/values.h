@@ -24,6 +24,10 @@ auto& AnyOf(Values& values) {
 // The objects that calls pass. Reading one runs foreign code, which may change the client's variables.
 std::vector<ComPtr<ValueObject>>& Objects();
 
+// What a campaign has beyond that: a window, and further objects.
+inline LONG realWindow = 0;
+inline std::vector<ComPtr<IDispatch>> furtherObjects;
+
 std::wstring AnyText();
 Variant SimpleValue();
 Variant AnyValue();

@@ -1,0 +1,202 @@
+// The client's code runs inside the library's members: while a message box is open, in an event, while a default
+// property is read. Whatever it does there, the member ends properly.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+#include "frame/text.h"
+#include "support/client.h"
+#include "support/event_sink.h"
+#include "support/late_bound.h"
+#include "support/scoped_variable.h"
+#include "support/scratch_folder.h"
+#include "support/test_window.h"
+#include "trust/attempt.h"
+#include "trust/calm_platform.h"
+#include "trust/used_after_free.h"
+
+namespace velk::test {
+namespace {
+
+constexpr LONG kSumOfDigits = -873187034;  // of "123456789"
+
+// Runs the client's code in place of each message box.
+class OpenBox {
+  public:
+    explicit OpenBox(std::function<void()> whileOpen) { whileOpen_ = std::move(whileOpen); }
+    ~OpenBox() { whileOpen_ = nullptr; }
+
+  private:
+    static int WINAPI Show(HWND, LPCWSTR, LPCWSTR, UINT) {
+        if (whileOpen_) whileOpen_();
+        return IDOK;
+    }
+
+    static inline std::function<void()> whileOpen_;
+    ScopedVariable asBoxes_{L"VELKSPRT_REPORTS", nullptr};
+    ImportPatch patch_{Library(), "MessageBoxW", reinterpret_cast<void*>(&Show)};
+};
+
+class Reentrancy : public testing::Test {
+  protected:
+    LONG OfDigits() {
+        Bstr digits(L"123456789");
+        BSTR raw = digits.get();
+        LONG sum = 0;
+        EXPECT_EQ(S_OK, crc_->GetCRCFromStringAscii(&raw, &sum));
+        return sum;
+    }
+    LONG OfFile(const wchar_t* name) {
+        LONG sum = 99;
+        EXPECT_EQ(S_OK, crc_->put_InputFileName(Bstr(folder_.Path(name)).get()));
+        EXPECT_EQ(S_OK, crc_->GetCRCFromFile(&sum));
+        return sum;
+    }
+
+    const UsedAfterFree freed_;
+    const ScratchFolder folder_;
+    ComPtr<_CCRC32> crc_ = CreateObject<_CCRC32>(__uuidof(CCRC32));
+};
+
+TEST_F(Reentrancy, MembersWorkWhileTheReportOfOneIsOpen) {
+    folder_.Write(L"digits", "123456789");
+    int boxes = 0;
+    LONG inside = 0;
+    const OpenBox open([&] {
+        if (++boxes == 3) {
+            inside = OfFile(L"digits");
+        } else {
+            EXPECT_EQ(0, OfFile(L"missing"));  // a second box over the first, and a third
+        }
+    });
+    EXPECT_EQ(0, OfFile(L"missing"));
+    EXPECT_EQ(3, boxes);
+    EXPECT_EQ(kSumOfDigits, inside);
+}
+
+// Every member of every class that reports: it is called again, and the last reference to its object goes.
+TEST_F(Reentrancy, AClientMayLetGoOfAnObjectWhileItsReportIsOpen) {
+    crc_ = nullptr;
+    const CalmPlatform calm;
+    std::set<std::string> reporting;
+    ForEachMember(kMain, [&](const Class& one, const Member& member) {
+        for (unsigned seed = 0; seed < 8; ++seed) {
+            ComPtr<IDispatch> object = one.MakeObject();
+            IDispatch* const raw = object.get();
+            engine.seed(seed);
+            Client client;
+            Request request(member, client, Arguments::Sane);
+            const auto call = [&] {
+                return raw->Invoke(request.id, IID_NULL, LOCALE_USER_DEFAULT, request.flags, &request.parameters,
+                                   nullptr, nullptr, nullptr);
+            };
+            int boxes = 0;
+            const OpenBox open([&] {
+                reporting.insert(Where(one, member));
+                if (++boxes == 1) call();
+                if (boxes <= 2) object = nullptr;
+            });
+            EXPECT_TRUE(IsProper(call()));
+        }
+    });
+    EXPECT_GE(reporting.size(), 5u);
+    EXPECT_TRUE(CanUnload());
+}
+
+TEST_F(Reentrancy, ASinkMayComputeWithTheSourceThatCallsIt) {
+    const auto sink = EventSink::Make();
+    const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+    int depth = 0;
+    sink->onEvent = [&](VARIANT*) {
+        if (depth == 3) return;
+        ++depth;
+        EXPECT_EQ(kSumOfDigits, OfDigits());
+        --depth;
+    };
+    EXPECT_EQ(kSumOfDigits, OfDigits());
+    EXPECT_EQ(10u + 100 + 1000 + 10000, sink->events.size());  // for each byte but the first, at the start and the end
+}
+
+TEST_F(Reentrancy, ASinkMayPumpMessagesThatCallTheSource) {
+    const auto sink = EventSink::Make();
+    const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
+    int handled = 0;
+    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != WM_APP) return std::nullopt;
+        ++handled;
+        EXPECT_EQ(kSumOfDigits, OfDigits());
+        return 0;
+    });
+    PostMessageW(window.get(), WM_APP, 0, 0);
+    sink->onEvent = [](VARIANT*) { PumpMessages(); };
+    EXPECT_EQ(kSumOfDigits, OfDigits());
+    EXPECT_EQ(1, handled);
+}
+
+// With every way out of an event at once: the sink disconnects, lets go of the source and answers with an error.
+TEST_F(Reentrancy, ASinkMayEndEverythingItKnows) {
+    folder_.Write(L"digits", "123456789");
+    EXPECT_EQ(S_OK, crc_->put_InputFileName(Bstr(folder_.Path(L"digits")).get()));
+    Bstr digits(L"123456789");
+    BSTR raw = digits.get();
+    const std::function<HRESULT(_CCRC32*, LONG*)> computations[] = {
+        [&](_CCRC32* crc, LONG* sum) { return crc->GetCRCFromStringAscii(&raw, sum); },
+        [](_CCRC32* crc, LONG* sum) { return crc->GetCRCFromFile(sum); }};
+    for (const auto& compute : computations) {
+        ComPtr<_CCRC32> source = CreateObject<_CCRC32>(__uuidof(CCRC32));
+        EXPECT_EQ(S_OK, source->put_InputFileName(Bstr(folder_.Path(L"digits")).get()));
+        _CCRC32* const called = source.get();
+        const auto sink = EventSink::Make();
+        Connection connection(source.get(), __uuidof(__CCRC32), sink.get());
+        sink->answer = E_UNEXPECTED;
+        sink->onEvent = [&](VARIANT*) {
+            connection.Disconnect();
+            source = nullptr;
+        };
+        LONG sum = 0;
+        EXPECT_EQ(S_OK, compute(called, &sum));
+        EXPECT_EQ(kSumOfDigits, sum);
+        EXPECT_EQ(1u, sink->events.size());
+        EXPECT_EQ(1u, sink->count());
+    }
+}
+
+// While an argument's default property is read, the same member and every parameterless one of the object run.
+TEST_F(Reentrancy, DefaultPropertiesMayCallTheMemberThatReadsThem) {
+    const CalmPlatform calm;
+    int calledBack = 0;
+    ForEachMember(kMain, [&](const Class& one, const Member& member) {
+        if (member.parameters.empty()) return;
+        const ComPtr<IDispatch> object = one.MakeObject();
+        const auto value = ValueObject::Make(Arg(2L));
+        std::vector<VARIANT> arguments(member.parameters.size(), Arg(value.get()));
+        DISPID put = DISPID_PROPERTYPUT;
+        const auto call = [&] {
+            DISPPARAMS parameters{arguments.data(), &put, static_cast<UINT>(arguments.size()), member.IsLet()};
+            return object->Invoke(member.id, IID_NULL, LOCALE_USER_DEFAULT, member.kind, &parameters, nullptr, nullptr,
+                                  nullptr);
+        };
+        int depth = 0;
+        value->onRead = [&] {
+            if (depth == 2) return;
+            ++depth;
+            ++calledBack;
+            EXPECT_TRUE(IsProper(call()));
+            for (const Member& other : one.members) {
+                DISPPARAMS none{};
+                if (!other.parameters.empty()) continue;
+                EXPECT_TRUE(IsProper(object->Invoke(other.id, IID_NULL, LOCALE_USER_DEFAULT, other.kind, &none, nullptr,
+                                                    nullptr, nullptr)));
+            }
+            --depth;
+        };
+        EXPECT_TRUE(IsProper(call()));
+        value->onRead = nullptr;
+    });
+    EXPECT_GT(calledBack, 100);
+    SetErrorInfo(0, nullptr);
+}
+
+}  // namespace
+}  // namespace velk::test
