@@ -1,6 +1,7 @@
-// The steps that the list and its literal model take side by side.
+// The steps that the list and its literal model take side by side, and values that call back.
 #pragma once
 
+#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -17,6 +18,12 @@ int Answer(auto&& member) try {
     }
 } catch (const RuntimeError& error) {
     return -1000 - error.number();
+}
+
+// A value that runs code when it goes.
+using Farewell = std::shared_ptr<void>;
+Farewell FarewellWith(auto onGone) {
+    return {nullptr, [onGone](void*) { onGone(); }};
 }
 
 struct Operands {

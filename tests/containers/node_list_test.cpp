@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
-#include <memory>
 #include <new>
 #include <random>
-#include <type_traits>
 #include <vector>
 
 #include "containers/list_operations.h"
@@ -51,18 +48,6 @@ TEST_P(NodeListModel, AnswersAsDescribedAfterEveryStep) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, NodeListModel, testing::Range(1u, 17u));
 
-// A value that runs code when it goes.
-struct Farewell {
-    Farewell() = default;
-    explicit Farewell(std::function<void()> onGone) : run(std::make_shared<Runner>(std::move(onGone))) {}
-    struct Runner {
-        explicit Runner(std::function<void()> onGone) : onGone(std::move(onGone)) {}
-        ~Runner() { onGone(); }
-        std::function<void()> onGone;
-    };
-    std::shared_ptr<Runner> run;
-};
-
 TEST(NodeList, FindsItselfInOrderWhenAValueGoes) {
     using List = NodeList<Farewell>;
     List list;
@@ -70,7 +55,7 @@ TEST(NodeList, FindsItselfInOrderWhenAValueGoes) {
     int gone = 0;
     // Each value, when it goes, sees a list that holds `count` items, and adds and removes one.
     const auto value = [&](int count) {
-        return Farewell([&list, &gone, count] {
+        return FarewellWith([&list, &gone, count] {
             ++gone;
             EXPECT_EQ(count, list.count());
             list.Remove(list.Add(Farewell(), 0, 0));
@@ -91,7 +76,7 @@ TEST(NodeList, AUsedNodeThatIsTakenAgainGivesItsValueBack) {
     NodeList<Farewell> list;
     list.Create();
     list.SetSize(200, 0);  // the 200 nodes are a ring now
-    for (int i = 0; i < 200; ++i) list.Add(Farewell([&] { ++gone; }), 0, 0);
+    for (int i = 0; i < 200; ++i) list.Add(FarewellWith([&] { ++gone; }), 0, 0);
     EXPECT_EQ(0, gone);
     EXPECT_EQ(101, list.Add(Farewell(), 0, 0));
     EXPECT_EQ(1, gone);
@@ -104,9 +89,9 @@ TEST(NodeList, MayBeAddedToWhileItGoes) {
         NodeList<Farewell> list;
         list.Create();
         for (int i = 0; i < 3; ++i) {
-            list.Add(Farewell([&] {
+            list.Add(FarewellWith([&] {
                          ++gone;
-                         Answer([&] { return list.Add(Farewell([&] { ++gone; }), 0, 0); });
+                         Answer([&] { return list.Add(FarewellWith([&] { ++gone; }), 0, 0); });
                      }),
                      0, 0);
         }

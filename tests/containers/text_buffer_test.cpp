@@ -43,33 +43,5 @@ TEST(TextBuffer, HoldsWhatTheDescribedBufferHoldsAfterEveryStep) {
     }
 }
 
-TEST(TextBuffer, GrowsByFifteenThousandOrByAPieceThatIsLonger) {
-    struct Case {
-        std::size_t assigned;
-        std::size_t appended;
-        std::size_t capacity;
-    };
-    const Case cases[] = {{0, 3, 15000}, {0, 0, 15000}, {0, 15000, 15000}, {0, 20000, 20000},
-                          {2, 1, 15002}, {2, 0, 15002}, {15000, 1, 30000}};
-    for (const Case& c : cases) {
-        TextBuffer buffer;
-        buffer.Assign(std::u16string(c.assigned, u'a'));
-        EXPECT_EQ(c.assigned, buffer.capacity());
-        buffer.Append(std::u16string(c.appended, u'b'));
-        EXPECT_EQ(c.capacity, buffer.capacity()) << c.assigned << " and " << c.appended;
-        EXPECT_EQ(std::u16string(c.assigned, u'a') + std::u16string(c.appended, u'b'), TextOf(buffer));
-    }
-}
-
-TEST(TextBuffer, HoldsVeryLongTexts) {
-    const std::u16string piece(30'000'000, u'x');
-    TextBuffer buffer;
-    for (const char16_t mark : u"123") {
-        if (mark) buffer.Append(piece);
-        buffer.Append({&mark, 1});
-    }
-    EXPECT_EQ(piece + u'1' + piece + u'2' + piece + u'3' + u'\0', TextOf(buffer));
-}
-
 }  // namespace
 }  // namespace velk::test

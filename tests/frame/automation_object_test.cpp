@@ -42,21 +42,12 @@ TEST(AutomationObject, DescribesItsClass) {
     const auto shapes = CShapes::Make();
     ComPtr<ITypeInfo> info;
     UINT count = 0;
-    Bstr name;
     EXPECT_EQ(S_OK, shapes->GetTypeInfoCount(&count));
     EXPECT_EQ(1u, count);
     ASSERT_EQ(S_OK, shapes->GetTypeInfo(0, 0, info.Receive()));
-    EXPECT_EQ(S_OK, info->GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
-    EXPECT_EQ(L"_CShapes", View(name.get()));
     EXPECT_EQ(DISP_E_BADINDEX, shapes->GetTypeInfo(1, 0, info.Receive()));
     EXPECT_FALSE(info);
-    ASSERT_EQ(S_OK, shapes->GetClassInfo(info.Receive()));
-    EXPECT_EQ(S_OK, info->GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
-    EXPECT_EQ(L"CShapes", View(name.get()));
-
     GUID events = IID_IStream;
-    EXPECT_EQ(S_OK, shapes->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
-    EXPECT_EQ(__uuidof(__CShapes), events);
     EXPECT_EQ(E_INVALIDARG, shapes->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID + 1, &events));
     EXPECT_EQ(GUID_NULL, events);
     EXPECT_EQ(S_OK, shapes->InterfaceSupportsErrorInfo(__uuidof(_CShapes)));
@@ -112,6 +103,8 @@ void ExpectRaised(const ClassInfo& info, std::span<const FailureCase> cases) {
     for (const FailureCase& c : cases) {
         SCOPED_TRACE(c.kind);
         LONG result = 77;
+        shapes->Fail(eFailure_Length, &result);  // whose error must not be taken for the next one's
+        result = 77;
         EXPECT_EQ(c.result, shapes->Fail(c.kind, &result));
         EXPECT_EQ(0, result);
         ExpectErrorInfo(c);

@@ -149,17 +149,68 @@ TEST_F(DispatchArguments, OnlyTheWaysThatAMemberHasCanBeCalled) {
     EXPECT_EQ(DISP_E_BADPARAMCOUNT, Let(shapes_.get(), L"Step", {Arg(9L), Arg(9L)}).result);
     EXPECT_EQ(DISP_E_BADPARAMCOUNT, Get(shapes_.get(), L"Step", {Arg(9L)}).result);
     EXPECT_EQ(1, Get(shapes_.get(), L"Step").value.lVal);
-    object.pdispVal->Release();
-}
-
-TEST_F(DispatchArguments, AnIndexedPropertyKeepsIndexAndValueApart) {
-    const Variant text = Text(L"two");
-    EXPECT_EQ(S_OK, Let(shapes_.get(), L"Item", {Arg(2L), text}).result);
     EXPECT_EQ(
         S_OK,
         InvokeNamed(shapes_.get(), L"Item", DISPATCH_PROPERTYPUT, {Arg(3L), Arg(0L)}, {DISPID_PROPERTYPUT, 0}).result);
-    EXPECT_EQ(L"8:two", Describe(Get(shapes_.get(), L"Item", {Arg(2L)}).value));
     EXPECT_EQ(L"3:3", Describe(Get(shapes_.get(), L"Item", {Arg(0L)}).value));
+    object.pdispVal->Release();
+}
+
+// A call that no proper client makes gets an answer, too.
+TEST_F(DispatchArguments, ParameterBlocksAreChecked) {
+    VARIANT one = Arg(5L);
+    DISPID first = 0;
+    struct Case {
+        DISPPARAMS parameters;
+        HRESULT result;
+    };
+    Case cases[] = {
+        {{&one, nullptr, 1, 0}, S_OK},
+        {{&one, &first, 1, 1}, S_OK},
+        {{nullptr, nullptr, 1, 0}, DISP_E_BADPARAMCOUNT},
+        {{&one, nullptr, 1, 1}, DISP_E_BADPARAMCOUNT},
+        {{&one, &first, 1, 2}, DISP_E_BADPARAMCOUNT},
+        {{&one, nullptr, 0xFFFFFFFF, 0}, DISP_E_BADPARAMCOUNT},
+        {{nullptr, nullptr, 0, 0}, DISP_E_PARAMNOTOPTIONAL},
+    };
+    const auto invoke = [&](DISPID id, REFIID iid, WORD flags, DISPPARAMS* parameters, VARIANT* result) {
+        return shapes_->Invoke(id, iid, 0, flags, parameters, result, nullptr, nullptr);
+    };
+    for (Case& c : cases) {
+        VARIANT result = Arg(77L);
+        EXPECT_EQ(c.result, invoke(2, IID_NULL, DISPATCH_METHOD, &c.parameters, &result));
+        EXPECT_EQ(FAILED(c.result) ? L"0:" : L"3:5", Describe(result));
+        EXPECT_EQ(c.result, invoke(2, IID_NULL, DISPATCH_METHOD, &c.parameters, nullptr));
+    }
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(2, IID_NULL, DISPATCH_METHOD, nullptr, nullptr));
+    DISPPARAMS none{};
+    EXPECT_EQ(DISP_E_UNKNOWNINTERFACE, invoke(26, IID_IDispatch, DISPATCH_PROPERTYGET, &none, nullptr));
+    for (const DISPID id : {-1, 0, 26, 34, 0x10000, 0x7FFFFFFF}) {  // 26 is a property
+        EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(id, IID_NULL, 0, &none, nullptr)) << id;
+    }
+}
+
+TEST_F(DispatchArguments, ReferencesToNothingAndTypesThatDoNotExistAreRefused) {
+    VARIANT inner = Arg(1L), outer = Arg(&inner);
+    std::vector<VARIANT> bad = {Arg(&outer)};  // a variable behind a variable
+    for (const int type : {+VT_I4, +VT_BSTR, +VT_VARIANT, +VT_DISPATCH, VT_ARRAY | VT_BSTR}) {
+        bad.push_back(Ref(static_cast<VARTYPE>(type), nullptr));
+    }
+    for (const int type : {+VT_VARIANT, 0x0FFF}) {
+        bad.push_back(Arg(1L));
+        bad.back().vt = static_cast<VARTYPE>(type);
+    }
+    for (VARIANT& argument : bad) {
+        const HRESULT expected = argument.vt & VT_BYREF ? DISP_E_TYPEMISMATCH : DISP_E_BADVARTYPE;
+        for (const wchar_t* member : {L"EchoLong", L"EchoString", L"EchoVariant", L"EchoObject", L"EchoFont",
+                                      L"BumpLong", L"BumpString", L"BumpVariant", L"SwapObject", L"SwapFont"}) {
+            SCOPED_TRACE(testing::Message() << member << " " << argument.vt);
+            EXPECT_EQ(expected, Call(shapes_.get(), member, {argument}).result);
+            EXPECT_TRUE(FAILED(Call(shapes_.get(), member, {Arg(&argument)}).result));
+        }
+    }
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(shapes_.get(), L"FillStrings", {bad[0], Arg(1L)}).result);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(shapes_.get(), L"FillStrings", {bad[5], Arg(1L)}).result);
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <bit>
+
 #include "frame/shapes_test.h"
 
 namespace velk::test {
@@ -19,12 +21,7 @@ VARIANT OfType(VARTYPE type, LONGLONG bits) {
     return made;
 }
 
-VARIANT Single(FLOAT value) {
-    VARIANT made{};
-    made.vt = VT_R4;
-    made.fltVal = value;
-    return made;
-}
+VARIANT Single(FLOAT value) { return OfType(VT_R4, std::bit_cast<LONG>(value)); }
 
 TEST_F(DispatchValues, ArriveAndReturnConvertedAsThePlatformDoesIt) {
     const Variant text = Text(L"text"), number = Text(L" -41 "), fraction = Text(L"2.5"), none = Text(L"");
@@ -77,9 +74,8 @@ TEST_F(DispatchValues, ArriveAndReturnConvertedAsThePlatformDoesIt) {
 
 // A colour with the high bit set is a negative number to most clients.
 TEST_F(DispatchValues, ASystemColourArrives) {
-    const Outcome outcome = Call(shapes_.get(), L"EchoColour", {Arg(static_cast<LONG>(0x80000005))});
-    EXPECT_EQ(S_OK, outcome.result);
-    EXPECT_EQ(0x80000005u, outcome.value.ulVal);
+    const VARIANT colour = Arg(static_cast<LONG>(0x80000005));
+    EXPECT_EQ(0x80000005u, Call(shapes_.get(), L"EchoColour", {colour}).value.ulVal);
 }
 
 TEST_F(DispatchValues, EightByteArgumentsBetweenFourByteOnesKeepTheirPlaces) {
@@ -119,42 +115,6 @@ TEST_F(DispatchValues, MembersWithoutArguments) {
     shapes_->put_Item(0, Arg(true));
     EXPECT_EQ(L"11:-1", Describe(Get(shapes_.get(), L"First").value));
     EXPECT_EQ(L"5:10", Describe(Get(shapes_.get(), L"Share").value));
-    shapes_->put_Step(0);
-    const Outcome outcome = Get(shapes_.get(), L"Share");
-    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
-    EXPECT_EQ(kRuntimeErrorBase + 11, outcome.code);
-    EXPECT_EQ(L"Division by zero", outcome.description);
-    VARIANT result = Arg(77L);
-    DISPPARAMS none{};
-    EXPECT_EQ(DISP_E_EXCEPTION,
-              shapes_->Invoke(32, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr));
-    EXPECT_EQ(VT_EMPTY, result.vt);
-}
-
-TEST_F(DispatchValues, EarlyBoundCallsGetTheSame) {
-    SHORT s = 0;
-    DOUBLE d = 2.5, wasDouble = 0;
-    VARIANT_BOOL b = VARIANT_TRUE, wasBoolean = 0;
-    EFailure kind = eFailure_None;
-    Variant v;
-    ComPtr<IDispatch> object;
-    EXPECT_EQ(S_OK, shapes_->EchoShort(-7, &s));
-    EXPECT_EQ(-7, s);
-    EXPECT_EQ(S_OK, shapes_->BumpDouble(&d, &wasDouble));
-    EXPECT_EQ(2.5, wasDouble);
-    EXPECT_EQ(3.5, d);
-    EXPECT_EQ(S_OK, shapes_->BumpBoolean(&b, &wasBoolean));
-    EXPECT_EQ(VARIANT_TRUE, wasBoolean);
-    EXPECT_EQ(VARIANT_FALSE, b);
-    EXPECT_EQ(S_OK, shapes_->EchoKind(eFailure_Class, &kind));
-    EXPECT_EQ(eFailure_Class, kind);
-    EXPECT_EQ(S_OK, shapes_->EchoVariant(Arg(2L), &v));
-    EXPECT_EQ(L"3:2", Describe(v));
-    EXPECT_EQ(S_OK, shapes_->EchoObject(shapes_.get(), object.Receive()));
-    EXPECT_EQ(shapes_.get(), object.get());
-    EXPECT_EQ(E_POINTER, shapes_->EchoShort(1, nullptr));
-    EXPECT_EQ(E_POINTER, shapes_->BumpDouble(nullptr, &wasDouble));
-    EXPECT_EQ(0.0, wasDouble);
 }
 
 }  // namespace

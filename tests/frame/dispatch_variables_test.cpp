@@ -99,16 +99,6 @@ TEST_F(DispatchVariables, TypedReferencesArePassedStraightAndForeignOnesAsCopies
     EXPECT_EQ(L"3:7", Describe(variable));
 }
 
-TEST_F(DispatchVariables, APropertyTakesAVariableForItsByReferenceValue) {
-    Variant variable = Holding(VT_I4, L"12");
-    EXPECT_EQ(S_OK, Let(shapes_.get(), L"Label", {Arg(&variable)}).result);
-    EXPECT_EQ(L"12", TextOf(Get(shapes_.get(), L"Label").value));
-    EXPECT_EQ(L"3:12", Describe(variable));
-    const Variant text = Text(L"literal");
-    EXPECT_EQ(S_OK, Let(shapes_.get(), L"Label", {text}).result);
-    EXPECT_EQ(L"literal", TextOf(Get(shapes_.get(), L"Label").value));
-}
-
 TEST_F(DispatchVariables, TheResultMayGoWhereAnArgumentStood) {
     Variant variable = Holding(VT_I4, L"12");
     VARIANT argument = Arg(&variable);

@@ -6,9 +6,11 @@
 #include <set>
 
 #include "frame/handles.h"
+#include "support/activation.h"
 #include "support/client.h"
 #include "support/import_patch.h"
 #include "support/late_bound.h"
+#include "support/scratch_folder.h"
 #include "tools/type_reader.h"
 
 namespace velk::test {
@@ -196,6 +198,34 @@ TEST_F(Registration, ThatFailsHalfWayLeavesNothing) {
     const ImportPatch patch(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RefuseTypeLibrary));
     EXPECT_EQ(SELFREG_E_TYPELIB, Register());
     ExpectAsBefore();
+}
+
+// Use without registration: a program that carries the library and its manifest.
+std::wstring CopyInto(const ScratchFolder& folder, const std::wstring& name) {
+    const std::wstring copy = folder.Path(name);
+    EXPECT_TRUE(CopyFileW(BuiltFile(name.c_str()).c_str(), copy.c_str(), TRUE)) << name;
+    return copy;
+}
+
+TEST(Activation, TheManifestReplacesRegistration) {
+    Unregister();
+    const ScratchFolder folder;
+    const std::wstring library = CopyInto(folder, L"VelkSprt.dll");
+    const std::wstring manifest = CopyInto(folder, L"VelkSupport.manifest");
+    CLSID clsid;
+    ASSERT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+    {
+        const Activation active(manifest);
+        ComPtr<IDispatch> object;
+        ASSERT_EQ(S_OK, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+        ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid()));
+        EXPECT_NE(nullptr, GetModuleHandleW(library.c_str())) << "another library answered";
+        const Variant text = Text(L"abc");
+        EXPECT_EQ(0x352441C2, Call(object.get(), L"GetCRCFromStringAscii", {text}).value.lVal);
+    }
+    CoFreeUnusedLibrariesEx(0, 0);
+    EXPECT_EQ(nullptr, GetModuleHandleW(library.c_str()));
+    EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
 }
 
 }  // namespace
