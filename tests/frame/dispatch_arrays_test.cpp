@@ -21,7 +21,6 @@ Variant ArrayOf(VARTYPE type, LONG from, std::initializer_list<const wchar_t*> t
 }
 
 struct Case {
-    const wchar_t* name;
     Variant held;
     bool referenced;  // passed as a typed reference to the array and not as a script's variable
     LONG count;
@@ -34,23 +33,18 @@ TEST_F(DispatchArrays, AreReadAndFilledInTheFormThatTheClientCanIndex) {
     typedNothing.vt = VT_ARRAY | VT_BSTR;
     variantNothing.vt = VT_ARRAY | VT_VARIANT;
     Case cases[] = {
-        {L"Empty", {}, false, 2, L"no array of 8", L"array of 12 from 1: 8:s1 8:s2"},
-        {L"Empty, not filled", {}, false, -1, L"no array of 8", L"array of 12 from 0:"},
-        {L"variants", ArrayOf(VT_VARIANT, 0, {L"a", L"b"}), false, 1, L"array of 8 from 0: 8:a 8:b",
-         L"array of 12 from 1: 8:s1"},
-        {L"variants, not filled", ArrayOf(VT_VARIANT, 2, {L"a"}), false, -1, L"array of 8 from 2: 8:a",
-         L"array of 12 from 0:"},
-        {L"variants by reference", ArrayOf(VT_VARIANT, 2, {L"a"}), true, 2, L"array of 8 from 2: 8:a",
-         L"array of 12 from 1: 8:s1 8:s2"},
-        {L"no variants by reference", std::move(variantNothing), true, 0, L"no array of 8", L"array of 12 from 1:"},
-        {L"strings", ArrayOf(VT_BSTR, 5, {L"a", L"b"}), false, 1, L"array of 8 from 5: 8:a 8:b",
-         L"array of 8 from 1: 8:s1"},
-        {L"strings by reference", ArrayOf(VT_BSTR, 0, {L"a"}), true, 1, L"array of 8 from 0: 8:a",
-         L"array of 8 from 1: 8:s1"},
-        {L"no strings by reference", std::move(typedNothing), true, 1, L"no array of 8", L"array of 8 from 1: 8:s1"},
+        {{}, false, 2, L"no array of 8", L"array of 12 from 1: 8:s1 8:s2"},
+        {{}, false, -1, L"no array of 8", L"array of 12 from 0:"},
+        {ArrayOf(VT_VARIANT, 0, {L"a", L"b"}), false, 1, L"array of 8 from 0: 8:a 8:b", L"array of 12 from 1: 8:s1"},
+        {ArrayOf(VT_VARIANT, 2, {L"a"}), false, -1, L"array of 8 from 2: 8:a", L"array of 12 from 0:"},
+        {ArrayOf(VT_VARIANT, 2, {L"a"}), true, 2, L"array of 8 from 2: 8:a", L"array of 12 from 1: 8:s1 8:s2"},
+        {std::move(variantNothing), true, 0, L"no array of 8", L"array of 12 from 1:"},
+        {ArrayOf(VT_BSTR, 5, {L"a", L"b"}), false, 1, L"array of 8 from 5: 8:a 8:b", L"array of 8 from 1: 8:s1"},
+        {ArrayOf(VT_BSTR, 0, {L"a"}), true, 1, L"array of 8 from 0: 8:a", L"array of 8 from 1: 8:s1"},
+        {std::move(typedNothing), true, 1, L"no array of 8", L"array of 8 from 1: 8:s1"},
     };
     for (Case& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(testing::Message() << Describe(c.held) << " filled with " << c.count);
         const VARIANT given = c.referenced ? Ref(c.held.vt, &c.held.parray) : Arg(&c.held);
         const Outcome outcome = Call(shapes_.get(), L"FillStrings", {given, Arg(c.count)});
         EXPECT_EQ(S_OK, outcome.result);

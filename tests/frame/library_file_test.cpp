@@ -118,21 +118,9 @@ TEST_P(LibraryFile, DoesNotTellWhereItWasBuilt) {
 
 #endif
 
-class TypeLibrary : public testing::Test {
-  protected:
-    std::vector<Type> BothLibraries() const {
-        std::vector<Type> all = TypesOf(library_);
-        for (const Type& type : TypesOf(hooks_)) all.push_back(type);
-        return all;
-    }
-
-    const TypeLib library_ = LoadTypes(LibraryPath().c_str());
-    const TypeLib hooks_ = LoadTypes(BuiltFile(L"VelkSub.dll").c_str());
-};
-
 // The constants of enumerations are left out: the type-library compiler gives them none.
-TEST_F(TypeLibrary, HasAHelpTextForEveryTypeAndMember) {
-    for (const Type& type : BothLibraries()) {
+TEST_P(LibraryFile, HasAHelpTextForEveryTypeAndMember) {
+    for (const Type& type : TypesOf(LoadTypes(BuiltFile(GetParam()).c_str()))) {
         const Documentation about = DocumentationOf(type, MEMBERID_NIL);
         EXPECT_FALSE(about.help.empty()) << about.name;
         const Type own = OwnMembers(type);
@@ -163,8 +151,8 @@ void ExpectNamesCoclass(IUnknown* object, const GUID& clsid, const std::wstring&
     }
 }
 
-TEST_F(TypeLibrary, EveryClassIsCreatableAndKnowsItsCoclass) {
-    for (const Type& type : TypesOf(library_)) {
+TEST(MainLibraryFile, EveryClassIsCreatableAndKnowsItsCoclass) {
+    for (const Type& type : TypesOf(LoadTypes(LibraryPath().c_str()))) {
         if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
         const GUID clsid = AttributesOf(type)->guid;
         const ComPtr<IUnknown> object = CreateUnknown(clsid);

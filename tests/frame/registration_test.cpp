@@ -17,7 +17,6 @@ namespace velk::test {
 namespace {
 
 using Lines = std::set<std::wstring>;
-using RegOpen = decltype(&RegOpenKeyExW);
 
 // Every key and value below a key, one line each.
 void AddLines(HKEY key, const std::wstring& path, Lines& lines) {
@@ -118,17 +117,6 @@ class Registration : public testing::Test {
         const wchar_t* const width = sizeof(void*) == 4 ? L"\\1.1\\0\\win32" : L"\\1.1\\0\\win64";
         const std::wstring path = ValueOf(root, L"TypeLib\\" + library + width).value_or(L"");
         EXPECT_TRUE(path.ends_with(LibraryPath())) << path;
-        for (const Type& type : TypesOf(types_)) {
-            const auto attributes = AttributesOf(type);
-            if (attributes->typekind != TKIND_DISPATCH) continue;
-            const std::wstring key = L"Interface\\" + GuidText(attributes->guid);
-            const bool dual = (attributes->wTypeFlags & TYPEFLAG_FDUAL) != 0;
-            EXPECT_EQ(NameOf(type), ValueOf(root, key));
-            EXPECT_EQ(library, ValueOf(root, key + L"\\TypeLib")) << NameOf(type);
-            EXPECT_EQ(dual ? L"{00020424-0000-0000-C000-000000000046}" : L"{00020420-0000-0000-C000-000000000046}",
-                      ValueOf(root, key + L"\\ProxyStubClsid32"))
-                << NameOf(type);
-        }
     }
 
     static inline Lines before_;

@@ -89,10 +89,6 @@ STDMETHODIMP CShapes::put_Step(LONG value) noexcept {
     return Guard(L"Step", [&] { step_ = value; });
 }
 
-STDMETHODIMP CShapes::put_Label(BSTR* value) noexcept {
-    return Guard(L"Label", [&] { label_ = Copy(Given(value)); });
-}
-
 STDMETHODIMP CShapes::putref_Owner(IDispatch* value) noexcept {
     return Guard(L"Owner", [&] { owner_ = Copy(value); });
 }

@@ -54,8 +54,6 @@ class CShapes : public AutomationObject<_CShapes> {
 
     STDMETHODIMP get_Step(LONG* result) noexcept override { return Echo(step_, result); }
     STDMETHODIMP put_Step(LONG value) noexcept override;
-    STDMETHODIMP get_Label(BSTR* result) noexcept override { return Echo(label_.get(), result); }
-    STDMETHODIMP put_Label(BSTR* value) noexcept override;
     STDMETHODIMP get_Owner(IDispatch** result) noexcept override { return Echo(owner_.get(), result); }
     STDMETHODIMP putref_Owner(IDispatch* value) noexcept override;
     STDMETHODIMP get_Item(LONG index, VARIANT* result) noexcept override;
@@ -102,7 +100,6 @@ class CShapes : public AutomationObject<_CShapes> {
     void Change(IFontDisp*& value);
 
     LONG step_ = 1;
-    Bstr label_;
     ComPtr<IDispatch> owner_;
     Variant items_[4];
     EventSource events_;
