@@ -36,7 +36,7 @@ ConnectionState QueryConnection() {
     return state;
 }
 
-INTERNET_CONNECTED_INFO RequestFor(EWorkMode mode) {
+INTERNET_CONNECTED_INFO RequestFor(LONG mode) {
     switch (mode) {
         case eWorkMode_Offline:
             return {INTERNET_STATE_DISCONNECTED_BY_USER, ISO_FORCE_DISCONNECTED};
@@ -83,7 +83,7 @@ STDMETHODIMP CInternetConnection::get_WorkMode(EWorkMode* result) noexcept {
 
 STDMETHODIMP CInternetConnection::put_WorkMode(EWorkMode* eMode) noexcept {
     return Guard(L"WorkMode", [&] {
-        INTERNET_CONNECTED_INFO request = RequestFor(Given(eMode));
+        INTERNET_CONNECTED_INFO request = RequestFor(Given(reinterpret_cast<LONG*>(eMode)));
         const auto& set = InternetFunction<decltype(InternetSetOptionA)>("InternetSetOptionA");
         if (!set(nullptr, INTERNET_OPTION_CONNECTED_STATE, &request, sizeof request)) throw kCannotSetOption;
     });

@@ -135,23 +135,24 @@ TEST(Apartments, EventsArriveOnTheSinksOwnThread) {
 }
 
 #ifndef NDEBUG
+struct ForeignGet {
+    IDispatch* object;
+    const wchar_t* member;
+    HRESULT code;
+
+    static DWORD WINAPI Run(void* raw) {
+        auto& self = *static_cast<ForeignGet*>(raw);
+        self.code = Call(self.object, self.member).code;
+        return 0;
+    }
+};
+
 HRESULT CodeOnAnotherThread(IDispatch* object, const wchar_t* member) {
-    struct Task {
-        IDispatch* object;
-        const wchar_t* member;
-        HRESULT code;
-    } task{object, member, S_OK};
-    const HANDLE thread = CreateThread(
-        nullptr, 0,
-        [](void* raw) -> DWORD {
-            Task& given = *static_cast<Task*>(raw);
-            given.code = Get(given.object, given.member).code;
-            return 0;
-        },
-        &task, 0, nullptr);
+    ForeignGet get{object, member, S_OK};
+    const HANDLE thread = CreateThread(nullptr, 0, &ForeignGet::Run, &get, 0, nullptr);
     WaitForSingleObject(thread, INFINITE);
     CloseHandle(thread);
-    return task.code;
+    return get.code;
 }
 
 // Only a debug build looks.

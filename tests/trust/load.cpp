@@ -113,7 +113,7 @@ void BigSealedFile() {
     const ScratchFolder folder;
     std::string text = "[BEGIN]\r\n";
     for (int i = 0; text.size() < 100'000'000; ++i) {
-        text += "PARAMETER." + std::to_string(i) + "=" + std::string(1000, 'v') + "\r\n";
+        text += "PARAMETER." + std::to_string(i) + ".HR=" + std::string(1000, 'v') + "\r\n";
     }
     text += "[END]\r\n";
     LONG seal = 0;

@@ -247,7 +247,6 @@ TEST_F(Hooks, SeeNoPointerThatDoesNotFitALong) {
 // The platform answers for the low word of a handle too, with or without a sign.
 TEST_F(Hooks, AreNotAttachedToAPartOfAHandle) {
     const auto hook = TestHook::Make(2);
-    const TestWindow window;
     const LONG low = window.handle() & 0xFFFF;
     for (const LONG part : {low, static_cast<LONG>(low | 0xFFFF0000)}) {
         EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), part, WM_APP)) << std::hex << part;
