@@ -1,7 +1,11 @@
 #include "sysinfo/memory_status.h"
 
+#include <algorithm>
+
 namespace velk {
 namespace {
+
+static_assert(sizeof(void*) != 4 || sizeof(MEMORYSTATUS) == 32);
 
 MEMORYSTATUS Memory() noexcept {
     MEMORYSTATUS status{};
@@ -9,6 +13,10 @@ MEMORYSTATUS Memory() noexcept {
     GlobalMemoryStatus(&status);
     return status;
 }
+
+// From 2 GB up a size reads as negative. A 64-bit process may see sizes that 32 bits cannot hold: those read as the
+// largest that they can, which is -1.
+LONG Bytes(SIZE_T size) noexcept { return static_cast<LONG>(std::min<SIZE_T>(size, 0xFFFF'FFFF)); }
 
 }  // namespace
 
@@ -23,15 +31,15 @@ constinit const ClassInfo CMemoryStatus::kInfo{
 };
 
 STDMETHODIMP CMemoryStatus::get_AvailablePageFile(LONG* result) noexcept {
-    return Guard(L"AvailablePageFile", result, [] { return static_cast<LONG>(Memory().dwAvailPageFile); });
+    return Guard(L"AvailablePageFile", result, [] { return Bytes(Memory().dwAvailPageFile); });
 }
 
 STDMETHODIMP CMemoryStatus::get_AvailablePhysical(LONG* result) noexcept {
-    return Guard(L"AvailablePhysical", result, [] { return static_cast<LONG>(Memory().dwAvailPhys); });
+    return Guard(L"AvailablePhysical", result, [] { return Bytes(Memory().dwAvailPhys); });
 }
 
 STDMETHODIMP CMemoryStatus::get_AvailableVirtual(LONG* result) noexcept {
-    return Guard(L"AvailableVirtual", result, [] { return static_cast<LONG>(Memory().dwAvailVirtual); });
+    return Guard(L"AvailableVirtual", result, [] { return Bytes(Memory().dwAvailVirtual); });
 }
 
 STDMETHODIMP CMemoryStatus::get_MemoryLoad(LONG* result) noexcept {
@@ -39,15 +47,15 @@ STDMETHODIMP CMemoryStatus::get_MemoryLoad(LONG* result) noexcept {
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalPageFile(LONG* result) noexcept {
-    return Guard(L"TotalPageFile", result, [] { return static_cast<LONG>(Memory().dwTotalPageFile); });
+    return Guard(L"TotalPageFile", result, [] { return Bytes(Memory().dwTotalPageFile); });
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalPhysical(LONG* result) noexcept {
-    return Guard(L"TotalPhysical", result, [] { return static_cast<LONG>(Memory().dwTotalPhys); });
+    return Guard(L"TotalPhysical", result, [] { return Bytes(Memory().dwTotalPhys); });
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalVirtual(LONG* result) noexcept {
-    return Guard(L"TotalVirtual", result, [] { return static_cast<LONG>(Memory().dwTotalVirtual); });
+    return Guard(L"TotalVirtual", result, [] { return Bytes(Memory().dwTotalVirtual); });
 }
 
 }  // namespace velk

@@ -49,8 +49,8 @@ TEST(ComputerInfo, TellsHintsAndFeaturesApart) {
 }
 
 void WINAPI Status(LPMEMORYSTATUS status) {
-    EXPECT_EQ(32u, status->dwLength);
-    *status = {32, 99, 0xC000'0000, 1, 0xFFFF'FFFF, 0x8000'0000, 0x7FFE'0000, 2};
+    EXPECT_EQ(sizeof(MEMORYSTATUS), status->dwLength);
+    *status = {sizeof(MEMORYSTATUS), 99, 0xC000'0000, 1, 0xFFFF'FFFF, 0x8000'0000, 0x7FFE'0000, 2};
 }
 
 TEST(MemoryStatus, ReadsSizesFromTwoGigabytesAsNegative) {
