@@ -130,6 +130,7 @@ STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, Enum
 
 // What goes wrong by chance is shown; the two errors that belong to this member reach the caller.
 STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) noexcept {
+    const ComPtr<_CShellExecute> alive(this);  // the shell dispatches messages, and a handler may drop the object
     bool exists = true;
     bool shown = true;
     const HRESULT trapped = Guard(L"ShowProperties", [&] {
@@ -155,7 +156,7 @@ EnumShellExecuteErrors CShellExecute::Hand(LONG* owner, const char* verb, const 
 
 EnumShellExecuteErrors CShellExecute::Start(LONG* owner, const std::string& file, const std::string& parameters,
                                             const std::string& folder, int show) {
-    const ComPtr<_CShellExecute> alive(this);  // the shell dispatches messages, and a handler may drop the object
+    const ComPtr<_CShellExecute> alive(this);  // as above
     // Deliberate: a capital letter here, none in the other verbs.
     SHELLEXECUTEINFOA order = Order(LaunchMask(), Window(Given(owner)), "Open", file.c_str());
     order.lpParameters = parameters.c_str();

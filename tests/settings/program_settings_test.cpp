@@ -1,13 +1,13 @@
 // CProgramSettings as its clients see it, on a real registry.
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "frame/handles.h"
 #include "frame/text.h"
 #include "support/late_bound.h"
 #include "support/report_recorder.h"
 #include "support/scarce_memory.h"
+
+#include <sddl.h>
 
 namespace velk::test {
 namespace {
@@ -16,29 +16,23 @@ class ProgramSettings : public testing::Test {
   protected:
     ProgramSettings() {
         Set(L"RootKey", Arg(LONG{psrHKEY_CURRENT_USER}));
-        Set(L"RegBase", L"VelkTests");
-        Set(L"Program", L"Demo");
+        Set(L"RegBase", Text(L"VelkTests"));
+        Set(L"Program", Text(L"Demo"));
         RegCreateKeyExA(HKEY_CURRENT_USER, "SOFTWARE\\VelkTests\\Demo\\Settings", 0, nullptr, 0, KEY_ALL_ACCESS,
                         nullptr, key_.Receive(), nullptr);
     }
     ~ProgramSettings() override { RegDeleteTreeA(HKEY_CURRENT_USER, "SOFTWARE\\VelkTests"); }
 
-    void Set(const wchar_t* property, VARIANT value) {
+    void Set(const wchar_t* property, const VARIANT& value) {
         EXPECT_EQ(S_OK, Let(settings_.get(), property, {value}).result);
     }
-    void Set(const wchar_t* property, const std::wstring& text) { Set(property, Arg(Bstr(text).get())); }
-    std::wstring Read(const wchar_t* entry) {
-        return TextOf(Call(settings_.get(), L"ReadEntry", {Arg(Bstr(entry).get()), Arg(Bstr(L"default").get())}).value);
+    std::wstring Read() { return TextOf(Call(settings_.get(), L"ReadEntry", {Text(L"v"), Text(L"default")}).value); }
+    LONG ReadLong() { return Call(settings_.get(), L"ReadEntryLong", {Text(L"v"), Arg(-99L)}).value.lVal; }
+    void Write(const std::wstring& text) {
+        EXPECT_EQ(S_OK, Call(settings_.get(), L"WriteEntry", {Text(L"v"), Text(text)}).result);
     }
-    LONG ReadLong(const wchar_t* entry) {
-        return Call(settings_.get(), L"ReadEntryLong", {Arg(Bstr(entry).get()), Arg(LONG{-99})}).value.lVal;
-    }
-    void Write(const wchar_t* entry, const std::wstring& text) {
-        const Bstr value(text);
-        EXPECT_EQ(S_OK, Call(settings_.get(), L"WriteEntry", {Arg(Bstr(entry).get()), Arg(value.get())}).result);
-    }
-    void WriteLong(const wchar_t* entry, LONG number) {
-        EXPECT_EQ(S_OK, Call(settings_.get(), L"WriteEntryLong", {Arg(Bstr(entry).get()), Arg(number)}).result);
+    void Write(LONG number) {
+        EXPECT_EQ(S_OK, Call(settings_.get(), L"WriteEntryLong", {Text(L"v"), Arg(number)}).result);
     }
     void Store(DWORD type, const std::string& bytes) {
         RegSetValueExA(key_.get(), "v", 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
@@ -92,12 +86,12 @@ TEST_F(ProgramSettings, ComposeTheirPath) {
         {L"MainBranch", L"", "\\Acme\\\\x\\y\\"},
     };
     for (const Change& change : changes) {
-        Set(change.property, change.value);
+        Set(change.property, Text(change.value));
         EXPECT_EQ(change.value, TextOf(Get(settings_.get(), change.property).value));
-        EXPECT_EQ(L"default", Read(L"v"));
+        EXPECT_EQ(L"default", Read());
         EXPECT_EQ(change.path, opened.path);
         opened = {};
-        WriteLong(L"v", 1);
+        Write(1);
         EXPECT_EQ(change.path, opened.path);
         EXPECT_EQ(HKEY_LOCAL_MACHINE, opened.root);
         EXPECT_EQ(0x3Fu, opened.access);
@@ -131,107 +125,78 @@ TEST_F(ProgramSettings, ReadStringsAndNumbersAndNothingElse) {
         {REG_DWORD, "\1\0\0\0\xFF"s, L"1", 1},
         {REG_DWORD, ""s, L"0", 0},
     };
-    EXPECT_EQ(L"default", Read(L"v"));
-    EXPECT_EQ(-99, ReadLong(L"v"));
+    EXPECT_EQ(L"default", Read());
+    EXPECT_EQ(-99, ReadLong());
     for (const Value& value : values) {
         Store(value.type, value.bytes);
-        EXPECT_EQ(value.text, Read(L"v"));
-        EXPECT_EQ(value.number, ReadLong(L"v")) << ToAnsi(value.text);
+        EXPECT_EQ(value.text, Read());
+        EXPECT_EQ(value.number, ReadLong()) << ToAnsi(value.text);
     }
-    Set(L"Program", L"none");
-    EXPECT_EQ(L"default", Read(L"v"));
+    Set(L"Program", Text(L"none"));
+    EXPECT_EQ(L"default", Read());
 }
 
 TEST_F(ProgramSettings, StoreANumberInTheSizeOfItsText) {
-    struct Number {
-        LONG value;
-        DWORD size;
-        LONG readBack;
-    };
-    const Number numbers[] = {{7, 1, 7},
-                              {-5, 2, 0xFFFB},
-                              {42, 2, 42},
-                              {-99, 3, 0xFFFF9D},
-                              {999, 3, 999},
-                              {-100, 4, -100},
-                              {1234, 4, 1234},
-                              {65536, 5, 65536},
-                              {-65536, 6, -65536},
-                              {1234567, 7, 1234567},
-                              {16777216, 8, 16777216},
-                              {123456789, 9, 123456789},
-                              {INT_MAX, 10, INT_MAX},
-                              {INT_MIN, 11, INT_MIN}};
-    for (const Number& number : numbers) {
-        WriteLong(L"v", number.value);
-        std::string bytes(reinterpret_cast<const char*>(&number.value), 4);
-        bytes.resize(number.size, '\0');
-        EXPECT_EQ(bytes, Stored(REG_DWORD)) << number.value;
-        EXPECT_EQ(number.readBack, ReadLong(L"v")) << number.value;
+    const std::pair<LONG, std::size_t> numbers[] = {
+        {7, 1},     {-5, 2},     {42, 2},      {-99, 3},      {999, 3},       {-100, 4},     {1234, 4},
+        {65536, 5}, {-65536, 6}, {1234567, 7}, {16777216, 8}, {123456789, 9}, {INT_MAX, 10}, {INT_MIN, 11}};
+    for (const auto& [number, size] : numbers) {
+        Write(number);
+        std::string bytes(reinterpret_cast<const char*>(&number), 4);
+        bytes.resize(size, '\0');
+        EXPECT_EQ(bytes, Stored(REG_DWORD)) << number;
+        EXPECT_EQ(size < 4 ? number & ((1 << 8 * size) - 1) : number, ReadLong()) << number;
     }
 }
 
 TEST_F(ProgramSettings, StoreStringsWholeAndMakeTheirKey) {
-    for (const std::wstring& text :
-         {std::wstring(L"value"), std::wstring(100'001, L'\xE9'), std::wstring(L"a\0b", 3)}) {
-        Write(L"v", text);
+    Set(L"Section", Text(L"New\\Deeper"));
+    Write(L"made");
+    EXPECT_EQ(L"made", Read());
+    Set(L"Section", Text(L"Settings"));
+    for (const std::wstring& text : {std::wstring(100'001, L'\xE9'), std::wstring(L"a\0b", 3), std::wstring()}) {
+        Write(text);
         EXPECT_EQ(ToAnsi(text) + '\0', Stored(REG_SZ));
-        EXPECT_EQ(text, Read(L"v"));
+        EXPECT_EQ(text.empty() ? L"default" : text, Read());
     }
-    Write(L"v", L"");
-    EXPECT_EQ(std::string(1, '\0'), Stored(REG_SZ));
-    Set(L"Section", L"New\\Deeper");
-    Write(L"", L"unnamed");
-    EXPECT_EQ(L"unnamed", Read(L""));
 }
 
 TEST_F(ProgramSettings, GiveDefaultsWhereTheyMayNotWrite) {
-    Write(L"v", L"text");
-    EXPECT_EQ(L"text", Read(L"v"));
-    SECURITY_DESCRIPTOR readOnly;
-    alignas(ACL) std::byte room[256];
-    auto* const list = reinterpret_cast<ACL*>(room);
-    BYTE everyone[SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof everyone;
-    ASSERT_TRUE(CreateWellKnownSid(WinWorldSid, nullptr, everyone, &size));
-    ASSERT_TRUE(InitializeAcl(list, sizeof room, ACL_REVISION));
-    ASSERT_TRUE(AddAccessAllowedAce(list, ACL_REVISION, KEY_READ | WRITE_DAC | DELETE, everyone));
-    ASSERT_TRUE(InitializeSecurityDescriptor(&readOnly, SECURITY_DESCRIPTOR_REVISION));
-    ASSERT_TRUE(SetSecurityDescriptorDacl(&readOnly, TRUE, list, FALSE));
-    ASSERT_EQ(ERROR_SUCCESS, RegSetKeySecurity(key_.get(), DACL_SECURITY_INFORMATION, &readOnly));
-    EXPECT_EQ(L"default", Read(L"v"));
-    Write(L"v", L"other");
+    Write(L"text");
+    PSECURITY_DESCRIPTOR readOnly = nullptr;  // read, change the rights, delete
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(A;;KRWDSD;;;WD)", SDDL_REVISION_1, &readOnly,
+                                                                     nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, RegSetKeySecurity(key_.get(), DACL_SECURITY_INFORMATION, readOnly));
+    LocalFree(readOnly);
+    EXPECT_EQ(L"default", Read());
+    Write(L"other");
     EXPECT_EQ(std::string("text\0", 5), Stored(REG_SZ));
     Set(L"RootKey", Arg(LONG{psrHKEY_USERS + 0x100}));  // no root key at all
-    EXPECT_EQ(-99, ReadLong(L"v"));
-    WriteLong(L"v", 1);
+    EXPECT_EQ(-99, ReadLong());
+    Write(1);
 }
 
 TEST_F(ProgramSettings, ReportWhereMemoryRanOut) {
     const std::wstring large(100'000, L'x');
-    Write(L"v", large);
-    const ReportRecorder recorder(Library());
-    {
+    Write(large);
+    ReportRecorder recorder(Library());
+    const auto useAll = [&](const std::wstring& text, LONG number) {
         const ScarceMemory scarce(100'000, SIZE_MAX);
-        EXPECT_EQ(L"default", Read(L"v"));
-        EXPECT_EQ(-99, ReadLong(L"v"));
-        Write(L"v", large);
+        EXPECT_EQ(text, Read());
+        EXPECT_EQ(number, ReadLong());
+        Write(large);
+        Write(1);
+    };
+    useAll(L"default", -99);
+    EXPECT_EQ(L"1", Read());
+    Set(L"MainBranch", Text(large));
+    useAll(L"", 0);
+    std::wstring shown;
+    for (const wchar_t* title :
+         {L"GetKeyValue", L"GetKeyValue", L"SetKeyValue", L"ReadEntry", L"ReadEntry", L"WriteEntry", L"WriteEntry"}) {
+        shown += title + std::wstring(L": Error: 7. Out of memory|");
     }
-    EXPECT_EQ(large, Read(L"v"));
-    Set(L"MainBranch", large);
-    {
-        const ScarceMemory scarce(100'000, SIZE_MAX);
-        EXPECT_EQ(L"", Read(L"v"));
-        EXPECT_EQ(0, ReadLong(L"v"));
-        Write(L"v", L"text");
-        WriteLong(L"v", 1);
-    }
-    std::wstring titles;
-    for (const auto& report : recorder.reports()) {
-        EXPECT_EQ(L"Error: 7. Out of memory", report.text);
-        titles += report.title + L' ';
-    }
-    EXPECT_EQ(L"GetKeyValue GetKeyValue SetKeyValue ReadEntry ReadEntry WriteEntry WriteEntry ", titles);
+    EXPECT_EQ(shown, recorder.Shown());
 }
 
 }  // namespace

@@ -84,10 +84,10 @@ VARIANT Ref(VARTYPE type, void* place) {
     return made;
 }
 
-Variant Text(const wchar_t* text) {
+Variant Text(std::wstring_view text) {
     Variant made;
     made.vt = VT_BSTR;
-    made.bstrVal = SysAllocString(text);
+    made.bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     return made;
 }
 

@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/com_ptr.h"
@@ -21,7 +22,7 @@ VARIANT Arg(VARIANT* variable);
 VARIANT Missing();
 VARIANT Ref(VARTYPE type, void* place);  // a reference to a value of the type
 
-Variant Text(const wchar_t* text);
+Variant Text(std::wstring_view text);
 
 struct Outcome {
     HRESULT result = S_OK;  // of Invoke itself

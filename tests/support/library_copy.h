@@ -7,10 +7,12 @@
 
 namespace velk::test {
 
-// A second copy of the library, loaded at its own place: with nothing done at first use yet, and to be unloaded.
+// A second copy of the library, loaded at its own place or at a path that is given: with nothing done at first use yet,
+// and to be unloaded.
 class LibraryCopy {
   public:
-    LibraryCopy() {
+    explicit LibraryCopy(const std::wstring& path = {}) {
+        if (!path.empty()) path_ = path;
         EXPECT_TRUE(CopyFileW(LibraryPath().c_str(), path_.c_str(), TRUE));
         module_ = LoadLibraryW(path_.c_str());
         EXPECT_NE(nullptr, module_);
@@ -38,6 +40,7 @@ class LibraryCopy {
         EXPECT_EQ(S_OK, Find<decltype(&DllCanUnloadNow)>("DllCanUnloadNow")());
         EXPECT_TRUE(FreeLibrary(module_));
         EXPECT_EQ(nullptr, GetModuleHandleW(path_.c_str()));
+        EXPECT_TRUE(DeleteFileW(path_.c_str()));
         module_ = nullptr;
     }
 

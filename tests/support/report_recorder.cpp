@@ -25,4 +25,10 @@ int WINAPI ReportRecorder::Record(HWND, LPCWSTR text, LPCWSTR title, UINT type) 
     return IDOK;
 }
 
+std::wstring ReportRecorder::Shown() {
+    std::wstring shown;
+    for (; seen_ < reports_.size(); ++seen_) shown += reports_[seen_].title + L": " + reports_[seen_].text + L"|";
+    return shown;
+}
+
 }  // namespace velk::test

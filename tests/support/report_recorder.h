@@ -20,12 +20,15 @@ class ReportRecorder {
     ~ReportRecorder();
 
     const std::vector<Report>& reports() const noexcept { return reports_; }
+    // All that were shown since the last call, each as "title: text|".
+    std::wstring Shown();
 
   private:
     static int WINAPI Record(HWND owner, LPCWSTR text, LPCWSTR title, UINT type);
 
     static inline ReportRecorder* current_ = nullptr;
     std::vector<Report> reports_;
+    std::size_t seen_ = 0;
     ImportPatch patch_;
     std::wstring savedSwitch_;
 };

@@ -7,7 +7,7 @@
 #include "support/client.h"
 #include "support/procedure_patch.h"
 #include "support/report_recorder.h"
-#include "sysinfo/facts.h"
+#include "support/facts.h"
 #include "sysinfo/prefix_drive.h"
 
 namespace velk::test {

@@ -4,7 +4,7 @@
 
 #include "support/client.h"
 #include "support/procedure_patch.h"
-#include "sysinfo/facts.h"
+#include "support/facts.h"
 
 namespace velk::test {
 namespace {

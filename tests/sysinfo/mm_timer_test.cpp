@@ -6,7 +6,7 @@
 #include "support/client.h"
 #include "support/procedure_patch.h"
 #include "support/report_recorder.h"
-#include "sysinfo/facts.h"
+#include "support/facts.h"
 
 namespace velk::test {
 namespace {

@@ -12,7 +12,7 @@
 #include "support/gdi_objects.h"
 #include "support/import_patch.h"
 #include "support/report_recorder.h"
-#include "sysinfo/facts.h"
+#include "support/facts.h"
 
 namespace velk::test {
 namespace {
