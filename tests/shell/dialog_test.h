@@ -1,9 +1,8 @@
 // What the tests of the dialogs share.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <functional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,8 +10,8 @@
 #include "frame/text.h"
 #include "support/client.h"
 #include "support/dialog_driver.h"
-#include "support/import_patch.h"
-#include "support/late_bound.h"
+#include "support/facts.h"
+#include "support/report_recorder.h"
 
 #include <commdlg.h>
 
@@ -29,21 +28,16 @@ constexpr DWORD SizeOf(DWORD described, std::size_t real) {
 template <class Record, int number = 0>
 class FakeDialog {
   public:
-    explicit FakeDialog(const char* function, std::function<BOOL(Record&)> user)
-        : user_(std::move(user)), patch_(Library(), function, reinterpret_cast<void*>(&Run)) {
-        current_ = this;
+    FakeDialog(const char* function, std::function<BOOL(Record&)> user) : patch_(Library(), function, Address(&Run)) {
+        user_ = std::move(user), calls_ = 0;
     }
     int calls() const noexcept { return calls_; }
 
   private:
-    static BOOL WINAPI Run(Record* record) {
-        ++current_->calls_;
-        return current_->user_(*record);
-    }
+    static BOOL WINAPI Run(Record* record) { return ++calls_, user_(*record); }
 
-    static inline FakeDialog* current_ = nullptr;
-    std::function<BOOL(Record&)> user_;
-    int calls_ = 0;
+    static inline std::function<BOOL(Record&)> user_;
+    static inline int calls_ = 0;
     ImportPatch patch_;
 };
 
@@ -51,29 +45,29 @@ class DialogTest : public testing::Test {
   protected:
     explicit DialogTest(REFCLSID clsid) : dialog_(CreateObject<IDispatch>(clsid)) {}
 
-    void Set(const wchar_t* name, const std::wstring& text) {
-        Bstr value(text);
-        EXPECT_EQ(S_OK, Let(dialog_.get(), name, {Arg(value.get())}).result) << name;
+    void Set(const wchar_t* name, const VARIANT& value) {
+        EXPECT_EQ(S_OK, Let(dialog_.get(), name, {value}).result) << name;
     }
-    void Set(const wchar_t* name, LONG value) {
-        EXPECT_EQ(S_OK, Let(dialog_.get(), name, {Arg(value)}).result) << name;
-    }
-    std::wstring TextIn(const wchar_t* name) { return TextOf(Get(dialog_.get(), name).value); }
-    LONG NumberIn(const wchar_t* name) {
-        const Variant value = std::move(Get(dialog_.get(), name).value);
-        return value.vt == VT_I2 ? value.iVal : value.lVal;
-    }
-    void ExpectNumber(const wchar_t* name, LONG first) {
-        EXPECT_EQ(first, NumberIn(name)) << name;
-        for (const LONG value : {-32768L, 32767L, first}) {
-            Set(name, value);
-            EXPECT_EQ(value, NumberIn(name)) << name;
+    void Set(const wchar_t* name, const std::wstring& text) { Set(name, Text(text)); }
+    void Set(const wchar_t* name, LONG number) { Set(name, Arg(number)); }
+    std::wstring Value(const wchar_t* name) { return Fact(dialog_.get(), name); }
+    // Each is at first what is given here as "name=value", and then what it was set to.
+    void ExpectProperties(const wchar_t* initial) {
+        std::wistringstream entries(initial);
+        std::vector<std::wstring> names;
+        for (std::wstring entry; entries >> entry;) {
+            names.push_back(entry.substr(0, entry.find(L'=')));
+            EXPECT_EQ(entry, names.back() + L"=" + Value(names.back().c_str()));
         }
+        LONG number = -5;
+        for (const std::wstring& name : names) Set(name.c_str(), number++);
+        number = -5;
+        for (const std::wstring& name : names)
+            EXPECT_EQ(std::to_wstring(number++), Value(name.c_str())) << ToAnsi(name);
     }
     bool Show() {
         const Outcome outcome = InvokeNamed(dialog_.get(), L"Show", DISPATCH_METHOD, arguments_, {});
-        EXPECT_EQ(S_OK, outcome.result);
-        EXPECT_EQ(VT_BOOL, outcome.value.vt);
+        EXPECT_TRUE(outcome.result == S_OK && outcome.value.vt == VT_BOOL);
         return outcome.value.boolVal == VARIANT_TRUE;
     }
     // Shows the real dialog to a user.
