@@ -1,12 +1,7 @@
 // CHourglass over real windows, with the real pointer of the virtual screen.
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <set>
 
-#include "support/client.h"
-#include "support/import_patch.h"
-#include "support/late_bound.h"
+#include "support/facts.h"
 #include "support/library_copy.h"
 #include "support/report_recorder.h"
 #include "support/test_window.h"
@@ -19,76 +14,97 @@ const HCURSOR kArrow = Shape(IDC_ARROW);
 const HCURSOR kWait = Shape(IDC_WAIT);
 const HCURSOR kCross = Shape(IDC_CROSS);
 
-// A window that chooses a cross for itself, wherever the pointer is in it.
-TestWindow::Handler ChoosesCross() {
-    return [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message != WM_SETCURSOR) return std::nullopt;
-        SetCursor(kCross);
-        return TRUE;
-    };
-}
-
 // Moves the pointer over a window, as a user does, and gives what it looks like there.
-HCURSOR Over(const TestWindow& window) {
+HCURSOR Over(HWND window) {
     static int step = 0;
     RECT place{};
-    GetWindowRect(window.get(), &place);
-    SetWindowPos(window.get(), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW);
+    GetWindowRect(window, &place);
+    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW);
     SetCursorPos(place.left + 100 + step++ % 5, place.top + 100);
     PumpMessages();
     return GetCursor();
 }
+HCURSOR Over(const TestWindow& window) { return Over(window.get()); }
 
-// Which hooks the library has set and not taken away again.
-class HookRecorder {
+// A window that chooses a cross for itself, wherever the pointer is in it. Asked for it (WM_APP), it gives what the
+// pointer looks like over it in its own thread.
+std::optional<LRESULT> ChooseCross(HWND window, UINT message, WPARAM, LPARAM) {
+    if (message == WM_APP) return reinterpret_cast<LRESULT>(Over(window));
+    if (message != WM_SETCURSOR) return std::nullopt;
+    SetCursor(kCross);
+    return TRUE;
+}
+
+// Such a window in a thread of its own.
+class OtherThread {
   public:
-    explicit HookRecorder(HMODULE module)
-        : set_(module, "SetWindowsHookExW", reinterpret_cast<void*>(&Set)),
-          unhook_(module, "UnhookWindowsHookEx", reinterpret_cast<void*>(&Unhook)) {
-        hooks.clear();
-        refuse = false;
+    OtherThread() {
+        thread_ = CreateThread(nullptr, 0, &Run, this, 0, nullptr);
+        while (!window_) Sleep(1);
     }
-
-    static inline std::set<HHOOK> hooks;
-    static inline bool refuse = false;
+    OtherThread(const OtherThread&) = delete;
+    OtherThread& operator=(const OtherThread&) = delete;
+    ~OtherThread() {
+        PostMessageW(window_, WM_QUIT, 0, 0);
+        WaitForSingleObject(thread_, INFINITE);
+        CloseHandle(thread_);
+    }
+    HCURSOR PointerOver() const { return reinterpret_cast<HCURSOR>(SendMessageW(window_, WM_APP, 0, 0)); }
 
   private:
-    static HHOOK WINAPI Set(int kind, HOOKPROC procedure, HINSTANCE module, DWORD thread) {
-        if (refuse) SetLastError(ERROR_ACCESS_DENIED);
-        const HHOOK hook = refuse ? nullptr : SetWindowsHookExW(kind, procedure, module, thread);
-        if (hook) hooks.insert(hook);
-        return hook;
-    }
-    static BOOL WINAPI Unhook(HHOOK hook) {
-        EXPECT_EQ(1u, hooks.erase(hook));
-        return UnhookWindowsHookEx(hook);
+    static DWORD WINAPI Run(void* self) {
+        const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
+        static_cast<OtherThread*>(self)->window_ = window.get();
+        for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
+        return 0;
     }
 
-    ImportPatch set_, unhook_;
+    std::atomic<HWND> window_ = nullptr;
+    HANDLE thread_;
 };
 
-ComPtr<IDispatch> NewHourglass() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
-void Set(const ComPtr<IDispatch>& hourglass, bool value) {
-    EXPECT_EQ(S_OK, Let(hourglass.get(), L"Value", {Arg(value)}).result);
-    EXPECT_EQ(value, Get(hourglass.get(), L"Value").value.boolVal == VARIANT_TRUE);
+// Hooks that the library has set and not taken away again.
+std::set<HHOOK> hooks;
+bool refuse = false;
+
+HHOOK WINAPI SetHook(int kind, HOOKPROC procedure, HINSTANCE module, DWORD thread) {
+    if (refuse) SetLastError(ERROR_ACCESS_DENIED);
+    const HHOOK hook = refuse ? nullptr : SetWindowsHookExW(kind, procedure, module, thread);
+    if (hook) hooks.insert(hook);
+    return hook;
+}
+BOOL WINAPI Unhook(HHOOK hook) {
+    EXPECT_EQ(1u, hooks.erase(hook));
+    return UnhookWindowsHookEx(hook);
 }
 
 class Hourglass : public testing::Test {
   protected:
-    ComPtr<IDispatch> hourglass_ = NewHourglass();
-    TestWindow arrow_;
-    TestWindow cross_{WS_OVERLAPPEDWINDOW, ChoosesCross()};
+    ~Hourglass() override {
+        hourglass_ = nullptr;
+        EXPECT_TRUE(hooks.empty()) << "whatever the test did";
+    }
+    static ComPtr<IDispatch> New() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
+    static void Set(const ComPtr<IDispatch>& hourglass, bool value) {
+        EXPECT_EQ(S_OK, Let(hourglass.get(), L"Value", {Arg(value)}).result);
+        EXPECT_EQ(value ? L"True" : L"False", Fact(hourglass.get(), L"Value"));
+    }
+
+    const ImportPatch set_{Library(), "SetWindowsHookExW", Address(&SetHook)};
+    const ImportPatch unhook_{Library(), "UnhookWindowsHookEx", Address(&Unhook)};
+    ComPtr<IDispatch> hourglass_ = New();
+    const TestWindow arrow_, cross_{WS_OVERLAPPEDWINDOW, &ChooseCross};
 };
 
 TEST_F(Hourglass, CoversEveryWindowUntilItIsTakenAway) {
-    EXPECT_EQ(VARIANT_FALSE, Get(hourglass_.get(), L"Value").value.boolVal);
+    EXPECT_EQ(L"False", Fact(hourglass_.get(), L"Value"));
     EXPECT_EQ(kArrow, Over(arrow_));
     EXPECT_EQ(kCross, Over(cross_));
     Set(hourglass_, true);
     EXPECT_EQ(kWait, GetCursor()) << "at once";
     EXPECT_EQ(kWait, Over(arrow_));
     EXPECT_EQ(kWait, Over(cross_));
-    const TestWindow later(WS_OVERLAPPEDWINDOW, ChoosesCross());
+    const TestWindow later(WS_OVERLAPPEDWINDOW, &ChooseCross);
     EXPECT_EQ(kWait, Over(later)) << "a window made meanwhile";
     Set(hourglass_, false);
     EXPECT_EQ(kCross, GetCursor()) << "the window under the pointer has chosen already";
@@ -96,19 +112,14 @@ TEST_F(Hourglass, CoversEveryWindowUntilItIsTakenAway) {
     EXPECT_EQ(kCross, Over(cross_));
 }
 
-TEST_F(Hourglass, IsNotCounted) {
-    const ComPtr<IDispatch> other = NewHourglass();
-    Set(hourglass_, true);
-    Set(hourglass_, true);
-    Set(other, true);
+TEST_F(Hourglass, IsNotCountedAndGoesWithAnyObject) {
+    const ComPtr<IDispatch> other = New();
+    for (const auto& hourglass : {hourglass_, hourglass_, other}) Set(hourglass, true);
     Set(other, false);
     EXPECT_EQ(kCross, Over(cross_));
-    EXPECT_EQ(VARIANT_TRUE, Get(hourglass_.get(), L"Value").value.boolVal) << "each object tells what it was set to";
-}
-
-TEST_F(Hourglass, GoesWithAnyObjectAlsoOneThatNeverSetIt) {
+    EXPECT_EQ(L"True", Fact(hourglass_.get(), L"Value")) << "each object tells what it was set to";
     Set(hourglass_, true);
-    NewHourglass() = nullptr;
+    New() = nullptr;
     EXPECT_EQ(kCross, Over(cross_));
     Set(hourglass_, true);
     EXPECT_EQ(kWait, Over(cross_));
@@ -116,58 +127,16 @@ TEST_F(Hourglass, GoesWithAnyObjectAlsoOneThatNeverSetIt) {
     EXPECT_EQ(kCross, Over(cross_));
     SetCursor(kCross);
     SetCursorPos(1000, 700);  // over no window of ours
-    NewHourglass() = nullptr;
+    New() = nullptr;
     EXPECT_EQ(kArrow, GetCursor()) << "the default, without any override";
 }
 
-// A thread with a window of its own, in which it runs what it is told.
-class WindowThread {
-  public:
-    WindowThread() {
-        thread_ = CreateThread(nullptr, 0, &Run, this, 0, nullptr);
-        WaitForSingleObject(done_, INFINITE);
-    }
-    WindowThread(const WindowThread&) = delete;
-    WindowThread& operator=(const WindowThread&) = delete;
-    ~WindowThread() {
-        Do(nullptr);
-        WaitForSingleObject(thread_, INFINITE);
-        for (const HANDLE handle : {thread_, go_, done_}) CloseHandle(handle);
-    }
-    void Do(std::function<void(TestWindow&)> task) {
-        task_ = std::move(task);
-        SignalObjectAndWait(go_, done_, INFINITE, FALSE);
-    }
-    HCURSOR PointerOver() {
-        HCURSOR seen = nullptr;
-        Do([&](TestWindow& window) { seen = Over(window); });
-        return seen;
-    }
-
-  private:
-    static DWORD WINAPI Run(void* raw) {
-        auto& self = *static_cast<WindowThread*>(raw);
-        TestWindow window(WS_OVERLAPPEDWINDOW, ChoosesCross());
-        do {
-            if (self.task_) self.task_(window);
-            SetEvent(self.done_);
-            WaitForSingleObject(self.go_, INFINITE);
-        } while (self.task_);
-        SetEvent(self.done_);
-        return 0;
-    }
-
-    HANDLE go_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    HANDLE done_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    std::function<void(TestWindow&)> task_;
-    HANDLE thread_ = nullptr;
-};
-
 TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
-    WindowThread early;
+    const OtherThread early;
     Set(hourglass_, true);
     EXPECT_EQ(kWait, early.PointerOver());
-    WindowThread late;
+    EXPECT_EQ(2u, hooks.size()) << "one for each thread";
+    const OtherThread late;
     EXPECT_EQ(kCross, late.PointerOver()) << "a thread without windows when it was set";
     Set(hourglass_, true);
     EXPECT_EQ(kWait, late.PointerOver()) << "setting it again takes the thread in";
@@ -176,25 +145,9 @@ TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
     EXPECT_EQ(kCross, late.PointerOver());
 }
 
-TEST_F(Hourglass, LeavesNothingHookedWhateverEndsIt) {
-    const HookRecorder recorder(Library());
-    WindowThread thread;
-    for (int i = 0; i < 3; ++i) Set(hourglass_, true);
-    EXPECT_EQ(2u, HookRecorder::hooks.size()) << "one for each thread";
-    Set(hourglass_, false);
-    EXPECT_TRUE(HookRecorder::hooks.empty());
-    Set(hourglass_, true);
-    hourglass_ = nullptr;
-    EXPECT_TRUE(HookRecorder::hooks.empty());
-}
-
 TEST_F(Hourglass, TheLibraryCanGoAfterIt) {
     LibraryCopy copy;
-    {
-        const ComPtr<IDispatch> hourglass = copy.Create(__uuidof(::CHourglass));
-        Set(hourglass, true);
-        EXPECT_EQ(kWait, Over(cross_));
-    }
+    Set(copy.Create(__uuidof(::CHourglass)), true);
     copy.Unload();
     EXPECT_EQ(kCross, Over(cross_));
     EXPECT_EQ(kArrow, Over(arrow_));
@@ -202,13 +155,12 @@ TEST_F(Hourglass, TheLibraryCanGoAfterIt) {
 
 // A window that drops the last reference while it is asked for its pointer, with the hook on the way.
 TEST_F(Hourglass, MayEndWhileAWindowChooses) {
-    TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
         if (message == WM_SETCURSOR) hourglass_ = nullptr;
         return std::nullopt;
     });
     Over(arrow_);
     Set(hourglass_, true);
-    EXPECT_EQ(kWait, Over(arrow_));
     Over(window);
     EXPECT_EQ(nullptr, hourglass_.get());
     EXPECT_EQ(kArrow, Over(arrow_));
@@ -216,13 +168,11 @@ TEST_F(Hourglass, MayEndWhileAWindowChooses) {
 }
 
 TEST_F(Hourglass, ARefusedHookIsShownAndTheValueStays) {
-    const HookRecorder hooks(Library());
-    const ReportRecorder recorder(Library());
-    HookRecorder::refuse = true;
+    ReportRecorder recorder(Library());
+    refuse = true;
     Set(hourglass_, true);
-    ASSERT_EQ(1u, recorder.reports().size());
-    EXPECT_EQ(L"Value", recorder.reports()[0].title);
-    EXPECT_EQ(L"Error: 70. Permission denied", recorder.reports()[0].text);
+    refuse = false;
+    EXPECT_EQ(L"Value: Error: 70. Permission denied|", recorder.Shown());
     EXPECT_EQ(0u, recorder.reports()[0].type & MB_ICONMASK);
 }
 
