@@ -1,12 +1,9 @@
 // CHtmlHelp: against a recorded engine, and opening a real compiled help file where the build could make one.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "frame/platform.h"
 #include "frame/text.h"
+#include "support/facts.h"
 #include "support/import_patch.h"
-#include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/test_window.h"
 
@@ -15,177 +12,125 @@
 namespace velk::test {
 namespace {
 
-constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x800A0035);
+// What the loader hands out, and what was asked of it and of the engine. A library without the function has none.
+HMODULE engine;
+bool isWhole;
+std::wstring loaded;
+std::string orders;  // "owner file command data|"
 
-// Stands in for the loader: hands out an engine that records what it is told, or none.
-class RecordedEngine {
-  public:
-    struct Order {
-        HWND owner;
-        std::string file;
-        UINT command;
-        DWORD_PTR data;
-        std::string topic;
-        bool operator==(const Order&) const = default;
-    };
-
-    explicit RecordedEngine(HMODULE module)
-        : load_(module, "LoadLibraryExW", reinterpret_cast<void*>(&Load)),
-          find_(module, "GetProcAddress", reinterpret_cast<void*>(&Find)) {
-        current_ = this;
+HWND WINAPI Help(HWND owner, LPCSTR file, UINT command, DWORD_PTR data) {
+    std::string given = std::to_string(static_cast<LONG>(data));
+    if (command == HH_DISPLAY_TOPIC) given = reinterpret_cast<const char*>(data);
+    if (command == HH_DISPLAY_SEARCH) {
+        const auto& query = *reinterpret_cast<const HH_FTS_QUERY*>(data);
+        EXPECT_EQ(sizeof(void*) == 4 ? 32 : 40, query.cbStruct);
+        EXPECT_TRUE(query.fExecute == 1 && !query.fUniCodeStrings && !query.pszSearchQuery && !query.iProximity &&
+                    !query.fStemmedSearch && !query.fTitleOnly && !query.pszWindow);
+        given = "query";
     }
-    ~RecordedEngine() { current_ = nullptr; }
-
-    bool installed = true;
-    bool whole = true;
-    std::vector<std::wstring> loaded;
-    std::vector<Order> orders;
-
-  private:
-    static HMODULE WINAPI Load(LPCWSTR path, HANDLE, DWORD flags) {
-        EXPECT_EQ(static_cast<DWORD>(LOAD_WITH_ALTERED_SEARCH_PATH), flags);
-        current_->loaded.push_back(path);
-        return current_->installed ? GetModuleHandleW(nullptr) : nullptr;
-    }
-    static FARPROC WINAPI Find(HMODULE, LPCSTR name) {
-        EXPECT_STREQ("HtmlHelpA", name);
-        return current_->whole ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&Help)) : nullptr;
-    }
-    static HWND WINAPI Help(HWND owner, LPCSTR file, UINT command, DWORD_PTR data) {
-        Order order{owner, file, command, data, ""};
-        if (command == HH_DISPLAY_TOPIC) order.topic = reinterpret_cast<const char*>(std::exchange(order.data, 0));
-        if (command == HH_DISPLAY_SEARCH) {
-            const auto& query = *reinterpret_cast<const HH_FTS_QUERY*>(std::exchange(order.data, 0));
-            EXPECT_EQ(sizeof(void*) == 4 ? 32 : 40, query.cbStruct);
-            EXPECT_TRUE(query.fExecute == 1 && !query.fUniCodeStrings && !query.pszSearchQuery && !query.iProximity &&
-                        !query.fStemmedSearch && !query.fTitleOnly && !query.pszWindow);
-        }
-        current_->orders.push_back(order);
-        return nullptr;
-    }
-
-    static inline RecordedEngine* current_ = nullptr;
-    ImportPatch load_, find_;
-};
+    orders += std::to_string(HandleToLong(owner)) + " " + file + " " + std::to_string(command) + " " + given + "|";
+    return nullptr;
+}
+HMODULE WINAPI Load(LPCWSTR path, HANDLE, DWORD flags) {
+    EXPECT_EQ(DWORD{LOAD_WITH_ALTERED_SEARCH_PATH}, flags);
+    loaded += path;
+    return engine;
+}
+FARPROC WINAPI Find(HMODULE, LPCSTR name) {
+    EXPECT_STREQ("HtmlHelpA", name);
+    return isWhole ? reinterpret_cast<FARPROC>(Address(&Help)) : nullptr;
+}
 
 const wchar_t* const kOpeners[] = {L"OpenContents", L"OpenFinder", L"OpenSearch", L"OpenContext", L"OpenTopic"};
 
 class CompiledHelp : public testing::Test {
   protected:
-    Outcome Open(const wchar_t* member) {
-        if (member == std::wstring(L"OpenContext")) return Call(help_.get(), member, {Arg(context_)});
-        if (member == std::wstring(L"OpenTopic")) return Call(help_.get(), member, {Arg(&topic_)});
-        return Call(help_.get(), member);
+    CompiledHelp() {
+        engine = GetModuleHandleW(nullptr), isWhole = true;
+        loaded.clear(), orders.clear();
     }
-    void SetFile(const std::wstring& path) {
-        EXPECT_EQ(S_OK, Let(help_.get(), L"HelpFile", {Arg(Bstr(path).get())}).result);
+    Outcome Open(const std::wstring& member, LONG context = -7) {
+        if (member == L"OpenContext") return Call(help_.get(), member.c_str(), {Arg(context)});
+        if (member == L"OpenTopic") return Call(help_.get(), member.c_str(), {Text(L"pages/zero.htm#\u00DF")});
+        return Call(help_.get(), member.c_str());
+    }
+    void Set(const wchar_t* name, const VARIANT& value) { EXPECT_EQ(S_OK, Let(help_.get(), name, {value}).result); }
+    void ExpectNotFound(const wchar_t* opener, const wchar_t* description) {
+        const Outcome outcome = Open(opener);
+        EXPECT_EQ(static_cast<HRESULT>(0x800A0035), outcome.code);
+        EXPECT_EQ(std::wstring(L"VelkSupport: ") + description, outcome.source + L": " + outcome.description);
     }
 
     LibraryCopy copy_;
     ComPtr<IDispatch> help_ = copy_.Create(__uuidof(::CHtmlHelp));
     ScratchFolder folder_;
     const std::wstring file_ = folder_.Write(L"h\u00E4lp.chm", "");
-    LONG context_ = -7;
-    Variant topic_ = Text(L"pages/zero.htm#\u00DF");
 };
 
-TEST_F(CompiledHelp, TellsTheEngineExactlyThis) {
-    RecordedEngine engine(copy_.module());
-    EXPECT_EQ(L"", TextOf(Get(help_.get(), L"HelpFile").value));
-    SetFile(file_);
-    EXPECT_EQ(file_, TextOf(Get(help_.get(), L"HelpFile").value));
-    EXPECT_TRUE(engine.loaded.empty()) << "not before it is needed";
-    const HWND owner = static_cast<HWND>(LongToHandle(0x4321));
-    const std::string file = ToAnsi(file_);
+class RecordedHelp : public CompiledHelp {
+  protected:
+    const ImportPatch load_{copy_.module(), "LoadLibraryExW", Address(&Load)};
+    const ImportPatch find_{copy_.module(), "GetProcAddress", Address(&Find)};
+};
+
+TEST_F(RecordedHelp, TellsTheEngineExactlyThis) {
+    EXPECT_EQ(L"", Fact(help_.get(), L"HelpFile"));
+    Set(L"HelpFile", Text(file_));
+    EXPECT_EQ(file_, Fact(help_.get(), L"HelpFile"));
+    EXPECT_EQ(L"", loaded) << "not before it is needed";
     EXPECT_EQ(S_OK, Open(L"OpenContents").result);
-    EXPECT_EQ(S_OK, Let(help_.get(), L"ParentHWND", {Arg(0x4321L)}).result);
+    Set(L"ParentHWND", Arg(4321L));
     for (const wchar_t* member : kOpeners) EXPECT_EQ(S_OK, Open(member).result) << member;
-    const std::vector<RecordedEngine::Order> wanted = {
-        {nullptr, file, 1, 0, ""},
-        {owner, file, 1, 0, ""},
-        {owner, file, 2, 0, ""},
-        {owner, file, 3, 0, ""},
-        {owner, file, 15, static_cast<DWORD>(-7), ""},
-        {owner, file, 0, 0, "pages/zero.htm#\xDF"},
-    };
-    EXPECT_TRUE(wanted == engine.orders);
+    std::string wanted;
+    for (const char* order : {"0 * 1 0|", "4321 * 1 0|", "4321 * 2 0|", "4321 * 3 query|", "4321 * 15 -7|",
+                              "4321 * 0 pages/zero.htm#\xDF|"}) {
+        wanted += order;
+        wanted.replace(wanted.find('*'), 1, ToAnsi(file_));
+    }
+    EXPECT_EQ(wanted, orders);
     wchar_t system[MAX_PATH];
     GetSystemDirectoryW(system, MAX_PATH);
-    EXPECT_EQ(std::vector<std::wstring>{std::wstring(system) + L"\\hhctrl.ocx"}, engine.loaded) << "once, from there";
+    EXPECT_EQ(std::wstring(system) + L"\\hhctrl.ocx", loaded) << "once, from there";
 }
 
-TEST_F(CompiledHelp, WithoutItsFileNothingIsOpened) {
-    RecordedEngine engine(copy_.module());
+TEST_F(RecordedHelp, RaisesWhatIsMissing) {
     using namespace std::string_literals;
-    const std::wstring names[] = {L"",          folder_.Path(L"none.chm"), folder_.path(),
-                                  L"?:\\x.chm", file_ + L"\0x"s,           file_ + L">main"};
-    for (const std::wstring& name : names) {
-        SetFile(name);
-        for (const wchar_t* member : kOpeners) {
-            const Outcome outcome = Open(member);
-            EXPECT_EQ(kFileNotFound, outcome.code) << member;
-            EXPECT_EQ(L"File not found", outcome.description);
-            EXPECT_EQ(L"VelkSupport", outcome.source);
-        }
+    for (const std::wstring& name :
+         {L""s, folder_.Path(L"none.chm"), folder_.path(), L"?:\\x.chm"s, file_ + L"\0x"s, file_ + L">main"}) {
+        Set(L"HelpFile", Text(name));
+        for (const wchar_t* member : kOpeners) ExpectNotFound(member, L"File not found");
     }
-    EXPECT_TRUE(engine.loaded.empty());
-}
-
-TEST_F(CompiledHelp, AMissingEngineIsNamedAndLookedForAgain) {
-    RecordedEngine engine(copy_.module());
-    SetFile(file_);
-    for (const bool installed : {false, true}) {
-        engine.installed = installed;
-        engine.whole = false;  // an engine without the function is none either
-        const Outcome outcome = Open(L"OpenContents");
-        EXPECT_EQ(kFileNotFound, outcome.code);
-        EXPECT_EQ(L"File not found: hhctrl.ocx", outcome.description);
-        EXPECT_EQ(L"VelkSupport", outcome.source);
+    EXPECT_EQ(L"", loaded);
+    Set(L"HelpFile", Text(file_));
+    for (const HMODULE found : {HMODULE{}, GetModuleHandleW(nullptr)}) {
+        engine = found;
+        isWhole = false;
+        ExpectNotFound(L"OpenContents", L"File not found: hhctrl.ocx");
     }
-    engine.whole = true;
-    EXPECT_EQ(S_OK, Open(L"OpenContents").result);
-    EXPECT_EQ(1u, engine.orders.size());
-}
-
-TEST_F(CompiledHelp, RefusesATopicWithANulAndNullPointers) {
-    RecordedEngine engine(copy_.module());
-    SetFile(file_);
-    const Bstr nul(std::wstring_view(L"a.htm\0b", 7));
-    EXPECT_EQ(static_cast<HRESULT>(0x800A0005), Call(help_.get(), L"OpenTopic", {Arg(nul.get())}).code);
-    const auto early = help_.As<_CHtmlHelp>();
-    EXPECT_EQ(E_POINTER, early->OpenTopic(nullptr));
-    EXPECT_EQ(E_POINTER, early->OpenContext(nullptr));
-    EXPECT_EQ(E_POINTER, early->put_HelpFile(nullptr));
-    EXPECT_EQ(E_POINTER, early->put_ParentHWND(nullptr));
-    EXPECT_TRUE(engine.orders.empty());
-}
-
-HWND HelpWindow() { return FindWindowA("HH Parent", nullptr); }
-
-std::string TitleOf(HWND window) {
-    char title[100] = "";
-    GetWindowTextA(window, title, sizeof(title));
-    return title;
+    isWhole = true;
+    EXPECT_EQ(S_OK, Open(L"OpenContents").result) << "it is looked for again";
+    EXPECT_EQ(static_cast<HRESULT>(0x800A0005), Call(help_.get(), L"OpenTopic", {Text(L"a.htm\0b"s)}).code);
+    EXPECT_EQ("0 " + ToAnsi(file_) + " 1 0|", orders);
 }
 
 TEST_F(CompiledHelp, OpensARealHelpFile) {
     std::wstring real = L"Z:" HELP_FILE;
     if (real == L"Z:") GTEST_SKIP() << "no help file: chmcmd (package fp-utils) was not there when this was built";
-    for (wchar_t& c : real) {
-        if (c == L'/') c = L'\\';
-    }
-    SetFile(real);
-    context_ = 1001;
-    EXPECT_EQ(nullptr, HelpWindow());
+    std::ranges::replace(real, L'/', L'\\');
+    Set(L"HelpFile", Text(real));
+    const auto helpWindow = [] { return FindWindowA("HH Parent", nullptr); };
+    EXPECT_EQ(nullptr, helpWindow());
     EXPECT_EQ(S_OK, Open(L"OpenContents").result);
-    EXPECT_EQ("Scale help", TitleOf(HelpWindow()));  // Wine 8.0's engine spoils it at some of the later calls
+    char title[100] = "";
+    GetWindowTextA(helpWindow(), title, sizeof title);
+    EXPECT_STREQ("Scale help", title);  // Wine 8.0's engine spoils it at some of the later calls
     for (const wchar_t* member : kOpeners) {
-        EXPECT_EQ(S_OK, Open(member).result) << member;
-        EXPECT_NE(nullptr, HelpWindow()) << member;
+        EXPECT_EQ(S_OK, Open(member, 1001).result) << member;
+        EXPECT_NE(nullptr, helpWindow()) << member;
         PumpMessages();
     }
-    DestroyWindow(HelpWindow());
-    EXPECT_EQ(S_OK, Let(help_.get(), L"ParentHWND", {Arg(0x7FFF0L)}).result);
+    DestroyWindow(helpWindow());
+    Set(L"ParentHWND", Arg(0x7FFF0L));
     EXPECT_EQ(S_OK, Open(L"OpenContents").result) << "an owner that does not exist is the engine's affair";
     PumpMessages();
 }
