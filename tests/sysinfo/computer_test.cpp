@@ -1,7 +1,7 @@
 // CComputerInfo and CMemoryStatus with a platform that is steered. What the machine really is stands in host_facts.sh.
 #include "support/client.h"
-#include "support/import_patch.h"
 #include "support/facts.h"
+#include "support/import_patch.h"
 
 namespace velk::test {
 namespace {

@@ -38,8 +38,7 @@ TEST(DriveLetter, IsTheCharacterBehindA) {
     }
     for (const auto& [number, error] : {std::pair{-66, 5}, {191, 5}, {32702, 5}, {32703, 6}}) {
         try {
-            DriveLetter(static_cast<std::int16_t>(number));
-            ADD_FAILURE() << number << " has no letter";
+            ADD_FAILURE() << number << " has the letter " << DriveLetter(static_cast<std::int16_t>(number));
         } catch (const RuntimeError& raised) {
             EXPECT_EQ(error, raised.number()) << number;
         }

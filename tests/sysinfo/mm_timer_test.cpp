@@ -1,12 +1,8 @@
-// CMMTimer as its clients see it.
-#include <gtest/gtest.h>
-
-#include <string>
-
+// CMMTimer as its clients see it, on a clock of the test's own.
 #include "support/client.h"
+#include "support/facts.h"
 #include "support/procedure_patch.h"
 #include "support/report_recorder.h"
-#include "support/facts.h"
 
 namespace velk::test {
 namespace {
@@ -14,91 +10,58 @@ namespace {
 DWORD now;
 DWORD WINAPI Clock() { return now; }
 
-// On a clock of the test's own, in milliseconds.
-class Timer : public testing::Test {
-  protected:
-    Timer() { timer_->put_ScaleFactor(1); }
-    double At(DWORD time) {
-        now = time;
-        double elapsed = -1;
-        EXPECT_EQ(S_OK, timer_->get_ElapsedTime(&elapsed));
-        return elapsed;
+TEST(Timer, MeasuresItsRunsAndShowsOverflows) {
+    const ProcedurePatch clock(Library(), "timeGetTime", Address(&Clock));
+    ReportRecorder recorder(Library());
+    const auto timer = CreateObject<IDispatch>(__uuidof(::CMMTimer));
+    EXPECT_EQ(L"1000", Fact(timer.get(), L"ScaleFactor"));
+    EXPECT_EQ(S_OK, Let(timer.get(), L"ScaleFactor", {Arg(1L)}).result);
+    struct Step {
+        const wchar_t* member;
+        DWORD time;
+        double elapsed;                 // after the call
+        const wchar_t* overflow = L"";  // in which procedure, while the call or the reading ran
+    };
+    for (const Step& step : {
+             Step{L"ScaleFactor", 5000, 0},  // no run yet
+             {L"StartTimer", 5000, 0},
+             {L"ScaleFactor", 6500, 1500},
+             {L"StopTimer", 6600, 1600},
+             {L"StopTimer", 9500, 1600},  // a second stop adds nothing
+             {L"ResumeTimer", 10000, 1600},
+             {L"ScaleFactor", 10400, 2000},
+             {L"ResumeTimer", 10500, 1600},  // the run so far is lost
+             {L"StartTimer", 10600, 0},      // from 0 again
+             {L"StartTimer", 0xFFFF'FF00, 0},
+             {L"ScaleFactor", 0x100, 512},
+             {L"StartTimer", 0, 0},
+             {L"ScaleFactor", 1000, 0},  // a start at 0 counts as no run
+             {L"StartTimer", 0x7FFF'FFFF, 0},
+             {L"ScaleFactor", 0x8000'0000, 0, L"GetCurrentElapsedTime"},
+             {L"StopTimer", 0x8000'0000, 0, L"GetCurrentElapsedTime"},  // stopped all the same
+             {L"StartTimer", 1, 0},
+             {L"StopTimer", 0x7FFF'FFFF, 0x7FFF'FFFE},
+             {L"ResumeTimer", 1, 0x7FFF'FFFE},
+             {L"ScaleFactor", 2, 0x7FFF'FFFF},
+             {L"ScaleFactor", 3, 0, L"ElapsedTime"},
+             {L"StopTimer", 3, 0x7FFF'FFFE, L"StopTimer"},  // the run is lost, what was kept stays
+         }) {
+        now = step.time;
+        EXPECT_EQ(S_OK, Call(timer.get(), step.member).result);
+        EXPECT_EQ(step.elapsed, Get(timer.get(), L"ElapsedTime").value.dblVal) << step.member << step.time;
+        EXPECT_EQ(*step.overflow ? step.overflow + std::wstring(L": Error: 6. Overflow|") : L"", recorder.Shown());
     }
-    void StartAt(DWORD time) {
-        now = time;
-        EXPECT_EQ(S_OK, timer_->StartTimer());
+    for (const auto& [given, kept] : {std::pair{0L, 1L}, {-5L, 1L}, {60000L, 60000L}, {8L, 8L}}) {
+        EXPECT_EQ(S_OK, Let(timer.get(), L"ScaleFactor", {Arg(given)}).result);
+        EXPECT_EQ(double{0x7FFF'FFFE} / kept, Get(timer.get(), L"ElapsedTime").value.dblVal) << given;
     }
-    // The titles of the overflows that were shown since the last call.
-    std::wstring Overflows() {
-        std::wstring titles;
-        for (; seen_ < recorder_.reports().size(); ++seen_) {
-            EXPECT_EQ(L"Error: 6. Overflow", recorder_.reports()[seen_].text);
-            titles += recorder_.reports()[seen_].title + L" ";
-        }
-        return titles;
-    }
-
-    ProcedurePatch clock_{Library(), "timeGetTime", Address(&Clock)};
-    ComPtr<_CMMTimer> timer_ = CreateObject<_CMMTimer>(__uuidof(::CMMTimer));
-    ReportRecorder recorder_{Library()};
-    std::size_t seen_ = 0;
-};
-
-TEST_F(Timer, StartsStopsAndResumes) {
-    EXPECT_EQ(0, At(5000));
-    StartAt(5000);
-    EXPECT_EQ(1500, At(6500));
-    timer_->StopTimer();
-    EXPECT_EQ(1500, At(9000));
-    timer_->StopTimer();
-    EXPECT_EQ(1500, At(9500)) << "a second stop adds nothing";
-    timer_->ResumeTimer();
-    EXPECT_EQ(2000, At(10000));
-    timer_->ResumeTimer();
-    EXPECT_EQ(1600, At(10100)) << "the run so far is lost";
-    for (const auto& [given, kept] : {std::pair<LONG, LONG>{0, 1}, {-5, 1}, {60000, 60000}, {8, 8}}) {
-        LONG factor = 0;
-        timer_->put_ScaleFactor(given);
-        timer_->get_ScaleFactor(&factor);
-        EXPECT_EQ(kept, factor);
-        EXPECT_EQ(1600.0 / kept, At(10100));
-    }
-    StartAt(10100);
-    EXPECT_EQ(2, At(10116)) << "from 0 again";
-    EXPECT_EQ(L"", Overflows());
 }
 
-TEST_F(Timer, CountsAcrossTheWrapAndShowsOverflows) {
-    StartAt(0xFFFF'FF00);
-    EXPECT_EQ(512, At(0x100));
-    StartAt(0);
-    EXPECT_EQ(0, At(1000)) << "a start at 0 counts as no run";
-    StartAt(0x7FFF'FFFF);
-    EXPECT_EQ(L"", Overflows());
-    EXPECT_EQ(0, At(0x8000'0000));
-    timer_->StopTimer();
-    EXPECT_EQ(0, At(0x8000'0001)) << "stopped all the same";
-    EXPECT_EQ(L"GetCurrentElapsedTime GetCurrentElapsedTime ", Overflows());
-
-    StartAt(1);
-    now = 0x7FFF'FFFF;
-    timer_->StopTimer();
-    now = 1;
-    timer_->ResumeTimer();
-    EXPECT_EQ(0x7FFF'FFFF, At(2));
-    EXPECT_EQ(0, At(3));
-    timer_->StopTimer();
-    EXPECT_EQ(L"ElapsedTime StopTimer ", Overflows());
-    EXPECT_EQ(0x7FFF'FFFE, At(4)) << "the run is lost, what was kept stays";
-}
-
-TEST(TimerWithoutAClock, SaysSo) {
+TEST(Timer, SaysThatThereIsNoClock) {
     const ProcedurePatch missing(Library(), "timeGetTime", nullptr);
-    const ReportRecorder recorder(Library());
+    ReportRecorder recorder(Library());
     EXPECT_EQ(S_OK, Call(CreateObject<IDispatch>(__uuidof(::CMMTimer)).get(), L"StartTimer").result);
-    ASSERT_EQ(1u, recorder.reports().size());
-    EXPECT_EQ(L"StartTimer: Error: 53. File not found",
-              recorder.reports()[0].title + L": " + recorder.reports()[0].text);
+    EXPECT_EQ(L"StartTimer: Error: 53. File not found|", recorder.Shown());
 }
 
 }  // namespace
