@@ -7,6 +7,7 @@
 #include "frame/handles.h"
 #include "frame/text.h"
 #include "settings/ini_reader.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/report_recorder.h"
@@ -230,13 +231,6 @@ TEST_F(IniFile, SavesIntoMissingFilesAndDeletesFromExistingOnes) {
     }
 }
 
-std::string calls;
-
-BOOL WINAPI RefuseToWrite(LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR) {
-    for (const char* text : {section, key, value}) calls.append(text ? text : "-") += ' ';
-    return FALSE;
-}
-
 TEST_F(IniFile, LeavesAFileThatCannotBeWrittenAsItWas) {
     const std::string text = "; mine\r\n[A]\r\nk=1\r\n";
     folder_.Write(L"file.ini", text);
@@ -253,7 +247,12 @@ TEST_F(IniFile, LeavesAFileThatCannotBeWrittenAsItWas) {
     }
     EXPECT_EQ(text, Bytes());
     {
-        const ImportPatch patch(Library(), "WritePrivateProfileStringA", reinterpret_cast<void*>(&RefuseToWrite));
+        std::string calls;
+        const auto refuse = [&](LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR) {
+            for (const LPCSTR text : {section, key, value}) calls.append(text ? text : "-") += ' ';
+            return FALSE;
+        };
+        const Fake write("WritePrivateProfileStringA", &WritePrivateProfileStringA, refuse);
         EXPECT_FALSE(writeAll());
         EXPECT_EQ("A k v - - - A n -7 - - - A k - - - - A - - - - - ", calls);  // each followed by a flush
     }

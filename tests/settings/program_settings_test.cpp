@@ -1,9 +1,10 @@
 // CProgramSettings as its clients see it, on a real registry.
-#include <gtest/gtest.h>
+#include <tuple>
 
 #include "frame/handles.h"
 #include "frame/text.h"
-#include "support/late_bound.h"
+#include "support/facts.h"
+#include "support/fake.h"
 #include "support/report_recorder.h"
 #include "support/scarce_memory.h"
 
@@ -50,51 +51,35 @@ class ProgramSettings : public testing::Test {
     RegistryKey key_;
 };
 
-struct Opened {
-    HKEY root;
-    std::string path;
-    REGSAM access;
-} opened;
-
-LSTATUS WINAPI RecordOpen(HKEY root, LPCSTR path, DWORD, REGSAM access, HKEY*) {
-    opened = {root, path, access};
-    return ERROR_ACCESS_DENIED;
-}
-LSTATUS WINAPI RecordCreate(HKEY root, LPCSTR path, DWORD, LPSTR, DWORD, REGSAM access, SECURITY_ATTRIBUTES*, HKEY*,
-                            DWORD*) {
-    opened = {root, path, access};
-    return ERROR_ACCESS_DENIED;
-}
-
 TEST_F(ProgramSettings, ComposeTheirPath) {
+    std::string opened;
+    const auto record = [&](HKEY root, LPCSTR path, REGSAM access) {
+        opened += path + std::string(root == HKEY_LOCAL_MACHINE && access == 0x3F ? "|" : " elsewhere");
+        return ERROR_ACCESS_DENIED;
+    };
+    const Fake open("RegOpenKeyExA", &RegOpenKeyExA,
+                    [&](HKEY root, LPCSTR path, DWORD, REGSAM access, HKEY*) { return record(root, path, access); });
+    const Fake create("RegCreateKeyExA", &RegCreateKeyExA,
+                      [&](HKEY root, LPCSTR path, DWORD, LPSTR, DWORD, REGSAM access, SECURITY_ATTRIBUTES*, HKEY*,
+                          DWORD*) { return record(root, path, access); });
     settings_ = CreateObject<IDispatch>(__uuidof(::CProgramSettings));
-    EXPECT_EQ(L"SOFTWARE", TextOf(Get(settings_.get(), L"MainBranch").value));
-    EXPECT_EQ(psrHKEY_LOCAL_MACHINE, Get(settings_.get(), L"RootKey").value.lVal);
-    const ImportPatch open(Library(), "RegOpenKeyExA", reinterpret_cast<void*>(&RecordOpen));
-    const ImportPatch create(Library(), "RegCreateKeyExA", reinterpret_cast<void*>(&RecordCreate));
-    struct Change {
-        const wchar_t* property;
-        const wchar_t* value;
-        const char* path;
+    const std::tuple<const wchar_t*, const wchar_t*, std::string> changes[] = {
+        {L"MainBranch", L"SOFTWARE", "SOFTWARE\\\\\\Settings|"},
+        {L"Program", L"P", "SOFTWARE\\\\P\\Settings|"},
+        {L"RegBase", L"Acme", "SOFTWARE\\Acme\\P\\Settings|"},
+        {L"Section", L"", "SOFTWARE\\Acme\\P|"},
+        {L"Program", L"", "SOFTWARE\\Acme\\|"},
+        {L"Section", L"x\\y\\\\", "SOFTWARE\\Acme\\\\x\\y\\|"},
+        {L"MainBranch", L"", "\\Acme\\\\x\\y\\|"},
     };
-    const Change changes[] = {
-        {L"Program", L"P", "SOFTWARE\\\\P\\Settings"},
-        {L"RegBase", L"Acme", "SOFTWARE\\Acme\\P\\Settings"},
-        {L"Section", L"", "SOFTWARE\\Acme\\P"},
-        {L"Program", L"", "SOFTWARE\\Acme\\"},
-        {L"Section", L"x\\y\\\\", "SOFTWARE\\Acme\\\\x\\y\\"},
-        {L"MainBranch", L"", "\\Acme\\\\x\\y\\"},
-    };
-    for (const Change& change : changes) {
-        Set(change.property, Text(change.value));
-        EXPECT_EQ(change.value, TextOf(Get(settings_.get(), change.property).value));
+    EXPECT_EQ(L"SOFTWARE|||Settings|-2147483646|",
+              Facts(settings_.get(), {L"MainBranch", L"RegBase", L"Program", L"Section", L"RootKey"}));
+    for (const auto& [property, value, path] : changes) {
+        Set(property, Text(value));
+        EXPECT_EQ(value, Fact(settings_.get(), property));
         EXPECT_EQ(L"default", Read());
-        EXPECT_EQ(change.path, opened.path);
-        opened = {};
         Write(1);
-        EXPECT_EQ(change.path, opened.path);
-        EXPECT_EQ(HKEY_LOCAL_MACHINE, opened.root);
-        EXPECT_EQ(0x3Fu, opened.access);
+        EXPECT_EQ(path + path, std::exchange(opened, "")) << "to read and to write";
     }
 }
 

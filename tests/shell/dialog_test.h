@@ -4,13 +4,12 @@
 #include <functional>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "frame/text.h"
-#include "support/client.h"
 #include "support/dialog_driver.h"
 #include "support/facts.h"
+#include "support/fake.h"
 #include "support/report_recorder.h"
 
 #include <commdlg.h>
@@ -23,23 +22,6 @@ constexpr LONG kNoWindow = 0x7FFFFE;
 constexpr DWORD SizeOf(DWORD described, std::size_t real) {
     return sizeof(void*) == 4 ? described : static_cast<DWORD>(real);
 }
-
-// Stands in for one of the platform's dialog functions. Two that take the same record need different numbers.
-template <class Record, int number = 0>
-class FakeDialog {
-  public:
-    FakeDialog(const char* function, std::function<BOOL(Record&)> user) : patch_(Library(), function, Address(&Run)) {
-        user_ = std::move(user), calls_ = 0;
-    }
-    int calls() const noexcept { return calls_; }
-
-  private:
-    static BOOL WINAPI Run(Record* record) { return ++calls_, user_(*record); }
-
-    static inline std::function<BOOL(Record&)> user_;
-    static inline int calls_ = 0;
-    ImportPatch patch_;
-};
 
 class DialogTest : public testing::Test {
   protected:

@@ -6,8 +6,6 @@ namespace velk::test {
 namespace {
 
 using namespace std::string_literals;
-using FakeOpen = FakeDialog<OPENFILENAMEA, 1>;
-using FakeSave = FakeDialog<OPENFILENAMEA, 2>;
 
 constexpr DWORD kRecordSize = SizeOf(76, sizeof(OPENFILENAME_NT4A));
 constexpr int kNameBox = 0x47C;     // of the Explorer-style dialog
@@ -28,24 +26,24 @@ TEST_F(FileDialog, TheRecordIsZeroButForThePropertiesAndACancelledDialogChangesN
     OPENFILENAMEA expected{};
     const char *caption = "", *extension = "", *folder = nullptr;
     std::string filter = "\0\0"s, name, title;
-    const auto check = [&](OPENFILENAMEA& record) {
-        EXPECT_STREQ(caption, record.lpstrTitle);
-        EXPECT_STREQ(extension, record.lpstrDefExt);
-        EXPECT_STREQ(folder, record.lpstrInitialDir);
-        EXPECT_EQ(filter, std::string(record.lpstrFilter, filter.size()));
-        name.resize(record.nMaxFile), title.resize(record.nMaxFile);
-        EXPECT_EQ(name, std::string(record.lpstrFile, name.size()));
-        EXPECT_EQ(title, std::string(record.lpstrFileTitle, title.size()));
-        expected.lpstrTitle = record.lpstrTitle, expected.lpstrDefExt = record.lpstrDefExt;
-        expected.lpstrInitialDir = record.lpstrInitialDir, expected.lpstrFilter = record.lpstrFilter;
-        expected.lpstrFile = record.lpstrFile, expected.lpstrFileTitle = record.lpstrFileTitle;
-        EXPECT_EQ(0, memcmp(&expected, &record, kRecordSize));
-        strcpy(record.lpstrFile, "scribbled");
-        strcpy(record.lpstrFileTitle, "scribbled");
+    const auto check = [&](OPENFILENAMEA* record) {
+        EXPECT_STREQ(caption, record->lpstrTitle);
+        EXPECT_STREQ(extension, record->lpstrDefExt);
+        EXPECT_STREQ(folder, record->lpstrInitialDir);
+        EXPECT_EQ(filter, std::string(record->lpstrFilter, filter.size()));
+        name.resize(record->nMaxFile), title.resize(record->nMaxFile);
+        EXPECT_EQ(name, std::string(record->lpstrFile, name.size()));
+        EXPECT_EQ(title, std::string(record->lpstrFileTitle, title.size()));
+        expected.lpstrTitle = record->lpstrTitle, expected.lpstrDefExt = record->lpstrDefExt;
+        expected.lpstrInitialDir = record->lpstrInitialDir, expected.lpstrFilter = record->lpstrFilter;
+        expected.lpstrFile = record->lpstrFile, expected.lpstrFileTitle = record->lpstrFileTitle;
+        EXPECT_EQ(0, memcmp(&expected, record, kRecordSize));
+        strcpy(record->lpstrFile, "scribbled");
+        strcpy(record->lpstrFileTitle, "scribbled");
         return FALSE;
     };
-    const FakeOpen open("GetOpenFileNameA", check);
-    const FakeSave save("GetSaveFileNameA", check);
+    const Fake open("GetOpenFileNameA", &GetOpenFileNameA, [&](OPENFILENAMEA* record) { return check(record); });
+    const Fake save("GetSaveFileNameA", &GetSaveFileNameA, [&](OPENFILENAMEA* record) { return check(record); });
     expected.lStructSize = kRecordSize;
     expected.nMaxFile = expected.nMaxFileTitle = 260;
     EXPECT_FALSE(Show());
@@ -85,10 +83,10 @@ TEST_F(FileDialog, AnAnswerIsTrimmedIntoTheProperties) {
                               {L"", "\x80\xE9\0"s, L"\u20AC\u00E9"}};
     Set(L"MaxFileSize", 40);
     for (const Answer& answer : answers) {
-        const FakeOpen open("GetOpenFileNameA", [&](OPENFILENAMEA& record) {
-            answer.buffer.copy(record.lpstrFile, answer.buffer.size());
-            answer.buffer.copy(record.lpstrFileTitle, answer.buffer.size());
-            record.Flags = record.nFilterIndex = 7;
+        const Fake open("GetOpenFileNameA", &GetOpenFileNameA, [&](OPENFILENAMEA* record) {
+            answer.buffer.copy(record->lpstrFile, answer.buffer.size());
+            answer.buffer.copy(record->lpstrFileTitle, answer.buffer.size());
+            record->Flags = record->nFilterIndex = 7;
             return TRUE;
         });
         Set(L"Filename", answer.before);
@@ -113,8 +111,8 @@ TEST_F(FileDialog, TextsLongerThanTheBuffersAreReportedAndNothingIsShown) {
                           {-1, 0, 0, false},
                           {32767, 32767, 0, true},
                           {32767, 32768, 0, false}}) {
-        const FakeOpen open("GetOpenFileNameA", [&](OPENFILENAMEA& record) {
-            EXPECT_EQ(c.name, strlen(record.lpstrFile));
+        const Fake open("GetOpenFileNameA", &GetOpenFileNameA, [&](OPENFILENAMEA* record) {
+            EXPECT_EQ(c.name, strlen(record->lpstrFile));
             return TRUE;
         });
         Set(L"Filename", std::wstring(c.name, L'n'));
@@ -128,7 +126,7 @@ TEST_F(FileDialog, TextsLongerThanTheBuffersAreReportedAndNothingIsShown) {
 
 TEST_F(FileDialog, MayLoseItsLastReferenceWhileItIsOpen) {
     const auto raw = dialog_.As<_CFileDialog>().get();
-    const FakeOpen open("GetOpenFileNameA", [&](OPENFILENAMEA&) {
+    const Fake open("GetOpenFileNameA", &GetOpenFileNameA, [&](OPENFILENAMEA*) {
         dialog_ = nullptr;
         return TRUE;
     });

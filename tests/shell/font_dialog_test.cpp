@@ -8,8 +8,6 @@
 namespace velk::test {
 namespace {
 
-using FakeFont = FakeDialog<CHOOSEFONTA>;
-
 constexpr DWORD kRecordSize = SizeOf(60, sizeof(CHOOSEFONTA));
 constexpr int kFaceBox = 0x470;
 constexpr int kStyleBox = 0x471;
@@ -78,23 +76,23 @@ TEST_F(FontDialog, TheRecordsDescribeFontAndLimits) {
     Set(L"Max", 72);
     Set(L"hWndParent", kNoWindow);
     BOOL answer = FALSE;
-    const FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
+    const Fake fake("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
         CHOOSEFONTA expected{};
         expected.lStructSize = kRecordSize;
         expected.hwndOwner = static_cast<HWND>(LongToHandle(kNoWindow));
-        expected.lpLogFont = record.lpLogFont;
+        expected.lpLogFont = record->lpLogFont;
         expected.Flags = 0xFFFF8000u | 8 | 128;  // hook and style stay null
         expected.rgbColors = 0x00FF8040;
         expected.nSizeMin = -8;
         expected.nSizeMax = 72;
-        EXPECT_EQ(0, memcmp(&expected, &record, kRecordSize));
+        EXPECT_EQ(0, memcmp(&expected, record, kRecordSize));
         LOGFONTA font{};
         font.lfHeight = -11;
         font.lfWeight = 700;
         font.lfItalic = font.lfStrikeOut = TRUE;
         strcpy(font.lfFaceName, "Caf\xE9 Sans");
-        EXPECT_EQ(0, memcmp(&font, record.lpLogFont, sizeof(font)));
-        record.rgbColors = record.lpLogFont->lfItalic = 0;
+        EXPECT_EQ(0, memcmp(&font, record->lpLogFont, sizeof(font)));
+        record->rgbColors = record->lpLogFont->lfItalic = 0;
         return answer;
     });
     EXPECT_FALSE(Show());
@@ -107,15 +105,15 @@ TEST_F(FontDialog, TheRecordsDescribeFontAndLimits) {
 
 TEST_F(FontDialog, AChoiceIsWrittenBack) {
     for (const LONG weight : {700L, 600L, 800L, 400L}) {
-        const FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
-            LOGFONTA& font = *record.lpLogFont;
+        const Fake fake("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
+            LOGFONTA& font = *record->lpLogFont;
             font.lfHeight = -16;
             font.lfWeight = weight;
             font.lfUnderline = 1;
             font.lfStrikeOut = 255;
-            record.rgbColors = 0x00123456;
-            record.iPointSize = 990;
-            record.nFontType = BOLD_FONTTYPE;
+            record->rgbColors = 0x00123456;
+            record->iPointSize = 990;
+            record->nFontType = BOLD_FONTTYPE;
             return TRUE;
         });
         EXPECT_TRUE(Show());
@@ -130,8 +128,8 @@ TEST_F(FontDialog, ANameMayHave33BytesAndNoMore) {
     ReportRecorder recorder(Library());
     for (const std::size_t length : {0u, 32u, 33u, 34u}) {
         const OtherName name(Font(), std::wstring(length, L'F'));
-        const FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
-            const char* const face = reinterpret_cast<const char*>(record.lpLogFont) + offsetof(LOGFONTA, lfFaceName);
+        const Fake fake("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
+            const char* const face = reinterpret_cast<const char*>(record->lpLogFont) + offsetof(LOGFONTA, lfFaceName);
             EXPECT_EQ(std::string(length, 'F') + '\0', std::string(face, length + 1));
             return TRUE;
         });
@@ -144,9 +142,9 @@ TEST_F(FontDialog, ANameMayHave33BytesAndNoMore) {
 TEST_F(FontDialog, SizesThatDoNotFitAreReportedByTheConversion) {
     ReportRecorder recorder(Library());
     SetFont(L"Size", Arg(342.0));
-    const FakeFont fake("ChooseFontA", [](CHOOSEFONTA& record) {
-        EXPECT_EQ(0, record.lpLogFont->lfHeight);
-        record.lpLogFont->lfHeight = -456;
+    const Fake fake("ChooseFontA", &ChooseFontA, [](CHOOSEFONTA* record) {
+        EXPECT_EQ(0, record->lpLogFont->lfHeight);
+        record->lpLogFont->lfHeight = -456;
         return TRUE;
     });
     EXPECT_TRUE(Show()) << "both conversions give 0 and Show goes on";
@@ -160,8 +158,8 @@ TEST_F(FontDialog, SizesThatDoNotFitAreReportedByTheConversion) {
 
 TEST_F(FontDialog, LendsTheDialogTheDefaultPrinter) {
     bool isPrinter = true;
-    const FakeFont fake("ChooseFontA", [&](CHOOSEFONTA& record) {
-        isPrinter = GetDeviceCaps(record.hDC, TECHNOLOGY) == DT_RASPRINTER;
+    const Fake fake("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
+        isPrinter = GetDeviceCaps(record->hDC, TECHNOLOGY) == DT_RASPRINTER;
         return FALSE;
     });
     { const TestPrinter goneAgain; }

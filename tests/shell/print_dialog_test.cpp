@@ -5,8 +5,6 @@
 namespace velk::test {
 namespace {
 
-using FakePrint = FakeDialog<PRINTDLGA>;
-
 constexpr DWORD kRecordSize = SizeOf(66, sizeof(PRINTDLGA));
 constexpr int kFromBox = 0x480;
 constexpr int kToBox = 0x481;
@@ -28,8 +26,8 @@ TEST_F(PrintDialog, PropertiesHoldWhatTheyAreGiven) {
 
 TEST_F(PrintDialog, TheRecordIsZeroButForTheProperties) {
     PRINTDLGA expected{};
-    const FakePrint print("PrintDlgA", [&](PRINTDLGA& record) {
-        EXPECT_EQ(0, memcmp(&expected, &record, kRecordSize));
+    const Fake print("PrintDlgA", &PrintDlgA, [&](PRINTDLGA* record) {
+        EXPECT_EQ(0, memcmp(&expected, record, kRecordSize));
         return FALSE;
     });
     expected.lStructSize = kRecordSize;
@@ -55,14 +53,14 @@ TEST_F(PrintDialog, TheRecordIsZeroButForTheProperties) {
 
 TEST_F(PrintDialog, ReadsBackWhatIsDescribedAndNothingWhenCancelled) {
     BOOL confirmed = FALSE;
-    const FakePrint print("PrintDlgA", [&](PRINTDLGA& record) {
-        record.hDC = static_cast<::HDC>(LongToHandle(-77));
-        record.Flags = 0x80000002;
-        record.nFromPage = 2;
-        record.nToPage = 0xFFFE;
-        record.nMinPage = record.nMaxPage = 3;
-        record.nCopies = 5;
-        record.hwndOwner = nullptr;
+    const Fake print("PrintDlgA", &PrintDlgA, [&](PRINTDLGA* record) {
+        record->hDC = static_cast<::HDC>(LongToHandle(-77));
+        record->Flags = 0x80000002;
+        record->nFromPage = 2;
+        record->nToPage = 0xFFFE;
+        record->nMinPage = record->nMaxPage = 3;
+        record->nCopies = 5;
+        record->hwndOwner = nullptr;
         return confirmed;
     });
     Set(L"hWndParent", 9);

@@ -1,21 +1,14 @@
 // CComputerInfo and CMemoryStatus with a platform that is steered. What the machine really is stands in host_facts.sh.
-#include "support/client.h"
 #include "support/facts.h"
-#include "support/import_patch.h"
+#include "support/fake.h"
 
 namespace velk::test {
 namespace {
 
-SYSTEM_INFO record;
-void WINAPI SystemInfo(LPSYSTEM_INFO info) { *info = record; }
-int metric;
-int WINAPI Metrics(int index) { return index == 73 ? metric : 7; }
-DWORD feature;
-BOOL WINAPI HasFeature(DWORD asked) { return asked == feature; }
-
 TEST(ComputerInfo, ReadsTheSystemRecordWithItsSigns) {
     const auto computer = CreateObject<IDispatch>(__uuidof(::CComputerInfo));
-    const ImportPatch patch(Library(), "GetSystemInfo", Address(&SystemInfo));
+    SYSTEM_INFO record{};
+    const Fake system("GetSystemInfo", &GetSystemInfo, [&](LPSYSTEM_INFO info) { *info = record; });
     record.wProcessorArchitecture = 0xFFFF;
     record.dwPageSize = 8192;
     record.lpMinimumApplicationAddress = reinterpret_cast<void*>(0x10000);
@@ -34,13 +27,16 @@ TEST(ComputerInfo, ReadsTheSystemRecordWithItsSigns) {
 
 TEST(ComputerInfo, TellsHintsAndFeaturesApart) {
     const auto computer = CreateObject<IDispatch>(__uuidof(::CComputerInfo));
-    const ImportPatch metrics(Library(), "GetSystemMetrics", Address(&Metrics));
-    for (const int bits : {0, 1, 2, 4, 6, 7, 8, 0x700}) {
-        metric = bits;
+    int bits = 0;
+    const Fake metrics("GetSystemMetrics", &GetSystemMetrics, [&](int index) { return index == 73 ? bits : 7; });
+    for (const int metric : {0, 1, 2, 4, 6, 7, 8, 0x700}) {
+        bits = metric;
         EXPECT_EQ(YesNo(bits & 1) + YesNo(bits & 2) + YesNo(bits & 4),
                   Facts(computer.get(), {L"SlowMachine", L"LowMemory", L"SlowGraphics"}));
     }
-    const ImportPatch features(Library(), "IsProcessorFeaturePresent", Address(&HasFeature));
+    DWORD feature = 0;
+    const Fake features("IsProcessorFeaturePresent", &IsProcessorFeaturePresent,
+                        [&](DWORD asked) { return asked == feature; });
     for (feature = 0; feature < 5; ++feature) {
         EXPECT_EQ(YesNo(feature == 0) + YesNo(feature == 1) + YesNo(feature == 2) + YesNo(feature == 3),
                   Facts(computer.get(),
@@ -48,14 +44,12 @@ TEST(ComputerInfo, TellsHintsAndFeaturesApart) {
     }
 }
 
-void WINAPI Status(LPMEMORYSTATUS status) {
-    EXPECT_EQ(sizeof(MEMORYSTATUS), status->dwLength);
-    *status = {sizeof(MEMORYSTATUS), 99, 0xC000'0000, 1, 0xFFFF'FFFF, 0x8000'0000, 0x7FFE'0000, 2};
-}
-
 TEST(MemoryStatus, ReadsSizesFromTwoGigabytesAsNegative) {
     const auto memory = CreateObject<IDispatch>(__uuidof(::CMemoryStatus));
-    const ImportPatch patch(Library(), "GlobalMemoryStatus", Address(&Status));
+    const Fake status("GlobalMemoryStatus", &GlobalMemoryStatus, [](LPMEMORYSTATUS answer) {
+        EXPECT_EQ(sizeof(MEMORYSTATUS), answer->dwLength);
+        *answer = {sizeof(MEMORYSTATUS), 99, 0xC000'0000, 1, 0xFFFF'FFFF, 0x8000'0000, 0x7FFE'0000, 2};
+    });
     EXPECT_EQ(L"99|-1073741824|1|-1|-2147483648|2147352576|2|",
               Facts(memory.get(), {L"MemoryLoad", L"TotalPhysical", L"AvailablePhysical", L"TotalPageFile",
                                    L"AvailablePageFile", L"TotalVirtual", L"AvailableVirtual"}));

@@ -1,17 +1,14 @@
 // COSInfo as its clients see it. What the machine really is stands in host_facts.sh; here the platform's answers are
 // steered, and settings are checked by the call that would make them.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
-#include <string>
+#include <tuple>
 #include <vector>
 
 #include "frame/handles.h"
-#include "support/client.h"
 #include "support/facts.h"
+#include "support/fake.h"
 #include "support/gdi_objects.h"
-#include "support/import_patch.h"
 #include "support/report_recorder.h"
 
 namespace velk::test {
@@ -24,156 +21,128 @@ class OSInfo : public testing::Test {
     ComPtr<IDispatch> info_ = CreateObject<IDispatch>(__uuidof(::COSInfo));
 };
 
-bool succeeds;  // whether the fake calls fill their buffers
-char blank;     // what these are to be filled with before
+// The answers of calls that fill a text of a fixed size, or refuse.
+bool succeeds;
 
-template <int kSize>
-int Fill(char* buffer, DWORD size) {
-    EXPECT_EQ(DWORD{kSize}, size);
-    EXPECT_EQ(std::string(kSize, blank), std::string(buffer, kSize));
+int Fill(char* buffer, DWORD size, char blank = '\0') {
+    EXPECT_EQ(std::string(size, blank), std::string(buffer, size));
     if (succeeds) std::memcpy(buffer, "n\xE4me\0junk", 10);
-    return succeeds;
-}
-BOOL WINAPI FillName(LPSTR buffer, LPDWORD size) { return Fill<100>(buffer, *size); }
-UINT WINAPI FillFolder(LPSTR buffer, UINT size) { return static_cast<UINT>(Fill<260>(buffer, size)); }
-DWORD WINAPI FillTempPath(DWORD size, LPSTR buffer) { return static_cast<DWORD>(Fill<255>(buffer, size)); }
-BOOL WINAPI FillProfile(LPHW_PROFILE_INFOA profile) { return Fill<80>(profile->szHwProfileName, 80); }
-int WINAPI FillLocale(LCID locale, LCTYPE item, LPSTR buffer, int size) {
-    EXPECT_EQ(std::pair(GetUserDefaultLCID(), LCTYPE{4097}), std::pair(locale, item));
-    return Fill<100>(buffer, static_cast<DWORD>(size));
+    return static_cast<int>(size);
 }
 
 TEST_F(OSInfo, CutsFixedBuffersAtTheFirstNul) {
-    struct Case {
-        const wchar_t* property;
-        const char* function;
-        void* replacement;
-        std::size_t blanks;  // which a refused call leaves
-    };
-    const Case cases[] = {{L"ComputerName", "GetComputerNameA", Address(&FillName), 0},
-                          {L"UserName", "GetUserNameA", Address(&FillName), 0},
-                          {L"SystemDirectory", "GetSystemDirectoryA", Address(&FillFolder), 0},
-                          {L"WindowsDirectory", "GetWindowsDirectoryA", Address(&FillFolder), 0},
-                          {L"CurrentHardwareProfile", "GetCurrentHwProfileA", Address(&FillProfile), 0},
-                          {L"TempPath", "GetTempPathA", Address(&FillTempPath), 255},
-                          {L"Language", "GetLocaleInfoA", Address(&FillLocale), 100}};
-    for (const Case& c : cases) {
-        const ImportPatch patch(Library(), c.function, c.replacement);
-        blank = c.blanks ? ' ' : '\0';
-        succeeds = true;
-        EXPECT_EQ(L"n\u00E4me", Read(c.property)) << c.function;
-        succeeds = false;
-        EXPECT_EQ(std::wstring(c.blanks, L' '), Read(c.property)) << c.function;
+    const auto fillName = [](LPSTR name, LPDWORD size) { return Fill(name, *size) == 100 && succeeds; };
+    const auto fillUser = [](LPSTR name, LPDWORD size) { return Fill(name, *size) == 100 && succeeds; };
+    const Fake computer("GetComputerNameA", &GetComputerNameA, fillName);
+    const Fake user("GetUserNameA", &GetUserNameA, fillUser);
+    const Fake system("GetSystemDirectoryA", &GetSystemDirectoryA, [](LPSTR text, UINT size) {
+        EXPECT_EQ(260, Fill(text, size));
+        return 0;
+    });
+    const Fake windows("GetWindowsDirectoryA", &GetWindowsDirectoryA, [](LPSTR text, UINT size) {
+        EXPECT_EQ(260, Fill(text, size));
+        return 0;
+    });
+    const Fake profile("GetCurrentHwProfileA", &GetCurrentHwProfileA,
+                       [](LPHW_PROFILE_INFOA answer) { return Fill(answer->szHwProfileName, 80); });
+    const Fake temporary("GetTempPathA", &GetTempPathA, [](DWORD size, LPSTR text) {
+        EXPECT_EQ(255, Fill(text, size, ' '));
+        return 0;
+    });
+    const Fake locale("GetLocaleInfoA", &GetLocaleInfoA, [](LCID user, LCTYPE item, LPSTR text, int size) {
+        EXPECT_TRUE(user == GetUserDefaultLCID() && item == 4097 && size == 100);
+        return Fill(text, static_cast<DWORD>(size), ' ');
+    });
+    for (const bool fills : {true, false}) {
+        succeeds = fills;
+        const std::wstring cut = fills ? L"n\u00E4me|" : L"|";
+        const auto padded = [&](std::size_t size) { return fills ? cut : std::wstring(size, L' ') + L"|"; };
+        EXPECT_EQ(cut + cut + cut + cut + cut + padded(255) + padded(100),
+                  Facts(info_.get(), {L"ComputerName", L"UserName", L"SystemDirectory", L"WindowsDirectory",
+                                      L"CurrentHardwareProfile", L"TempPath", L"Language"}));
     }
-}
-
-std::string asked;  // "action parameter update", with a "?" when it has a place for the answer
-LONG setting;
-RECT workArea;
-BOOL WINAPI Parameters(UINT action, UINT parameter, PVOID place, UINT update) {
-    asked =
-        std::to_string(action) + " " + std::to_string(parameter) + " " + std::to_string(update) + (place ? "?" : "");
-    if (place)
-        std::memcpy(place, action == SPI_GETWORKAREA ? &workArea : static_cast<void*>(&setting), action == 48 ? 16 : 4);
-    return FALSE;
-}
-std::string newName;
-BOOL WINAPI TakeName(LPCSTR name) {
-    newName = name;
-    return FALSE;
 }
 
 TEST_F(OSInfo, ReadsAndChangesSettingsByTheDocumentedCalls) {
-    const ImportPatch parameters(Library(), "SystemParametersInfoA", Address(&Parameters));
-    struct Setting {
-        const wchar_t* name;
-        VARIANT value;
-        LONG stored;
-        const wchar_t* shown;
-        const char *get, *let;
+    std::string asked, newName;
+    LONG stored = 0;
+    const Fake parameters("SystemParametersInfoA", &SystemParametersInfoA,
+                          [&](UINT action, UINT parameter, PVOID place, UINT update) {
+                              asked += std::to_string(action) + " " + std::to_string(parameter) + " " +
+                                       std::to_string(update) + (place ? "?|" : "|");
+                              if (place) std::memcpy(place, &stored, sizeof stored);
+                              return FALSE;
+                          });
+    const auto expect = [&](const wchar_t* name, const VARIANT& value, LONG kept, const wchar_t* shown,
+                            const char* calls) {
+        stored = kept;
+        asked.clear();
+        EXPECT_EQ(shown, Read(name));
+        EXPECT_EQ(S_OK, Let(info_.get(), name, {value}).result);
+        EXPECT_EQ(calls, asked);
     };
-    for (const Setting& one : {Setting{L"Beep", Arg(true), 1, L"True", "1 0 0?", "2 1 2"},
-                               {L"Beep", Arg(false), 0, L"False", "1 0 0?", "2 0 2"},
-                               {L"ScreenSaverActive", Arg(true), 1, L"True", "16 0 0?", "17 1 2"},
-                               {L"ScreenSaverActive", Arg(false), 0, L"False", "16 0 0?", "17 0 2"},
-                               {L"ScreenSaverTimeout", Arg(600L), 600, L"600", "14 0 0?", "15 600 2"}}) {
-        setting = one.stored;
-        EXPECT_EQ(one.shown, Read(one.name));
-        EXPECT_EQ(one.get, asked);
-        EXPECT_EQ(S_OK, Let(info_.get(), one.name, {one.value}).result);
-        EXPECT_EQ(one.let, asked);
-    }
-    const ImportPatch naming(Library(), "SetComputerNameA", Address(&TakeName));
+    expect(L"Beep", Arg(true), 1, L"True", "1 0 0?|2 1 2|");
+    expect(L"Beep", Arg(false), 0, L"False", "1 0 0?|2 0 2|");
+    expect(L"ScreenSaverActive", Arg(true), 1, L"True", "16 0 0?|17 1 2|");
+    expect(L"ScreenSaverActive", Arg(false), 0, L"False", "16 0 0?|17 0 2|");
+    expect(L"ScreenSaverTimeout", Arg(600L), 77, L"77", "14 0 0?|15 600 2|");
+    const Fake naming("SetComputerNameA", &SetComputerNameA, [&](LPCSTR name) { return newName = name, FALSE; });
     EXPECT_EQ(S_OK, Let(info_.get(), L"ComputerName", {Text(L"w\u00E4ge")}).result);
     EXPECT_EQ("w\xE4ge", newName);
 }
 
 TEST_F(OSInfo, GivesTheWorkAreaToAScriptsVariables) {
     ReportRecorder recorder(Library());
-    const ImportPatch patch(Library(), "SystemParametersInfoA", Address(&Parameters));
+    RECT area{-1920, 30, -320, 1230};
+    const Fake parameters("SystemParametersInfoA", &SystemParametersInfoA, [&](UINT action, UINT, PVOID place, UINT) {
+        EXPECT_EQ(48u, action);
+        *static_cast<RECT*>(place) = area;
+        return TRUE;
+    });
     Variant left, top, width, height;
-    struct Case {
-        RECT area;
-        std::vector<SHORT> given;
-        const wchar_t* shown = L"";
-    };
-    for (const Case& c : {Case{{-1920, 30, -320, 1230}, {-1920, 30, 1600, 1200}},
-                          {{-40000, 10, 0x7FFFFFFF, 20},  // what fits is still given
-                           {-1920, 10, 1600, 10},
-                           L"GetWorkArea: Error: 6. Overflow|GetWorkArea: Error: 6. Overflow|"}}) {
-        workArea = c.area;
+    const auto given = [&] {
         EXPECT_EQ(S_OK, Call(info_.get(), L"GetWorkArea", {Arg(&left), Arg(&top), Arg(&width), Arg(&height)}).result);
-        EXPECT_EQ(c.given, (std::vector{left.iVal, top.iVal, width.iVal, height.iVal}));
         EXPECT_TRUE(left.vt == VT_I2 && top.vt == VT_I2 && width.vt == VT_I2 && height.vt == VT_I2);
-        EXPECT_EQ(c.shown, recorder.Shown());
-    }
-}
-
-int bitsPerPixel, planes, dotsPerInch;
-int WINAPI Capability(HDC context, int index) {
-    EXPECT_NE(nullptr, context);
-    return index == 12 ? bitsPerPixel : index == 14 ? planes : index == 88 ? dotsPerInch : -1;
+        return std::vector{left.iVal, top.iVal, width.iVal, height.iVal};
+    };
+    EXPECT_EQ((std::vector<SHORT>{-1920, 30, 1600, 1200}), given());
+    EXPECT_EQ(L"", recorder.Shown());
+    area = {-40000, 10, 0x7FFFFFFF, 20};  // what fits is still given
+    EXPECT_EQ((std::vector<SHORT>{-1920, 10, 1600, 10}), given());
+    EXPECT_EQ(L"GetWorkArea: Error: 6. Overflow|GetWorkArea: Error: 6. Overflow|", recorder.Shown());
 }
 
 TEST_F(OSInfo, CountsColoursAndKnowsLargeFonts) {
     ReportRecorder recorder(Library());
+    int bits = 0, planes = 0, dots = 0;
     Read(L"DisplayColors");  // the platform keeps the first contexts it lends
     const int before = GdiObjects();
-    const ImportPatch patch(Library(), "GetDeviceCaps", Address(&Capability));
-    struct Case {
-        int bits, planes;
-        const wchar_t* colours;
-    };
-    for (const Case& c : {Case{1, 1, L"2"},
-                          {8, 1, L"256"},
-                          {16, 1, L"65536"},
-                          {24, 1, L"16777216"},
-                          {30, 1, L"1073741824"},
-                          {32, 1, L"-1"},
-                          {8, 4, L"-1"},
-                          {31, 1, L"0"},
-                          {16, 3, L"0"}}) {
-        bitsPerPixel = c.bits, planes = c.planes;
-        EXPECT_EQ(c.colours, Read(L"DisplayColors")) << c.bits;
-        EXPECT_EQ(*c.colours == L'0' ? L"DisplayColors: Error: 6. Overflow|" : L"", recorder.Shown());
+    const Fake capability("GetDeviceCaps", &GetDeviceCaps, [&](HDC context, int index) {
+        EXPECT_NE(nullptr, context);
+        return index == 12 ? bits : index == 14 ? planes : index == 88 ? dots : -1;
+    });
+    const std::tuple<int, int, const wchar_t*> cases[] = {
+        {1, 1, L"2"},   {8, 1, L"256"}, {16, 1, L"65536"}, {24, 1, L"16777216"}, {30, 1, L"1073741824"},
+        {32, 1, L"-1"}, {8, 4, L"-1"},  {31, 1, L"0"},     {16, 3, L"0"}};
+    for (const auto& [ofBits, ofPlanes, colours] : cases) {
+        bits = ofBits, planes = ofPlanes;
+        EXPECT_EQ(colours, Read(L"DisplayColors")) << bits;
+        EXPECT_EQ(*colours == L'0' ? L"DisplayColors: Error: 6. Overflow|" : L"", recorder.Shown());
     }
-    for (const int dots : {96, 120, 144}) {
-        dotsPerInch = dots;
+    for (const int resolution : {96, 120, 144}) {
+        dots = resolution;
         EXPECT_EQ(dots == 120 ? L"True" : L"False", Read(L"LargeFonts"));
     }
     EXPECT_EQ(before, GdiObjects()) << "each context was given back";
 }
 
-OSVERSIONINFOA version;
-BOOL WINAPI Version(LPOSVERSIONINFOA answer) {
-    EXPECT_EQ(148u, answer->dwOSVersionInfoSize);
-    *answer = version;
-    return TRUE;
-}
-DWORD WINAPI Ticks() { return 0x8000'0000; }
-
 TEST_F(OSInfo, TellsVersionUpTimeAndIdentifiersInItsOwnForm) {
-    const ImportPatch versions(Library(), "GetVersionExA", Address(&Version));
+    OSVERSIONINFOA version{};
+    const Fake versions("GetVersionExA", &GetVersionExA, [&](LPOSVERSIONINFOA answer) {
+        EXPECT_EQ(148u, answer->dwOSVersionInfoSize);
+        *answer = version;
+        return TRUE;
+    });
     for (const auto& [build, shown] :
          {std::pair{67111248UL, L"2384"}, {19045UL, L"19045"}, {0xFFFF'FFFFUL, L"32767"}}) {
         version = {148, 6, 2, build, 1, "Service Pack 2\0junk"};
@@ -183,7 +152,7 @@ TEST_F(OSInfo, TellsVersionUpTimeAndIdentifiersInItsOwnForm) {
     }
     std::memset(version.szCSDVersion, 'x', 128);
     EXPECT_EQ(std::wstring(128, L'x'), Read(L"OSAdditional")) << "a text that fills its field";
-    const ImportPatch clock(Library(), "GetTickCount", Address(&Ticks));
+    const Fake clock("GetTickCount", &GetTickCount, [] { return 0x8000'0000; });
     EXPECT_EQ(L"-35791", Read(L"WindowsUpTime"));
     const std::wstring first = Read(L"GUID"), second = Read(L"GUID");
     EXPECT_NE(first, second);
