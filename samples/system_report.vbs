@@ -239,7 +239,7 @@ Sub WriteHead
     page.Append "main{max-width:1080px;margin:0 auto;padding:28px 20px}h1{font-size:26px;margin:0}" & vbCrLf
     page.Append "h2{font-size:16px;margin:0 0 8px;color:#155a8a}.small,.title,footer{color:#5c6b7a;font-size:13px}" & vbCrLf
     page.Append "section,.tile{background:#fff;border:1px solid #dde3e9;border-radius:8px;padding:16px 18px}" & vbCrLf
-    page.Append ".tiles{display:flex;flex-wrap:wrap;gap:16px;margin:20px 0}.tile{flex:1 1 170px}" & vbCrLf
+    page.Append ".tiles{display:flex;flex-wrap:wrap;gap:16px;margin:20px 0}.tile{flex:1 1 130px}" & vbCrLf
     page.Append ".cards{columns:2 420px;column-gap:16px;margin:16px 0}.cards section{break-inside:avoid;margin:0 0 16px}" & vbCrLf
     page.Append ".value{font-size:24px;margin:2px 0 4px}" & vbCrLf
     page.Append "table{border-collapse:collapse;width:100%}th{font-weight:normal;color:#5c6b7a;text-align:left}" & vbCrLf
@@ -249,6 +249,9 @@ Sub WriteHead
     page.Append ".drives .number{text-align:right;white-space:nowrap}.code{font-family:Consolas,monospace}" & vbCrLf
     page.Append ".bar{height:10px;border-radius:5px;background:#dfe6ec;margin-top:7px;overflow:hidden}" & vbCrLf
     page.Append ".bar div{height:10px;background:#2a7fbf}.full div{background:#c8472f}footer{margin-top:8px}" & vbCrLf
+    page.Append "@media(prefers-color-scheme:dark){body{color:#e3e8ee;background:#14181d}h2{color:#7cc0ee}" & vbCrLf
+    page.Append "section,.tile{background:#1d232a;border-color:#313a44}.small,.title,footer,th{color:#9aa7b4}" & vbCrLf
+    page.Append "td,th{border-color:#313a44}.bar{background:#313a44}}" & vbCrLf
     page.Append "</style></head><body><main><h1>" & Text(system.ComputerName) & "</h1>" & vbCrLf
     page.Append Small("System report for " & system.UserName & ", " & Now) & vbCrLf
 End Sub

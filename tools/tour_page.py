@@ -15,8 +15,9 @@ h1 { margin: 0; } h2 { margin: 0 0 .4rem; font-size: 1.15rem; color: var(--mark)
 p { margin: .4rem 0; } .quiet { color: var(--quiet); }
 pre { background: var(--ground); border-radius: 6px; padding: .7rem .9rem; overflow-x: auto; font-size: .85rem; line-height: 1.35; }
 figure { margin: .8rem 0; } figcaption { color: var(--quiet); font-size: .9rem; }
-img { max-width: 100%; border-radius: 4px; } iframe { width: 100%; height: 34rem; border: 1px solid var(--line); border-radius: 6px; }
-.pictures { display: flex; flex-wrap: wrap; gap: 1rem; align-items: flex-start; } .pictures figure { flex: 0 1 auto; }
+img { max-width: 100%; border-radius: 4px; } iframe { width: 100%; height: 44rem; border: 1px solid var(--line); border-radius: 6px; }
+.pictures { display: flex; flex-wrap: wrap; gap: 1rem; align-items: flex-start; } .pictures figure { flex: 0 1 auto; min-width: 0; }
+@media (min-width: 60rem) { .pictures { flex-wrap: nowrap; } }
 """
 
 
@@ -24,11 +25,13 @@ class Page:
     def __init__(self, title: str, introduction: str):
         self.title, self.introduction = title, introduction
         self.sections: list[list[str]] = []
+        self.outputs: list[str] = []
 
     def section(self, title: str, text: str) -> None:
         self.sections.append([f"<h2>{html.escape(title)}</h2>\n<p>{html.escape(text)}</p>"])
 
     def output(self, text: str) -> None:
+        self.outputs.append(text)
         self.sections[-1].append(f"<pre>{html.escape(text.rstrip())}</pre>")
 
     def pictures(self, files: list[tuple[Path, str]]) -> None:

@@ -2,7 +2,8 @@
 // be dragged. Early bound, from the headers that the type libraries give.
 //
 // Needs no registration: VelkSprt.dll, VelkSub.dll and their manifests lie beside the program, whose own manifest names
-// them. Start it with a width and a height to see that size tried; a third number ends it after so many milliseconds.
+// them. It prints its list view's handle, for window_helpers.js. Start it with a width and a height to see that size
+// tried; a third number ends it after so many milliseconds.
 #include <windows.h>
 
 #include <commctrl.h>
@@ -83,6 +84,14 @@ void StretchColumns(Form& form) {
     SendMessageW(header, HDM_SETUNICODEFORMAT, FALSE, 0);
 }
 
+void PrintColumns(const Form& form) {
+    std::printf(", columns");
+    for (WPARAM i = 0; i < 3; ++i) {
+        std::printf(" %d", static_cast<int>(SendMessageW(form.list, LVM_GETCOLUMNWIDTH, i, 0)));
+    }
+    std::printf("\n");
+}
+
 LRESULT CALLBACK FormProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     const auto* const form = reinterpret_cast<const Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     switch (message) {
@@ -90,6 +99,8 @@ LRESULT CALLBACK FormProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
             if (form) SetWindowPos(form->list, nullptr, 0, 0, LOWORD(lParam), HIWORD(lParam), SWP_NOZORDER);
             return 0;
         case WM_TIMER:
+            std::printf("at the end");
+            PrintColumns(*form);
             DestroyWindow(window);
             return 0;
         case WM_DESTROY:
@@ -121,11 +132,8 @@ void Try(const Form& form, int width, int height) {
     SetWindowPos(form.window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
     RECT is{};
     GetWindowRect(form.window, &is);
-    std::printf("asked for %d x %d, is %ld x %ld, columns", width, height, is.right - is.left, is.bottom - is.top);
-    for (WPARAM i = 0; i < 3; ++i) {
-        std::printf(" %d", static_cast<int>(SendMessageW(form.list, LVM_GETCOLUMNWIDTH, i, 0)));
-    }
-    std::printf("\n");
+    std::printf("asked for %d x %d, is %ld x %ld", width, height, is.right - is.left, is.bottom - is.top);
+    PrintColumns(form);
 }
 
 }  // namespace
@@ -138,6 +146,7 @@ int main(int count, char** arguments) {
     LimitSize(form);
     StretchColumns(form);
     ShowWindow(form.window, SW_SHOW);
+    std::printf("list view %ld\n", HandleToLong(form.list));
     if (count >= 3) Try(form, std::atoi(arguments[1]), std::atoi(arguments[2]));
     std::fflush(stdout);
     if (count == 4) SetTimer(form.window, 1, static_cast<UINT>(std::atoi(arguments[3])), nullptr);

@@ -98,6 +98,7 @@ def main() -> int:
             problems += [f"{page.relative_to(site)}: dead link {link}" for link in dead_links(page, links[page], anchors)]
         if not search_works(driver, site):
             problems.append("search.html finds nothing")
+        driver.execute_script("localStorage.clear()")  # else what was searched stays marked
         pictures.mkdir(parents=True, exist_ok=True)
         for size in SIZES:
             for scheme in ("light", "dark"):

@@ -28,7 +28,7 @@ html_theme_options = {
     "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
 }
 pygments_style = "tango"
-pygments_dark_style = "monokai"
+pygments_dark_style = "github-dark"
 htmlhelp_basename = "VelkSupport"
 if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its own contents and search
     html_theme, html_theme_options, html_css_files = "nonav", {}, ["help.css"]

@@ -12,7 +12,10 @@ from type_library import Argument, Class, Enumeration, Incomplete, Member, TypeL
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 DOCS, SAMPLES = ROOT / "docs", ROOT / "samples"
-LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".txt": "text", ".manifest": "xml", ".cmake": "cmake"}
+LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".txt": "text", ".ini": "ini", ".manifest": "xml",
+             ".cmake": "cmake"}
+# Files that have no room for a comment which says what they are.
+DATA = {"scale_parameters.txt": "Parameters to be sealed, for seal_file.vbs.", "window_settings.ini": "Settings for window_settings.vbs."}
 GUIDE = ["first_steps", "languages", "coming_from_scripting_objects", "reports", "deployment"]
 
 
@@ -69,19 +72,28 @@ class Site:
         return table(["member", "what it does"], rows)
 
     def argument_rows(self, arguments: list[Argument]) -> list[list[str]]:
-        def left_out(a: Argument) -> str:
+        def needed(a: Argument) -> str:
             if not a.optional:
-                return "no"
-            return f"yes, {plain(a.default)}" if a.default is not None else "yes"
-        return [[f"`{a.name}`", self.type_link(a.type), "by reference" if a.by_reference else "by value", left_out(a)]
+                return "required"
+            return f"optional, {plain(a.default)} when left out" if a.default is not None else "optional"
+        return [[f"`{a.name}`", self.type_link(a.type), "by reference" if a.by_reference else "by value", needed(a)]
                 for a in arguments]
+
+    def texts(self, m: Member) -> str:
+        """What a member does; a property whose reading and setting say different things has a text for each."""
+        kinds: dict[str, list[str]] = {}
+        for accessor in m.accessors:
+            kinds.setdefault(accessor.help, []).append(accessor.kind)
+        if len(kinds) == 1:
+            return self.help_text(m.accessors[0].help) + "\n\n"
+        return "".join(f"*{', '.join(names).capitalize()}:* {self.help_text(text)}\n\n" for text, names in kinds.items())
 
     def member_detail(self, owner: str, m: Member) -> str:
         text = f"({label(owner, m.name)})=\n### {m.name}\n\n"
         kind = f" → {self.type_link(m.type)}" if m.type else ""
-        text += f"`{m.signature}`{kind}\n\n{self.help_text(m.help)}\n\n"
+        text += f"`{m.signature}`{kind}\n\n{self.texts(m)}"
         if m.arguments:
-            text += table(["argument", "type", "passed", "may be left out"], self.argument_rows(m.arguments)) + "\n"
+            text += table(["argument", "type", "passed", "needed"], self.argument_rows(m.arguments)) + "\n"
         slots = [f"{a.kind} {a.slot}" if m.is_property else str(a.slot) for a in m.accessors if a.slot is not None]
         facts = [m.access.capitalize(), f"dispatch id {m.id}"]
         if slots:
@@ -103,10 +115,17 @@ class Site:
             rows.append(["events", f"`{c.events_id}`"])
         return "## Identifiers\n\n" + table(["of", "identifier"], rows)
 
-    def samples_of(self, c: Class) -> str:
-        pattern = re.compile(rf"VelkSupport\.{c.name}\b|__uuidof\({c.name}\)|CLSID_{c.name}\b|\b_{c.name}\b")
+    def samples_of(self, c: Class) -> list[Path]:
+        """The samples that create a class; each of the library's own has one in either script language."""
+        pattern = re.compile(rf"{re.escape(c.program_id or 'none')}\b|__uuidof\(_?{c.name}\)")
         found = [p for p in sample_files() if pattern.search(p.read_text(encoding="utf-8"))]
-        links = [f"- [{p.relative_to(SAMPLES)}](../samples/{sample_page(p)}.md): {first_comment(p)}" for p in found]
+        lacking = {".vbs", ".js"} - {p.suffix for p in found}
+        if lacking and c in self.libraries[0].classes:
+            raise Incomplete(f"no {' and no '.join(sorted(lacking))} sample creates {c.program_id}")
+        return found
+
+    def samples_list(self, c: Class) -> str:
+        links = [f"- [{p.relative_to(SAMPLES)}](../samples/{sample_page(p)}.md): {first_comment(p)}" for p in self.samples_of(c)]
         return "## Samples\n\n" + "\n".join(links) + "\n" if links else ""
 
     def class_page(self, c: Class, enumerations: list[Enumeration]) -> str:
@@ -120,7 +139,7 @@ class Site:
         used = [e for e in enumerations if c.uses(e)]
         if used:
             parts.append("## Constants\n\n" + "\n".join(self.enumeration(e) for e in used))
-        parts += [self.samples_of(c), self.identifiers(c)]
+        parts += [self.samples_list(c), self.identifiers(c)]
         return "\n\n".join(p.strip() for p in parts if p.strip()) + "\n"
 
     def hand_written(self, c: Class) -> tuple[str, str]:
@@ -182,19 +201,27 @@ class Site:
         (self.out / name).write_text(text, encoding="utf-8")
 
     def write_samples(self) -> None:
-        links = []
         for path in sample_files():
-            name, page = path.relative_to(SAMPLES), sample_page(path)
             code = path.read_text(encoding="utf-8").rstrip()
             language = LANGUAGES.get(path.suffix, "text")
-            self.save(f"samples/{page}.md", f"# {name}\n\n{first_comment(path)}\n\n````{language}\n{code}\n````\n")
-            links.append((str(name), page, first_comment(path)))
-        rows = [[f"[{name}](samples/{page}.md)", comment] for name, page, comment in links]
-        self.save("samples.md", "# Samples\n\nEach script runs as it is under the 32-bit script host, each program is an "
-                  "early-bound client. Those that need nobody in front of the screen are run by the tests, and what they "
-                  "print is compared. Windows, menus and hooks need a window of the caller's own thread, which script hosts do not "
-                  "have: their samples are C++ programs.\n\n" + table(["sample", "what it does"], rows) +
-                  toctree("", [f"samples/{page}" for _, page, _ in links]))
+            self.save(f"samples/{sample_page(path)}.md",
+                      f"# {path.relative_to(SAMPLES)}\n\n{first_comment(path)}\n\n````{language}\n{code}\n````\n")
+        break_here = "/\N{ZERO WIDTH SPACE}"
+        rows = [[f"[{str(p.relative_to(SAMPLES)).replace('/', break_here)}](samples/{sample_page(p)}.md)", first_comment(p)]
+                for p in sample_files()]
+        self.save("samples.md", "# Samples\n\nEach script runs as it is under the script host of the library's width, each program is "
+                  "an early-bound client. Those that need nobody in front of the screen are run by the tests, and what they "
+                  "print is compared. A script host has no window on its thread: what its scripts can do with windows and menus "
+                  "is in window_settings.vbs and window_helpers.js, the rest in C++ programs.\n\n"
+                  "## What each does\n\n" + table(["sample", "what it does"], rows) + "\n## Which sample uses which class\n\n" +
+                  self.samples_by_class() + toctree("", [f"samples/{sample_page(p)}" for p in sample_files()]))
+
+    def samples_by_class(self) -> str:
+        def links(c: Class, suffix: str) -> str:
+            return ", ".join(f"[{p.stem}](samples/{sample_page(p)}.md)" for p in self.samples_of(c) if p.suffix == suffix)
+        return table(["class", "VBScript", "JScript", "C++"],
+                     [[f"[{c.name}](classes/{c.name}.md)", *(links(c, suffix) for suffix in (".vbs", ".js", ".cpp"))]
+                      for library in self.libraries for c in library.classes])
 
     def copy_pages(self) -> None:
         families, others = [], []
@@ -234,9 +261,13 @@ def sample_page(path: Path) -> str:
 
 def first_comment(path: Path) -> str:
     """The first sentence of the comment at a sample's head."""
+    if path.name in DATA:
+        return DATA[path.name]
     lines = []
     for line in path.read_text(encoding="utf-8").splitlines():
-        comment = re.match(r"\s*(?:'|//|#)\s?(.*)", line)
+        if line.startswith("<?xml"):
+            continue
+        comment = re.match(r"\s*(?:'|//|#|<!--)\s?(.*?)(?: -->)?$", line)
         if not comment or not comment[1].strip():
             break
         lines.append(comment[1].strip())

@@ -158,10 +158,19 @@ class TypeLibrary:
         self.enumerations = [
             Enumeration(t["name"], t["help"], [(c["name"], int(c["value"])) for c in t["constants"]])
             for t in raw["types"] if t["kind"] == "enum"]
+        self.names = {(e.name, value): name for e in self.enumerations for name, value in reversed(e.constants)}
         self.classes = [self._class(t, types) for t in raw["types"] if t["kind"] == "coclass"]
         named = {i["name"] for t in raw["types"] if t["kind"] == "coclass" for i in t["implements"]}
         self.interfaces = [self._interface(t) for t in raw["types"]
                            if t["kind"] in ("interface", "dispatch") and t["name"] not in named]
+
+    def _members(self, interface: dict) -> list[Member]:
+        """The members; a default that is an enumeration's value is called by its name."""
+        members = members_of(interface)
+        for argument in (a for m in members for accessor in m.accessors for a in accessor.arguments):
+            if argument.default is not None and argument.default.lstrip("-").isdigit():
+                argument.default = self.names.get((argument.type, int(argument.default)), argument.default)
+        return members
 
     def _class(self, raw: dict, types: dict) -> Class:
         if not raw["help"].strip():
@@ -169,7 +178,7 @@ class TypeLibrary:
         face = next(types[i["name"]] for i in raw["implements"] if "source" not in i["flags"])
         source = next((types[i["name"]] for i in raw["implements"] if "source" in i["flags"]), None)
         return Class(raw["name"], raw["help"], raw["context"], raw["guid"], face["guid"], f"{self.name}.{raw['name']}",
-                     members_of(face), members_of(source) if source else [], source["guid"] if source else None)
+                     self._members(face), self._members(source) if source else [], source["guid"] if source else None)
 
     def _interface(self, raw: dict) -> Class:
-        return Class(raw["name"], raw["help"], raw["context"], "", raw["guid"], None, members_of(raw), [], None)
+        return Class(raw["name"], raw["help"], raw["context"], "", raw["guid"], None, self._members(raw), [], None)
