@@ -145,7 +145,10 @@ End Function
 
 Function ArchitectureName
     Dim names: names = Array("Unknown", "Intel", "MIPS", "Alpha", "PowerPC")
-    ArchitectureName = names(computer.ProcessorArchitecture + 1)
+    Dim number: number = computer.ProcessorArchitecture
+    ArchitectureName = "Number " & number
+    If number = 9 Then ArchitectureName = "x64"
+    If number <= 3 Then ArchitectureName = names(number + 1)
 End Function
 
 ' --- How it is told ---

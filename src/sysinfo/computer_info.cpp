@@ -1,5 +1,7 @@
 #include "sysinfo/computer_info.h"
 
+#include <algorithm>
+
 namespace velk {
 namespace {
 
@@ -19,7 +21,10 @@ SYSTEM_INFO System() noexcept {
 // 16 bits, with their sign: deliberate.
 LONG Widened(WORD value) noexcept { return static_cast<SHORT>(value); }
 
-LONG AddressOf(LPVOID address) noexcept { return static_cast<LONG>(reinterpret_cast<LONG_PTR>(address)); }
+// An address that 32 bits cannot hold reads as the largest that they can, which is -1: never as some other address.
+LONG AddressOf(LPVOID address) noexcept {
+    return static_cast<LONG>(std::min<ULONG_PTR>(reinterpret_cast<ULONG_PTR>(address), 0xFFFF'FFFF));
+}
 
 }  // namespace
 

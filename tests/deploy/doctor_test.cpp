@@ -1,6 +1,9 @@
 // velkdoctor in each of the states that it knows. Every state is set up in the registry and taken back.
 #include "deploy/doctor.h"
 
+#include <sddl.h>
+
+#include "frame/handles.h"
 #include "tools/type_reader.h"
 #include "tools/velkdoctor/diagnosis.h"
 #include "velksub.h"
@@ -122,6 +125,24 @@ TEST_F(Doctor, NamesTheOtherWidth) {
     EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid)) << "not registered for the other width";
     RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kServerKey.c_str(), kOtherView, 0);
     EXPECT_EQ(0, RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kClassKey.c_str(), kOtherView, 0));
+}
+
+void LetEveryoneHave(const std::wstring& access, const std::wstring& path) {
+    RegistryKey key;
+    ASSERT_EQ(0, RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, READ_CONTROL | WRITE_DAC, key.Receive()));
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW((L"D:(A;;" + access + L";;;WD)").c_str(),
+                                                                     SDDL_REVISION_1, &descriptor, nullptr));
+    EXPECT_EQ(0, RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, descriptor));
+    LocalFree(descriptor);
+}
+
+TEST_F(Doctor, SaysThatTheRegistryMayNotBeWritten) {
+    ASSERT_EQ(S_OK, Register());
+    LetEveryoneHave(L"KR", kClassKey);
+    EXPECT_EQ(13, RunDoctor(L"--surrogate on").code);
+    LetEveryoneHave(L"KA", kClassKey);
+    EXPECT_EQ(0, RunDoctor(L"--surrogate on").code);
 }
 
 TEST_F(Doctor, RefusesCommandsThatItDoesNotKnow) {

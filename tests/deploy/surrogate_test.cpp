@@ -3,6 +3,7 @@
 
 #include "deploy/doctor.h"
 #include "frame/handles.h"
+#include "support/event_sink.h"
 #include "support/late_bound.h"
 #include "tools/type_reader.h"
 
@@ -54,13 +55,19 @@ TEST_F(Surrogate, IsOffByDefaultServesWhenOnAndGoesWithoutATrace) {
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExW(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, left.Receive()));
 }
 
-TEST_F(Surrogate, CarriesValuesAndErrorsBothWays) {
+TEST_F(Surrogate, CarriesValuesEventsAndFailures) {
     ASSERT_EQ(S_OK, Register());
     ASSERT_EQ(0, RunDoctor(L"--surrogate on").code);
     ComPtr<IDispatch> object;
     ASSERT_EQ(S_OK, Create(__uuidof(CCRC32), object));
+    const auto sink = EventSink::Make();
+    Connection connection(object.get(), __uuidof(__CCRC32), sink.get());
+    ASSERT_EQ(S_OK, connection.result());
     const Variant text = Text(L"abc");
     EXPECT_EQ(0x352441C2, Call(object.get(), L"GetCRCFromStringAscii", {text}).value.lVal) << "late bound";
+    const std::size_t raised = sink->events.size();
+    EXPECT_LT(0u, raised);
+    EXPECT_EQ(1.0, sink->events.back().value) << "the whole of it";
     const auto early = object.As<_CCRC32>();
     ASSERT_TRUE(early);
     Bstr input(L"abc");
@@ -68,13 +75,22 @@ TEST_F(Surrogate, CarriesValuesAndErrorsBothWays) {
     LONG checksum = 0;
     EXPECT_EQ(S_OK, early->GetCRCFromStringAscii(&given, &checksum));
     EXPECT_EQ(0x352441C2, checksum);
+    EXPECT_EQ(2 * raised, sink->events.size());
+    connection.Disconnect();
 
-    ASSERT_EQ(S_OK, Create(__uuidof(CDatFile), object));
     const Variant name = Text(L"C:\\no such file.dat");
     const auto inside = CreateObject<IDispatch>(__uuidof(CDatFile));
-    const HRESULT code = Call(inside.get(), L"Initialize", {name}).code;
-    EXPECT_TRUE(FAILED(code));
-    EXPECT_EQ(code, Call(object.get(), L"Initialize", {name}).code);
+    ASSERT_EQ(S_OK, Create(__uuidof(CDatFile), object));
+    const Outcome here = Call(inside.get(), L"Initialize", {name}), there = Call(object.get(), L"Initialize", {name});
+    EXPECT_TRUE(FAILED(here.code));
+    EXPECT_EQ(here.code, there.code);
+    EXPECT_EQ(here.source + L": " + here.description, there.source + L": " + there.description);
+
+    BSTR file = name.bstrVal;
+    VARIANT_BOOL shown = VARIANT_FALSE;
+    EXPECT_EQ(here.code, object.As<_CDatFile>()->Initialize(&file, &shown));
+    ComPtr<IErrorInfo> words;
+    EXPECT_EQ(S_FALSE, GetErrorInfo(0, words.Receive())) << "Wine: they do not cross for early-bound callers";
 }
 
 bool SpeaksOfHandles(const Type& type) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -45,13 +46,16 @@ std::wstring ScratchFolder::MakeFolder(std::wstring_view name) const {
 // The documented counter answers 0 under Wine; the system-wide table, filtered by process, is exact.
 std::size_t OpenHandles() {
     struct Entry {
-        USHORT process;
-        USHORT trace;
+        ULONG process;
         UCHAR type;
         UCHAR attributes;
         USHORT handle;
         PVOID object;
         ULONG access;
+    };
+    struct Table {
+        ULONG count;
+        Entry first;
     };
     using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
     const auto query = reinterpret_cast<Query>(
@@ -59,10 +63,12 @@ std::size_t OpenHandles() {
     constexpr ULONG kHandleInformation = 16;
     std::vector<std::byte> buffer(1 << 20);
     EXPECT_EQ(0, query(kHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), nullptr));
-    const ULONG count = *reinterpret_cast<ULONG*>(buffer.data());
-    const auto* entries = reinterpret_cast<const Entry*>(buffer.data() + sizeof(ULONG));
-    std::size_t ours = 0;
-    for (ULONG i = 0; i < count; ++i) ours += entries[i].process == static_cast<USHORT>(GetCurrentProcessId());
+    const auto* table = reinterpret_cast<const Table*>(buffer.data());
+    const std::size_t ours =
+        static_cast<std::size_t>(std::count_if(&table->first, &table->first + table->count, [](const Entry& entry) {
+            return entry.process == GetCurrentProcessId();
+        }));
+    EXPECT_NE(0u, ours);
     return ours;
 }
 

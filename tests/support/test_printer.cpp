@@ -21,11 +21,15 @@ constexpr char kDescription[] =
     "*DefaultImageableArea: A4\r\n*ImageableArea A4/A4: \"18 18 577 824\"\r\n"
     "*DefaultPaperDimension: A4\r\n*PaperDimension A4/A4: \"595 842\"\r\n";
 
+// The spooler's name for the programs that its drivers serve.
+std::string Environment() { return sizeof(void*) == 4 ? "Windows NT x86" : "Windows x64"; }
+
 std::string DriverFolder() {
     char folder[MAX_PATH] = "";
     DWORD size = 0;
-    char environment[] = "Windows NT x86";
-    EXPECT_TRUE(GetPrinterDriverDirectoryA(nullptr, environment, 1, reinterpret_cast<BYTE*>(folder), MAX_PATH, &size));
+    std::string environment = Environment();
+    EXPECT_TRUE(
+        GetPrinterDriverDirectoryA(nullptr, environment.data(), 1, reinterpret_cast<BYTE*>(folder), MAX_PATH, &size));
     return std::string(folder) + "\\3";
 }
 
@@ -36,7 +40,7 @@ void WriteDescription(const std::string& path) {
 }
 
 void AddDriver(std::string description) {
-    std::string name = TestPrinter::kName, environment = "Windows NT x86", driver = "wineps.drv", type = "RAW";
+    std::string name = TestPrinter::kName, environment = Environment(), driver = "wineps.drv", type = "RAW";
     DRIVER_INFO_3A info{};
     info.cVersion = 3;
     info.pName = name.data();

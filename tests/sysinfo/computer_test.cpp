@@ -23,6 +23,8 @@ TEST(ComputerInfo, ReadsTheSystemRecordWithItsSigns) {
               Facts(computer.get(), {L"ProcessorArchitecture", L"PageSize", L"MinAppAddress", L"MaxAppAddress",
                                      L"ActiveProcessorMask", L"NumberOfProcessors", L"ProcessorType",
                                      L"AllocationGranularity", L"ProcessorLevel", L"ProcessorRevision"}));
+    record.lpMaximumApplicationAddress = reinterpret_cast<void*>(UINTPTR_MAX / 2);
+    EXPECT_EQ(sizeof(void*) == 8 ? L"-1|" : L"2147483647|", Facts(computer.get(), {L"MaxAppAddress"}));
 }
 
 TEST(ComputerInfo, TellsHintsAndFeaturesApart) {

@@ -53,7 +53,9 @@ expect_near minutes $(($(cut -d. -f1 /proc/uptime) / 60)) 1
 count=$(getconf _NPROCESSORS_ONLN)
 [ "$count" -ge 32 ] || expect processors "$count $(((1 << count) - 1))"
 revision=$(($(from_cpu 'model\s*:') << 8 | $(from_cpu stepping)))
-expect kind "0 $(from_cpu 'cpu family') $((revision < 0x8000 ? revision : revision - 0x10000))"
+architecture=0
+[ "$WINEARCH" = win64 ] && architecture=9
+expect kind "$architecture $(from_cpu 'cpu family') $((revision < 0x8000 ? revision : revision - 0x10000))"
 expect features "$(has_cpu cx8) $(has_cpu mmx)"
 physical=$(($(sed -n 's/MemTotal: *\([0-9]*\) kB/\1/p' /proc/meminfo) << 10))
 # The 32-bit platform tells of 2 GB at most; a 64-bit program gets the size, and -1 for what a Long cannot hold.
