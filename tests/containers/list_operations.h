@@ -79,7 +79,9 @@ int Operate(auto& list, int operation, const Operands& with) {
 
 // All that a client can see, without what only some steps ask for.
 std::vector<int> Seen(auto& list) {
-    std::vector<int> seen = {list.upper(), list.count(), list.cursor(), list.AtBeginning(), list.AtEnd()};
+    std::vector<int> seen;
+    seen.reserve(static_cast<std::size_t>(list.upper() + 8));
+    seen = {list.upper(), list.count(), list.cursor(), list.AtBeginning(), list.AtEnd()};
     for (int i = -1; i <= list.upper() + 1; ++i) seen.push_back(list.IsItem(i) ? list.Item(i) : -1);
     return seen;
 }

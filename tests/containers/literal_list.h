@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <set>
 #include <vector>
 
 #include "frame/run_time_error.h"
@@ -102,10 +101,11 @@ class LiteralList {
     }
     // A walk that comes back to where it was ends.
     int Find(int start, bool descending, auto&& matches) {
-        std::set<int> visited;
+        std::vector<bool> visited(nodes_.size());
         for (int at = start; at != 0; at = descending ? At(at).prev : At(at).next) {
             if (matches(At(at).value)) return at;
-            if (!visited.insert(at).second) return 0;
+            if (visited[static_cast<std::size_t>(at)]) return 0;
+            visited[static_cast<std::size_t>(at)] = true;
         }
         return 0;
     }

@@ -19,7 +19,8 @@ class PaddedBuffer {
         length_ = text.size();
     }
     std::size_t capacity() const { return buffer_.size(); }
-    std::u16string Text() const { return buffer_.substr(0, length_); }
+    std::size_t length() const { return length_; }
+    std::u16string_view Text() const { return std::u16string_view(buffer_).substr(0, length_); }
 
   private:
     std::u16string buffer_;

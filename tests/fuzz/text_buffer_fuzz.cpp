@@ -5,21 +5,30 @@
 using namespace velk;
 using namespace velk::test;
 
+// Every piece is cut from this text, so that pieces that are mixed up do not look alike. The long ones are about as
+// long as the least growth.
+static const std::u16string source = [] {
+    std::u16string text;
+    for (char16_t unit = 0; unit < 16000; ++unit) text += unit;
+    return text;
+}();
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
     TextBuffer buffer;
     PaddedBuffer padded;
-    for (char16_t mark = u'!'; !bytes.empty() && mark < u'+'; ++mark) {
-        const int size = bytes.Next();
-        const std::u16string piece(static_cast<std::size_t>(size < 240 ? size : size * 100), mark);
-        if (bytes.Next() % 8 == 0) {
+    for (int step = 0; step < 8 && !bytes.empty(); ++step) {
+        const auto length = static_cast<std::size_t>(bytes.Next()), start = static_cast<std::size_t>(bytes.Next());
+        const auto piece = std::u16string_view(source).substr(
+            start, length < 253 || buffer.length() > 15000 ? length : length + 14746);
+        if (start % 8 == 0) {
             buffer.Assign(piece);
             padded.Assign(piece);
         } else {
             buffer.Append(piece);
             padded.Append(piece);
         }
-        Require(buffer.capacity() == padded.capacity());
+        Require(buffer.length() == padded.length() && buffer.capacity() == padded.capacity());
     }
     std::u16string text(buffer.length(), u' ');
     buffer.CopyTo(text.data());
