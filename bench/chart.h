@@ -1,4 +1,4 @@
-// A chart of cost against size, both in powers of ten, as an SVG file.
+// A chart of lines, as an SVG file.
 #pragma once
 
 #include <algorithm>
@@ -9,15 +9,30 @@
 
 namespace velk::bench {
 
+// Reaches from one value to another: in steps, or without one in powers of ten.
+struct Axis {
+    std::string name;
+    double low, high;
+    double step = 0;
+
+    double Share(double value) const {
+        return step > 0 ? (value - low) / (high - low) : std::log(value / low) / std::log(high / low);
+    }
+    std::vector<double> Ticks() const {
+        std::vector<double> ticks;
+        for (double tick = low; tick <= high * 1.01; tick = step > 0 ? tick + step : tick * 10) ticks.push_back(tick);
+        return ticks;
+    }
+};
+
 class Chart {
   public:
     struct Point {
-        double size;
-        double cost;
+        double x;
+        double y;
     };
 
-    // Both axes reach from one power of ten to another.
-    Chart(std::string title, Point low, Point high) : title_(std::move(title)), low_(low), high_(high) {}
+    Chart(std::string title, Axis x, Axis y) : title_(std::move(title)), x_(std::move(x)), y_(std::move(y)) {}
 
     void Add(std::string name, std::vector<Point> points) { lines_.push_back({std::move(name), std::move(points)}); }
 
@@ -35,11 +50,10 @@ class Chart {
         std::vector<Point> points;
     };
     static constexpr double kLeft = 70, kTop = 50, kWidth = 560, kHeight = 340;
-    static constexpr const char* kColours[] = {"#1f5fa8", "#c1440e", "#2e7d32", "#6a1b9a", "#777777"};
+    static constexpr const char* kColours[] = {"#1f5fa8", "#c1440e", "#2e7d32", "#6a1b9a", "#777777", "#00838f"};
 
-    double X(double size) const { return kLeft + kWidth * Share(size, low_.size, high_.size); }
-    double Y(double cost) const { return kTop + kHeight * (1 - Share(cost, low_.cost, high_.cost)); }
-    static double Share(double value, double low, double high) { return std::log(value / low) / std::log(high / low); }
+    double X(double value) const { return kLeft + kWidth * x_.Share(value); }
+    double Y(double value) const { return kTop + kHeight * (1 - y_.Share(value)); }
 
     template <class... Values>
     static std::string Format(const char* format, Values... values) {
@@ -58,22 +72,22 @@ class Chart {
 
     std::string Axes() const {
         std::string text;
-        for (double size = low_.size; size <= high_.size * 1.01; size *= 10) {
-            text += Rule(X(size), kTop, X(size), kTop + kHeight);
-            text += Label(X(size), kTop + kHeight + 18, "middle", Format("%.0f", size));
+        for (const double tick : x_.Ticks()) {
+            text += Rule(X(tick), kTop, X(tick), kTop + kHeight);
+            text += Label(X(tick), kTop + kHeight + 18, "middle", Format("%.7g", tick));
         }
-        for (double cost = low_.cost; cost <= high_.cost * 1.01; cost *= 10) {
-            text += Rule(kLeft, Y(cost), kLeft + kWidth, Y(cost));
-            text += Label(kLeft - 8, Y(cost) + 4, "end", Format("%.0f", cost));
+        for (const double tick : y_.Ticks()) {
+            text += Rule(kLeft, Y(tick), kLeft + kWidth, Y(tick));
+            text += Label(kLeft - 8, Y(tick) + 4, "end", Format("%.7g", tick));
         }
-        text += Label(kLeft + kWidth / 2, kTop + kHeight + 38, "middle", "items");
-        return text + Label(8, kTop - 10, "start", "ns an item");
+        text += Label(kLeft + kWidth / 2, kTop + kHeight + 38, "middle", x_.name);
+        return text + Label(8, kTop - 10, "start", y_.name);
     }
 
     std::string Drawn(const Line& line, std::size_t number) const {
         const char* const colour = kColours[number % std::size(kColours)];
         std::string path;
-        for (const Point& point : line.points) path += Format("%.1f,%.1f ", X(point.size), Y(point.cost));
+        for (const Point& point : line.points) path += Format("%.1f,%.1f ", X(point.x), Y(point.y));
         const double y = kTop + kHeight + 62 + 18.0 * static_cast<double>(number);
         return "<polyline fill=\"none\" stroke-width=\"2\" stroke=\"" + std::string(colour) + "\" points=\"" + path +
                "\"/>\n" +
@@ -94,7 +108,7 @@ class Chart {
     }
 
     std::string title_;
-    Point low_, high_;
+    Axis x_, y_;
     std::vector<Line> lines_;
 };
 

@@ -286,7 +286,7 @@ bool MeasureGrowing() {
 }
 
 bool DrawChart(const char* path) {
-    bench::Chart chart("What one item costs, by the number of items", {1e4, 1}, {1e6, 1e3});
+    bench::Chart chart("What one item costs, by the number of items", {"items", 1e4, 1e6}, {"ns an item", 1, 1e3});
     for (const Growing& growing : kGrowing) {
         std::vector<bench::Chart::Point> points;
         for (const LONG size : {10'000, 20'000, 50'000, 100'000, 200'000, 500'000, 1'000'000}) {

@@ -46,7 +46,7 @@ int ScreenCapability(int index) noexcept {
 // Bytes are taken as the text's UTF-16 code units.
 Bstr TextOfBytes(const std::vector<char>& bytes) {
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    if (!text.empty()) std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
     return Bstr(text);
 }
 

@@ -1,36 +1,24 @@
-// Objects that live in another apartment, used through the platform's proxies.
+// Objects that live in another apartment or process, used through the platform's proxies.
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <list>
 
-#include "support/client.h"
 #include "support/event_sink.h"
-#include "support/late_bound.h"
-#include "support/test_window.h"
-#include "trust/members.h"
+#include "tools/velkdoctor/surrogate.h"
+#include "trust/attempt.h"
 
 namespace velk::test {
 namespace {
 
-ComPtr<IStream> Packed(IDispatch* object) {
-    ComPtr<IStream> stream;
-    EXPECT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IDispatch, object, stream.Receive()));
-    return stream;
-}
-ComPtr<IDispatch> Unpacked(ComPtr<IStream> stream) {
-    ComPtr<IDispatch> object;
-    EXPECT_EQ(S_OK, CoGetInterfaceAndReleaseStream(stream.Detach(), IID_IDispatch, object.ReceiveVoid()));
-    return object;
-}
+constexpr LONG kSumOfDigits = -873187034;  // of "123456789"
 
 // A thread with an apartment and a message loop of its own, in which one object lives.
 class Apartment {
   public:
-    explicit Apartment(REFCLSID clsid, IDispatch* sink = nullptr, DWORD model = COINIT_APARTMENTTHREADED)
-        : clsid_(clsid), model_(model), sink_(sink ? Packed(sink) : nullptr) {
+    explicit Apartment(REFCLSID clsid) : clsid_(clsid) {
         thread_ = CreateThread(nullptr, 0, &Run, this, 0, &id_);
         Wait(ready_);
-        object_ = Unpacked(std::move(packed_));
+        EXPECT_EQ(S_OK, CoGetInterfaceAndReleaseStream(packed_.Detach(), IID_IDispatch, object_.ReceiveVoid()));
     }
     Apartment(const Apartment&) = delete;
     Apartment& operator=(const Apartment&) = delete;
@@ -42,8 +30,7 @@ class Apartment {
         CloseHandle(ready_);
     }
 
-    IDispatch* object() const noexcept { return object_.get(); }
-    DWORD thread() const noexcept { return id_; }
+    const ComPtr<IDispatch>& object() const noexcept { return object_; }
 
   private:
     // Calls that come in meanwhile are served.
@@ -53,84 +40,143 @@ class Apartment {
     }
     static DWORD WINAPI Run(void* raw) {
         auto& self = *static_cast<Apartment*>(raw);
-        CoInitializeEx(nullptr, self.model_);
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
         {
             const auto object = CreateObject<IDispatch>(self.clsid_);
-            ComPtr<IDispatch> sink;
-            if (self.sink_) sink = Unpacked(std::move(self.sink_));
-            const std::optional<Connection> connection =
-                sink ? std::optional<Connection>(std::in_place, object.get(), __uuidof(__CCRC32), sink.get())
-                     : std::nullopt;
-            self.packed_ = Packed(object.get());
-            MSG message;
-            PeekMessageW(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);  // makes the queue
-            SetEvent(self.ready_);
-            while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
+            EXPECT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IDispatch, object.get(), self.packed_.Receive()));
         }
+        MSG message;
+        PeekMessageW(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);  // makes the queue
+        SetEvent(self.ready_);
+        while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
         CoUninitialize();
         return 0;
     }
 
     const CLSID clsid_;
-    const DWORD model_;
-    ComPtr<IStream> sink_, packed_;
+    ComPtr<IStream> packed_;
     HANDLE ready_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     DWORD id_ = 0;
     HANDLE thread_ = nullptr;
     ComPtr<IDispatch> object_;
 };
 
-TEST(Apartments, ResultsAndChangedArgumentsComeThrough) {
-    const Apartment list(__uuidof(CLinkedList)), builder(__uuidof(CConCat)), crc(__uuidof(CCRC32));
-    for (const LONG value : {7L, 8L, 9L}) EXPECT_EQ(S_OK, Call(list.object(), L"Add", {Arg(value)}).result);
-    EXPECT_EQ(3, Get(list.object(), L"Count").value.lVal);
-    EXPECT_EQ(8, Get(list.object(), L"Item", {Arg(2L)}).value.lVal);
+// The library registered for the platform's surrogate process, which inherits this environment.
+class Surrogate {
+  public:
+    Surrogate() {
+        EXPECT_EQ(S_OK, Export<decltype(&DllRegisterServer)>("DllRegisterServer")());
+        EXPECT_EQ(0, SwitchSurrogate(library_, true).status);
+    }
+    Surrogate(const Surrogate&) = delete;
+    Surrogate& operator=(const Surrogate&) = delete;
+    ~Surrogate() {
+        EXPECT_EQ(0, SwitchSurrogate(library_, false).status);
+        EXPECT_EQ(S_OK, Export<decltype(&DllUnregisterServer)>("DllUnregisterServer")());
+    }
+
+    ComPtr<IDispatch> Create(REFCLSID clsid) const {
+        ComPtr<IDispatch> object;
+        EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, object.ReceiveVoid()));
+        return object;
+    }
+
+  private:
+    static KnownLibrary Known() {
+        KnownLibrary known{L"VelkSupport", L"VelkSprt.dll", {}, __uuidof(CCRC32), {}};
+        for (const Class& one : ReadClasses(kMain)) known.classes.push_back({one.name, {}, one.clsid});
+        return known;
+    }
+
+    const KnownLibrary library_ = Known();
+};
+
+enum class Home { Thread, Process };
+
+class Elsewhere : public testing::TestWithParam<Home> {
+  protected:
+    void SetUp() override {
+        if (GetParam() == Home::Thread) return;
+        if (sizeof(void*) == 8) GTEST_SKIP() << "Wine starts the 32-bit surrogate only";
+        surrogate_.emplace();
+    }
+    ComPtr<IDispatch> Create(REFCLSID clsid) {
+        return surrogate_ ? surrogate_->Create(clsid) : apartments_.emplace_back(clsid).object();
+    }
+
+  private:
+    std::optional<Surrogate> surrogate_;
+    std::list<Apartment> apartments_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Both, Elsewhere, testing::Values(Home::Thread, Home::Process),
+                         [](const auto& given) { return given.param == Home::Thread ? "Thread" : "Process"; });
+
+TEST_P(Elsewhere, ResultsAndChangedArgumentsComeThrough) {
+    const auto list = Create(__uuidof(CLinkedList)), builder = Create(__uuidof(CConCat)),
+               crc = Create(__uuidof(CCRC32)), stack = Create(__uuidof(CStack));
+    for (const LONG value : {7L, 8L, 9L}) EXPECT_EQ(S_OK, Call(list.get(), L"Add", {Arg(value)}).result);
+    EXPECT_EQ(3, Get(list.get(), L"Count").value.lVal);
+    EXPECT_EQ(8, Get(list.get(), L"Item", {Arg(2L)}).value.lVal);
     for (const wchar_t* const text : {L"one ", L"", L"two"}) {
         const Variant piece = Text(text);
-        EXPECT_EQ(S_OK, Call(builder.object(), L"Append", {piece}).result);
+        EXPECT_EQ(S_OK, Call(builder.get(), L"Append", {piece}).result);
     }
-    EXPECT_EQ(L"one two", TextOf(Get(builder.object(), L"Text").value));
+    EXPECT_EQ(L"one two", TextOf(Get(builder.get(), L"Text").value));
     const Variant digits = Text(L"123456789");
-    EXPECT_EQ(-873187034, Call(crc.object(), L"GetCRCFromStringAscii", {digits}).value.lVal);
+    EXPECT_EQ(kSumOfDigits, Call(crc.get(), L"GetCRCFromStringAscii", {digits}).value.lVal);
 }
 
-TEST(Apartments, FailuresArriveAsTheyDoWithoutAProxy) {
+TEST_P(Elsewhere, FailuresArriveAsTheyDoWithoutAProxy) {
     struct Case {
         CLSID clsid;
         const wchar_t* member;
+        const wchar_t* argument = nullptr;
     };
-    const Case cases[] = {{__uuidof(CDatFile), L"GetHumanReadable"},
-                          {__uuidof(CStack), L"Pop"},
-                          {__uuidof(CLinkedList), L"MoveFirst"},
-                          {__uuidof(CLinkedList), L"Find"},
-                          {__uuidof(CHtmlHelp), L"OpenContents"}};
-    int failures = 0;
+    const Case cases[] = {{__uuidof(CDatFile), L"Initialize", L"C:\\none.dat"},
+                          {__uuidof(CDatFile), L"GetHumanReadable"},
+                          {__uuidof(CIniFile), L"Init", L""},
+                          {__uuidof(CIniFile), L"DeleteSection", L"none"},
+                          {__uuidof(CStack), L"Push"},
+                          {__uuidof(CLinkedList), L"MoveFirst", L"too many"}};
     for (const Case& c : cases) {
-        const Outcome direct = Call(CreateObject<IDispatch>(c.clsid).get(), c.member);
-        const Apartment elsewhere(c.clsid);
-        const Outcome remote = Call(elsewhere.object(), c.member);
+        const auto call = [&](const ComPtr<IDispatch>& object) {
+            if (!c.argument) return Call(object.get(), c.member);
+            const Variant argument = Text(c.argument);
+            return Call(object.get(), c.member, {argument});
+        };
+        const Outcome direct = call(CreateObject<IDispatch>(c.clsid)), remote = call(Create(c.clsid));
+        EXPECT_TRUE(FAILED(direct.result)) << c.member;
         EXPECT_EQ(direct.result, remote.result) << std::hex << remote.result;
         EXPECT_EQ(direct.code, remote.code) << std::hex << remote.code;
         EXPECT_EQ(direct.source, remote.source);
         EXPECT_EQ(direct.description, remote.description);
-        failures += FAILED(direct.result);
     }
-    EXPECT_GE(failures, 3);
 }
 
-TEST(Apartments, EventsArriveOnTheSinksOwnThread) {
+// With a sink that calls the source from inside the event, and fails.
+TEST_P(Elsewhere, EventsArriveOnTheSinksOwnThread) {
     const auto sink = EventSink::Make();
-    DWORD calledOn = 0;
-    sink->onEvent = [&](VARIANT*) { calledOn = GetCurrentThreadId(); };
+    sink->answer = E_UNEXPECTED;
     {
-        const Apartment crc(__uuidof(CCRC32), sink.get());
-        const Variant digits = Text(L"123456789");
-        EXPECT_EQ(-873187034, Call(crc.object(), L"GetCRCFromStringAscii", {digits}).value.lVal);
-        EXPECT_NE(crc.thread(), GetCurrentThreadId());
+        const auto crc = Create(__uuidof(CCRC32));
+        const Variant digits = Text(L"123456789"), none = Text(L"");
+        Connection connection(crc.get(), __uuidof(__CCRC32), sink.get());
+        ASSERT_EQ(S_OK, connection.result());
+        const DWORD thread = GetCurrentThreadId();
+        sink->onEvent = [&, inside = false](VARIANT*) mutable {
+            EXPECT_EQ(thread, GetCurrentThreadId());
+            if (inside) return;
+            inside = true;
+            EXPECT_EQ(kSumOfDigits, Call(crc.get(), L"GetCRCFromStringAscii", {digits}).value.lVal);
+        };
+        EXPECT_EQ(kSumOfDigits, Call(crc.get(), L"GetCRCFromStringAscii", {digits}).value.lVal);
+        ASSERT_EQ(20u, sink->events.size());
+        EXPECT_EQ(0.0, sink->events.front().value);
+        EXPECT_EQ(1.0, sink->events.back().value);
     }
-    EXPECT_EQ(10u, sink->events.size());
-    EXPECT_EQ(GetCurrentThreadId(), calledOn);
-    for (int i = 0; i < 100 && sink->count() != 1; ++i) PumpMessages();
+    for (const ULONGLONG start = GetTickCount64(); sink->count() != 1 && GetTickCount64() - start < 5000;)
+        PumpMessages();
     EXPECT_EQ(1u, sink->count());
 }
 

@@ -6,23 +6,66 @@
 #include <optional>
 #include <string>
 
-#include "support/client.h"
+#include "support/gdi_objects.h"
+#include "support/late_bound.h"
+#include "support/malloc_spy.h"
+#include "support/scratch_folder.h"
+#include "support/test_hook.h"
 #include "support/test_window.h"
+#include "trust/calm_platform.h"
 #include "trust/request.h"
 
 namespace velk::test {
+
+// What calls of every member need: a platform that they cannot harm, the hook library, and a hook to pass to it.
+class Surroundings {
+  public:
+    explicit Surroundings(const wchar_t* library) {
+        if (library == kHooks) furtherObjects.push_back(hook_.As<IDispatch>());
+    }
+    Surroundings(const Surroundings&) = delete;
+    Surroundings& operator=(const Surroundings&) = delete;
+    ~Surroundings() {
+        furtherObjects.clear();
+        EXPECT_EQ(1u, hook_->count());
+    }
+
+  private:
+    const CalmPlatform calm_;
+    const HookLibrary hooks_;
+    const ComPtr<TestHook> hook_ = TestHook::Make(2);
+};
+
+// What a member might leave behind.
+struct Belongings {
+    LONG blocks = MallocSpy::Alive();
+    std::size_t handles = OpenHandles();
+    int drawing = GdiObjects();
+
+    void ExpectNoMore() const {
+        const Belongings now;
+        EXPECT_EQ(blocks, now.blocks) << "strings, arrays, task memory";
+        EXPECT_EQ(handles, now.handles) << "kernel handles";
+        EXPECT_EQ(drawing, now.drawing) << "drawing objects";
+    }
+};
 
 struct Answer {
     HRESULT called = S_OK;
     HRESULT code = S_OK;  // what the member failed with
 };
 
-// One call with sane arguments; the same ones for the same seed.
+// One call with sane arguments; the same ones for the same seed. Objects that hook windows get one, every second time
+// before the call.
 class Attempt {
   public:
     Attempt(const Class& one, const Member& member, unsigned seed)
         : object_(one.MakeObject()), member_(member), seed_(seed) {
-        if (one.library != Library()) realWindow = window_.emplace().handle();
+        const bool hooks = static_cast<bool>(object_.As<ISubclass>());
+        if (!hooks && one.library == Library()) return;
+        realWindow = window_.emplace().handle();
+        if (seed % 2 == 0) return;
+        for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object_.get(), attach, {Arg(realWindow)});
     }
     Attempt(const Attempt&) = delete;
     Attempt& operator=(const Attempt&) = delete;
@@ -34,16 +77,14 @@ class Attempt {
         Client client;
         Request request(member_, client, Arguments::Sane);
         Variant result;
-        EXCEPINFO exception{};
+        Raised raised;
         UINT bad = 0;
         before();
         const HRESULT called = object_->Invoke(request.id, IID_NULL, LOCALE_USER_DEFAULT, request.flags,
-                                               &request.parameters, &result, &exception, &bad);
+                                               &request.parameters, &result, &raised, &bad);
         after();
-        for (const BSTR text : {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile})
-            SysFreeString(text);
         SetErrorInfo(0, nullptr);
-        return {called, exception.scode};
+        return {called, raised.scode};
     }
     Answer Make() {
         return Make([] {}, [] {});
@@ -52,16 +93,13 @@ class Attempt {
     IDispatch* object() const noexcept { return object_.get(); }
 
   private:
-    std::optional<TestWindow> window_;  // the hook library's members need one; hooks go with it
+    std::optional<TestWindow> window_;  // outlives the object; hooks go with it
     ComPtr<IDispatch> object_;
     const Member& member_;
     unsigned seed_;
 };
 
-inline std::string Where(const Class& one, const Member& member) {
-    const std::wstring text = one.name + L"." + member.name;
-    return std::string(text.begin(), text.end());
-}
+inline std::string Where(const Class& one, const Member& member) { return Narrow(one.name + L"." + member.name); }
 
 // What every class and member is put through.
 template <class Trial>
@@ -72,6 +110,13 @@ void ForEachMember(const wchar_t* library, Trial trial) {
             trial(one, member);
         }
     }
+}
+
+// One call of each with some seeds.
+inline void AttemptEach(const wchar_t* library, unsigned seeds) {
+    ForEachMember(library, [&](const Class& one, const Member& member) {
+        for (unsigned seed = 0; seed < seeds; ++seed) Attempt(one, member, seed).Make();
+    });
 }
 
 }  // namespace velk::test

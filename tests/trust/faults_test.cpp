@@ -5,12 +5,7 @@
 #include <map>
 #include <set>
 
-#include "support/gdi_objects.h"
-#include "support/malloc_spy.h"
-#include "support/scratch_folder.h"
-#include "support/test_hook.h"
 #include "trust/attempt.h"
-#include "trust/calm_platform.h"
 #include "trust/failing_memory.h"
 #include "trust/scale.h"
 
@@ -19,20 +14,10 @@ namespace {
 
 constexpr HRESULT kOutOfMemory = static_cast<HRESULT>(0x800A0007);
 
-struct Belongings {
-    LONG blocks = MallocSpy::Alive();
-    std::size_t handles = OpenHandles();
-    int drawing = GdiObjects();
-};
-
 class Faults : public testing::TestWithParam<const wchar_t*> {
   protected:
-    Faults() {
-        if (GetParam() == kHooks) furtherObjects.push_back(TestHook::Make(0).As<IDispatch>());
-    }
-    ~Faults() override { furtherObjects.clear(); }
-
-    const CalmPlatform calm_;
+    const Surroundings surroundings_{GetParam()};
+    const std::string library_ = "`" + Narrow(GetParam()) + "`";
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, Faults, testing::Values(kMain, kHooks),
@@ -49,13 +34,11 @@ TEST_P(Faults, ManyCyclesOfEachMemberLeaveNothingBehind) {
         run(kVariations);
         const Belongings before;
         run(cycles);
-        const Belongings after;
-        EXPECT_EQ(before.blocks, after.blocks);
-        EXPECT_EQ(before.handles, after.handles);
-        EXPECT_EQ(before.drawing, after.drawing);
+        before.ExpectNoMore();
         ++members;
     });
-    Tell("Cycles of each of the " + std::to_string(members) + " members of " + Quoted(GetParam()) +
+    EXPECT_TRUE(CanUnload(LoadBuilt(GetParam())));
+    Tell("Cycles of each of the " + std::to_string(members) + " members of " + library_ +
              ": strings, arrays, task memory, kernel handles, drawing objects left behind",
          std::to_string(cycles) + " cycles, none left");
 }
@@ -106,7 +89,7 @@ TEST_P(Faults, WithoutMemoryAMemberSaysSoAndChangesNothing) {
             }
         }
     });
-    Tell("Allocations of " + Quoted(GetParam()) + " that were made to fail, each in turn", std::to_string(failed));
+    Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failed));
     EXPECT_GT(failed, GetParam() == kMain ? 100 : 0);
 }
 

@@ -4,12 +4,9 @@
 #include <clocale>
 #include <cstring>
 
-#include "support/client.h"
-#include "support/late_bound.h"
+#include "support/library_copy.h"
 #include "support/procedure_patch.h"
-#include "support/scratch_folder.h"
 #include "trust/attempt.h"
-#include "trust/calm_platform.h"
 
 namespace velk::test {
 namespace {
@@ -42,12 +39,17 @@ struct ProcessState {
     bool operator==(const ProcessState&) const = default;
 };
 
-TEST(Hardening, NoMemberChangesWhatBelongsToTheProcess) {
-    const CalmPlatform calm;
+TEST(Hardening, NeitherLoadingNorAnyMemberChangesWhatBelongsToTheProcess) {
     const ProcessState before;
+    {
+        const LibraryCopy copy;
+        EXPECT_TRUE(copy.Create(__uuidof(CStack)));
+        EXPECT_TRUE(before == ProcessState());
+    }
     for (const wchar_t* const library : {kMain, kHooks}) {
+        const Surroundings surroundings(library);
         ForEachMember(library, [&](const Class& one, const Member& member) {
-            for (unsigned seed = 0; seed < 3; ++seed) Attempt(one, member, seed).Make();
+            for (unsigned seed = 0; seed < 4; ++seed) Attempt(one, member, seed).Make();
             EXPECT_TRUE(before == ProcessState());
         });
     }
@@ -78,10 +80,8 @@ TEST(DISABLED_Decoys, AreFoundByWhoeverAsksForABareName) {
 
 TEST(DISABLED_Decoys, AreNotWhatTheLibraryLoads) {
     {
-        const CalmPlatform calm;
-        ForEachMember(kMain, [](const Class& one, const Member& member) {
-            for (unsigned seed = 0; seed < 3; ++seed) Attempt(one, member, seed).Make();
-        });
+        const Surroundings surroundings(kMain);
+        AttemptEach(kMain, 3);
     }
     OpenHelp();
     for (const wchar_t* const name : kDecoys) {

@@ -2,16 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
+#include <map>
 
 #include "support/client.h"
 #include "tools/type_reader.h"
 
 namespace velk::test {
 namespace {
-
-// "CClass.Member" of what cannot be called here, each with the reason.
-const std::set<std::wstring> kLeftOut{};
 
 Taken Resolve(const Type& type, const TYPEDESC& description) {
     if (description.vt == VT_PTR) {
@@ -28,9 +25,16 @@ Taken Resolve(const Type& type, const TYPEDESC& description) {
 }
 
 Member ReadMember(const Type& type, const FUNCDESC& function) {
-    Member member{DocumentationOf(type, function.memid).name, function.memid, static_cast<WORD>(function.invkind), {}};
+    Member member{DocumentationOf(type, function.memid).name,
+                  function.memid,
+                  static_cast<WORD>(function.invkind),
+                  static_cast<ULONG_PTR>(function.oVft),
+                  {},
+                  {}};
     for (SHORT i = 0; i < function.cParams; ++i) {
         const ELEMDESC& parameter = function.lprgelemdescParam[i];
+        const bool isPointer = parameter.tdesc.vt == VT_PTR || parameter.tdesc.vt == VT_SAFEARRAY;
+        member.words.push_back(isPointer ? kPointer : Resolve(type, parameter.tdesc).type);
         if (parameter.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) continue;
         member.parameters.push_back(Resolve(type, parameter.tdesc));
     }
@@ -57,17 +61,18 @@ HMODULE LoadBuilt(const wchar_t* library) { return LoadLibraryW(BuiltFile(librar
 
 bool CanUnload(HMODULE library) { return Exported<decltype(&DllCanUnloadNow)>(library, "DllCanUnloadNow")() == S_OK; }
 
-std::vector<Class> ReadClasses(const wchar_t* library) {
-    std::vector<Class> classes;
+const std::vector<Class>& ReadClasses(const wchar_t* library) {
+    static std::map<std::wstring, std::vector<Class>> read;
+    std::vector<Class>& classes = read[library];
+    if (!classes.empty()) return classes;
     for (const Type& coclass : TypesOf(LoadTypes(BuiltFile(library).c_str()))) {
         if (AttributesOf(coclass)->typekind != TKIND_COCLASS) continue;
-        Class read{NameOf(coclass), AttributesOf(coclass)->guid, LoadBuilt(library), {}};
         const Type face = OwnMembers(Implemented(coclass, 0));
+        Class made{NameOf(coclass), AttributesOf(coclass)->guid, LoadBuilt(library), {}};
         for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {
-            Member member = ReadMember(face, *FunctionOf(face, i));
-            if (!kLeftOut.count(read.name + L"." + member.name)) read.members.push_back(std::move(member));
+            made.members.push_back(ReadMember(face, *FunctionOf(face, i)));
         }
-        classes.push_back(std::move(read));
+        classes.push_back(std::move(made));
     }
     return classes;
 }

@@ -18,7 +18,9 @@ struct Member {
     std::wstring name;
     DISPID id;
     WORD kind;  // DISPATCH_ flag
+    ULONG_PTR slot;
     std::vector<Taken> parameters;
+    std::vector<VARTYPE> words;  // what goes on the stack for each, and for the result
 
     bool IsLet() const noexcept { return (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0; }
 };
@@ -32,15 +34,14 @@ struct Class {
     ComPtr<IDispatch> MakeObject() const;
 };
 
-inline std::string Quoted(const wchar_t* library) {
-    const std::wstring name = library;
-    return "`" + std::string(name.begin(), name.end()) + "`";
-}
+inline std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
 
 // Of one of the built libraries, by its file's name.
-std::vector<Class> ReadClasses(const wchar_t* library);
+const std::vector<Class>& ReadClasses(const wchar_t* library);
 HMODULE LoadBuilt(const wchar_t* library);
 bool CanUnload(HMODULE library);
+
+inline constexpr VARTYPE kPointer = sizeof(void*) == 4 ? VT_UI4 : VT_UI8;
 
 inline constexpr const wchar_t* kMain = L"VelkSprt.dll";
 inline constexpr const wchar_t* kHooks = L"VelkSub.dll";

@@ -2,24 +2,31 @@
 // property is read. Whatever it does there, the member ends properly.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <set>
 
 #include "frame/text.h"
-#include "support/client.h"
 #include "support/event_sink.h"
-#include "support/late_bound.h"
 #include "support/scoped_variable.h"
-#include "support/scratch_folder.h"
-#include "support/test_window.h"
 #include "trust/attempt.h"
-#include "trust/calm_platform.h"
-#include "trust/used_after_free.h"
 
 namespace velk::test {
 namespace {
 
 constexpr LONG kSumOfDigits = -873187034;  // of "123456789"
+
+// Overwrites what the library gives back, so that what still reads it goes astray at once. One at a time.
+class UsedAfterFree {
+  private:
+    static void __cdecl Free(void* block) {
+        if (block) std::memset(block, 0xDD, _msize(block));
+        std::free(block);
+    }
+
+    ImportPatch patch_{Library(), "free", reinterpret_cast<void*>(&Free)};
+};
 
 // Runs the client's code in place of each message box.
 class OpenBox {

@@ -24,6 +24,16 @@ struct Request {
     bool isNull = false;
 };
 
+// What a member failed with.
+struct Raised : EXCEPINFO {
+    Raised() : EXCEPINFO{} {}
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+    ~Raised() {
+        for (const BSTR text : {bstrSource, bstrDescription, bstrHelpFile}) SysFreeString(text);
+    }
+};
+
 // An answer that automation knows: success, a numbered exception, or what was wrong with the call.
 bool IsProper(HRESULT answer);
 

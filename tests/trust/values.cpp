@@ -1,6 +1,7 @@
 #include "trust/values.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "frame/text.h"
 
@@ -31,8 +32,13 @@ Variant Of(VARTYPE type, LONGLONG bits = 0) {
 Variant TextValue() { return Of(VT_BSTR, OneIn(10) ? 0 : reinterpret_cast<LONG_PTR>(Bstr(AnyText()).Detach())); }
 
 Variant NumberValue() {
+    constexpr auto kLeast = std::numeric_limits<LONGLONG>::min();
     static const LONGLONG kBits[] = {
-        0, 1, -1, 7, 0x7FFF, 0x8000, 0x7FFFFFFF, 0x80000000, 0x7FF8000000000000, 0x7FF0000000000000};
+        // around the limits of 8, 16, 32 and 64 bits
+        0, 1, -1, 7, 0x7F, -0x80, 0xFF, 0x100, 0x7FFF, 0x8000, -0x8000, -0x8001, 0xFFFF, 0x10000, 0x7FFFFFFF,
+        0x80000000, 0x80000001, 0xFFFFFFFF, -0x80000001LL, 0x100000000, kLeast, ~kLeast,
+        // no numbers and infinities: single and double
+        0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8000000000000, 0x7FF0000000000000, kLeast | 0x7FF0000000000000};
     static const VARTYPE kTypes[] = {VT_EMPTY, VT_NULL,  VT_I2,   VT_I4,   VT_R4,     VT_R8,  VT_CY,
                                      VT_DATE,  VT_ERROR, VT_BOOL, VT_I1,   VT_UI1,    VT_UI2, VT_UI4,
                                      VT_I8,    VT_UI8,   VT_INT,  VT_UINT, VT_DECIMAL};
@@ -65,7 +71,6 @@ Variant StringArray() {
 }
 
 // Of any type, dimensions and bounds; sometimes not allocated, without data, or of another type than its value says.
-
 Variant ArrayValue() {
     static const VARTYPE kTypes[] = {VT_BSTR, VT_VARIANT, VT_BSTR, VT_VARIANT, VT_I4, VT_UI1, VT_R8, VT_DISPATCH};
     static const LONG kLowest[] = {0, 1, -3, 0x7FFFFFF0};
@@ -97,8 +102,10 @@ Variant WildValue() {
 std::wstring AnyText() {
     static const wchar_t* const kTexts[] = {L"",    L"0",    L"-1",         L"1e999",
                                             L"abc", L"True", L"12/31/1999", L"C:\\none\\x.dat"};
+    // around the sizes of the buffers that texts go through
+    static const int kLengths[] = {254, 255, 256, 259, 260, 261, 8191, 8192, 8193, 32'767, 65'535, 65'536, 100'000};
     if (OneIn(2)) return AnyOf(kTexts);
-    std::wstring text(static_cast<std::size_t>(OneIn(200) ? Below(100'000) : Below(40)), L' ');
+    std::wstring text(static_cast<std::size_t>(OneIn(100) ? AnyOf(kLengths) : Below(40)), L' ');
     for (wchar_t& c : text) c = static_cast<wchar_t>(OneIn(3) ? engine() : L'!' + Below(90));
     return text;
 }
