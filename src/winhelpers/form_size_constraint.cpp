@@ -31,11 +31,11 @@ void CFormSizeConstraint::Attach(LONG window) {
             L"Invalid window handle");
     Detach();
     window_ = window;
-    hooks_.Add(&subclass_, window_, WM_GETMINMAXINFO);
+    AddHook(window_, WM_GETMINMAXINFO);
 }
 
 void CFormSizeConstraint::Detach() {
-    if (window_) hooks_.Remove(&subclass_, window_, WM_GETMINMAXINFO);
+    if (window_) RemoveHook(window_, WM_GETMINMAXINFO);
 }
 
 STDMETHODIMP CFormSizeConstraint::Init(LONG* hWnd) noexcept {
@@ -50,10 +50,14 @@ STDMETHODIMP CFormSizeConstraint::put_hWnd(LONG* hWnd) noexcept {
     return Guard(L"hWnd", [&] { Attach(Given(hWnd)); });
 }
 
+HRESULT CFormSizeConstraint::Let(const wchar_t* member, const LONG* value, SizeRange& range, SizeRange::Setter set,
+                                 EErrFormSizeConstraint code, const wchar_t* description) noexcept {
+    return Guard(member, [&] { Require((range.*set)(Given(value)), code, description); });
+}
+
 STDMETHODIMP CFormSizeConstraint::put_MaxHeight(LONG* Height) noexcept {
-    return Guard(L"MaxHeight", [&] {
-        Require(height_.SetMost(Given(Height)), eErrFormSizeConstraint_InvalidMaxHeight, L"Invalid maximum height");
-    });
+    return Let(L"MaxHeight", Height, height_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxHeight,
+               L"Invalid maximum height");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MaxHeight(LONG* result) noexcept {
@@ -61,9 +65,8 @@ STDMETHODIMP CFormSizeConstraint::get_MaxHeight(LONG* result) noexcept {
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MaxWidth(LONG* Width) noexcept {
-    return Guard(L"MaxWidth", [&] {
-        Require(width_.SetMost(Given(Width)), eErrFormSizeConstraint_InvalidMaxWidth, L"Invalid maximum width");
-    });
+    return Let(L"MaxWidth", Width, width_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxWidth,
+               L"Invalid maximum width");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MaxWidth(LONG* result) noexcept {
@@ -71,9 +74,8 @@ STDMETHODIMP CFormSizeConstraint::get_MaxWidth(LONG* result) noexcept {
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MinHeight(LONG* Height) noexcept {
-    return Guard(L"MinHeight", [&] {
-        Require(height_.SetLeast(Given(Height)), eErrFormSizeConstraint_InvalidMinHeight, L"Invalid minimum height");
-    });
+    return Let(L"MinHeight", Height, height_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinHeight,
+               L"Invalid minimum height");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MinHeight(LONG* result) noexcept {
@@ -81,9 +83,8 @@ STDMETHODIMP CFormSizeConstraint::get_MinHeight(LONG* result) noexcept {
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MinWidth(LONG* Width) noexcept {
-    return Guard(L"MinWidth", [&] {
-        Require(width_.SetLeast(Given(Width)), eErrFormSizeConstraint_InvalidMinWidth, L"Invalid minimum width");
-    });
+    return Let(L"MinWidth", Width, width_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinWidth,
+               L"Invalid minimum width");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MinWidth(LONG* result) noexcept {
@@ -101,9 +102,10 @@ HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
 // Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
 HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
     return Guard(L"WindowProc", result, [&] {
-        auto& limits = Given(static_cast<MINMAXINFO*>(ULongToPtr(static_cast<ULONG>(lParam))));
-        width_.Apply(limits.ptMinTrackSize.x, limits.ptMaxTrackSize.x);
-        height_.Apply(limits.ptMinTrackSize.y, limits.ptMaxTrackSize.y);
+        auto* const limits = static_cast<MINMAXINFO*>(ULongToPtr(static_cast<ULONG>(lParam)));
+        if (!limits) throw RuntimeError(5);
+        width_.Apply(limits->ptMinTrackSize.x, limits->ptMaxTrackSize.x);
+        height_.Apply(limits->ptMinTrackSize.y, limits->ptMaxTrackSize.y);
         return LONG{0};
     });
 }

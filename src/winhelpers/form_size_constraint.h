@@ -4,19 +4,17 @@
 // deliberate: the hook manager takes a second detach for none.
 #pragma once
 
-#include "frame/automation_object.h"
 #include "velksprt.h"
-#include "winhelpers/hook_client.h"
+#include "winhelpers/hooking_object.h"
 #include "winhelpers/size_range.h"
-#include "winhelpers/subclass_face.h"
 
 namespace velk {
 
-class CFormSizeConstraint final : public AutomationObject<_CFormSizeConstraint> {
+class CFormSizeConstraint final : public HookingObject<_CFormSizeConstraint> {
   public:
     static const ClassInfo kInfo;
 
-    CFormSizeConstraint() noexcept : AutomationObject(kInfo) {}
+    CFormSizeConstraint() noexcept : HookingObject(kInfo) {}
     ~CFormSizeConstraint() override;
 
     STDMETHODIMP Init(LONG* hWnd) noexcept override;
@@ -32,23 +30,15 @@ class CFormSizeConstraint final : public AutomationObject<_CFormSizeConstraint> 
     STDMETHODIMP get_MinWidth(LONG* result) noexcept override;
     STDMETHODIMP ReleaseForm() noexcept override;  // Release to clients
 
-    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
-        return iid == __uuidof(ISubclass) ? S_OK : AutomationObject::InterfaceSupportsErrorInfo(iid);
-    }
-
-    // Of ISubclass.
-    HRESULT MsgResponse(LONG* result) noexcept;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept;
-
-  protected:
-    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &subclass_ : nullptr; }
+    HRESULT MsgResponse(LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
 
   private:
     void Attach(LONG window);
     void Detach();
+    HRESULT Let(const wchar_t* member, const LONG* value, SizeRange& range, SizeRange::Setter set,
+                EErrFormSizeConstraint code, const wchar_t* description) noexcept;
 
-    SubclassFace<CFormSizeConstraint> subclass_{*this};
-    HookClient hooks_;
     LONG window_ = 0;
     SizeRange width_;
     SizeRange height_;

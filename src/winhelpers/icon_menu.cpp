@@ -16,7 +16,7 @@ constexpr const wchar_t* kClass = L"cIconMenu";
 // The first four are handled after the window did, whose result counts; the rest in its place, as far as they concern
 // an item of ours.
 constexpr LONG kMessages[] = {WM_INITMENUPOPUP, WM_EXITMENULOOP, WM_SETTINGCHANGE, WM_DESTROY,
-                              WM_MEASUREITEM,   WM_DRAWITEM,     WM_MENUCHAR};
+                              WM_ENTERMENULOOP, WM_MEASUREITEM,  WM_DRAWITEM,      WM_MENUCHAR};
 
 bool IsHandledAfterwards(LONG message) noexcept {
     const auto* const end = kMessages + 4;
@@ -99,7 +99,7 @@ STDMETHODIMP cIconMenu::Detach() noexcept {
 // The new window first, so that a failure leaves the old one attached.
 void cIconMenu::Hook(LONG window) {
     try {
-        for (const LONG message : kMessages) hooks_.Add(&subclass_, window, message);
+        for (const LONG message : kMessages) AddHook(window, message);
     } catch (...) {
         RemoveHooks(window);
         throw;
@@ -109,7 +109,7 @@ void cIconMenu::Hook(LONG window) {
 }
 
 void cIconMenu::RemoveHooks(LONG window) {
-    for (const LONG message : kMessages) hooks_.Remove(&subclass_, window, message);
+    for (const LONG message : kMessages) RemoveHook(window, message);
 }
 
 STDMETHODIMP cIconMenu::get_hWnd(LONG* result) noexcept {
@@ -216,8 +216,12 @@ bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
         case WM_INITMENUPOPUP:
             if (!HIWORD(lParam)) OpenPopup(MenuOf(wParam));  // the system menu is the system's
             return true;
+        case WM_ENTERMENULOOP:
+            menus_.EnterLoop();
+            return false;
         case WM_EXITMENULOOP:
-            CloseMenus();
+            menus_.LeaveLoop();
+            ForgetGoneMenus();
             return true;
         case WM_SETTINGCHANGE:
             painter_.ForgetSettings();
@@ -303,15 +307,16 @@ bool cIconMenu::FindKey(HMENU menu, WORD key, LONG* result) {
     return true;
 }
 
-void cIconMenu::CloseMenus() noexcept {
-    menus_.RestoreAll();
-    icons_.submenus.RemoveIf([](HMENU menu) { return !IsMenu(menu); });  // its handle may come back with another menu
+// Their handles may come back with other menus.
+void cIconMenu::ForgetGoneMenus() noexcept {
+    icons_.submenus.RemoveIf([](HMENU menu) { return !IsMenu(menu); });
 }
 
 // Also when the window is destroyed, whose menus may have gone with it.
 void cIconMenu::Unhook() {
     if (!window_) return;
-    CloseMenus();
+    menus_.RestoreAll();
+    ForgetGoneMenus();
     RemoveHooks(std::exchange(window_, 0));
 }
 

@@ -4,21 +4,19 @@
 // raised to: it is shown, and the message goes its usual way.
 #pragma once
 
-#include "frame/automation_object.h"
 #include "velksprt.h"
-#include "winhelpers/hook_client.h"
+#include "winhelpers/hooking_object.h"
 #include "winhelpers/menu_icons.h"
 #include "winhelpers/menu_painter.h"
 #include "winhelpers/open_menus.h"
-#include "winhelpers/subclass_face.h"
 
 namespace velk {
 
-class cIconMenu final : public AutomationObject<_cIconMenu> {
+class cIconMenu final : public HookingObject<_cIconMenu> {
   public:
     static const ClassInfo kInfo;
 
-    cIconMenu() noexcept : AutomationObject(kInfo) { icons_.mask = kMagenta; }
+    cIconMenu() noexcept : HookingObject(kInfo) { icons_.mask = kMagenta; }
     ~cIconMenu() override;
 
     STDMETHODIMP Attach(LONG hWnd) noexcept override;
@@ -40,16 +38,8 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
     STDMETHODIMP putref_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept override;
     STDMETHODIMP ClearIcons() noexcept override;
 
-    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
-        return iid == __uuidof(ISubclass) ? S_OK : AutomationObject::InterfaceSupportsErrorInfo(iid);
-    }
-
-    // Of ISubclass.
-    HRESULT MsgResponse(LONG* result) noexcept;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept;
-
-  protected:
-    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &subclass_ : nullptr; }
+    HRESULT MsgResponse(LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
 
   private:
     static constexpr LONG kMagenta = RGB(255, 0, 255);
@@ -64,13 +54,11 @@ class cIconMenu final : public AutomationObject<_cIconMenu> {
     bool MeasureItem(MEASUREITEMSTRUCT* measured);
     bool DrawItem(const DRAWITEMSTRUCT* drawn);
     bool FindKey(HMENU menu, WORD key, LONG* result);
-    void CloseMenus() noexcept;
+    void ForgetGoneMenus() noexcept;
 
     void RequireImage(LONG image) const;
     const MenuIcon* IconOf(const OpenItem& item) const noexcept;
 
-    SubclassFace<cIconMenu> subclass_{*this};
-    HookClient hooks_;
     LONG window_ = 0;
     LONG maskColor_ = kMagenta;
     MenuIcons icons_;

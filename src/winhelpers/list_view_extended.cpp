@@ -84,11 +84,11 @@ void CListViewExtended::Attach(LONG window) {
 
 void CListViewExtended::Detach() {
     if (!attached_) return;
-    for (const LONG message : kHooked) hooks_.Remove(&subclass_, window_, message);
+    for (const LONG message : kHooked) RemoveHook(window_, message);
 }
 
 bool CListViewExtended::TryAdd(LONG message) noexcept try {
-    hooks_.Add(&subclass_, window_, message);
+    AddHook(window_, message);
     return true;
 } catch (...) {
     return false;

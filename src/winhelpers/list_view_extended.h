@@ -4,18 +4,16 @@
 // Kept as described: the attached flag is never cleared, and only the header's ANSI notifications are held back.
 #pragma once
 
-#include "frame/automation_object.h"
 #include "velksprt.h"
-#include "winhelpers/hook_client.h"
-#include "winhelpers/subclass_face.h"
+#include "winhelpers/hooking_object.h"
 
 namespace velk {
 
-class CListViewExtended final : public AutomationObject<_CListViewExtended> {
+class CListViewExtended final : public HookingObject<_CListViewExtended> {
   public:
     static const ClassInfo kInfo;
 
-    CListViewExtended() noexcept : AutomationObject(kInfo) {}
+    CListViewExtended() noexcept : HookingObject(kInfo) {}
     ~CListViewExtended() override;
 
     STDMETHODIMP Init(LONG* hWnd) noexcept override;
@@ -32,16 +30,8 @@ class CListViewExtended final : public AutomationObject<_CListViewExtended> {
     STDMETHODIMP get_Redraw(VARIANT_BOOL* result) noexcept override;
     STDMETHODIMP put_Redraw(VARIANT_BOOL* Value) noexcept override;
 
-    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
-        return iid == __uuidof(ISubclass) ? S_OK : AutomationObject::InterfaceSupportsErrorInfo(iid);
-    }
-
-    // Of ISubclass.
-    HRESULT MsgResponse(LONG* result) noexcept;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept;
-
-  protected:
-    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &subclass_ : nullptr; }
+    HRESULT MsgResponse(LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
 
   private:
     void Attach(LONG window);
@@ -52,8 +42,6 @@ class CListViewExtended final : public AutomationObject<_CListViewExtended> {
     void StretchColumns(HWND list);
     LONG Notified(LONG window, LONG wParam, LONG lParam);
 
-    SubclassFace<CListViewExtended> subclass_{*this};
-    HookClient hooks_;
     LONG window_ = 0;
     LONG lastWidth_ = 0;
     bool attached_ = false;

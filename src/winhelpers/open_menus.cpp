@@ -105,9 +105,21 @@ void OpenMenus::Restore(OpenMenu& opened) noexcept {
     });
 }
 
+void OpenMenus::EnterLoop() { loops_.push_back(open_); }
+
+void OpenMenus::LeaveLoop() noexcept {
+    if (loops_.empty()) return RestoreFrom(0);  // the window was attached meanwhile
+    RestoreFrom(loops_.back());
+    loops_.pop_back();
+}
+
 void OpenMenus::RestoreAll() noexcept {
-    for (std::size_t i = open_; i > 0; --i) Restore(*menus_[i - 1]);
-    open_ = 0;
+    RestoreFrom(0);
+    loops_.clear();
+}
+
+void OpenMenus::RestoreFrom(std::size_t first) noexcept {
+    while (open_ > first) Restore(*menus_[--open_]);
 }
 
 OpenMenu* OpenMenus::Find(ULONG_PTR data) noexcept {

@@ -69,6 +69,9 @@ class OpenMenus {
         }
         TakeOver(opened);
     }
+    // A menu loop can run inside another one; each gives back the menus that were opened in it.
+    void EnterLoop();
+    void LeaveLoop() noexcept;
     void RestoreAll() noexcept;
 
     // The menu whose item has this data; null when it is none of ours.
@@ -86,9 +89,11 @@ class OpenMenus {
     static bool IsOursToDraw(const MenuItemState& item) noexcept;
     static void TakeOver(const OpenMenu& opened) noexcept;
     static void Restore(OpenMenu& opened) noexcept;
+    void RestoreFrom(std::size_t first) noexcept;
 
     std::vector<std::unique_ptr<OpenMenu>> menus_;  // those beyond open_ only keep their memory
     std::size_t open_ = 0;
+    std::vector<std::size_t> loops_;  // how many menus were open when each of them began
     std::wstring text_ = std::wstring(80, L'\0');
     std::size_t textLength_ = 0;
 };

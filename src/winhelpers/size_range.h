@@ -8,6 +8,8 @@ namespace velk {
 // only be replaced by another.
 class SizeRange {
   public:
+    using Setter = bool (SizeRange::*)(std::int32_t) noexcept;
+
     std::int32_t least() const noexcept { return least_; }
     std::int32_t most() const noexcept { return most_; }
 

@@ -27,9 +27,6 @@ TEST(ColumnFit, ScalesAllButTheLastAndLeavesItTheRest) {
         fitted.push_back(fit.Rest());
         EXPECT_EQ(c.expected, fitted) << c.lastWidth << " to " << c.width;
     }
-}
-
-TEST(ColumnFit, OverflowsAsWholeNumbersDo) {
     ColumnFit fit(1, 1000.0);
     EXPECT_THROW(fit.Scale(2147484), RuntimeError);
     EXPECT_EQ(2147483000, fit.Scale(2147483));

@@ -1,90 +1,66 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
+#include <utility>
 
-#include "support/import_patch.h"
 #include "support/late_bound.h"
-#include "support/test_hook.h"
-#include "support/test_window.h"
+#include "winhelpers/hooked_fixture.h"
 
 namespace velk::test {
 namespace {
 
 using Form = ComPtr<_CFormSizeConstraint>;
 
-Form NewForm() { return CreateObject<_CFormSizeConstraint>(__uuidof(CFormSizeConstraint)); }
-
-HRESULT Init(const Form& form, LONG handle) { return form->Init(&handle); }
-
-LONG HandleOf(const Form& form) {
-    LONG handle = -1;
-    EXPECT_EQ(S_OK, form->get_hWnd(&handle));
-    return handle;
-}
-
-void ExpectFailure(const Outcome& outcome, HRESULT code, const wchar_t* description) {
-    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
-    EXPECT_EQ(code, outcome.code);
-    EXPECT_EQ(description, outcome.description);
-    EXPECT_EQ(L"VelkSprt.CFormSizeConstraint", outcome.source);
-}
-
-constexpr const wchar_t* kFailure = L"CFormSizeConstraint component failure";
-constexpr const wchar_t* kNoWindow = L"Invalid window handle";
+constexpr std::pair<HRESULT, const wchar_t*> kNoWindow{eErrFormSizeConstraint_InvalidWindowHandle,
+                                                       L"Invalid window handle"};
 
 class FormSize : public testing::Test {
   protected:
-    void LetAll(const Form& form, LONG minWidth, LONG minHeight, LONG maxWidth, LONG maxHeight) {
-        EXPECT_EQ(S_OK, form->put_MinWidth(&minWidth));
-        EXPECT_EQ(S_OK, form->put_MinHeight(&minHeight));
-        EXPECT_EQ(S_OK, form->put_MaxWidth(&maxWidth));
-        EXPECT_EQ(S_OK, form->put_MaxHeight(&maxHeight));
+    static Form NewForm() { return CreateObject<_CFormSizeConstraint>(__uuidof(CFormSizeConstraint)); }
+    Form Limited() {
+        Form made = NewForm();
+        for (const auto& [name, value] :
+             {std::pair{L"MinWidth", 250L}, {L"MinHeight", 180L}, {L"MaxWidth", 350L}, {L"MaxHeight", 240L}}) {
+            EXPECT_EQ(S_OK, Let(made.get(), name, {Arg(value)}).result) << name;
+        }
+        return made;
     }
-    // What a window asked for this size becomes.
-    SIZE Resized(const TestWindow& window, int width, int height) {
-        SetWindowPos(window.get(), nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOMOVE);
-        RECT is{};
-        GetWindowRect(window.get(), &is);
-        return {is.right - is.left, is.bottom - is.top};
-    }
-    void ExpectLimits(const TestWindow& window, bool limited) {
-        const SIZE small = Resized(window, 150, 130), large = Resized(window, 900, 700);
-        EXPECT_EQ(limited ? 250 : 150, small.cx);
-        EXPECT_EQ(limited ? 180 : 130, small.cy);
-        EXPECT_EQ(limited ? 350 : 900, large.cx);
-        EXPECT_EQ(limited ? 240 : 700, large.cy);
+    void Init(const TestWindow& on) { EXPECT_EQ(S_OK, Call(form.get(), L"Init", {Arg(on.handle())}).result); }
+    static void ExpectLimits(const TestWindow& window, bool limited) {
+        for (const SIZE asked : {SIZE{150, 130}, {900, 700}}) {
+            SetWindowPos(window.get(), nullptr, 0, 0, asked.cx, asked.cy, SWP_NOZORDER | SWP_NOMOVE);
+            RECT is{};
+            GetWindowRect(window.get(), &is);
+            EXPECT_EQ(limited ? asked.cx < 250 ? 250 : 350 : asked.cx, is.right - is.left);
+            EXPECT_EQ(limited ? asked.cy < 180 ? 180 : 240 : asked.cy, is.bottom - is.top);
+        }
     }
 
     HookLibrary library;
     TestWindow window;
-    Form form = NewForm();
+    Form form = Limited();
 };
 
 TEST_F(FormSize, RaisesForEachContradictoryLimitAndKeepsTheOldOne) {
-    struct Case {
-        const wchar_t* name;
-        const wchar_t* counterpart;
-        LONG accepted, contradicted;  // the counterpart's value, and one that it forbids
-        HRESULT code;
-        const wchar_t* description;
+    const struct {
+        const wchar_t *name, *counterpart;
+        LONG contradicted;  // by a counterpart of 300
+        std::pair<HRESULT, const wchar_t*> error;
+    } cases[] = {
+        {L"MaxHeight", L"MinHeight", 299, {eErrFormSizeConstraint_InvalidMaxHeight, L"Invalid maximum height"}},
+        {L"MaxWidth", L"MinWidth", 299, {eErrFormSizeConstraint_InvalidMaxWidth, L"Invalid maximum width"}},
+        {L"MinHeight", L"MaxHeight", 301, {eErrFormSizeConstraint_InvalidMinHeight, L"Invalid minimum height"}},
+        {L"MinWidth", L"MaxWidth", 301, {eErrFormSizeConstraint_InvalidMinWidth, L"Invalid minimum width"}},
     };
-    const Case cases[] = {
-        {L"MaxHeight", L"MinHeight", 300, 299, eErrFormSizeConstraint_InvalidMaxHeight, L"Invalid maximum height"},
-        {L"MaxWidth", L"MinWidth", 300, 299, eErrFormSizeConstraint_InvalidMaxWidth, L"Invalid maximum width"},
-        {L"MinHeight", L"MaxHeight", 300, 301, eErrFormSizeConstraint_InvalidMinHeight, L"Invalid minimum height"},
-        {L"MinWidth", L"MaxWidth", 300, 301, eErrFormSizeConstraint_InvalidMinWidth, L"Invalid minimum width"},
-    };
-    for (const Case& c : cases) {
-        const Form fresh = NewForm();
-        EXPECT_EQ(0, Get(fresh.get(), c.name).value.lVal);
-        EXPECT_EQ(S_OK, Let(fresh.get(), c.name, {Arg(c.contradicted)}).result) << "without a counterpart";
+    for (const auto& c : cases) {
         const Form other = NewForm();
-        EXPECT_EQ(S_OK, Let(other.get(), c.counterpart, {Arg(c.accepted)}).result);
-        EXPECT_EQ(S_OK, Let(other.get(), c.name, {Arg(c.accepted)}).result);
+        EXPECT_EQ(0, Get(other.get(), c.name).value.lVal);
+        for (const wchar_t* name : {c.counterpart, c.name}) {
+            EXPECT_EQ(S_OK, Let(other.get(), name, {Arg(300L)}).result) << name;
+        }
         for (const LONG rejected : {c.contradicted, 0L, -1L}) {
-            ExpectFailure(Let(other.get(), c.name, {Arg(rejected)}), c.code, c.description);
-            EXPECT_EQ(c.accepted, Get(other.get(), c.name).value.lVal);
+            ExpectRaised(Let(other.get(), c.name, {Arg(rejected)}), c.error, L"VelkSprt.CFormSizeConstraint");
+            EXPECT_EQ(300, Get(other.get(), c.name).value.lVal);
         }
     }
 }
@@ -95,29 +71,22 @@ TEST_F(FormSize, ChangesOnlyTheLimitsThatAreSet) {
     const Record filled{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
     window.handler = [&](HWND, UINT message, WPARAM, LPARAM lParam) -> std::optional<LRESULT> {
         if (message != WM_GETMINMAXINFO) return std::nullopt;
-        std::memcpy(reinterpret_cast<void*>(lParam), filled.data(), sizeof(filled));
+        *reinterpret_cast<Record*>(lParam) = filled;
         return 99;
     };
-    struct Limit {
-        const wchar_t* name;
-        std::size_t place;
-        LONG value;
-    };
-    const Limit limits[] = {
-        {L"MinWidth", 6, 106}, {L"MinHeight", 7, 107}, {L"MaxWidth", 8, 108}, {L"MaxHeight", 9, 109}};
+    const wchar_t* const limits[] = {L"MinWidth", L"MinHeight", L"MaxWidth", L"MaxHeight"};  // as the record has them
     for (unsigned set = 0; set < 16; ++set) {
-        const Form each = NewForm();
-        EXPECT_EQ(S_OK, Init(each, window.handle()));
-        Record expected = filled;
+        form = NewForm();
+        Init(window);
+        Record expected = filled, record{};
         for (unsigned i = 0; i < 4; ++i) {  // after Init: the hook reads what is current
             if (!(set & 1u << i)) continue;
-            Let(each.get(), limits[i].name, {Arg(limits[i].value)});
-            expected[limits[i].place] = limits[i].value;
+            expected[6 + i] = static_cast<LONG>(100 + i);
+            Let(form.get(), limits[i], {Arg(expected[6 + i])});
         }
-        Record record{};
         EXPECT_EQ(99, SendMessageW(window.get(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(record.data())));
         EXPECT_EQ(expected, record) << set;
-        EXPECT_EQ(S_OK, each->ReleaseForm());
+        EXPECT_EQ(S_OK, form->ReleaseForm());
     }
 }
 
@@ -148,8 +117,7 @@ struct Drag {
 };
 
 TEST_F(FormSize, HoldsAgainstADragOfTheBorder) {
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    Init(window);
     ShowWindow(window.get(), SW_SHOW);
     SetForegroundWindow(window.get());
     PumpMessages();
@@ -159,22 +127,22 @@ TEST_F(FormSize, HoldsAgainstADragOfTheBorder) {
         return std::nullopt;
     };
     // The platform confines the pointer instead of the window, which may leave a pixel over.
-    EXPECT_NEAR(350, Drag::Run(window, 200), 1);
-    EXPECT_NEAR(250, Drag::Run(window, -200), 1);
-    EXPECT_NEAR(280, Drag::Run(window, 30), 1);
+    for (const auto& [distance, width] : {std::pair{200, 350}, {-200, 250}, {30, 280}}) {
+        EXPECT_NEAR(width, Drag::Run(window, distance), 1);
+    }
     CloseHandle(Drag::begun);
 }
 
 TEST_F(FormSize, AttachesAndDetaches) {
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(0, HandleOf(form));
-    ExpectFailure(Call(form.get(), L"Init", {Arg(0L)}), eErrFormSizeConstraint_InvalidWindowHandle, kNoWindow);
+    const auto handle = [&] { return Get(form.get(), L"hWnd").value.lVal; };
+    EXPECT_EQ(0, handle());
+    ExpectRaised(Call(form.get(), L"Init", {Arg(0L)}), kNoWindow, L"VelkSprt.CFormSizeConstraint");
     EXPECT_EQ(S_OK, Let(form.get(), L"hWnd", {Arg(window.handle())}).result);
-    ExpectFailure(Let(form.get(), L"hWnd", {Arg(12345L)}), eErrFormSizeConstraint_InvalidWindowHandle, kNoWindow);
-    EXPECT_EQ(window.handle(), HandleOf(form));
+    ExpectRaised(Let(form.get(), L"hWnd", {Arg(12345L)}), kNoWindow, L"VelkSprt.CFormSizeConstraint");
+    EXPECT_EQ(window.handle(), handle());
     ExpectLimits(window, true);
     const TestWindow second;
-    EXPECT_EQ(S_OK, Init(form, second.handle()));
+    Init(second);
     ExpectLimits(window, false);
     ExpectLimits(second, true);
     form->AddRef();
@@ -184,14 +152,13 @@ TEST_F(FormSize, AttachesAndDetaches) {
     ExpectLimits(second, false);
     form->AddRef();
     EXPECT_EQ(count - 1, form->Release()) << "the hook manager's reference went, and no other";
-    EXPECT_EQ(second.handle(), HandleOf(form));
-    EXPECT_EQ(S_OK, Init(form, second.handle()));
+    EXPECT_EQ(second.handle(), handle());
+    Init(second);
     ExpectLimits(second, true);
 }
 
 TEST_F(FormSize, LivesAsLongAsItIsAttached) {
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    Init(window);
     form = nullptr;
     ExpectLimits(window, true);
     EXPECT_FALSE(CanUnload());
@@ -200,8 +167,7 @@ TEST_F(FormSize, LivesAsLongAsItIsAttached) {
 }
 
 TEST_F(FormSize, MayBeReleasedInsideItsOwnMessage) {
-    LetAll(form, 250, 180, 350, 240);
-    EXPECT_EQ(S_OK, Init(form, window.handle()));
+    Init(window);
     window.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
         if (message == WM_GETMINMAXINFO && form) {
             EXPECT_EQ(S_OK, form->ReleaseForm());
@@ -220,42 +186,35 @@ TEST_F(FormSize, IsAHookWithADispatchOfItsOwn) {
     EXPECT_EQ(form.get(), hook.As<IDispatch>().get()) << "the default interface";
     EXPECT_EQ(S_OK, form.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(__uuidof(ISubclass)));
     EXPECT_EQ(eMsgResponse_PreviousFirst, Get(hook.get(), L"MsgResponse").value.lVal);
-    LetAll(form, 250, 180, 350, 240);
     MINMAXINFO record{};
-    const Outcome called =
-        Call(hook.get(), L"WindowProc", {Arg(0L), Arg(1L), Arg(2L), Arg(static_cast<LONG>(PtrToLong(&record)))});
-    EXPECT_EQ(S_OK, called.result);
-    EXPECT_EQ(0, called.value.lVal);
+    const LONG place = PtrToLong(&record);
+    EXPECT_EQ(0, Call(hook.get(), L"WindowProc", {Arg(0L), Arg(1L), Arg(2L), Arg(place)}).value.lVal);
     EXPECT_EQ(250, record.ptMinTrackSize.x);
     EXPECT_EQ(DISPID_UNKNOWN, IdOf(hook.get(), L"MaxWidth"));
     EXPECT_EQ(DISPID_UNKNOWN, IdOf(form.get(), L"WindowProc"));
     LONG result = 1;
-    EXPECT_EQ(E_POINTER, hook->WindowProc(0, WM_GETMINMAXINFO, 0, 0, &result)) << "no record";
+    EXPECT_EQ(eErrFormSizeConstraint_ComponentFailure, hook->WindowProc(0, WM_GETMINMAXINFO, 0, 0, &result))
+        << "no record";
     ComPtr<ITypeInfo> info;
     EXPECT_EQ(S_OK, hook->GetTypeInfo(0, 0, info.Receive())) << "described without the hook library";
 }
 
-// Neither registered nor in a manifest.
 TEST(FormSizeAlone, FailsAndSaysWhatIsMissing) {
-    HookLibrary::Unregister();
-    static std::wstring said;
-    struct Debugger {
-        static void WINAPI Say(LPCWSTR text) { said += text; }
-    };
-    const ImportPatch patch(Library(), "OutputDebugStringW", reinterpret_cast<void*>(&Debugger::Say));
+    const NoHookLibrary none;
     const TestWindow window;
     {
-        const Form form = NewForm();
+        const auto form = CreateObject<IDispatch>(__uuidof(CFormSizeConstraint));
         for (int i = 0; i < 2; ++i) {
-            ExpectFailure(Call(form.get(), L"Init", {Arg(window.handle())}), eErrFormSizeConstraint_ComponentFailure,
-                          kFailure);
+            ExpectRaised(Call(form.get(), L"Init", {Arg(window.handle())}),
+                         {eErrFormSizeConstraint_ComponentFailure, L"CFormSizeConstraint component failure"},
+                         L"VelkSprt.CFormSizeConstraint");
         }
-        EXPECT_EQ(window.handle(), HandleOf(form));
+        EXPECT_EQ(window.handle(), Get(form.get(), L"hWnd").value.lVal);
     }
     EXPECT_EQ(
         L"VelkSprt: VelkSub.HookManager cannot be created (0x80040154), windows are not hooked. Is VelkSub.dll "
         L"registered?\n",
-        said);
+        none.said());
     EXPECT_TRUE(CanUnload());
 }
 

@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "support/import_patch.h"
-#include "support/late_bound.h"
-#include "support/test_hook.h"
-#include "support/test_window.h"
+#include "winhelpers/hooked_fixture.h"
 
 #include <commctrl.h>
 
@@ -16,47 +15,32 @@ namespace {
 using List = ComPtr<_CListViewExtended>;
 using Widths = std::vector<int>;
 
-constexpr const wchar_t* kNotInitialized = L"Object not properly initialized. Set the Hwnd property first";
+constexpr std::pair<HRESULT, const wchar_t*> kNotInitialized{
+    eErrListViewExtended_NotInitialized, L"Object not properly initialized. Set the Hwnd property first"};
 
 List NewList() { return CreateObject<_CListViewExtended>(__uuidof(CListViewExtended)); }
 
-void ExpectFailure(const Outcome& outcome, HRESULT code, const wchar_t* description) {
-    EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
-    EXPECT_EQ(code, outcome.code);
-    EXPECT_EQ(description, outcome.description);
-    EXPECT_EQ(L"VelkSprt.CListViewExtended", outcome.source);
-}
-
-// What the library sends from this thread, and the one call with a style in a window handle's place.
+// What the library sends from this thread: window, number, wParam and lParam.
 class Sent {
   public:
-    struct Message {
-        HWND window;
-        UINT number;
-        WPARAM wParam;
-        LPARAM lParam;
-        bool operator==(const Message&) const = default;
-    };
-    Sent() : patch_(Library(), "SendMessageA", reinterpret_cast<void*>(&Send)) { now_ = this; }
-    ~Sent() { now_ = nullptr; }
+    using Message = std::tuple<HWND, UINT, WPARAM, LPARAM>;
+    using Messages = std::vector<Message>;
 
-    std::vector<Message> Of(UINT number) const {
-        std::vector<Message> found;
-        for (const Message& message : messages_) {
-            if (message.number == number) found.push_back(message);
-        }
-        return found;
+    explicit Sent(UINT number) : patch_(Library(), "SendMessageA", reinterpret_cast<void*>(&Send)) {
+        number_ = number;
+        messages_.clear();
     }
+    const Messages& messages() const { return messages_; }
 
   private:
     static LRESULT WINAPI Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        now_->messages_.push_back({window, message, wParam, lParam});
+        if (message == number_) messages_.emplace_back(window, message, wParam, lParam);
         return SendMessageA(window, message, wParam, lParam);
     }
 
-    static inline Sent* now_ = nullptr;
+    static inline UINT number_;
+    static inline Messages messages_;
     ImportPatch patch_;
-    std::vector<Message> messages_;
 };
 
 // A real list view in report view with three columns, and below all hooks one that notes what the header has to say.
@@ -145,27 +129,21 @@ TEST_F(ListView, DrawsNothingWhileItStretches) {
     UpdateWindow(control);
     Let(list.get(), L"Redraw", {Arg(true)});
     EXPECT_EQ(VARIANT_TRUE, Get(list.get(), L"Redraw").value.boolVal);
-    const Sent sent;
+    const Sent sent(WM_SETREDRAW);
     Let(list.get(), L"Redraw", {Arg(false)});
     Resize(500);
     const HWND header = Header();
-    using Messages = std::vector<Sent::Message>;
-    EXPECT_EQ((Messages{{control, WM_SETREDRAW, 0, 0},
-                        {header, WM_SETREDRAW, 0, 0},
-                        {control, WM_SETREDRAW, 0, 0},
-                        {header, WM_SETREDRAW, 1, 0},
-                        {control, WM_SETREDRAW, 1, 0}}),
-              sent.Of(WM_SETREDRAW));
+    Sent::Messages expected;
+    for (const auto& [window, on] : {std::pair{control, 0}, {header, 0}, {control, 0}, {header, 1}, {control, 1}}) {
+        expected.emplace_back(window, WM_SETREDRAW, on, 0);
+    }
+    EXPECT_EQ(expected, sent.messages()) << "the client's own first";
     EXPECT_TRUE(GetUpdateRect(control, nullptr, FALSE));
     EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal) << "the client's value, whatever the hook does";
 }
 
 TEST_F(ListView, KeepsTheUserFromResizingColumns) {
     Attach(false, true);
-    struct Case {
-        int code;
-        LRESULT prevented;
-    };
     for (const bool prevents : {true, false}) {
         Let(list.get(), L"PreventColumnResize", {Arg(prevents)});
         for (const int code : {-306, -305}) {
@@ -227,16 +205,13 @@ TEST_F(ListView, ChangesTheHeadersStyle) {
 
 TEST_F(ListView, SizesItsColumns) {
     Attach(false, false);
-    struct Case {
-        LONG style;
-        LPARAM width;
-    };
-    for (const Case& c : {Case{1, LVSCW_AUTOSIZE}, {2, LVSCW_AUTOSIZE_USEHEADER}, {7, LVSCW_AUTOSIZE_USEHEADER}}) {
-        const Sent sent;
-        EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(c.style)}).result);
-        std::vector<Sent::Message> expected;
-        for (WPARAM i = 0; i < 3; ++i) expected.push_back({control, LVM_SETCOLUMNWIDTH, i, c.width});
-        EXPECT_EQ(expected, sent.Of(LVM_SETCOLUMNWIDTH)) << c.style;
+    for (const auto& [style, width] :
+         {std::pair{1L, LVSCW_AUTOSIZE}, {2L, LVSCW_AUTOSIZE_USEHEADER}, {7L, LVSCW_AUTOSIZE_USEHEADER}}) {
+        const Sent sent(LVM_SETCOLUMNWIDTH);
+        EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(style)}).result);
+        Sent::Messages expected;
+        for (WPARAM i = 0; i < 3; ++i) expected.emplace_back(control, LVM_SETCOLUMNWIDTH, i, width);
+        EXPECT_EQ(expected, sent.messages()) << style;
     }
 }
 
@@ -257,19 +232,20 @@ TEST_F(ListView, ShowsIconsInSubItems) {
 
 TEST_F(ListView, RaisesWithoutAWindow) {
     const auto expectAll = [&] {
-        for (const wchar_t* name : {L"SetHeaderStyle", L"RemoveHeaderStyle", L"ResizeColumns"}) {
-            ExpectFailure(Call(list.get(), name, {Arg(2L)}), eErrListViewExtended_NotInitialized, kNotInitialized);
+        const VARIANT number = Arg(2L);
+        for (const wchar_t* name : {L"SetHeaderStyle", L"RemoveHeaderStyle", L"ResizeColumns", L"SetSubItemIcon"}) {
+            const bool icon = name[3] == L'S';
+            const Outcome outcome =
+                icon ? Call(list.get(), name, {number, number, number}) : Call(list.get(), name, {number});
+            ExpectRaised(outcome, kNotInitialized, L"VelkSprt.CListViewExtended");
         }
-        ExpectFailure(Call(list.get(), L"SetSubItemIcon", {Arg(0L), Arg(0L), Arg(0L)}),
-                      eErrListViewExtended_NotInitialized, kNotInitialized);
     };
     expectAll();
     EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal);
     EXPECT_EQ(S_OK, Let(list.get(), L"Redraw", {Arg(true)}).result) << "for later";
-    for (const auto call : {&Call, &Let}) {
-        const wchar_t* const name = call == &Let ? L"hWnd" : L"Init";
-        ExpectFailure(call(list.get(), name, {Arg(3L)}), eErrListViewExtended_InvalidWindowHandle,
-                      L"Invalid window handle");
+    for (const Outcome& outcome : {Call(list.get(), L"Init", {Arg(3L)}), Let(list.get(), L"hWnd", {Arg(3L)})}) {
+        ExpectRaised(outcome, {eErrListViewExtended_InvalidWindowHandle, L"Invalid window handle"},
+                     L"VelkSprt.CListViewExtended");
     }
     EXPECT_EQ(0, Get(list.get(), L"hWnd").value.lVal);
     Attach(false, false);
@@ -295,21 +271,14 @@ TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
     EXPECT_TRUE(CanUnload());
 }
 
-// Neither registered nor in a manifest.
 TEST(ListViewAlone, WorksWithoutHooksAndSaysWhatIsMissing) {
-    HookLibrary::Unregister();
-    static int lines;
-    struct Debugger {
-        static void WINAPI Say(LPCWSTR) { ++lines; }
-    };
-    const ImportPatch patch(Library(), "OutputDebugStringW", reinterpret_cast<void*>(&Debugger::Say));
+    const NoHookLibrary none;
     const TestWindow parent;
     const HWND control = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | LVS_REPORT, 0, 0, 400, 200, parent.get(),
                                          nullptr, nullptr, nullptr);
     const List list = NewList();
-    lines = 0;
     EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(control))}).result);
-    EXPECT_EQ(1, lines);
+    EXPECT_EQ(1, std::ranges::count(none.said(), L'\n'));
     EXPECT_EQ(HandleToLong(control), Get(list.get(), L"hWnd").value.lVal);
     EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(1L)}).result);
 }
