@@ -106,7 +106,6 @@ void ConnectionPoint::Raise(DISPID event, std::span<VARIANT> arguments) noexcept
         call(only.get());
         return;
     }
-    const ComPtr<IConnectionPoint> alive(this);  // the list is asked again after each sink
     const std::vector<Sink> connected = sinks_;
     for (const Sink& sink : connected) {
         if (IsConnected(sink.cookie)) call(sink.object.get());

@@ -19,7 +19,8 @@ class ConnectionPoint final : public IConnectionPoint {
     bool HasSinks() const noexcept { return !sinks_.empty(); }
 
     // Calls every sink that is connected now. While it is called a sink may connect or disconnect any sink, and drop
-    // its last reference to the owner. What a sink answers, errors included, is its own affair.
+    // its last reference to the owner, so the owner holds one itself. What a sink answers, errors included, is its own
+    // affair.
     void Raise(DISPID event, std::span<VARIANT> arguments) noexcept;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override;

@@ -53,22 +53,24 @@ TEST_F(DispatchArrays, AreReadAndFilledInTheFormThatTheClientCanIndex) {
     }
 }
 
-// As a script's variable looks inside a procedure that received the array by reference.
-TEST_F(DispatchArrays, AVariableThatRefersToAnArrayGoesOnReferringToIt) {
-    Variant array = ArrayOf(VT_VARIANT, 0, {L"a"});
-    VARIANT variable = Ref(VT_ARRAY | VT_VARIANT, &array.parray);
-    EXPECT_EQ(L"array of 8 from 0: 8:a", TextOf(Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(2L)}).value));
-    EXPECT_EQ(L"array of 12 from 1: 8:s1 8:s2", Describe(array));
-    EXPECT_EQ(&array.parray, variable.pparray);
-}
-
-TEST_F(DispatchArrays, PassedByValueStayAsTheyAre) {
+TEST_F(DispatchArrays, StayWhereTheyAreWhenPassedByValueReferredToOrInUse) {
     for (const VARTYPE type : {VT_VARIANT, VT_BSTR}) {
         const Variant array = ArrayOf(type, 1, {L"a"});
         const std::wstring before = Describe(array);
         EXPECT_EQ(L"array of 8 from 1: 8:a", TextOf(Call(shapes_.get(), L"FillStrings", {array, Arg(2L)}).value));
         EXPECT_EQ(before, Describe(array));
     }
+    // As a script's variable looks inside a procedure that received the array by reference.
+    Variant array = ArrayOf(VT_VARIANT, 0, {L"a"});
+    VARIANT variable = Ref(VT_ARRAY | VT_VARIANT, &array.parray);
+    EXPECT_EQ(L"array of 8 from 0: 8:a", TextOf(Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(2L)}).value));
+    EXPECT_EQ(L"array of 12 from 1: 8:s1 8:s2", Describe(array));
+    EXPECT_EQ(&array.parray, variable.pparray);
+    // An array cannot be replaced while someone holds a pointer into it. The call fails and loses nothing.
+    SafeArrayLock(array.parray);
+    EXPECT_EQ(DISP_E_ARRAYISLOCKED, Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(1L)}).result);
+    EXPECT_EQ(L"array of 12 from 1: 8:s1 8:s2", Describe(array));
+    SafeArrayUnlock(array.parray);
 }
 
 TEST_F(DispatchArrays, OtherContentsAreAMismatch) {
@@ -94,16 +96,6 @@ TEST_F(DispatchArrays, OtherContentsAreAMismatch) {
             EXPECT_EQ(before, Describe(c));
         }
     }
-}
-
-// An array cannot be replaced while someone holds a pointer into it. The call fails and loses nothing.
-TEST_F(DispatchArrays, AnArrayInUseIsNotReplaced) {
-    Variant array = ArrayOf(VT_VARIANT, 0, {L"a"});
-    SafeArrayLock(array.parray);
-    EXPECT_EQ(DISP_E_ARRAYISLOCKED,
-              Call(shapes_.get(), L"FillStrings", {Ref(array.vt, &array.parray), Arg(1L)}).result);
-    EXPECT_EQ(L"array of 12 from 0: 8:a", Describe(array));
-    SafeArrayUnlock(array.parray);
 }
 
 }  // namespace

@@ -1,120 +1,226 @@
-#include <bit>
+#include <cstring>
 
 #include "frame/shapes_test.h"
+#include "support/value_object.h"
 
 namespace velk::test {
 namespace {
 
 using DispatchValues = ShapesTest;
 
-struct Case {
-    const wchar_t* member;
-    VARIANT argument;
-    HRESULT result;
-    const wchar_t* value;
-};
-
-VARIANT OfType(VARTYPE type, LONGLONG bits) {
-    VARIANT made{};
-    made.vt = type;
-    made.llVal = bits;
+Variant Holding(VARTYPE type, const wchar_t* text) {
+    Variant made = Text(text);
+    EXPECT_EQ(S_OK, VariantChangeTypeEx(&made, &made, LOCALE_INVARIANT, 0, type));
+    return made;
+}
+Variant Holding(IDispatch* object) {
+    Variant made;
+    made.vt = VT_DISPATCH;
+    made.pdispVal = ComPtr<IDispatch>(object).Detach();
     return made;
 }
 
-VARIANT Single(FLOAT value) { return OfType(VT_R4, std::bit_cast<LONG>(value)); }
-
-TEST_F(DispatchValues, ArriveAndReturnConvertedAsThePlatformDoesIt) {
-    const Variant text = Text(L"text"), number = Text(L" -41 "), fraction = Text(L"2.5"), none = Text(L"");
-    Variant withNul;
-    withNul.vt = VT_BSTR;
-    withNul.bstrVal = Bstr(std::wstring_view(L"a\0b", 3)).Detach();
-    SHORT small = -9;
-    const Case cases[] = {
-        {L"EchoShort", OfType(VT_I2, -7), S_OK, L"2:-7"},
-        {L"EchoShort", Arg(32767L), S_OK, L"2:32767"},
-        {L"EchoShort", Arg(32768L), DISP_E_OVERFLOW, L"0:"},
-        {L"EchoShort", Arg(2.5), S_OK, L"2:2"},
-        {L"EchoShort", Arg(-32769.0), DISP_E_OVERFLOW, L"0:"},
-        {L"EchoLong", Arg(-2147483647L), S_OK, L"3:-2147483647"},
-        {L"EchoLong", Ref(VT_I2, &small), S_OK, L"3:-9"},
-        {L"EchoLong", Arg(number.bstrVal), S_OK, L"3:-41"},
-        {L"EchoLong", Arg(text.bstrVal), DISP_E_TYPEMISMATCH, L"0:"},
-        {L"EchoLong", Arg(none.bstrVal), DISP_E_TYPEMISMATCH, L"0:"},
-        {L"EchoLong", Arg(1e10), DISP_E_OVERFLOW, L"0:"},
-        {L"EchoLong", OfType(VT_EMPTY, 0), S_OK, L"3:0"},
-        {L"EchoLong", OfType(VT_NULL, 0), DISP_E_TYPEMISMATCH, L"0:"},
-        {L"EchoSingle", Single(-1.25f), S_OK, L"4:-1.25"},
-        {L"EchoSingle", Arg(1e300), DISP_E_OVERFLOW, L"0:"},
-        {L"EchoDouble", Arg(-1e300), S_OK, L"5:-1E+300"},
-        {L"EchoDouble", Arg(7L), S_OK, L"5:7"},
-        {L"EchoBoolean", Arg(true), S_OK, L"11:-1"},
-        {L"EchoBoolean", Arg(5L), S_OK, L"11:-1"},
-        {L"EchoString", Arg(text.bstrVal), S_OK, L"8:text"},
-        {L"EchoString", Arg(static_cast<BSTR>(nullptr)), S_OK, L"8:"},
-        {L"EchoString", Arg(-5L), S_OK, L"8:-5"},
-        {L"EchoVariant", Arg(2.5), S_OK, L"5:2.5"},
-        {L"EchoVariant", OfType(VT_NULL, 0), S_OK, L"1:"},
-        {L"EchoVariant", Ref(VT_I2, &small), S_OK, L"2:-9"},
-        {L"EchoKind", Arg(3L), S_OK, L"3:3"},
-        {L"EchoColour", Arg(255L), S_OK, L"19:255"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.member << " " << Describe(c.argument));
-        const Outcome ours = Call(shapes_.get(), c.member, {c.argument});
-        EXPECT_EQ(c.result, ours.result);
-        EXPECT_EQ(c.value, Describe(ours.value));
-        EXPECT_EQ(FAILED(c.result) ? 0u : static_cast<UINT>(-1), ours.badArgument);
-        const Outcome platform =
-            InvokeByPlatform(shapes_.get(), c.member, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {c.argument});
-        EXPECT_EQ(platform.result, ours.result);
-        EXPECT_EQ(Describe(platform.value), Describe(ours.value));
-    }
-    EXPECT_EQ(std::wstring(L"a\0b", 3), TextOf(Call(shapes_.get(), L"EchoString", {withNul}).value));
+ComPtr<IFontDisp> MakeFont() {
+    FONTDESC description{sizeof(FONTDESC), const_cast<LPOLESTR>(L"Tahoma"), {}, FW_NORMAL, 0, FALSE, FALSE, FALSE};
+    description.cySize.int64 = 80000;
+    ComPtr<IFontDisp> font;
+    EXPECT_EQ(S_OK, OleCreateFontIndirect(&description, IID_IFontDisp, font.ReceiveVoid()));
+    return font;
 }
 
-// A colour with the high bit set is a negative number to most clients.
-TEST_F(DispatchValues, ASystemColourArrives) {
-    const VARIANT colour = Arg(static_cast<LONG>(0x80000005));
-    EXPECT_EQ(0x80000005u, Call(shapes_.get(), L"EchoColour", {colour}).value.ulVal);
+// The platform's own generic call is the reference for what is passed by value, whatever the member takes.
+TEST_F(DispatchValues, ArriveAndReturnAsThroughThePlatform) {
+    const Variant text = Text(L"text"), number = Text(L" -41 "), none = Text(L""), null = Holding(VT_NULL, L"");
+    const auto value = ValueObject::Make(Arg(5L)), word = ValueObject::Make(text), large = ValueObject::Make(Arg(1e10));
+    const auto failing = ValueObject::Make(Arg(5L)), bare = ValueObject::Make(Arg(5L));
+    failing->answer = DISP_E_EXCEPTION;
+    bare->answer = DISP_E_MEMBERNOTFOUND;
+    const auto font = MakeFont();
+    SHORT small = -9;
+    std::vector<VARIANT> values = {text, number, none, null, VARIANT{}, Ref(VT_I2, &small), Arg(true)};
+    for (const LONG whole : {-7, 255, 32767, 32768, -2147483647}) values.push_back(Arg(whole));
+    for (const double fraction : {2.5, 3.5, -1e300, 1e10}) values.push_back(Arg(fraction));
+    for (IDispatch* object : std::initializer_list<IDispatch*>{font.get(), value.get(), word.get(), large.get(),
+                                                               failing.get(), bare.get(), nullptr}) {
+        values.push_back(Arg(object));
+    }
+    shapes_->put_Step(0);
+    for (const auto& [byValue, byReference] : {std::pair(L"EchoLong", L"BumpLong"),
+                                               {L"EchoDouble", L"EchoDouble"},
+                                               {L"EchoString", L"BumpString"},
+                                               {L"EchoVariant", L"BumpVariant"},
+                                               {L"EchoKind", L"BumpKind"},
+                                               {L"EchoColour", L"EchoColour"},
+                                               {L"EchoObject", L"SwapObject"}}) {
+        for (const VARIANT& argument : values) {
+            SCOPED_TRACE(testing::Message() << byValue << " " << Describe(argument));
+            const Outcome platform =
+                InvokeByPlatform(shapes_.get(), byValue, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {argument});
+            for (const wchar_t* member : {byValue, byReference}) {
+                const Outcome ours = Call(shapes_.get(), member, {argument});
+                EXPECT_EQ(platform.result, ours.result);
+                EXPECT_EQ(Describe(platform.value), Describe(ours.value));
+                EXPECT_EQ(FAILED(ours.result) ? 0u : static_cast<UINT>(-1), ours.badArgument);
+            }
+        }
+    }
+    for (ValueObject* object : {value.get(), word.get(), large.get(), failing.get(), bare.get()}) {
+        EXPECT_EQ(1u, object->count());
+    }
+}
+
+TEST_F(DispatchValues, EmbeddedNulsAndSystemColoursArrive) {
+    const Bstr text(std::wstring_view(L"a\0b", 3));
+    EXPECT_EQ(View(text.get()), TextOf(Call(shapes_.get(), L"EchoString", {Arg(text.get())}).value));
+    // A negative number to most clients.
+    EXPECT_EQ(0x80000005u, Call(shapes_.get(), L"EchoColour", {Arg(static_cast<LONG>(0x80000005))}).value.ulVal);
 }
 
 TEST_F(DispatchValues, EightByteArgumentsBetweenFourByteOnesKeepTheirPlaces) {
     DOUBLE d = 4.5;
     Bstr e(L"e");
     const Variant g = Text(L"g");
-    const std::initializer_list<VARIANT> arguments = {OfType(VT_I2, -1),         Arg(-2.25), Arg(3L), Ref(VT_R8, &d),
-                                                      Ref(VT_BSTR, e.Receive()), Arg(1e9),   g,       Single(8.5f)};
-    const wchar_t* const arrived = L"-1 -2.250 3 4.500  5:1000000000 g 8.500";
-    EXPECT_EQ(arrived, TextOf(Call(shapes_.get(), L"Mixed", arguments).value));
+    const std::vector<VARIANT> good = {Arg(-1L), Arg(-2.25), Arg(3L), Ref(VT_R8, &d), Ref(VT_BSTR, e.Receive()),
+                                       Arg(1e9), g,          Arg(8.5)};
+    EXPECT_EQ(L"-1 -2.250 3 4.500  5:1000000000 g 8.500",
+              TextOf(InvokeNamed(shapes_.get(), L"Mixed", DISPATCH_METHOD, good, {}).value));
     EXPECT_EQ(5.5, d);
     EXPECT_EQ(L"!", View(e.get()));
 
-    d = 4.5;
-    Bstr f, early;
-    EXPECT_EQ(S_OK, shapes_->Mixed(-1, -2.25, 3, &d, f.Receive(), Arg(1e9), g.bstrVal, 8.5f, early.Receive()));
-    EXPECT_EQ(arrived, View(early.get()));
-    EXPECT_EQ(5.5, d);
-}
-
-TEST_F(DispatchValues, ABadArgumentIsNamedByItsPlaceInTheCallersArray) {
-    DOUBLE d = 0;
-    BSTR e = nullptr;
-    const VARIANT good[] = {Arg(1L), Arg(1L), Arg(1L), Ref(VT_R8, &d), Ref(VT_BSTR, &e), Arg(1L), Arg(1L), Arg(1L)};
-    const Variant text = Text(L"text");
+    // A bad one is named by its place in the caller's array, which is laid down in reverse.
     for (const UINT bad : {0u, 1u, 2u, 7u}) {
-        std::vector<VARIANT> arguments(std::begin(good), std::end(good));
-        arguments[bad] = text;
+        std::vector<VARIANT> arguments = good;
+        arguments[bad] = g;
         const Outcome outcome = InvokeNamed(shapes_.get(), L"Mixed", DISPATCH_METHOD, arguments, {});
         EXPECT_EQ(DISP_E_TYPEMISMATCH, outcome.result) << bad;
         EXPECT_EQ(7 - bad, outcome.badArgument);
     }
-    EXPECT_EQ(0.0, d);
+    EXPECT_EQ(5.5, d);
 }
 
-TEST_F(DispatchValues, MembersWithoutArguments) {
-    shapes_->put_Item(0, Arg(true));
-    EXPECT_EQ(L"11:-1", Describe(Get(shapes_.get(), L"First").value));
-    EXPECT_EQ(L"5:10", Describe(Get(shapes_.get(), L"Share").value));
+struct VariableCase {
+    const wchar_t* member;
+    VARTYPE type;  // of the variable before the call
+    const wchar_t* held;
+    LONG step;
+    const wchar_t* result;
+    const wchar_t* after;
+};
+
+// What comes back is of the member's type; a variable that the member left alone keeps its own type and value.
+constexpr VariableCase kVariables[] = {
+    {L"BumpShort", VT_I2, L"5", 1, L"2:5", L"2:6"},         {L"BumpShort", VT_R8, L"2.5", 1, L"2:2", L"2:3"},
+    {L"BumpShort", VT_R8, L"2.5", 0, L"2:2", L"5:2.5"},     {L"BumpLong", VT_I2, L"5", 1, L"3:5", L"3:6"},
+    {L"BumpLong", VT_BSTR, L"05", 1, L"3:5", L"3:6"},       {L"BumpLong", VT_BSTR, L"05", 0, L"3:5", L"8:05"},
+    {L"BumpLong", VT_EMPTY, L"", 0, L"3:0", L"3:0"},  // never set: typed all the same
+    {L"BumpBoolean", VT_I4, L"5", 1, L"11:-1", L"11:0"},    {L"BumpString", VT_BSTR, L"a", 1, L"8:a", L"8:a!"},
+    {L"BumpString", VT_I4, L"5", 1, L"8:5", L"8:5!"},       {L"BumpString", VT_I4, L"5", 0, L"8:5", L"3:5"},
+    {L"BumpString", VT_EMPTY, L"", 1, L"8:", L"8:!"},       {L"BumpVariant", VT_BSTR, L"a", 1, L"8:a", L"8:changed"},
+    {L"BumpVariant", VT_I2, L"5", 1, L"2:5", L"8:changed"}, {L"BumpKind", VT_I4, L"5", 1, L"3:5", L"3:6"}};
+
+TEST_F(DispatchValues, VariablesReceiveWhatTheMemberWroteAndLiteralsStay) {
+    for (const VariableCase& c : kVariables) {
+        SCOPED_TRACE(testing::Message() << c.member << " " << c.type << " " << c.held << " step " << c.step);
+        shapes_->put_Step(c.step);
+        Variant held = Holding(c.type, c.held);
+        VARIANT literal = held;
+        DISPPARAMS parameters{&literal, nullptr, 1, 0};
+        EXPECT_EQ(S_OK, shapes_->Invoke(IdOf(shapes_.get(), c.member), IID_NULL, 0, DISPATCH_METHOD, &parameters,
+                                        nullptr, nullptr, nullptr));
+        EXPECT_EQ(0, std::memcmp(&literal, &held, sizeof(VARIANT)));
+        const Outcome outcome = Call(shapes_.get(), c.member, {Arg(&held)});
+        EXPECT_EQ(S_OK, outcome.result);
+        EXPECT_EQ(c.result, Describe(outcome.value));
+        EXPECT_EQ(c.after, Describe(held));
+    }
+}
+
+TEST_F(DispatchValues, TypedReferencesArePassedStraightAndForeignOnesAsCopies) {
+    LONG number = 5;
+    SHORT small = 5;
+    BSTR place = Bstr(L"a").Detach();
+    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I4, &number)}).value));
+    EXPECT_EQ(6, number);
+    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I2, &small)}).value));
+    EXPECT_EQ(5, small);
+    EXPECT_EQ(L"8:a", Describe(Call(shapes_.get(), L"BumpString", {Ref(VT_BSTR, &place)}).value));
+    Bstr text;
+    *text.Receive() = place;
+    EXPECT_EQ(L"a!", View(text.get()));
+
+    // A variable that is itself a reference, as a script's own by-reference arguments are.
+    Variant variable;
+    static_cast<VARIANT&>(variable) = Ref(VT_I4, &number);
+    EXPECT_EQ(L"3:6", Describe(Call(shapes_.get(), L"BumpLong", {Arg(&variable)}).value));
+    EXPECT_EQ(L"3:7", Describe(variable));
+
+    // The result may go where an argument stood.
+    VARIANT argument = Arg(&variable);
+    DISPPARAMS parameters{&argument, nullptr, 1, 0};
+    EXPECT_EQ(S_OK, shapes_->Invoke(IdOf(shapes_.get(), L"EchoString"), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                    &parameters, &variable, nullptr, nullptr));
+    EXPECT_EQ(L"8:7", Describe(variable));
+}
+
+// While one argument is converted, foreign code replaces what another argument points to. A pointer that was taken too
+// early would then point to a freed string.
+TEST_F(DispatchValues, ADefaultPropertyMayChangeTheCallersOtherVariables) {
+    for (const UINT changing : {0u, 2u, 7u}) {
+        const auto object = ValueObject::Make(Arg(5L)), late = ValueObject::Make(Arg(5L));
+        Variant d, e = Text(L"an old text"), f = Text(L"an old value"), g = Text(L"another old text");
+        object->onRead = [&] {
+            d = Text(L"2");
+            e = Text(L"new e");
+            f = Text(L"new f");
+            g = Text(L"new g");
+        };
+        std::vector<VARIANT> arguments = {Arg(5L), Arg(1.0), Arg(5L), Arg(&d), Arg(&e), Arg(&f), Arg(&g), Arg(5L)};
+        arguments[changing] = Arg(object.get());
+        const auto call = [&] { return InvokeNamed(shapes_.get(), L"Mixed", DISPATCH_METHOD, arguments, {}); };
+        EXPECT_EQ(L"5 1.000 5 2.000 new e 8:new f new g 5.000", TextOf(call().value));
+        EXPECT_EQ(L"5:3", Describe(d));
+        EXPECT_EQ(L"8:new e!", Describe(e));
+
+        // An object that comes in that way behind the arguments that are settled is not read any more.
+        if (changing != 7) continue;
+        late->onRead = [] { ADD_FAILURE() << "was read"; };
+        object->onRead = [&] { d = Holding(late.get()); };
+        const Outcome refused = call();
+        EXPECT_EQ(DISP_E_TYPEMISMATCH, refused.result);
+        EXPECT_EQ(4u, refused.badArgument);
+    }
+}
+
+TEST_F(DispatchValues, ObjectsPassInBothDirections) {
+    const auto object = ValueObject::Make(Arg(5L));
+    const auto font = MakeFont();
+    IDispatch* const self = shapes_.get();
+    EXPECT_EQ(object.get(), Call(self, L"EchoObject", {Arg(object.get())}).value.pdispVal);
+    EXPECT_EQ(font.get(), Call(self, L"EchoFont", {Arg(font.get())}).value.pdispVal);
+    for (const wchar_t* member : {L"EchoFont", L"SwapFont"}) {
+        EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(self, member, {Arg(object.get())}).result);
+    }
+
+    Variant variable;
+    for (const VARIANT& given : {Arg(&variable), Ref(VT_DISPATCH, &variable.pdispVal)}) {
+        variable = Holding(object.get());
+        EXPECT_EQ(object.get(), Call(self, L"SwapObject", {given}).value.pdispVal);
+        EXPECT_EQ(self, variable.pdispVal);
+    }
+    variable = Holding(font.get());
+    EXPECT_EQ(font.get(), Call(self, L"SwapFont", {Arg(&variable)}).value.pdispVal);
+    EXPECT_EQ(L"9:nothing", Describe(variable));
+
+    // Where a value is wanted it is the object's, and comes back only if the member wrote.
+    for (const LONG step : {0, 1}) {
+        shapes_->put_Step(step);
+        variable = Holding(object.get());
+        EXPECT_EQ(L"3:5", Describe(Call(self, L"BumpLong", {Arg(&variable)}).value));
+        EXPECT_EQ(step ? L"3:6" : L"9:object", Describe(variable));
+    }
+    EXPECT_EQ(1u, object->count());
+    font->AddRef();
+    EXPECT_EQ(1u, font->Release());
 }
 
 }  // namespace

@@ -2,8 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
-#include <fstream>
+#include <cstddef>
 #include <set>
 
 #include "support/client.h"
@@ -12,79 +11,57 @@
 namespace velk::test {
 namespace {
 
-class Image {
-  public:
-    explicit Image(const std::wstring& path) {
-        std::ifstream file(path.c_str(), std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(file), {});
-    }
+class LibraryFile : public testing::TestWithParam<const wchar_t*> {
+  protected:
+    ~LibraryFile() override { FreeLibrary(module_); }
 
-    const std::string& bytes() const { return bytes_; }
-    const IMAGE_NT_HEADERS& headers() const {
-        return *At<IMAGE_NT_HEADERS>(
-            static_cast<DWORD>(reinterpret_cast<const IMAGE_DOS_HEADER*>(&bytes_[0])->e_lfanew));
-    }
-    const IMAGE_DATA_DIRECTORY& Directory(int which) const { return headers().OptionalHeader.DataDirectory[which]; }
-
-    // What the loader would place at this address.
     template <class T>
-    const T* Mapped(DWORD address) const {
-        const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(&headers());
-        while (address - section->VirtualAddress >= section->SizeOfRawData) ++section;
-        return At<T>(address - section->VirtualAddress + section->PointerToRawData);
+    const T* At(DWORD address) const {
+        return reinterpret_cast<const T*>(reinterpret_cast<const std::byte*>(module_) + address);
     }
+    const IMAGE_DATA_DIRECTORY& Directory(int which) const { return headers_->OptionalHeader.DataDirectory[which]; }
 
-  private:
-    template <class T>
-    const T* At(DWORD offset) const {
-        return reinterpret_cast<const T*>(&bytes_.at(offset));
-    }
-
-    std::string bytes_;
+    const std::wstring path_ = BuiltFile(GetParam());
+    const HMODULE module_ = LoadLibraryW(path_.c_str());
+    const IMAGE_NT_HEADERS* const headers_ =
+        At<IMAGE_NT_HEADERS>(static_cast<DWORD>(At<IMAGE_DOS_HEADER>(0)->e_lfanew));
+    const IMAGE_EXPORT_DIRECTORY* const exports_ =
+        At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
 };
 
-class LibraryFile : public testing::TestWithParam<const wchar_t*> {};
 INSTANTIATE_TEST_SUITE_P(Both, LibraryFile, testing::Values(L"VelkSprt.dll", L"VelkSub.dll"));
 
 TEST_P(LibraryFile, IsARelocatableHardenedLibraryWithoutTimeStamps) {
-    const Image image(BuiltFile(GetParam()));
-    const IMAGE_FILE_HEADER& file = image.headers().FileHeader;
+    const IMAGE_FILE_HEADER& file = headers_->FileHeader;
     EXPECT_EQ(sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_I386 : IMAGE_FILE_MACHINE_AMD64, file.Machine);
     EXPECT_TRUE(file.Characteristics & IMAGE_FILE_DLL);
     EXPECT_FALSE(file.Characteristics & IMAGE_FILE_RELOCS_STRIPPED);
-    EXPECT_GT(image.Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC).Size, 0u);
-    const WORD hardening = image.headers().OptionalHeader.DllCharacteristics;
-    EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
-    EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+    EXPECT_GT(Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC).Size, 0u);
+    EXPECT_TRUE(headers_->OptionalHeader.DllCharacteristics & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+    EXPECT_TRUE(headers_->OptionalHeader.DllCharacteristics & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
     EXPECT_EQ(0u, file.TimeDateStamp);
-    const DWORD exports = image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress;
-    EXPECT_EQ(0u, image.Mapped<IMAGE_EXPORT_DIRECTORY>(exports)->TimeDateStamp);
-    EXPECT_EQ(0u, image.Directory(IMAGE_DIRECTORY_ENTRY_DEBUG).Size);
+    EXPECT_EQ(0u, exports_->TimeDateStamp);
+    EXPECT_EQ(0u, Directory(IMAGE_DIRECTORY_ENTRY_DEBUG).Size);
 }
 
 TEST_P(LibraryFile, ExportsTheFourEntryPointsUndecorated) {
-    const Image image(BuiltFile(GetParam()));
-    const auto* exports =
-        image.Mapped<IMAGE_EXPORT_DIRECTORY>(image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT).VirtualAddress);
     std::set<std::string> names;
-    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
-        names.insert(image.Mapped<char>(image.Mapped<DWORD>(exports->AddressOfNames)[i]));
+    for (DWORD i = 0; i < exports_->NumberOfNames; ++i) {
+        names.insert(At<char>(At<DWORD>(exports_->AddressOfNames)[i]));
     }
     const std::set<std::string> expected{"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
                                          "DllUnregisterServer"};
     EXPECT_EQ(expected, names);
-    EXPECT_EQ(4u, exports->NumberOfFunctions);
+    EXPECT_EQ(4u, exports_->NumberOfFunctions);
 }
 
 TEST_P(LibraryFile, ImportsOnlySystemLibraries) {
     const std::set<std::string> system{"kernel32.dll", "user32.dll",   "gdi32.dll",    "advapi32.dll", "ole32.dll",
                                        "oleaut32.dll", "shell32.dll",  "comdlg32.dll", "winmm.dll",    "wininet.dll",
                                        "comctl32.dll", "winspool.drv", "version.dll",  "msvcrt.dll"};
-    const Image image(BuiltFile(GetParam()));
-    const auto* library =
-        image.Mapped<IMAGE_IMPORT_DESCRIPTOR>(image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
     for (; library->Name; ++library) {
-        std::string name = image.Mapped<char>(library->Name);
+        std::string name = At<char>(library->Name);
         std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
         EXPECT_EQ(1u, system.count(name)) << name;
     }
@@ -106,13 +83,13 @@ TEST(MainLibraryFile, StatesItsVersion) {
 #ifdef NDEBUG  // debug information names its sources
 
 TEST_P(LibraryFile, DoesNotTellWhereItWasBuilt) {
-    const Image image(BuiltFile(GetParam()));
+    const std::string_view image(At<char>(0), headers_->OptionalHeader.SizeOfImage);
     const std::string library = VELKSPRT_DLL;
     for (const std::string& folder : {std::string(VELK_SOURCE_DIR "/"), library.substr(0, library.rfind('/') + 1)}) {
         std::string wide;
         for (const char c : folder) wide += {c, '\0'};
-        EXPECT_EQ(std::string::npos, image.bytes().find(folder)) << folder;
-        EXPECT_EQ(std::string::npos, image.bytes().find(wide)) << folder;
+        EXPECT_EQ(std::string::npos, image.find(folder)) << folder;
+        EXPECT_EQ(std::string::npos, image.find(wide)) << folder;
     }
 }
 
@@ -120,7 +97,7 @@ TEST_P(LibraryFile, DoesNotTellWhereItWasBuilt) {
 
 // The constants of enumerations are left out: the type-library compiler gives them none.
 TEST_P(LibraryFile, HasAHelpTextForEveryTypeAndMember) {
-    for (const Type& type : TypesOf(LoadTypes(BuiltFile(GetParam()).c_str()))) {
+    for (const Type& type : TypesOf(LoadTypes(path_.c_str()))) {
         const Documentation about = DocumentationOf(type, MEMBERID_NIL);
         EXPECT_FALSE(about.help.empty()) << about.name;
         const Type own = OwnMembers(type);
@@ -131,22 +108,22 @@ TEST_P(LibraryFile, HasAHelpTextForEveryTypeAndMember) {
     }
 }
 
-void ExpectNamesCoclass(IUnknown* object, const GUID& clsid, const std::wstring& name) {
-    const auto provider = ComPtr<IUnknown>(object).As<IProvideClassInfo2>();
-    ASSERT_TRUE(provider) << name;
+void ExpectNamesCoclass(const ComPtr<IUnknown>& object, const Type& coclass) {
+    const auto provider = object.As<IProvideClassInfo2>();
+    ASSERT_TRUE(provider);
     Type named;
-    ASSERT_EQ(S_OK, provider->GetClassInfo(named.Receive())) << name;
-    EXPECT_EQ(clsid, AttributesOf(named)->guid) << name;
+    ASSERT_EQ(S_OK, provider->GetClassInfo(named.Receive()));
+    EXPECT_EQ(AttributesOf(coclass)->guid, AttributesOf(named)->guid);
     for (UINT i = 0; i < AttributesOf(named)->cImplTypes; ++i) {
         const GUID iid = AttributesOf(Implemented(named, i))->guid;
         INT flags = 0;
         named->GetImplTypeFlags(i, &flags);
         GUID source{};
         if (flags & IMPLTYPEFLAG_FSOURCE) {
-            EXPECT_EQ(S_OK, provider->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &source)) << name;
-            EXPECT_EQ(iid, source) << name;
+            EXPECT_EQ(S_OK, provider->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &source));
+            EXPECT_EQ(iid, source);
         } else {
-            EXPECT_TRUE(ComPtr<IUnknown>(object).As<IUnknown>(iid)) << name;
+            EXPECT_TRUE(object.As<IUnknown>(iid));
         }
     }
 }
@@ -154,10 +131,10 @@ void ExpectNamesCoclass(IUnknown* object, const GUID& clsid, const std::wstring&
 TEST(MainLibraryFile, EveryClassIsCreatableAndKnowsItsCoclass) {
     for (const Type& type : TypesOf(LoadTypes(LibraryPath().c_str()))) {
         if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
-        const GUID clsid = AttributesOf(type)->guid;
-        const ComPtr<IUnknown> object = CreateUnknown(clsid);
-        ASSERT_TRUE(object) << NameOf(type);
-        ExpectNamesCoclass(object.get(), clsid, NameOf(type));
+        SCOPED_TRACE(NameOf(type));
+        const ComPtr<IUnknown> object = CreateUnknown(AttributesOf(type)->guid);
+        ASSERT_TRUE(object);
+        ExpectNamesCoclass(object, type);
     }
 }
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include "frame/failure.h"
 
 namespace velk {
@@ -9,36 +12,27 @@ namespace {
 
 TEST(Numbers, LongFromTextRoundsHalfToEvenAndChecks) {
     ASSERT_EQ(LCID{MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US)}, GetUserDefaultLCID());
-    const std::pair<std::wstring_view, LONG> good[] = {
-        {L"0", 0},        {L"-1", -1},
-        {L" 42 ", 42},    {L"+7", 7},
-        {L"2.5", 2},      {L"3.5", 4},
-        {L"-2.5", -2},    {L"-3.5", -4},
-        {L"2.500001", 3}, {L"1,234", 1234},
-        {L"1e3", 1000},   {L"2147483647.4", 2147483647},
-        {L"0000012", 12}, {L"-2147483648", static_cast<LONG>(0x80000000)},
-    };
-    for (const auto& [text, number] : good) EXPECT_EQ(number, LongFromText(text)) << testing::PrintToString(text);
-
-    const std::pair<std::wstring_view, int> bad[] = {
-        {L"2147483648", 6},
-        {L"-2147483649", 6},
-        {L"1e300", 6},
-        {L"", 13},
-        {L" ", 13},
-        {L"abc", 13},
-        {L"12abc", 13},
-        {L"1 2", 13},
-        {L"--1", 13},
-        {std::wstring_view(L"12\0", 3), 13},
-        {std::wstring_view(L"12\0junk", 7), 13},
-    };
-    for (const auto& [text, error] : bad) {
+    constexpr LONG kMismatch = -13, kOverflow = -6;  // errors
+    const auto answer = [](std::wstring_view text) -> LONG {
         try {
-            ADD_FAILURE() << testing::PrintToString(text) << " gave " << LongFromText(text);
-        } catch (const RuntimeError& thrown) {
-            EXPECT_EQ(error, thrown.number()) << testing::PrintToString(text);
+            return LongFromText(text);
+        } catch (const RuntimeError& error) {
+            return -error.number();
         }
+    };
+    const std::pair<LONG, std::vector<std::wstring_view>> cases[] = {
+        {2, {L"2.5", L" 2 ", L"+2"}},
+        {4, {L"3.5"}},
+        {3, {L"2.500001"}},
+        {-2, {L"-2.5"}},
+        {-4, {L"-3.5"}},
+        {1000, {L"1,000", L"1e3"}},
+        {2147483647, {L"2147483647.4"}},
+        {static_cast<LONG>(0x80000000), {L"-2147483648"}},
+        {kOverflow, {L"2147483648", L"-2147483649", L"1e300"}},
+        {kMismatch, {L"", L" ", L"12abc", L"1 2", L"--1", {L"12\0", 3}, {L"12\0junk", 7}}}};
+    for (const auto& [number, texts] : cases) {
+        for (const auto& text : texts) EXPECT_EQ(number, answer(text)) << testing::PrintToString(text);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
 #include <set>
 
 #include "frame/handles.h"
@@ -21,12 +20,11 @@ using Lines = std::set<std::wstring>;
 // Every key and value below a key, one line each.
 void AddLines(HKEY key, const std::wstring& path, Lines& lines) {
     lines.insert(path);
-    static wchar_t name[1 << 14];
-    static BYTE data[1 << 16];
+    static wchar_t name[1 << 14], data[1 << 15];
     for (DWORD i = 0;; ++i) {
-        DWORD length = ARRAYSIZE(name), size = sizeof(data), type = 0;
-        if (RegEnumValueW(key, i, name, &length, nullptr, &type, data, &size)) break;
-        lines.insert(path + L"|" + name + L"|" + std::to_wstring(type) + L"|" + std::wstring(data, data + size));
+        DWORD length = ARRAYSIZE(name), size = sizeof(data);
+        if (RegEnumValueW(key, i, name, &length, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size)) break;
+        lines.insert(path + L"|" + name + L"|" + std::wstring(data, size / sizeof(wchar_t)));
     }
     for (DWORD i = 0; RegEnumKeyW(key, i, name, ARRAYSIZE(name)) == ERROR_SUCCESS; ++i) {
         const std::wstring below = path + L"\\" + name;
@@ -37,28 +35,13 @@ void AddLines(HKEY key, const std::wstring& path, Lines& lines) {
 
 Lines Dump() {
     Lines lines;
-    for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    for (const auto& [root, name] : {std::pair(HKEY_LOCAL_MACHINE, L"HKLM"), {HKEY_CURRENT_USER, L"HKCU"}}) {
         RegistryKey key;
         // Made if it is missing: Windows gives every user this key, Wine does not.
         RegCreateKeyExW(root, L"Software\\Classes", 0, nullptr, 0, KEY_READ, nullptr, key.Receive(), nullptr);
-        AddLines(key.get(), root == HKEY_LOCAL_MACHINE ? L"HKLM" : L"HKCU", lines);
+        AddLines(key.get(), name, lines);
     }
     return lines;
-}
-
-Lines Difference(const Lines& one, const Lines& other) {
-    Lines difference;
-    std::set_symmetric_difference(one.begin(), one.end(), other.begin(), other.end(),
-                                  std::inserter(difference, difference.end()));
-    return difference;
-}
-
-std::optional<std::wstring> ValueOf(HKEY root, const std::wstring& key, const wchar_t* name = nullptr) {
-    wchar_t value[1024];
-    DWORD size = sizeof(value);
-    const LSTATUS status =
-        RegGetValueW(root, (L"Software\\Classes\\" + key).c_str(), name, RRF_RT_REG_SZ, nullptr, value, &size);
-    return status == ERROR_SUCCESS ? std::optional<std::wstring>(value) : std::nullopt;
 }
 
 HRESULT Register() { return Export<decltype(&DllRegisterServer)>("DllRegisterServer")(); }
@@ -88,84 +71,81 @@ class Registration : public testing::Test {
         before_ = Dump();
     }
     static void TearDownTestSuite() { Unregister(); }
-    static void ExpectAsBefore() { EXPECT_EQ(Lines(), Difference(before_, Dump())); }
-
-    void ExpectClasses(HKEY root) const {
-        for (const Type& type : TypesOf(types_)) {
-            if (AttributesOf(type)->typekind == TKIND_COCLASS)
-                ExpectClass(root, NameOf(type), AttributesOf(type)->guid);
-        }
+    static Lines Changed() {
+        const Lines now = Dump();
+        Lines changed;
+        std::ranges::set_symmetric_difference(before_, now, std::inserter(changed, changed.end()));
+        return changed;
     }
 
-    void ExpectClass(HKEY root, const std::wstring& name, REFCLSID clsid) const {
-        const std::wstring progId = L"VelkSupport." + name;
-        const std::wstring key = L"CLSID\\" + GuidText(clsid);
-        EXPECT_EQ(progId, ValueOf(root, key));
-        EXPECT_EQ(LibraryPath(), ValueOf(root, key + L"\\InprocServer32"));
-        EXPECT_EQ(L"Apartment", ValueOf(root, key + L"\\InprocServer32", L"ThreadingModel"));
-        EXPECT_EQ(progId, ValueOf(root, key + L"\\ProgID"));
-        EXPECT_EQ(L"", ValueOf(root, key + L"\\Programmable"));
-        EXPECT_EQ(GuidText(AttributesOf(types_)->guid), ValueOf(root, key + L"\\TypeLib"));
-        EXPECT_EQ(L"1.1", ValueOf(root, key + L"\\VERSION"));
-        EXPECT_EQ(progId, ValueOf(root, progId));
-        EXPECT_EQ(GuidText(clsid), ValueOf(root, progId + L"\\CLSID"));
-    }
-
-    void ExpectTypeLibrary(HKEY root) const {
+    void ExpectClasses(const std::wstring& root) const {
+        const Lines made = Changed();
+        const auto expect = [&](const std::wstring& key, const std::wstring& value, const wchar_t* name = L"") {
+            const std::wstring line = root + L"\\" + key + L"|" + name + L"|" + value + L'\0';
+            EXPECT_TRUE(made.contains(line)) << line;
+        };
         const std::wstring library = GuidText(AttributesOf(types_)->guid);
-        EXPECT_EQ(L"Velk Support Functions", ValueOf(root, L"TypeLib\\" + library + L"\\1.1"));
-        const wchar_t* const width = sizeof(void*) == 4 ? L"\\1.1\\0\\win32" : L"\\1.1\\0\\win64";
-        const std::wstring path = ValueOf(root, L"TypeLib\\" + library + width).value_or(L"");
-        EXPECT_TRUE(path.ends_with(LibraryPath())) << path;
+        for (const Type& type : TypesOf(types_)) {
+            if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
+            const std::wstring progId = L"VelkSupport." + NameOf(type), guid = GuidText(AttributesOf(type)->guid);
+            const std::wstring key = L"CLSID\\" + guid;
+            expect(key, progId);
+            expect(key + L"\\InprocServer32", LibraryPath());
+            expect(key + L"\\InprocServer32", L"Apartment", L"ThreadingModel");
+            expect(key + L"\\ProgID", progId);
+            expect(key + L"\\Programmable", L"");
+            expect(key + L"\\TypeLib", library);
+            expect(key + L"\\VERSION", L"1.1");
+            expect(progId, progId);
+            expect(progId + L"\\CLSID", guid);
+        }
+        // Wine registers type libraries for the machine even when asked to do it for the user.
+        const auto expectTypes = [&](const std::wstring& key, const std::wstring& value) {
+            EXPECT_TRUE(std::ranges::any_of(made, [&](const std::wstring& line) {
+                return line.starts_with(L"HKLM") && line.find(library + key) != line.npos &&
+                       line.ends_with(value + L'\0');
+            })) << value;
+        };
+        expectTypes(L"\\1.1||", L"Velk Support Functions");
+        expectTypes(sizeof(void*) == 4 ? L"\\1.1\\0\\win32||" : L"\\1.1\\0\\win64||", LibraryPath());
     }
 
     static inline Lines before_;
     const TypeLib types_ = LoadTypes(LibraryPath().c_str());
 };
 
-void ExpectCreatableByName() {
+// What creating it by name answers, and with what it begins to work.
+HRESULT CreateByName() {
     CLSID clsid;
     ComPtr<IDispatch> object;
-    ASSERT_EQ(S_OK, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
-    ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid()));
-    const Variant text = Text(L"");
-    EXPECT_EQ(0, Call(object.get(), L"GetCRCFromString", {text}).value.lVal);
+    HRESULT result = CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid);
+    if (FAILED(result)) return result;
+    result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid());
+    const Variant text = Text(L"abc");
+    if (object) EXPECT_EQ(0x352441C2, Call(object.get(), L"GetCRCFromStringAscii", {text}).value.lVal);
+    return result;
 }
 
-TEST_F(Registration, WritesWhatIsNeededForTheMachineAndRemovesIt) {
+TEST_F(Registration, WritesWhatIsNeededForTheMachineOrElseTheUserAndRemovesBoth) {
     EXPECT_EQ(S_OK, Unregister()) << "nothing is registered";
-    ASSERT_EQ(S_OK, Register());
-    ASSERT_EQ(S_OK, Register()) << "a second time";
-    ExpectClasses(HKEY_LOCAL_MACHINE);
-    ExpectTypeLibrary(HKEY_LOCAL_MACHINE);
-    ExpectCreatableByName();
-    EXPECT_EQ(S_OK, Unregister());
-    ExpectAsBefore();
-}
-
-TEST_F(Registration, IsForTheUserWhenTheMachineIsClosed) {
+    EXPECT_EQ(CO_E_CLASSSTRING, CreateByName());
     {
         const MachineIsClosed closed;
         ASSERT_EQ(S_OK, Register());
-        ExpectClasses(HKEY_CURRENT_USER);
-        // Wine registers type libraries for the machine even when asked to do it for the user.
-        ExpectTypeLibrary(HKEY_LOCAL_MACHINE);
-        // Wine looks for classes only in the machine's part.
-        CLSID clsid;
-        EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+        ExpectClasses(L"HKCU");
+        EXPECT_EQ(CO_E_CLASSSTRING, CreateByName());  // Wine looks for classes only in the machine's part
         EXPECT_EQ(S_OK, Unregister());
     }
-    ExpectAsBefore();
-}
-
-TEST_F(Registration, ForTheMachineAndTheUserGoesAtOnce) {
-    ASSERT_EQ(S_OK, Register());
+    EXPECT_EQ(Lines(), Changed());
+    for (int time = 0; time < 2; ++time) ASSERT_EQ(S_OK, Register());
+    ExpectClasses(L"HKLM");
+    EXPECT_EQ(S_OK, CreateByName());
     {
         const MachineIsClosed closed;
         ASSERT_EQ(S_OK, Register());
     }
     EXPECT_EQ(S_OK, Unregister());
-    ExpectAsBefore();
+    EXPECT_EQ(Lines(), Changed());
 }
 
 int valuesLeft = 0;
@@ -181,11 +161,11 @@ TEST_F(Registration, ThatFailsHalfWayLeavesNothing) {
         valuesLeft = values;
         const ImportPatch patch(Library(), "RegSetValueExW", reinterpret_cast<void*>(&SetValueUntilFull));
         EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_REGISTRY_IO_FAILED), Register()) << values;
-        ExpectAsBefore();
+        EXPECT_EQ(Lines(), Changed());
     }
     const ImportPatch patch(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RefuseTypeLibrary));
     EXPECT_EQ(SELFREG_E_TYPELIB, Register());
-    ExpectAsBefore();
+    EXPECT_EQ(Lines(), Changed());
 }
 
 // Use without registration: a program that carries the library and its manifest.
@@ -200,20 +180,15 @@ TEST(Activation, TheManifestReplacesRegistration) {
     const ScratchFolder folder;
     const std::wstring library = CopyInto(folder, L"VelkSprt.dll");
     const std::wstring manifest = CopyInto(folder, L"VelkSupport.manifest");
-    CLSID clsid;
-    ASSERT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+    ASSERT_EQ(CO_E_CLASSSTRING, CreateByName());
     {
         const Activation active(manifest);
-        ComPtr<IDispatch> object;
-        ASSERT_EQ(S_OK, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
-        ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid()));
+        EXPECT_EQ(S_OK, CreateByName());
         EXPECT_NE(nullptr, GetModuleHandleW(library.c_str())) << "another library answered";
-        const Variant text = Text(L"abc");
-        EXPECT_EQ(0x352441C2, Call(object.get(), L"GetCRCFromStringAscii", {text}).value.lVal);
     }
     CoFreeUnusedLibrariesEx(0, 0);
     EXPECT_EQ(nullptr, GetModuleHandleW(library.c_str()));
-    EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid));
+    EXPECT_EQ(CO_E_CLASSSTRING, CreateByName());
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ constexpr ClassInfo InfoFor(FailurePolicy policy) {
         .name = L"CShapes",
         .clsid = __uuidof(::CShapes),
         .iid = __uuidof(_CShapes),
-        .events = &__uuidof(__CShapes),
+        .events = nullptr,
         .policy = policy,
         .componentFailure = CShapes::kComponentFailure,
         .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize ",
@@ -89,10 +89,6 @@ STDMETHODIMP CShapes::put_Step(LONG value) noexcept {
     return Guard(L"Step", [&] { step_ = value; });
 }
 
-STDMETHODIMP CShapes::putref_Owner(IDispatch* value) noexcept {
-    return Guard(L"Owner", [&] { owner_ = Copy(value); });
-}
-
 STDMETHODIMP CShapes::get_Item(LONG index, VARIANT* result) noexcept {
     return Guard(L"Item", result, [&] { return Copy(static_cast<VARIANT&>(items_[index])); });
 }
@@ -128,22 +124,6 @@ STDMETHODIMP CShapes::Fail(EFailure kind, LONG* result) noexcept {
             default:
                 throw kind;
         }
-    });
-}
-
-// Takes no reference to itself: that events survive the object is the frame's affair.
-STDMETHODIMP CShapes::Raise(FLOAT value) noexcept {
-    VARIANT argument{};
-    argument.vt = VT_R4 | VT_BYREF;
-    argument.pfltVal = &value;
-    events_.point().Raise(1, {&argument, 1});
-    return S_OK;
-}
-
-STDMETHODIMP CShapes::get_Share(DOUBLE* result) noexcept {
-    return Guard(L"Share", result, [&] {
-        if (step_ == 0) throw RuntimeError(11);
-        return 10.0 / step_;
     });
 }
 

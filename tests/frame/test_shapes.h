@@ -2,7 +2,6 @@
 #pragma once
 
 #include "frame/automation_object.h"
-#include "frame/event_source.h"
 #include "frame/text.h"
 #include "frame/variant.h"
 #include "shapes.h"
@@ -16,15 +15,11 @@ class CShapes : public AutomationObject<_CShapes> {
     static const ClassInfo kReporting;
     static constexpr HRESULT kComponentFailure = static_cast<HRESULT>(0x80044999);
 
-    explicit CShapes(const ClassInfo& info = kInfo) noexcept
-        : AutomationObject(info), events_(static_cast<_CShapes*>(this), *info.events) {}
+    explicit CShapes(const ClassInfo& info = kInfo) noexcept : AutomationObject(info) {}
     static ComPtr<CShapes> Make(const ClassInfo& info = kInfo) { return ComPtr<CShapes>::Attach(new CShapes(info)); }
 
-    STDMETHODIMP EchoShort(SHORT value, SHORT* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoLong(LONG value, LONG* result) noexcept override { return Echo(value, result); }
-    STDMETHODIMP EchoSingle(FLOAT value, FLOAT* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoDouble(DOUBLE value, DOUBLE* result) noexcept override { return Echo(value, result); }
-    STDMETHODIMP EchoBoolean(VARIANT_BOOL value, VARIANT_BOOL* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoString(BSTR value, BSTR* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoVariant(VARIANT value, VARIANT* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoKind(EFailure value, EFailure* result) noexcept override { return Echo(value, result); }
@@ -34,15 +29,12 @@ class CShapes : public AutomationObject<_CShapes> {
 
     STDMETHODIMP BumpShort(SHORT* value, SHORT* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpLong(LONG* value, LONG* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP BumpSingle(FLOAT* value, FLOAT* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP BumpDouble(DOUBLE* value, DOUBLE* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpBoolean(VARIANT_BOOL* value, VARIANT_BOOL* result) noexcept override {
         return Bump(value, result);
     }
     STDMETHODIMP BumpString(BSTR* value, BSTR* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpVariant(VARIANT* value, VARIANT* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpKind(EFailure* value, EFailure* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP BumpColour(ShapeColour* value, ShapeColour* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP SwapObject(IDispatch** value, IDispatch** result) noexcept override { return Bump(value, result); }
     STDMETHODIMP SwapFont(IFontDisp** value, IFontDisp** result) noexcept override { return Bump(value, result); }
 
@@ -54,22 +46,13 @@ class CShapes : public AutomationObject<_CShapes> {
 
     STDMETHODIMP get_Step(LONG* result) noexcept override { return Echo(step_, result); }
     STDMETHODIMP put_Step(LONG value) noexcept override;
-    STDMETHODIMP get_Owner(IDispatch** result) noexcept override { return Echo(owner_.get(), result); }
-    STDMETHODIMP putref_Owner(IDispatch* value) noexcept override;
     STDMETHODIMP get_Item(LONG index, VARIANT* result) noexcept override;
     STDMETHODIMP put_Item(LONG index, VARIANT value) noexcept override;
     STDMETHODIMP putref_Item(LONG index, VARIANT value) noexcept override;
 
     STDMETHODIMP Fail(EFailure kind, LONG* result) noexcept override;
-    STDMETHODIMP Raise(FLOAT value) noexcept override;
-    STDMETHODIMP get_Share(DOUBLE* result) noexcept override;
-    STDMETHODIMP get_First(VARIANT* result) noexcept override { return Echo<VARIANT>(items_[0], result); }
 
   private:
-    void* ExtraFace(REFIID iid) noexcept override {
-        return iid == IID_IConnectionPointContainer ? static_cast<IConnectionPointContainer*>(&events_) : nullptr;
-    }
-
     template <class T>
     HRESULT Echo(T value, T* result) const noexcept {
         return Guard(L"Echo", result, [&] { return Copy(value); });
@@ -100,9 +83,7 @@ class CShapes : public AutomationObject<_CShapes> {
     void Change(IFontDisp*& value);
 
     LONG step_ = 1;
-    ComPtr<IDispatch> owner_;
     Variant items_[4];
-    EventSource events_;
 };
 
 // What a value is and holds, locale and address independent, such as "8:text" or "array of 12 from 1: 8:a 8:b".

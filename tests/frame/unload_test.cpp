@@ -26,45 +26,35 @@ ComPtr<IClassFactory> FactoryOf(REFCLSID clsid) {
     return factory;
 }
 
-TEST(Unload, IsRefusedWhileAnObjectOfAnyClassLives) {
+// While an object of any class, a factory, a lock or a part of an event source is held.
+TEST(Unload, IsRefusedWhileAnythingIsHeld) {
     EXPECT_TRUE(CanUnload());
     for (const CLSID& clsid : AllClasses()) {
-        {
-            const ComPtr<IUnknown> object = CreateUnknown(clsid);
-            EXPECT_FALSE(CanUnload()) << GuidText(clsid);
-        }
-        EXPECT_TRUE(CanUnload()) << GuidText(clsid);
+        const ComPtr<IUnknown> object = CreateUnknown(clsid);
+        EXPECT_FALSE(CanUnload()) << GuidText(clsid);
     }
-}
-
-TEST(Unload, IsRefusedWhileAFactoryIsHeldOrTheServerLocked) {
+    EXPECT_TRUE(CanUnload());
     ComPtr<IClassFactory> factory = FactoryOf(__uuidof(CCRC32));
     EXPECT_FALSE(CanUnload());
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
     factory = nullptr;
-    EXPECT_FALSE(CanUnload());
-    EXPECT_EQ(S_OK, FactoryOf(__uuidof(CCRC32))->LockServer(FALSE));
-    EXPECT_FALSE(CanUnload());
-    EXPECT_EQ(S_OK, FactoryOf(__uuidof(CCRC32))->LockServer(FALSE));
-    EXPECT_TRUE(CanUnload());
-}
+    for (const auto& [lock, stays] : {std::pair(TRUE, true), {TRUE, true}, {FALSE, true}, {FALSE, false}}) {
+        EXPECT_EQ(S_OK, FactoryOf(__uuidof(CCRC32))->LockServer(lock));
+        EXPECT_EQ(stays, !CanUnload());
+    }
 
-TEST(Unload, IsRefusedWhileAnyPartOfAnEventSourceIsHeld) {
     const auto sink = EventSink::Make();
     ComPtr<IConnectionPointContainer> container = CreateUnknown(__uuidof(CCRC32)).As<IConnectionPointContainer>();
     ComPtr<IConnectionPoint> point;
     ComPtr<IEnumConnectionPoints> points;
     ComPtr<IEnumConnections> connections;
     DWORD cookie = 0;
-    ASSERT_EQ(S_OK, container->FindConnectionPoint(__uuidof(__CCRC32), point.Receive()));
     ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.Receive()));
-    ASSERT_EQ(S_OK, point->Advise(sink.get(), &cookie));
-    ASSERT_EQ(S_OK, point->EnumConnections(connections.Receive()));
     container = nullptr;
+    EXPECT_FALSE(CanUnload()) << "the enumerator of connection points alone";
+    ASSERT_EQ(S_OK, points->Next(1, point.Receive(), nullptr));
     points = nullptr;
-    connections = nullptr;
     EXPECT_FALSE(CanUnload()) << "the connection point alone";
+    ASSERT_EQ(S_OK, point->Advise(sink.get(), &cookie));
     ASSERT_EQ(S_OK, point->EnumConnections(connections.Receive()));
     point = nullptr;
     EXPECT_EQ(2u, sink->count()) << "a source that goes lets its sinks go; the enumerator keeps its own";
@@ -72,36 +62,26 @@ TEST(Unload, IsRefusedWhileAnyPartOfAnEventSourceIsHeld) {
     connections = nullptr;
     EXPECT_EQ(1u, sink->count());
     EXPECT_TRUE(CanUnload());
-    container = CreateUnknown(__uuidof(CCRC32)).As<IConnectionPointContainer>();
-    ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.Receive()));
-    container = nullptr;
-    EXPECT_FALSE(CanUnload()) << "the enumerator of connection points alone";
-    points = nullptr;
-    EXPECT_TRUE(CanUnload());
 }
 
-void* const kStale = reinterpret_cast<void*>(1);
-
 TEST(ClassFactory, RefusesWhatItCannotGiveAndEmptiesTheResult) {
-    void* result = kStale;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, GetClassObject(IID_IUnknown, IID_IClassFactory, &result));
-    EXPECT_EQ(nullptr, result);
-    for (const CLSID& clsid : AllClasses()) {
-        EXPECT_EQ(E_POINTER, GetClassObject(clsid, IID_IClassFactory, nullptr));
-        result = kStale;
-        EXPECT_EQ(E_NOINTERFACE, GetClassObject(clsid, IID_IDispatch, &result));
+    void* result = nullptr;
+    const auto expect = [&](HRESULT expected, auto call) {
+        result = &result;
+        EXPECT_EQ(expected, call());
         EXPECT_EQ(nullptr, result);
-        const ComPtr<IClassFactory> factory = FactoryOf(clsid);
-        EXPECT_EQ(E_POINTER, factory->QueryInterface(IID_IUnknown, nullptr));
-        EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
-        result = kStale;
-        EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.get(), IID_IUnknown, &result));
-        EXPECT_EQ(nullptr, result);
-        result = kStale;
-        EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IClassFactory, &result));
-        EXPECT_EQ(nullptr, result);
+    };
+    expect(CLASS_E_CLASSNOTAVAILABLE, [&] { return GetClassObject(IID_IUnknown, IID_IClassFactory, &result); });
+    const CLSID clsid = __uuidof(CCRC32);
+    const ComPtr<IClassFactory> factory = FactoryOf(clsid);
+    expect(E_NOINTERFACE, [&] { return GetClassObject(clsid, IID_IDispatch, &result); });
+    expect(E_NOINTERFACE, [&] { return factory->CreateInstance(nullptr, IID_IClassFactory, &result); });
+    expect(CLASS_E_NOAGGREGATION, [&] { return factory->CreateInstance(factory.get(), IID_IUnknown, &result); });
+    for (const HRESULT answer :
+         {GetClassObject(clsid, IID_IClassFactory, nullptr), factory->QueryInterface(IID_IUnknown, nullptr),
+          factory->CreateInstance(nullptr, IID_IUnknown, nullptr)}) {
+        EXPECT_EQ(E_POINTER, answer);
     }
-    EXPECT_TRUE(CanUnload());
 }
 
 // What a process that loads and unloads the library again and again would run out of.
@@ -143,43 +123,31 @@ void FailInside(const LibraryCopy& library) {
 // A thread that has been in the library and is still there when it goes.
 class Bystander {
   public:
-    Bystander() : thread_(CreateThread(nullptr, 0, &Run, this, 0, nullptr)) {}
-    Bystander(const Bystander&) = delete;
-    Bystander& operator=(const Bystander&) = delete;
-    ~Bystander() {
-        Do(nullptr);
-        WaitForSingleObject(thread_, INFINITE);
-        for (const HANDLE handle : {thread_, go_, done_}) CloseHandle(handle);
-    }
-    void Do(const LibraryCopy* library) {
-        library_ = library;
-        SignalObjectAndWait(go_, done_, INFINITE, FALSE);
+    void FailInside(const LibraryCopy& library) {
+        library_ = &library;
+        QueueUserAPC(&Run, thread_, reinterpret_cast<ULONG_PTR>(this));
+        WaitForSingleObject(done_, INFINITE);
     }
 
   private:
-    static DWORD WINAPI Run(void* raw) {
-        auto& self = *static_cast<Bystander*>(raw);
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        while (WaitForSingleObject(self.go_, INFINITE) == WAIT_OBJECT_0 && self.library_) {
-            FailInside(*self.library_);
-            SetEvent(self.done_);
-        }
-        CoUninitialize();
-        SetEvent(self.done_);
-        return 0;
+    static void WINAPI Run(ULONG_PTR self) {
+        velk::test::FailInside(*reinterpret_cast<Bystander*>(self)->library_);
+        SetEvent(reinterpret_cast<Bystander*>(self)->done_);
+    }
+    static DWORD WINAPI WaitForCalls(void*) {
+        for (;;) SleepEx(INFINITE, TRUE);
     }
 
-    HANDLE go_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    HANDLE done_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     const LibraryCopy* library_ = nullptr;
-    HANDLE thread_;
+    const HANDLE done_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const HANDLE thread_ = CreateThread(nullptr, 0, &WaitForCalls, nullptr, 0, nullptr);  // to the program's end
 };
 
 void LoadUseAndUnload(const std::vector<CLSID>& classes, Bystander& bystander) {
     const LibraryCopy library;  // the library itself stays loaded in this program
     for (const CLSID& clsid : classes) UseLateBound(library.Create(clsid).get());
     FailInside(library);
-    bystander.Do(&library);
+    bystander.FailInside(library);
 }
 
 TEST(Unload, LeavesNothingBehindInAHundredRounds) {
