@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads a virtual screen: screen.py SCREEN PNG [WIDTH HEIGHT] writes everything on it that is not black, or its top left part.
+"""Reads a virtual screen: screen.py SCREEN PNG [WIDTH HEIGHT] writes everything on it that is not black, or the top left part of that.
 
 The screen is what Xvfb keeps in its -fbdir folder: an X window dump with 32 bits a pixel, blue first.
 """
@@ -43,8 +43,8 @@ def write_png(path, rows):
 
 
 def main(screen, png, width=None, height=None):
-    rows = read_screen(Path(screen))
-    write_png(Path(png), [row[:3 * int(width)] for row in rows[:int(height)]] if width else crop(rows))
+    rows = crop(read_screen(Path(screen)))
+    write_png(Path(png), [row[:3 * int(width)] for row in rows[:int(height)]] if width else rows)
 
 
 if __name__ == "__main__":

@@ -76,22 +76,15 @@ class Site:
             if not a.optional:
                 return "required"
             return f"optional, {plain(a.default)} when left out" if a.default is not None else "optional"
-        return [[f"`{a.name}`", self.type_link(a.type), "by reference" if a.by_reference else "by value", needed(a)]
-                for a in arguments]
 
-    def texts(self, m: Member) -> str:
-        """What a member does; a property whose reading and setting say different things has a text for each."""
-        kinds: dict[str, list[str]] = {}
-        for accessor in m.accessors:
-            kinds.setdefault(accessor.help, []).append(accessor.kind)
-        if len(kinds) == 1:
-            return self.help_text(m.accessors[0].help) + "\n\n"
-        return "".join(f"*{', '.join(names).capitalize()}:* {self.help_text(text)}\n\n" for text, names in kinds.items())
+        def passed(a: Argument) -> str:
+            return "by\N{NO-BREAK SPACE}" + ("reference" if a.by_reference else "value")
+        return [[f"`{a.name}`", self.type_link(a.type), passed(a), needed(a)] for a in arguments]
 
     def member_detail(self, owner: str, m: Member) -> str:
         text = f"({label(owner, m.name)})=\n### {m.name}\n\n"
         kind = f" → {self.type_link(m.type)}" if m.type else ""
-        text += f"`{m.signature}`{kind}\n\n{self.texts(m)}"
+        text += f"`{m.signature}`{kind}\n\n{self.help_text(m.help)}\n\n"
         if m.arguments:
             text += table(["argument", "type", "passed", "needed"], self.argument_rows(m.arguments)) + "\n"
         slots = [f"{a.kind} {a.slot}" if m.is_property else str(a.slot) for a in m.accessors if a.slot is not None]

@@ -89,8 +89,8 @@ class Member:
 
     @property
     def help(self) -> str:
-        texts = list(dict.fromkeys(a.help for a in self.accessors))
-        return " ".join(texts)
+        """A type library gives one text for all accessors of a property."""
+        return self.accessors[0].help
 
     @property
     def signature(self) -> str:
