@@ -7,9 +7,12 @@ namespace {
 
 TEST(NameTable, FindsEveryNameInAnyCaseAndNothingElse) {
     NameTable names;
-    for (int i = 0; i < 200; ++i)
-        names.Add(u"Member" + std::u16string(1 + i % 7, u'A' + i / 7 % 26) + char16_t(u'0' + i % 10), i);
+    const auto name = [](int i) {
+        return u"Member" + std::u16string(1 + i % 7, u'A' + i / 7 % 26) + char16_t(u'0' + i % 10);
+    };
+    for (int i = 0; i < 200; ++i) names.Add(name(i), i);
     names.Add(u"Get_Z", 1000);
+    for (int i = 0; i < 200; ++i) EXPECT_EQ(i, names.Find(name(i).c_str()));
     struct Case {
         const char16_t* name;
         std::int32_t id;
