@@ -32,6 +32,11 @@ TEST(DriveList, IsWalkedByPosition) {
     }
 }
 
+TEST(DriveList, CountsTheLettersOnly) {
+    for (const auto& [mask, count] : {std::pair{0U, 0}, {0x2000001U, 2}, {~0U, 26}})
+        EXPECT_EQ(count, CountDrives(mask));
+}
+
 TEST(DriveLetter, IsTheCharacterBehindA) {
     for (const auto& [number, letter] : {std::pair{0, 'A'}, {25, 'Z'}, {-65, '\0'}, {190, '\xFF'}}) {
         EXPECT_EQ(letter, DriveLetter(static_cast<std::int16_t>(number)));
@@ -45,7 +50,10 @@ TEST(DriveLetter, IsTheCharacterBehindA) {
     }
 }
 
-TEST(DriveTexts, JoinCapabilities) {
+TEST(DriveTexts, NameTheTypesAndJoinCapabilities) {
+    for (const auto& [type, text] : {std::pair{0, "Unknown"}, {3, "Fixed"}, {6, "RAM Disk"}, {7, ""}, {-1, ""}}) {
+        EXPECT_EQ(text, DriveTypeText(type));
+    }
     EXPECT_EQ("", VolumeFlagsText(0x7FE0));
     EXPECT_EQ("Supports case-sensitive searching, Permits case-sensitive names", VolumeFlagsText(3));
     for (const std::uint32_t bit : {0x8000U, 0x10000U, 0x80000000U})

@@ -81,6 +81,7 @@ TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
             EXPECT_LT(drawn.bottom, cell.bottom);
             EXPECT_EQ(1, line.height());
             EXPECT_EQ(text.left, line.left);
+            EXPECT_LT(layout.SeparatorSize().height, size.height);
         }
     }
     EXPECT_LT(MenuLayout(96, {16, 16}, 16).ItemSize(100, 0).width, MenuLayout(96, {16, 16}, 16).ItemSize(100, 1).width);
@@ -91,9 +92,9 @@ TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
     struct Case {
         Size picture, fitted;
     };
-    for (const Case& c :
-         {Case{{16, 16}, {16, 16}}, Case{{8, 12}, {8, 12}}, Case{{32, 32}, {16, 16}}, Case{{64, 32}, {16, 8}},
-          Case{{32, 64}, {8, 16}}, Case{{1000, 1}, {16, 1}}, Case{{2000000000, 2000000000}, {16, 16}}}) {
+    for (const Case& c : {Case{{16, 16}, {16, 16}}, Case{{8, 12}, {8, 12}}, Case{{32, 32}, {16, 16}},
+                          Case{{64, 32}, {16, 8}}, Case{{32, 64}, {8, 16}}, Case{{8, 32}, {4, 16}},
+                          Case{{1000, 1}, {16, 1}}, Case{{2000000000, 2000000000}, {16, 16}}}) {
         EXPECT_EQ(c.fitted.width, layout.Fit(c.picture).width);
         EXPECT_EQ(c.fitted.height, layout.Fit(c.picture).height);
     }
