@@ -55,6 +55,11 @@ struct Answer {
     HRESULT code = S_OK;  // what the member failed with
 };
 
+// For objects that hook windows: the member for it has one of two names.
+inline void AttachTo(LONG window, IDispatch* object) {
+    for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object, attach, {Arg(window)});
+}
+
 // One call with sane arguments; the same ones for the same seed. Objects that hook windows get one, every second time
 // before the call.
 class Attempt {
@@ -64,8 +69,7 @@ class Attempt {
         const bool hooks = static_cast<bool>(object_.As<ISubclass>());
         if (!hooks && one.library == Library()) return;
         realWindow = window_.emplace().handle();
-        if (seed % 2 == 0) return;
-        for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object_.get(), attach, {Arg(realWindow)});
+        if (seed % 2) AttachTo(realWindow, object_.get());
     }
     Attempt(const Attempt&) = delete;
     Attempt& operator=(const Attempt&) = delete;

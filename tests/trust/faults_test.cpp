@@ -8,6 +8,7 @@
 #include "trust/attempt.h"
 #include "trust/failing_memory.h"
 #include "trust/scale.h"
+#include "velksub/hooks_fixture.h"
 
 namespace velk::test {
 namespace {
@@ -91,6 +92,26 @@ TEST_P(Faults, WithoutMemoryAMemberSaysSoAndChangesNothing) {
     });
     Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failed));
     EXPECT_GT(failed, GetParam() == kMain ? 100 : 0);
+}
+
+TEST(HookedWindows, AWindowThatAnObjectLeavesIsAsItWas) {
+    const Surroundings surroundings(kMain);
+    int classes = 0;
+    for (const Class& one : ReadClasses(kMain)) {
+        const ComPtr<IDispatch> object = one.MakeObject();
+        if (!object.As<ISubclass>()) continue;
+        ++classes;
+        const TestWindow first, last;
+        const WNDPROC procedure = ProcedureOf(first.get());
+        const int properties = PropertiesOf(first.get());
+        for (int i = 0; i < 1000; ++i) {
+            for (const TestWindow* const window : {&first, &last}) AttachTo(window->handle(), object.get());
+        }
+        EXPECT_LT(properties, PropertiesOf(last.get())) << "not attached: the test says nothing";
+        EXPECT_EQ(properties, PropertiesOf(first.get()));
+        EXPECT_EQ(procedure, ProcedureOf(first.get()));
+    }
+    EXPECT_GE(classes, 3);
 }
 
 }  // namespace
