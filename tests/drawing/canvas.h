@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "frame/gdi.h"
@@ -10,9 +11,8 @@ namespace velk::test {
 class Canvas {
   public:
     static constexpr int kSize = 80;
-    static constexpr COLORREF kPaper = 0xFFFFFF;
 
-    Canvas() { Clear(kPaper); }
+    Canvas() { Clear(0xFFFFFF); }
 
     HDC get() const noexcept { return context_.get(); }
     LONG handle() const noexcept { return HandleToLong(context_.get()); }
@@ -28,9 +28,13 @@ class Canvas {
         return (pixel & 0xFF) << 16 | (pixel & 0xFF00) | (pixel >> 16 & 0xFF);
     }
     std::vector<COLORREF> Pixels() const {
-        std::vector<COLORREF> pixels;
-        for (int i = 0; i < kSize * kSize; ++i) pixels.push_back(At(i % kSize, i / kSize));
-        return pixels;
+        GdiFlush();
+        return {bits_, bits_ + kSize * kSize};
+    }
+    std::pair<LONG, LONG> Position() const {
+        POINT position{};
+        GetCurrentPositionEx(get(), &position);
+        return {position.x, position.y};
     }
 
   private:

@@ -15,6 +15,7 @@ namespace velk::test {
 namespace {
 
 constexpr COLORREF kRed = 0x0000FF, kBlue = 0xFF0000;
+using Size = std::pair<LONG, LONG>;
 
 // The bitmap on the clipboard, open for reading.
 class Pasted {
@@ -29,7 +30,12 @@ class Pasted {
         if (previous_) SelectObject(context_.get(), previous_);
         CloseClipboard();
     }
-    std::pair<LONG, LONG> size() const { return {size_.bmWidth, size_.bmHeight}; }
+    Size size() const { return {size_.bmWidth, size_.bmHeight}; }
+    // On either side of a line between red and blue.
+    void ExpectEdge(int x, int y) const {
+        EXPECT_EQ(kRed, GetPixel(context_.get(), x - 1, y)) << x << ' ' << y;
+        EXPECT_EQ(kBlue, GetPixel(context_.get(), x, y)) << x << ' ' << y;
+    }
     COLORREF At(int x, int y) const { return GetPixel(context_.get(), x, y); }
 
   private:
@@ -38,41 +44,30 @@ class Pasted {
     HGDIOBJ previous_ = nullptr;
 };
 
-// This program once more, with one of the helpers below for its only test.
-class OtherProgram {
-  public:
-    explicit OtherProgram(const std::wstring& helper) {
-        wchar_t path[MAX_PATH];
-        GetModuleFileNameW(nullptr, path, MAX_PATH);
-        std::wstring line = std::wstring(path) + L" --gtest_also_run_disabled_tests --gtest_filter=*" + helper;
-        STARTUPINFOW start{};
-        start.cb = sizeof start;
-        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, 0, 0, nullptr, nullptr, &start, &process_));
-    }
-    ~OtherProgram() {
-        CloseHandle(process_.hThread);
-        CloseHandle(process_.hProcess);
-    }
-    DWORD Result() const {
-        DWORD code = 99;
-        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process_.hProcess, 30'000));
-        GetExitCodeProcess(process_.hProcess, &code);
-        return code;
-    }
-
-  private:
-    PROCESS_INFORMATION process_{};
-};
-
-FileHandle Event(const wchar_t* name) { return FileHandle(CreateEventW(nullptr, TRUE, FALSE, name)); }
-FileHandle HeldEvent() { return Event(L"VelkTestClipboardHeld"); }
-FileHandle LetGoEvent() { return Event(L"VelkTestClipboardLetGo"); }
-
-TEST(OtherProgram, DISABLED_ReadsTheClipboard) {
-    const Pasted pasted;
-    EXPECT_EQ(kRed, pasted.At(99, 50));
-    EXPECT_EQ(kBlue, pasted.At(100, 50));
+// This program once more, with one of the helpers below for its only test. Gives its process.
+FileHandle OtherProgram(const std::wstring& helper) {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring line = std::wstring(path) + L" --gtest_also_run_disabled_tests --gtest_filter=*" + helper;
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    PROCESS_INFORMATION process{};
+    EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, 0, 0, nullptr, nullptr, &start, &process));
+    CloseHandle(process.hThread);
+    return FileHandle(process.hProcess);
 }
+
+void ExpectSuccess(const FileHandle& program) {
+    DWORD code = 99;
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(program.get(), 30'000));
+    GetExitCodeProcess(program.get(), &code);
+    EXPECT_EQ(0u, code);
+}
+
+FileHandle HeldEvent() { return FileHandle(CreateEventW(nullptr, TRUE, FALSE, L"VelkTestClipboardHeld")); }
+FileHandle LetGoEvent() { return FileHandle(CreateEventW(nullptr, TRUE, FALSE, L"VelkTestClipboardLetGo")); }
+
+TEST(OtherProgram, DISABLED_ReadsTheClipboard) { Pasted().ExpectEdge(100, 50); }
 
 TEST(OtherProgram, DISABLED_HoldsTheClipboard) {
     ASSERT_TRUE(OpenClipboard(nullptr));
@@ -92,13 +87,14 @@ struct TwoColours : TestWindow {
         if (message != WM_PAINT) return std::nullopt;
         PAINTSTRUCT paint;
         const HDC context = BeginPaint(window, &paint);
-        RECT left, right;
-        GetClientRect(window, &left);
-        right = left;
-        left.right = right.left = left.right / 2;
-        const GdiObject red(CreateSolidBrush(kRed)), blue(CreateSolidBrush(kBlue));
-        FillRect(context, &left, static_cast<HBRUSH>(red.get()));
-        FillRect(context, &right, static_cast<HBRUSH>(blue.get()));
+        RECT half;
+        GetClientRect(window, &half);
+        const LONG middle = half.right / 2;
+        for (const COLORREF colour : {kBlue, kRed}) {
+            const GdiObject brush(CreateSolidBrush(colour));
+            FillRect(context, &half, static_cast<HBRUSH>(brush.get()));
+            half.right = middle;
+        }
         EndPaint(window, &paint);
         return 0;
     }
@@ -126,58 +122,47 @@ class Screenshot : public testing::Test {
         EXPECT_EQ(0, CountClipboardFormats()) << member;
     }
 
-    using Size = std::pair<LONG, LONG>;
     const Size screen_{GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
     ComPtr<IDispatch> object_ = CreateObject<IDispatch>(__uuidof(CScreenshot));
 };
 
+HWND releasedWith;
+int WINAPI NoteRelease(HWND window, HDC context) { return releasedWith = window, ReleaseDC(window, context); }
+
 TEST_F(Screenshot, OfAWindowIsOneBitmapThatOtherProgramsRead) {
     const TwoColours window(30, 40, 200, 100);
+    const ImportPatch release(Library(), "ReleaseDC", reinterpret_cast<void*>(&NoteRelease));
     Capture(L"CaptureWindow", {Arg(window.handle())});
+    EXPECT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(releasedWith)) << "deliberately no window";
     {
         const Pasted pasted;
         EXPECT_EQ(Size(200, 100), pasted.size());
-        for (int y = 0; y < 100; ++y) {
-            for (int x = 0; x < 200; ++x) ASSERT_EQ(x < 100 ? kRed : kBlue, pasted.At(x, y)) << x << ' ' << y;
-        }
+        for (int i = 0; i < 200 * 100; ++i) ASSERT_EQ(i % 200 < 100 ? kRed : kBlue, pasted.At(i % 200, i / 200)) << i;
         for (UINT format = EnumClipboardFormats(0); format != 0; format = EnumClipboardFormats(format)) {
             EXPECT_TRUE(format == CF_BITMAP || format == CF_DIB || format == CF_DIBV5) << "made of it: " << format;
         }
     }
-    EXPECT_EQ(0u, OtherProgram(L"ReadsTheClipboard").Result());
+    ExpectSuccess(OtherProgram(L"ReadsTheClipboard"));
 }
 
 TEST_F(Screenshot, ShowsWhatIsOnTheScreen) {
-    TwoColours below(100, 100, 200, 100);
-    const TwoColours above(150, 120, 100, 40);
-    {
-        Capture(L"CaptureWindow", {Arg(below.handle())});
-        const Pasted covered;
-        EXPECT_EQ(kRed, covered.At(99, 19));
-        EXPECT_EQ(kBlue, covered.At(100, 19));
-        EXPECT_EQ(kBlue, covered.At(100, 21)) << "the upper one's right half starts at its middle";
-        EXPECT_EQ(kRed, covered.At(60, 21));
-    }
-    below.Destroy();
-    PumpMessages();
-    {
-        Capture(L"CaptureDesktop");
-        const Pasted desktop;
-        EXPECT_EQ(screen_, desktop.size());
-        EXPECT_EQ(kRed, desktop.At(199, 159));
-        EXPECT_EQ(kBlue, desktop.At(249, 159));
-    }
+    const TwoColours below(100, 100, 200, 100), above(150, 120, 100, 40);
+    const VARIANT width = Arg(screen_.first), height = Arg(screen_.second);
     SetActiveWindow(above.get());
+    Capture(L"CaptureWindow", {Arg(below.handle())});
+    EXPECT_EQ(Size(200, 100), Pasted().size());
+    for (const auto& [x, y] : {std::pair{100, 19}, {100, 21}}) Pasted().ExpectEdge(x, y);
+    EXPECT_EQ(kBlue, Pasted().At(149, 21)) << "of the upper one";
+    EXPECT_EQ(kRed, Pasted().At(50, 21));
+    Capture(L"CaptureDesktop");
+    EXPECT_EQ(screen_, Pasted().size());
+    Pasted().ExpectEdge(200, 159);
     Capture(L"CaptureActiveWindow");
     EXPECT_EQ(Size(100, 40), Pasted().size());
-    const VARIANT width = Arg(screen_.first), height = Arg(screen_.second);
-    {
-        Capture(L"CaptureRectangle", {Arg(190L), Arg(110L), Arg(20L), Arg(30L)});
-        const Pasted part;
-        EXPECT_EQ(Size(20, 30), part.size());
-        EXPECT_EQ(kRed, part.At(9, 10));
-        EXPECT_EQ(kBlue, part.At(10, 10));
-    }
+    Pasted().ExpectEdge(50, 39);
+    Capture(L"CaptureRectangle", {Arg(190L), Arg(110L), Arg(20L), Arg(30L)});
+    EXPECT_EQ(Size(20, 30), Pasted().size());
+    Pasted().ExpectEdge(10, 10);
     // Wine copies nothing at all when a part lies beyond the edge; elsewhere what is on the screen arrives.
     constexpr COLORREF kOnTheScreen = 0;
     Capture(L"CaptureRectangle", {Arg(160L), Arg(130L), width, height});
@@ -190,10 +175,7 @@ TEST_F(Screenshot, ShowsWhatIsOnTheScreen) {
 }
 
 BOOL WINAPI NoRectangle(HWND, RECT*) { return FALSE; }
-BOOL WINAPI HugeRectangle(HWND, RECT* rectangle) {
-    *rectangle = {-2, 0, 0x7FFFFFFF, 10};
-    return TRUE;
-}
+BOOL WINAPI HugeRectangle(HWND, RECT* rectangle) { return *rectangle = {-2, 0, 0x7FFFFFFF, 10}, TRUE; }
 
 TEST_F(Screenshot, SaysWhatIsWrong) {
     const VARIANT zero = Arg(0L), ten = Arg(10L), below = Arg(-1L);
@@ -222,35 +204,22 @@ TEST_F(Screenshot, SaysWhatIsWrong) {
 }
 
 TEST_F(Screenshot, KeepsOneDisplayContextACaptureAndNothingElse) {
-    Capture(L"CaptureDesktop");
+    const auto captureFive = [&] {
+        for (int i = 0; i < 5; ++i) Capture(L"CaptureDesktop");
+        return GdiObjects();
+    };
+    captureFive();
     int cost = -GdiObjects();
     const CreatedContext display(CreateDCA("DISPLAY", "", "", nullptr));
     cost += GdiObjects();
     const int before = GdiObjects();
-    for (int i = 0; i < 5; ++i) Capture(L"CaptureDesktop");
-    EXPECT_EQ(before + 5 * cost, GdiObjects()) << "the former bitmap goes with the clipboard's former content";
-
-    const FileHandle held = HeldEvent(), letGo = LetGoEvent();
-    const OtherProgram holder(L"HoldsTheClipboard");
+    EXPECT_EQ(before + 5 * cost, captureFive()) << "the former bitmap goes with the clipboard's former content";
+    const FileHandle held = HeldEvent(), letGo = LetGoEvent(), holder = OtherProgram(L"HoldsTheClipboard");
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(held.get(), 30'000));
-    for (int i = 0; i < 5; ++i) Capture(L"CaptureDesktop");
-    EXPECT_EQ(before + 10 * cost, GdiObjects()) << "a bitmap that the clipboard does not take is deleted";
+    EXPECT_EQ(before + 10 * cost, captureFive()) << "a bitmap that the clipboard does not take is deleted";
     SetEvent(letGo.get());
-    EXPECT_EQ(0u, holder.Result());
+    ExpectSuccess(holder);
     EXPECT_EQ(screen_, Pasted().size()) << "what was there before stays";
-}
-
-HWND releasedWith;
-int WINAPI NoteRelease(HWND window, HDC context) {
-    releasedWith = window;
-    return ReleaseDC(window, context);
-}
-
-// Deliberate: the created context is released, with the bitmap where a window belongs.
-TEST_F(Screenshot, HandsTheDisplayContextToReleaseDC) {
-    const ImportPatch release(Library(), "ReleaseDC", reinterpret_cast<void*>(&NoteRelease));
-    Capture(L"CaptureDesktop");
-    EXPECT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(releasedWith));
 }
 
 }  // namespace

@@ -7,17 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "frame/gdi.h"
-#include "support/client.h"
-#include "support/late_bound.h"
-#include "support/test_hook.h"
-#include "support/test_window.h"
+#include "winhelpers/hooked_fixture.h"
+#include "winhelpers/test_bitmaps.h"
 
 #include <commctrl.h>
 
 namespace velk::test {
 
-constexpr COLORREF kRed = RGB(255, 0, 0), kBlue = RGB(0, 0, 255);
+constexpr HRESULT RunTime(int number) { return static_cast<HRESULT>(0x800A0000) + number; }
 
 struct MenuTraits {
     using Handle = HMENU;
@@ -36,18 +33,19 @@ struct ItemOfMenu {
     bool operator==(const ItemOfMenu&) const = default;
 };
 
-inline void PrintTo(const ItemOfMenu& item, std::ostream* out) {
-    *out << "type " << std::hex << item.type << " state " << item.state << " id " << item.id << " data " << item.data;
+inline MENUITEMINFOW InfoOf(UINT mask, LPWSTR text = nullptr) {
+    MENUITEMINFOW info{};
+    info.cbSize = sizeof info;
+    info.fMask = mask;
+    info.dwTypeData = text;
+    return info;
 }
 
 inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
     std::vector<ItemOfMenu> items;
     for (int i = 0; i < GetMenuItemCount(menu); ++i) {
         wchar_t text[300] = {};
-        MENUITEMINFOW info{};
-        info.cbSize = sizeof info;
-        info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
-        info.dwTypeData = text;
+        MENUITEMINFOW info = InfoOf(MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING, text);
         info.cch = ARRAYSIZE(text);
         EXPECT_TRUE(GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info));
         items.push_back({info.fType, info.fState, info.wID, info.hSubMenu, info.dwItemData, text});
@@ -56,9 +54,7 @@ inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
 }
 
 inline void SetData(HMENU menu, UINT position, ULONG_PTR data) {
-    MENUITEMINFOW info{};
-    info.cbSize = sizeof info;
-    info.fMask = MIIM_DATA;
+    MENUITEMINFOW info = InfoOf(MIIM_DATA);
     info.dwItemData = data;
     EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
 }

@@ -1,0 +1,43 @@
+// Bitmaps and pictures of known colours.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "frame/com_ptr.h"
+#include "frame/gdi.h"
+
+namespace velk::test {
+
+constexpr COLORREF kRed = RGB(255, 0, 0), kBlue = RGB(0, 0, 255), kWhite = RGB(255, 255, 255);
+
+inline void Paint(HDC context, COLORREF colour, const RECT& place) {
+    const GdiObject brush(CreateSolidBrush(colour));
+    FillRect(context, &place, static_cast<HBRUSH>(brush.get()));
+}
+
+// The caller's to delete. From `lowerTop` on in another colour.
+inline HBITMAP NewBitmap(COLORREF colour, int width, int height, COLORREF lower = kRed, int lowerTop = INT_MAX) {
+    const ScreenContext screen(GetDC(nullptr));
+    const HBITMAP bitmap = CreateCompatibleBitmap(screen.get(), width, height);
+    const CreatedContext context(CreateCompatibleDC(screen.get()));
+    const SelectedObject selected(context.get(), bitmap);
+    Paint(context.get(), colour, {0, 0, width, height});
+    if (lowerTop < height) Paint(context.get(), lower, {0, lowerTop, width, height});
+    return bitmap;
+}
+
+// The picture keeps the handle.
+inline ComPtr<IPictureDisp> PictureOf(PICTDESC description) {
+    description.cbSizeofstruct = sizeof description;
+    ComPtr<IPictureDisp> picture;
+    EXPECT_EQ(S_OK, OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, picture.ReceiveVoid()));
+    return picture;
+}
+inline ComPtr<IPictureDisp> PictureOf(HBITMAP bitmap) {
+    PICTDESC description{};
+    description.picType = PICTYPE_BITMAP;
+    description.bmp.hbitmap = bitmap;
+    return PictureOf(description);
+}
+
+}  // namespace velk::test
