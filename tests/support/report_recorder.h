@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "support/import_patch.h"
+#include "support/scoped_variable.h"
 
 namespace velk::test {
 
@@ -16,18 +17,23 @@ class ReportRecorder {
         UINT type;
     };
 
-    explicit ReportRecorder(HMODULE module);
-    ~ReportRecorder();
+    explicit ReportRecorder(HMODULE module) : patch_(module, "MessageBoxW", reinterpret_cast<void*>(&Record)) {
+        current_ = this;
+    }
+    ~ReportRecorder() { current_ = nullptr; }
 
     const std::vector<Report>& reports() const noexcept { return reports_; }
 
   private:
-    static int WINAPI Record(HWND owner, LPCWSTR text, LPCWSTR title, UINT type);
+    static int WINAPI Record(HWND, LPCWSTR text, LPCWSTR title, UINT type) {
+        current_->reports_.push_back({title, text, type});
+        return IDOK;
+    }
 
     static inline ReportRecorder* current_ = nullptr;
     std::vector<Report> reports_;
+    const ScopedVariable asBoxes_{L"VELKSPRT_REPORTS", nullptr};
     ImportPatch patch_;
-    std::wstring savedSwitch_;
 };
 
 }  // namespace velk::test
