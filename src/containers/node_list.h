@@ -72,10 +72,7 @@ class NodeList {
     Index Find(Index start, bool descending, Match&& matches);
     // Where a search begins: 0 is the cursor, an item means the one beyond it, negative the end of the list.
     Index SearchStart(Index start, bool descending);
-    Index Beyond(Index index, bool descending) {
-        const Node node = nodes_.At(index);
-        return descending ? node.previous() : node.next();
-    }
+    Index Beyond(Index index, bool descending) { return Link(nodes_.At(index), descending ? kBefore : kAfter); }
 
     void Move(Index index) {
         CheckIndex(index);
@@ -121,8 +118,14 @@ class NodeList {
         return index;
     }
 
-    [[gnu::noinline]] void InsertBefore(Index index, Index before);
-    [[gnu::noinline]] void InsertAfter(Index index, Index after);
+    enum Side { kBefore, kAfter };
+    static Index Link(Node node, Side side) noexcept { return side == kBefore ? node.previous() : node.next(); }
+    static void SetLink(Node node, Side side, Index to) noexcept {
+        side == kBefore ? node.SetPrevious(to) : node.SetNext(to);
+    }
+    Index& End(Side side) noexcept { return side == kBefore ? head_ : tail_; }
+
+    [[gnu::noinline]] void InsertBeside(Index index, Side side, Index other);
     void Append(Node node, Index index);
     void Unlink(Node node, Index index);
 
@@ -144,11 +147,11 @@ auto NodeList<Value>::AddAnywhere(Value& value, Index before, Index after) -> In
     const Index nextFree = node.next();
     if (before < 0) before = head_;
     if (before > 0) {
-        InsertBefore(index, before);
+        InsertBeside(index, kBefore, before);
     } else if (after < 1) {
         Append(node, index);
     } else {
-        InsertAfter(index, after);
+        InsertBeside(index, kAfter, after);
     }
     ++count_;
     freeHead_ = nextFree;
@@ -158,17 +161,17 @@ auto NodeList<Value>::AddAnywhere(Value& value, Index before, Index after) -> In
 }
 
 template <class Value>
-void NodeList<Value>::InsertBefore(Index index, Index before) {
-    CheckIndex(before);
-    Node node = nodes_.At(index);
-    Node following = nodes_.At(before);
-    node.SetNext(before);
-    node.SetPrevious(following.previous());
-    following.SetPrevious(index);
-    if (before == head_) {
-        head_ = index;
+void NodeList<Value>::InsertBeside(Index index, Side side, Index other) {
+    CheckIndex(other);
+    const Side back = side == kBefore ? kAfter : kBefore;
+    const Node node = nodes_.At(index), neighbour = nodes_.At(other);
+    SetLink(node, back, other);
+    SetLink(node, side, Link(neighbour, side));
+    SetLink(neighbour, side, index);
+    if (other == End(side)) {
+        End(side) = index;
     } else {
-        nodes_.At(node.previous()).SetNext(index);
+        SetLink(nodes_.At(Link(node, side)), back, index);
     }
 }
 
@@ -181,21 +184,6 @@ void NodeList<Value>::Append(Node node, Index index) {
     }
     node.SetLinks(tail_, 0);
     tail_ = index;
-}
-
-template <class Value>
-void NodeList<Value>::InsertAfter(Index index, Index after) {
-    CheckIndex(after);
-    Node node = nodes_.At(index);
-    Node preceding = nodes_.At(after);
-    node.SetPrevious(after);
-    node.SetNext(preceding.next());
-    preceding.SetNext(index);
-    if (after == tail_) {
-        tail_ = index;
-    } else {
-        nodes_.At(node.next()).SetPrevious(index);
-    }
 }
 
 template <class Value>
@@ -237,7 +225,7 @@ void NodeList<Value>::SetSize(Index size, Index chunk) {
 template <class Value>
 auto NodeList<Value>::SearchStart(Index start, bool descending) -> Index {
     if (start == 0) return cursor_;
-    if (start < 0) return descending ? tail_ : head_;
+    if (start < 0) return End(descending ? kAfter : kBefore);
     CheckIndex(start);
     return Beyond(start, descending);
 }

@@ -6,21 +6,15 @@
 namespace velk {
 
 // A pen, brush, bitmap or font that we made.
-struct GdiObjectTraits {
-    using Handle = HGDIOBJ;
-    static Handle Invalid() noexcept { return nullptr; }
+struct GdiObjectTraits : NullIsNone<HGDIOBJ> {
     static void Close(Handle handle) noexcept { DeleteObject(handle); }
 };
 // A context that was created, not lent by a window.
-struct CreatedContextTraits {
-    using Handle = HDC;
-    static Handle Invalid() noexcept { return nullptr; }
+struct CreatedContextTraits : NullIsNone<HDC> {
     static void Close(Handle handle) noexcept { DeleteDC(handle); }
 };
 // The whole screen's context, lent by the system.
-struct ScreenContextTraits {
-    using Handle = HDC;
-    static Handle Invalid() noexcept { return nullptr; }
+struct ScreenContextTraits : NullIsNone<HDC> {
     static void Close(Handle handle) noexcept { ReleaseDC(nullptr, handle); }
 };
 

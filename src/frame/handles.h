@@ -1,4 +1,4 @@
-// One owning type for each kind of handle: a line of traits (type, invalid value, how to close).
+// One owning type for each kind of handle: a line of traits (type, value that is none, how to close).
 #pragma once
 
 #include <utility>
@@ -34,19 +34,24 @@ class UniqueHandle {
     Handle handle_ = Traits::Invalid();
 };
 
-struct FileTraits {
+// What most traits have in common: the type, and which of its values is no handle.
+template <class Type>
+struct NullIsNone {
+    using Handle = Type;
+    static Handle Invalid() noexcept { return nullptr; }
+};
+struct MinusOneIsNone {
     using Handle = HANDLE;
     static Handle Invalid() noexcept { return INVALID_HANDLE_VALUE; }
+};
+
+struct FileTraits : MinusOneIsNone {
     static void Close(Handle handle) noexcept { CloseHandle(handle); }
 };
-struct FindTraits {
-    using Handle = HANDLE;
-    static Handle Invalid() noexcept { return INVALID_HANDLE_VALUE; }
+struct FindTraits : MinusOneIsNone {
     static void Close(Handle handle) noexcept { FindClose(handle); }
 };
-struct RegistryKeyTraits {
-    using Handle = HKEY;
-    static Handle Invalid() noexcept { return nullptr; }
+struct RegistryKeyTraits : NullIsNone<HKEY> {
     static void Close(Handle handle) noexcept { RegCloseKey(handle); }
 };
 

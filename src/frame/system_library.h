@@ -6,9 +6,7 @@
 
 namespace velk {
 
-struct ModuleTraits {
-    using Handle = HMODULE;
-    static Handle Invalid() noexcept { return nullptr; }
+struct ModuleTraits : NullIsNone<HMODULE> {
     static void Close(Handle handle) noexcept { FreeLibrary(handle); }
 };
 using ModuleHandle = UniqueHandle<ModuleTraits>;

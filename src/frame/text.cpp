@@ -20,7 +20,7 @@ Bstr::Bstr(std::wstring_view text)
     if (!string_) throw std::bad_alloc();
 }
 
-std::wstring_view TrimNulls(std::wstring_view text) noexcept { return text.substr(0, text.find(L'\0')); }
+std::string_view TrimNulls(std::string_view text) noexcept { return text.substr(0, text.find('\0')); }
 
 std::string ToAnsi(std::wstring_view text) {
     const int length = CheckedLength(text.size());
@@ -48,6 +48,6 @@ std::u16string FromAnsi(std::string_view bytes) {
     return text;
 }
 
-Bstr FromAnsiBuffer(std::string_view buffer) { return Bstr(Wide(FromAnsi(buffer.substr(0, buffer.find('\0'))))); }
+Bstr FromAnsiBuffer(std::string_view buffer) { return Bstr(Wide(FromAnsi(TrimNulls(buffer)))); }
 
 }  // namespace velk

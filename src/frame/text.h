@@ -44,7 +44,7 @@ inline std::wstring_view Wide(std::u16string_view text) noexcept {
 }
 
 // The text before its first NUL: what is left of a fixed buffer that a platform call filled.
-std::wstring_view TrimNulls(std::wstring_view text) noexcept;
+std::string_view TrimNulls(std::string_view text) noexcept;
 
 // Conversions through the system's ANSI code page. Characters that it lacks become what the platform's default
 // conversion gives, as a rule "?".

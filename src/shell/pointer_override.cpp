@@ -10,9 +10,7 @@
 namespace velk::pointer_override {
 namespace {
 
-struct HookTraits {
-    using Handle = HHOOK;
-    static Handle Invalid() noexcept { return nullptr; }
+struct HookTraits : NullIsNone<HHOOK> {
     static void Close(Handle handle) noexcept { UnhookWindowsHookEx(handle); }
 };
 

@@ -1,6 +1,10 @@
 // CLinkedList as its clients see it. What its nodes do is compared with the literal rules in node_list_test.cpp.
 #include <gtest/gtest.h>
 
+#include <cwchar>
+#include <utility>
+#include <vector>
+
 #include "frame/text.h"
 #include "support/client.h"
 #include "support/late_bound.h"
@@ -16,48 +20,42 @@ class LinkedList : public testing::Test {
     LONG Find(const VARIANT& value, LONG condition = 0, LONG start = -1, bool descending = false) {
         return Call(list_.get(), L"Find", {value, Arg(condition), Arg(start), Arg(descending)}).value.lVal;
     }
-    LONG Number(const wchar_t* member) { return Get(list_.get(), member).value.lVal; }
-    bool Flag(const wchar_t* member) { return Get(list_.get(), member).value.boolVal != VARIANT_FALSE; }
 
     ComPtr<IDispatch> list_ = CreateObject<IDispatch>(__uuidof(::CLinkedList));
 };
 
-TEST_F(LinkedList, KeepsItemsUnderTheirIndexAndWalksThem) {
-    EXPECT_TRUE(Flag(L"IsEmpty") && Flag(L"BOL") && Flag(L"EOL"));
-    for (LONG i = 1; i <= 3; ++i) EXPECT_EQ(i, Add(Arg(i * 10)));
-    EXPECT_EQ(4, Call(list_.get(), L"Add", {Arg(LONG{5}), Arg(LONG{2})}).value.lVal);
+TEST_F(LinkedList, ReportsAndRaisesABadIndexAndWhatCannotBeCompared) {
+    Variant array;
+    array.vt = VT_ARRAY | VT_I4;
+    array.parray = SafeArrayCreateVector(VT_I4, 0, 1);
+    Add(array);
     Call(list_.get(), L"MoveFirst");
-    std::vector<LONG> values;
-    for (; !Flag(L"EOL"); Call(list_.get(), L"MoveNext")) values.push_back(Get(list_.get(), L"Item").value.lVal);
-    EXPECT_EQ((std::vector<LONG>{10, 5, 20, 30}), values);
-    Call(list_.get(), L"MoveLast");
-    Call(list_.get(), L"MovePrevious");
-    EXPECT_EQ(2, Number(L"CurrIndex"));
-    Call(list_.get(), L"Remove", {Arg(LONG{4})});
-    EXPECT_EQ(4, Add(Arg(LONG{7})));
-    EXPECT_EQ(4, Number(L"Count"));
-}
-
-TEST_F(LinkedList, ReportsAndRaisesABadIndex) {
-    Add(Arg(LONG{1}));
     struct Case {
         const wchar_t* member;
-        const wchar_t* title;
-        LONG argument;
+        std::initializer_list<LONG> arguments;
+        const wchar_t* error = L"5. Invalid procedure call or argument";
     };
-    const Case cases[] = {{L"CheckIndex", L"CLinkedList.CheckIndex", 0},
-                          {L"CheckIndex", L"CLinkedList.CheckIndex", 2},
-                          {L"Move", L"CLinkedList.Move", 101},
-                          {L"Remove", L"CLinkedList.Remove", -1},
-                          {L"Item", L"CLinkedList.Item", 2},
-                          {L"SetSize", L"CLinkedList.SetSize", 0}};
+    const wchar_t* const mismatch = L"13. Type mismatch";
+    const Case cases[] = {{L"CheckIndex", {0}},
+                          {L"CheckIndex", {2}},
+                          {L"Move", {101}},
+                          {L"Remove", {-1}},
+                          {L"Item", {2}},
+                          {L"Add", {1, 2}},
+                          {L"SetSize", {0}},
+                          {L"Find", {1, fccEqual}, mismatch},
+                          {L"Find", {1, fccLess}, mismatch},
+                          {L"Find", {1, fccInStr}, mismatch}};
     for (const Case& c : cases) {
         const ReportRecorder recorder(Library());
-        const Outcome outcome = Call(list_.get(), c.member, {Arg(c.argument)});
-        EXPECT_EQ(static_cast<HRESULT>(0x800A0005), outcome.code) << c.title;
+        std::vector<VARIANT> arguments;
+        for (const LONG argument : c.arguments) arguments.push_back(Arg(argument));
+        const Outcome outcome =
+            InvokeNamed(list_.get(), c.member, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments, {});
         ASSERT_EQ(1u, recorder.reports().size());
-        EXPECT_EQ(c.title, recorder.reports()[0].title);
-        EXPECT_EQ(L"Error: 5. Invalid procedure call or argument", recorder.reports()[0].text);
+        EXPECT_EQ(std::wstring(L"CLinkedList.") + c.member, recorder.reports()[0].title);
+        EXPECT_EQ(std::wstring(L"Error: ") + c.error, recorder.reports()[0].text);
+        EXPECT_EQ(static_cast<HRESULT>(0x800A0000 + std::wcstol(c.error, nullptr, 10)), outcome.code);
     }
 }
 
@@ -81,17 +79,16 @@ TEST_F(LinkedList, ComparesNumbersOfAllKindsByValue) {
         Variant item = Of(kind, 7);
         ASSERT_EQ(S_OK, list->put_Item(&index, &item));
         for (const VARTYPE other : kinds) {
-            const auto find = [&](LONGLONG number, FindConditionConstants condition) {
-                LONG found = 99;
-                Variant wanted = Of(other, number);
-                EXPECT_EQ(S_OK, list->Find(&wanted, &condition, &start, nullptr, &found));
-                return found;
-            };
-            EXPECT_EQ(index, find(7, fccEqual)) << kind << " and " << other;
-            EXPECT_EQ(0, find(7, fccNotEqual)) << kind << " and " << other;
-            EXPECT_EQ(index, find(8, fccLess)) << kind << " and " << other;
-            EXPECT_EQ(0, find(7, fccGreater)) << kind << " and " << other;
-            EXPECT_EQ(index, find(6, fccGreaterEqual)) << kind << " and " << other;
+            for (const LONGLONG number : {6, 7, 8}) {
+                for (int condition = fccEqual; condition <= fccGreaterEqual; ++condition) {
+                    const bool meets[] = {7 == number, 7 != number, 7 < number, 7 <= number, 7 > number, 7 >= number};
+                    LONG found = 99;
+                    Variant wanted = Of(other, number);
+                    EXPECT_EQ(S_OK, list->Find(&wanted, reinterpret_cast<FindConditionConstants*>(&condition), &start,
+                                               nullptr, &found));
+                    EXPECT_EQ(meets[condition] ? index : 0, found) << kind << " " << condition << " " << other;
+                }
+            }
         }
     }
 }
@@ -103,48 +100,26 @@ TEST_F(LinkedList, FindsWhatStringsAndOtherValuesMean) {
     const VARIANT items[] = {
         null, empty, Arg(LONG{25}), capital, small, Arg(true), Arg(static_cast<IDispatch*>(nullptr))};
     for (const VARIANT& item : items) Add(item);
-    constexpr LONG kUnknown = 99;
     const Variant part = Text(L"ru");
-    struct Case {
-        LONG found;
-        VARIANT value;
-        LONG condition;
-    };
-    const Case cases[] = {
-        {0, null, fccEqual},
-        {0, null, fccNotEqual},
-        {0, null, fccInStr},
-        {2, empty, fccEqual},
-        {2, nul, fccEqual},
-        {2, small, fccLess},
-        {5, capital, fccGreater},
-        {3, five, fccInStr},
-        {3, Arg(LONG{5}), fccInStr},
-        {6, part, fccInStr},
-        {3, nul, fccInStr},
-        {5, small, kUnknown},
-        {7, Arg(static_cast<IDispatch*>(nullptr)), fccEqual},
-        {0, Arg(static_cast<IDispatch*>(nullptr)), fccNotEqual},
-        {7, Arg(list_.get()), fccNotEqual},
-    };
-    LONG number = 0;
-    for (const Case& c : cases) EXPECT_EQ(c.found, Find(c.value, c.condition)) << "case " << number++;
+    const VARIANT nothing = Arg(static_cast<IDispatch*>(nullptr)), self = Arg(list_.get());
+    constexpr LONG kUnknown = 99;
+    const std::pair<VARIANT, std::vector<std::pair<LONG, LONG>>> cases[] = {
+        // a value's conditions and what they find
+        {null, {{fccEqual, 0}, {fccNotEqual, 0}, {fccInStr, 0}}},
+        {empty, {{fccEqual, 2}}},
+        {nul, {{fccEqual, 2}, {fccInStr, 3}}},
+        {small, {{fccLess, 2}, {kUnknown, 5}}},
+        {capital, {{fccGreater, 5}}},
+        {five, {{fccInStr, 3}}},
+        {Arg(LONG{5}), {{fccInStr, 3}}},
+        {part, {{fccInStr, 6}}},
+        {nothing, {{fccEqual, 7}, {fccNotEqual, 0}}},
+        {self, {{fccNotEqual, 7}, {fccLess, 0}}}};
+    for (const auto& [value, found] : cases) {
+        for (const auto& [condition, index] : found) EXPECT_EQ(index, Find(value, condition)) << value.vt;
+    }
     EXPECT_EQ(6, Find(nul, fccInStr, -1, true));
     EXPECT_EQ(4, Find(nul, fccInStr, 3)) << "the start itself is not looked at";
-}
-
-TEST_F(LinkedList, RaisesATypeMismatchForWhatCannotBeCompared) {
-    Variant array;
-    array.vt = VT_ARRAY | VT_I4;
-    array.parray = SafeArrayCreateVector(VT_I4, 0, 1);
-    Add(array);
-    const ReportRecorder recorder(Library());
-    for (const LONG condition : {fccEqual, fccLess, fccInStr}) {
-        const Outcome outcome = Call(list_.get(), L"Find", {Arg(LONG{1}), Arg(condition), Arg(LONG{-1})});
-        EXPECT_EQ(static_cast<HRESULT>(0x800A000D), outcome.code) << condition;
-    }
-    ASSERT_EQ(3u, recorder.reports().size());
-    EXPECT_EQ(L"CLinkedList.Find", recorder.reports()[0].title);
 }
 
 TEST_F(LinkedList, HoldsObjectsByReference) {

@@ -40,40 +40,22 @@ int Operate(auto& list, int operation, const Operands& with) {
     const auto equal = [value](int item) { return item == value; };
     const auto less = [value](int item) { return item < value; };
     return Answer([&]() -> int {
-        switch (operation) {
-            case 0:
-                return list.Add(value, 0, 0);
-            case 1:
-                return list.Add(value, a, flag ? b : 0);
-            case 2:
-                return list.Add(value, 0, a);
-            case 3:
-                return list.Add(value, -1, 0);
-            case 4:
-                return list.Remove(a);
-            case 5:
-                return list.Remove(0);
-            case 6:
-                return list.Item(a) = value;
-            case 7:
-                return list.Move(a), 0;
-            case 8:
-                return list.MoveFirst(), 0;
-            case 9:
-                return list.MoveLast(), 0;
-            case 10:
-                return list.MoveNext(), 0;
-            case 11:
-                return list.MovePrevious(), 0;
-            case 12:
-                return list.Find(list.SearchStart(a, flag), flag, equal);
-            case 13:
-                return list.Find(list.SearchStart(a, flag), flag, less);
-            case 14:
-                return flag ? list.SetCursor(a) : list.SetSize(list.upper() - 20 + 4 * value, b), 0;
-            default:
-                return list.Create(), 0;
-        }
+        if (operation == 0) return list.Add(value, 0, 0);
+        if (operation == 1) return list.Add(value, a, flag ? b : 0);
+        if (operation == 2) return list.Add(value, 0, a);
+        if (operation == 3) return list.Add(value, -1, 0);
+        if (operation == 4) return list.Remove(a);
+        if (operation == 5) return list.Remove(0);
+        if (operation == 6) return list.Item(a) = value;
+        if (operation == 7) return list.Move(a), 0;
+        if (operation == 8) return list.MoveFirst(), 0;
+        if (operation == 9) return list.MoveLast(), 0;
+        if (operation == 10) return list.MoveNext(), 0;
+        if (operation == 11) return list.MovePrevious(), 0;
+        if (operation == 12) return list.Find(list.SearchStart(a, flag), flag, equal);
+        if (operation == 13) return list.Find(list.SearchStart(a, flag), flag, less);
+        if (operation == 14) return flag ? list.SetCursor(a) : list.SetSize(list.upper() - 20 + 4 * value, b), 0;
+        return list.Create(), 0;
     });
 }
 

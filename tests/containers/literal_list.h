@@ -29,13 +29,8 @@ class LiteralList {
             At(before).prev = added;
             (before == head_ ? head_ : At(At(added).prev).next) = added;
         } else if (after < 1) {
-            if (tail_ != 0) {
-                At(tail_).next = added;
-                At(added).prev = tail_;
-            } else {
-                head_ = added;
-                At(added).prev = 0;
-            }
+            (tail_ == 0 ? head_ : At(tail_).next) = added;
+            At(added).prev = tail_;
             tail_ = added;
             At(added).next = 0;
         } else {
@@ -59,27 +54,23 @@ class LiteralList {
     int Remove(int index) {
         if (index == 0) index = cursor_;
         CheckIndex(index);
+        const auto [value, prev, next] = At(index);
         if (index == head_) {
-            head_ = At(index).next;
-            At(head_).prev = 0;
+            At(head_ = next).prev = 0;
         } else if (index == tail_) {
-            tail_ = At(index).prev;
-            At(tail_).next = 0;
+            At(tail_ = prev).next = 0;
         } else {
-            At(At(index).prev).next = At(index).next;
-            At(At(index).next).prev = At(index).prev;
+            At(prev).next = next;
+            At(next).prev = prev;
         }
-        const int removed = At(index).value;
-        At(index).value = 0;
         --count_;
         if (index == cursor_) {
             cursor_ = At(index).next;
             if (cursor_ == 0) movedForward_ = true;
         }
-        At(index).next = freeHead_;
-        At(index).prev = -1;
+        At(index) = {0, -1, freeHead_};
         freeHead_ = index;
-        return removed;
+        return value;
     }
 
     void SetSize(int size, int chunk) {

@@ -53,50 +53,37 @@ TEST(NodeList, FindsItselfInOrderWhenAValueGoes) {
     List list;
     list.Create();
     int gone = 0;
-    // Each value, when it goes, sees a list that holds `count` items, and adds and removes one.
-    const auto value = [&](int count) {
-        return FarewellWith([&list, &gone, count] {
+    // Each value, when it goes, sees a list that holds one item, and adds and removes one.
+    const auto value = [&] {
+        return FarewellWith([&] {
             ++gone;
-            EXPECT_EQ(count, list.count());
+            EXPECT_EQ(1, list.count());
             list.Remove(list.Add(Farewell(), 0, 0));
         });
     };
-    list.Add(value(1), 0, 0);
-    const int second = list.Add(value(1), 0, 0);
-    list.Remove(second);
+    list.Add(value(), 0, 0);
+    list.Remove(list.Add(value(), 0, 0));
     EXPECT_EQ(1, gone);
-    std::exchange(list.Item(1), value(1));
+    std::exchange(list.Item(1), value());
     EXPECT_EQ(2, gone);
     list.Create();  // the count stays
     EXPECT_EQ(3, gone);
 }
 
-TEST(NodeList, AUsedNodeThatIsTakenAgainGivesItsValueBack) {
-    int gone = 0;
-    NodeList<Farewell> list;
-    list.Create();
-    list.SetSize(200, 0);  // the 200 nodes are a ring now
-    for (int i = 0; i < 200; ++i) list.Add(FarewellWith([&] { ++gone; }), 0, 0);
-    EXPECT_EQ(0, gone);
-    EXPECT_EQ(101, list.Add(Farewell(), 0, 0));
-    EXPECT_EQ(1, gone);
-    EXPECT_EQ(201, list.count());
-}
-
-TEST(NodeList, MayBeAddedToWhileItGoes) {
+TEST(NodeList, GivesBackTheValueOfAUsedNodeThatIsTakenAgainAndMayBeAddedToWhileItGoes) {
     int gone = 0;
     {
         NodeList<Farewell> list;
         list.Create();
-        for (int i = 0; i < 3; ++i) {
-            list.Add(FarewellWith([&] {
-                         ++gone;
-                         Answer([&] { return list.Add(FarewellWith([&] { ++gone; }), 0, 0); });
-                     }),
-                     0, 0);
-        }
+        list.SetSize(200, 0);  // the 200 nodes are a ring now
+        const auto add = [&] { return list.Add(FarewellWith([&] { ++gone; }), 0, 0); };
+        for (int i = 0; i < 200; ++i) add();
+        EXPECT_EQ(0, gone);
+        EXPECT_EQ(101, list.Add(FarewellWith([&, add] { Answer(add); }), 0, 0));
+        EXPECT_EQ(1, gone);
+        EXPECT_EQ(201, list.count());
     }
-    EXPECT_EQ(6, gone);
+    EXPECT_EQ(201, gone);
 }
 
 TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
@@ -107,20 +94,8 @@ TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
     for (const int size : {std::numeric_limits<int>::max(), 1'000'000'000}) {
         EXPECT_THROW(list.SetSize(size, 0), std::bad_alloc);
     }
-    EXPECT_THROW(list.SetSize(0, 0), RuntimeError);
-    EXPECT_THROW(list.SetSize(200, -1), RuntimeError);
     EXPECT_EQ(before, Seen(list));
     EXPECT_EQ(2, list.Add(8, 0, 0));
-}
-
-TEST(NodeList, ASearchThatIsLedOutOfTheNodesFails) {
-    NodeList<int> list;
-    list.Create();
-    for (int i = 1; i <= 101; ++i) list.Add(i, 0, 0);
-    list.Remove(101);
-    list.Create();  // the last node leads to what was the head of the free list, 101
-    list.Item(100) = 5;
-    EXPECT_EQ(-1009, Answer([&] { return list.Find(100, false, [](int item) { return item == 0; }); }));
 }
 
 TEST(NodeList, ASearchMayStartAtANodeThatWasNeverUsed) {
@@ -129,17 +104,6 @@ TEST(NodeList, ASearchMayStartAtANodeThatWasNeverUsed) {
     list.SetSize(1000, 0);
     list.SetCursor(900);
     EXPECT_EQ(900, list.Find(list.SearchStart(0, false), false, [](int item) { return item == 0; }));
-}
-
-// Where a way leads in a circle depends on what is described, so the circle is a real one.
-TEST(NodeList, ASearchThatWalksInACircleEnds) {
-    NodeList<int> list;
-    list.Create();
-    list.SetSize(101, 0);
-    for (int i = 0; i < 101; ++i) list.Add(i, 0, 0);
-    list.Add(1, 0, 50);  // takes node 101, the head, again
-    EXPECT_EQ(0, list.Find(50, false, [](int item) { return item == -1; }));
-    EXPECT_EQ(101, list.Find(50, false, [](int item) { return item == 1; }));
 }
 
 }  // namespace

@@ -80,21 +80,6 @@ TEST(MainLibraryFile, StatesItsVersion) {
     EXPECT_STREQ(L"Velk Support Functions", static_cast<wchar_t*>(value));
 }
 
-#ifdef NDEBUG  // debug information names its sources
-
-TEST_P(LibraryFile, DoesNotTellWhereItWasBuilt) {
-    const std::string_view image(At<char>(0), headers_->OptionalHeader.SizeOfImage);
-    const std::string library = VELKSPRT_DLL;
-    for (const std::string& folder : {std::string(VELK_SOURCE_DIR "/"), library.substr(0, library.rfind('/') + 1)}) {
-        std::string wide;
-        for (const char c : folder) wide += {c, '\0'};
-        EXPECT_EQ(std::string::npos, image.find(folder)) << folder;
-        EXPECT_EQ(std::string::npos, image.find(wide)) << folder;
-    }
-}
-
-#endif
-
 // The constants of enumerations are left out: the type-library compiler gives them none.
 TEST_P(LibraryFile, HasAHelpTextForEveryTypeAndMember) {
     for (const Type& type : TypesOf(LoadTypes(path_.c_str()))) {

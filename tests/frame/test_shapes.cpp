@@ -106,24 +106,15 @@ STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
 
 STDMETHODIMP CShapes::Fail(EFailure kind, LONG* result) noexcept {
     return Guard(L"Fail", result, [&]() -> LONG {
-        switch (kind) {
-            case eFailure_None:
-                return 1;
-            case eFailure_Runtime:
-                throw RuntimeError(6);
-            case eFailure_Class:
-                throw ClassError(static_cast<HRESULT>(0x80044801), L"Own error");
-            case eFailure_Library:
-                throw ClassError(static_cast<HRESULT>(0x80044802), L"Library's error", ErrorSource::Library);
-            case eFailure_Memory:
-                throw std::bad_alloc();
-            case eFailure_Length:
-                throw std::length_error("length");
-            case eFailure_Null:
-                throw NullArgument();
-            default:
-                throw kind;
+        if (kind == eFailure_Runtime) throw RuntimeError(6);
+        if (kind == eFailure_Class) throw ClassError(static_cast<HRESULT>(0x80044801), L"Own error");
+        if (kind == eFailure_Library) {
+            throw ClassError(static_cast<HRESULT>(0x80044802), L"Library's error", ErrorSource::Library);
         }
+        if (kind == eFailure_Memory) throw std::bad_alloc();
+        if (kind == eFailure_Length) throw std::length_error("length");
+        if (kind == eFailure_Null) throw NullArgument();
+        throw kind;
     });
 }
 

@@ -2,11 +2,25 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velk::test {
 
 using Entries = std::map<std::u16string, std::u16string>;
+
+inline std::vector<std::u16string> Split(const std::u16string& text, std::u16string_view at) {
+    std::vector<std::u16string> pieces(1);
+    for (std::size_t i = 0; i < text.size();) {
+        if (text.compare(i, at.size(), at) == 0) {
+            pieces.emplace_back();
+            i += at.size();
+        } else {
+            pieces.back() += text[i++];
+        }
+    }
+    return pieces;
+}
 
 // The rules read literally: split at CR LF, then at "=".
 struct LiteralReading {
@@ -14,26 +28,10 @@ struct LiteralReading {
     int error = 0;
 
     explicit LiteralReading(const std::u16string& text) {
-        std::vector<std::u16string> lines(1);
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (text[i] == u'\r' && text.substr(i, 2) == u"\r\n") {
-                lines.emplace_back();
-                ++i;
-            } else {
-                lines.back() += text[i];
-            }
+        for (const auto& line : Split(text, u"\r\n")) {
+            const auto fields = Split(line, u"=");
+            if (!error && fields.size() > 1 && !entries.emplace(fields[0], fields[1]).second) error = 457;
         }
-        for (const auto& line : lines)
-            if (error == 0) Add(line);
-    }
-
-    void Add(const std::u16string& line) {
-        std::vector<std::u16string> fields(1);
-        for (const char16_t unit : line) {
-            if (unit == u'=') fields.emplace_back();
-            if (unit != u'=') fields.back() += unit;
-        }
-        if (fields.size() > 1 && !entries.emplace(fields[0], fields[1]).second) error = 457;
     }
 };
 

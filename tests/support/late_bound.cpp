@@ -1,6 +1,7 @@
 #include "support/late_bound.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "frame/text.h"
@@ -8,10 +9,12 @@
 namespace velk::test {
 namespace {
 
-VARIANT Make(VARTYPE type) {
-    VARIANT value{};
-    value.vt = type;
-    return value;
+template <class T>
+VARIANT Make(VARTYPE type, T value) {
+    VARIANT made{};
+    made.vt = type;
+    std::memcpy(&made.llVal, &value, sizeof(value));
+    return made;
 }
 
 std::wstring Take(BSTR text) {
@@ -43,46 +46,14 @@ Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> nam
 
 }  // namespace
 
-VARIANT Arg(LONG value) {
-    VARIANT made = Make(VT_I4);
-    made.lVal = value;
-    return made;
-}
-VARIANT Arg(bool value) {
-    VARIANT made = Make(VT_BOOL);
-    made.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-    return made;
-}
-VARIANT Arg(double value) {
-    VARIANT made = Make(VT_R8);
-    made.dblVal = value;
-    return made;
-}
-VARIANT Arg(BSTR text) {
-    VARIANT made = Make(VT_BSTR);
-    made.bstrVal = text;
-    return made;
-}
-VARIANT Arg(IDispatch* object) {
-    VARIANT made = Make(VT_DISPATCH);
-    made.pdispVal = object;
-    return made;
-}
-VARIANT Arg(VARIANT* variable) {
-    VARIANT made = Make(VT_BYREF | VT_VARIANT);
-    made.pvarVal = variable;
-    return made;
-}
-VARIANT Missing() {
-    VARIANT made = Make(VT_ERROR);
-    made.scode = DISP_E_PARAMNOTFOUND;
-    return made;
-}
-VARIANT Ref(VARTYPE type, void* place) {
-    VARIANT made = Make(type | VT_BYREF);
-    made.byref = place;
-    return made;
-}
+VARIANT Arg(LONG value) { return Make(VT_I4, value); }
+VARIANT Arg(bool value) { return Make(VT_BOOL, value ? VARIANT_TRUE : VARIANT_FALSE); }
+VARIANT Arg(double value) { return Make(VT_R8, value); }
+VARIANT Arg(BSTR text) { return Make(VT_BSTR, text); }
+VARIANT Arg(IDispatch* object) { return Make(VT_DISPATCH, object); }
+VARIANT Arg(VARIANT* variable) { return Make(VT_BYREF | VT_VARIANT, variable); }
+VARIANT Missing() { return Make(VT_ERROR, DISP_E_PARAMNOTFOUND); }
+VARIANT Ref(VARTYPE type, void* place) { return Make(type | VT_BYREF, place); }
 
 Variant Text(std::wstring_view text) {
     Variant made;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "support/import_patch.h"
+#include "support/scoped_variable.h"
 
 namespace velk::test {
 
@@ -16,21 +17,30 @@ class ReportRecorder {
         UINT type;
     };
 
-    explicit ReportRecorder(HMODULE module);
-    ~ReportRecorder();
+    explicit ReportRecorder(HMODULE module) : patch_(module, "MessageBoxW", reinterpret_cast<void*>(&Record)) {
+        current_ = this;
+    }
+    ~ReportRecorder() { current_ = nullptr; }
 
     const std::vector<Report>& reports() const noexcept { return reports_; }
     // All that were shown since the last call, each as "title: text|".
-    std::wstring Shown();
+    std::wstring Shown() {
+        std::wstring shown;
+        for (; seen_ < reports_.size(); ++seen_) shown += reports_[seen_].title + L": " + reports_[seen_].text + L"|";
+        return shown;
+    }
 
   private:
-    static int WINAPI Record(HWND owner, LPCWSTR text, LPCWSTR title, UINT type);
+    static int WINAPI Record(HWND, LPCWSTR text, LPCWSTR title, UINT type) {
+        current_->reports_.push_back({title, text, type});
+        return IDOK;
+    }
 
     static inline ReportRecorder* current_ = nullptr;
     std::vector<Report> reports_;
     std::size_t seen_ = 0;
+    const ScopedVariable asBoxes_{L"VELKSPRT_REPORTS", nullptr};
     ImportPatch patch_;
-    std::wstring savedSwitch_;
 };
 
 }  // namespace velk::test
