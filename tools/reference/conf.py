@@ -23,6 +23,7 @@ html_show_copyright = False
 html_show_sphinx = False
 html_copy_source = False
 html_use_index = False
+html_show_search_summary = False  # it is fetched page by page, which browsers refuse from disk
 html_theme_options = {
     "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
     "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
