@@ -16,7 +16,7 @@ nitpicky = True
 
 html_theme = "furo"
 html_title = "VelkSupport 1.1"
-html_static_path = [str(Path(__file__).parent / "static")]
+html_static_path = ["static"]
 html_css_files = ["velk.css"]
 html_show_sourcelink = False
 html_show_copyright = False
@@ -42,7 +42,10 @@ def bundle(app, failure):
     Its script is in modules, one style sheet is on the web server, and the sheet's compiler lost the rule for readers whose
     system is dark.
     """
-    if failure or app.builder.name != "html":
+    if failure:
+        return
+    (Path(app.outdir) / ".buildinfo").unlink()  # for building again only
+    if app.builder.name != "html":
         return
     static = Path(app.outdir) / "_static"
     script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
