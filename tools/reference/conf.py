@@ -16,13 +16,14 @@ nitpicky = True
 
 html_theme = "furo"
 html_title = "VelkSupport 1.1"
-html_static_path = [str(Path(__file__).parent / "static")]
+html_static_path = ["static"]
 html_css_files = ["velk.css"]
 html_show_sourcelink = False
 html_show_copyright = False
 html_show_sphinx = False
 html_copy_source = False
 html_use_index = False
+html_show_search_summary = False  # it is fetched page by page, which browsers refuse from disk
 html_theme_options = {
     "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
     "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
@@ -41,7 +42,10 @@ def bundle(app, failure):
     Its script is in modules, one style sheet is on the web server, and the sheet's compiler lost the rule for readers whose
     system is dark.
     """
-    if failure or app.builder.name != "html":
+    if failure:
+        return
+    (Path(app.outdir) / ".buildinfo").unlink()  # for building again only
+    if app.builder.name != "html":
         return
     static = Path(app.outdir) / "_static"
     script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
