@@ -37,7 +37,7 @@ struct ResolvedType {
 
 ResolvedType Resolve(ITypeInfo* info, const TYPEDESC& description);
 
-// Describes a type that the library names: an enumeration or an interface.
+// Describes a type that the library names: an enumeration, an alias, or an interface.
 ResolvedType ResolveNamed(ITypeInfo* info, HREFTYPE reference) {
     ComPtr<ITypeInfo> named;
     ThrowIfFailed(info->GetRefTypeInfo(reference, named.Receive()));
@@ -48,6 +48,8 @@ ResolvedType ResolveNamed(ITypeInfo* info, HREFTYPE reference) {
     switch (attributes->typekind) {
         case TKIND_ENUM:
             return {VT_I4, false, IID_NULL};
+        case TKIND_ALIAS:
+            return Resolve(named.get(), attributes->tdescAlias);
         case TKIND_DISPATCH:
             return {VT_DISPATCH, false, attributes->guid};
         case TKIND_INTERFACE:
