@@ -46,11 +46,10 @@ TEST_F(DispatchValues, ArriveAndReturnAsThroughThePlatform) {
     }
     shapes_->put_Step(0);
     for (const auto& [byValue, byReference] : {std::pair(L"EchoLong", L"BumpLong"),
+                                               {L"EchoLong", L"BumpKind"},
                                                {L"EchoDouble", L"EchoDouble"},
                                                {L"EchoString", L"BumpString"},
                                                {L"EchoVariant", L"BumpVariant"},
-                                               {L"EchoKind", L"BumpKind"},
-                                               {L"EchoColour", L"EchoColour"},
                                                {L"EchoObject", L"SwapObject"}}) {
         for (const VARIANT& argument : values) {
             SCOPED_TRACE(testing::Message() << byValue << " " << Describe(argument));
@@ -69,13 +68,6 @@ TEST_F(DispatchValues, ArriveAndReturnAsThroughThePlatform) {
     }
 }
 
-TEST_F(DispatchValues, EmbeddedNulsAndSystemColoursArrive) {
-    const Bstr text(std::wstring_view(L"a\0b", 3));
-    EXPECT_EQ(View(text.get()), TextOf(Call(shapes_.get(), L"EchoString", {Arg(text.get())}).value));
-    // A negative number to most clients.
-    EXPECT_EQ(0x80000005u, Call(shapes_.get(), L"EchoColour", {Arg(static_cast<LONG>(0x80000005))}).value.ulVal);
-}
-
 TEST_F(DispatchValues, EightByteArgumentsBetweenFourByteOnesKeepTheirPlaces) {
     DOUBLE d = 4.5;
     Bstr e(L"e");
@@ -86,6 +78,8 @@ TEST_F(DispatchValues, EightByteArgumentsBetweenFourByteOnesKeepTheirPlaces) {
               TextOf(InvokeNamed(shapes_.get(), L"Mixed", DISPATCH_METHOD, good, {}).value));
     EXPECT_EQ(5.5, d);
     EXPECT_EQ(L"!", View(e.get()));
+    e = Bstr(std::wstring_view(L"a\0b", 3));
+    EXPECT_EQ(View(e.get()), TextOf(Call(shapes_.get(), L"EchoString", {Arg(e.get())}).value));
 
     // A bad one is named by its place in the caller's array, which is laid down in reverse.
     for (const UINT bad : {0u, 1u, 2u, 7u}) {

@@ -22,8 +22,6 @@ class CShapes : public AutomationObject<_CShapes> {
     STDMETHODIMP EchoDouble(DOUBLE value, DOUBLE* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoString(BSTR value, BSTR* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoVariant(VARIANT value, VARIANT* result) noexcept override { return Echo(value, result); }
-    STDMETHODIMP EchoKind(EFailure value, EFailure* result) noexcept override { return Echo(value, result); }
-    STDMETHODIMP EchoColour(ShapeColour value, ShapeColour* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoObject(IDispatch* value, IDispatch** result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoFont(IFontDisp* value, IFontDisp** result) noexcept override { return Echo(value, result); }
 
