@@ -123,6 +123,17 @@ TEST(NodeList, ASearchThatIsLedOutOfTheNodesFails) {
     EXPECT_EQ(-1009, Answer([&] { return list.Find(100, false, [](int item) { return item == 0; }); }));
 }
 
+TEST(NodeList, TheWayBackFromAFreeNodeLeadsToNone) {
+    NodeList<int> list;
+    list.Create();
+    list.Remove(list.Add(7, 0, 0));
+    for (const int freed : {1, 50}) {
+        list.SetCursor(freed);
+        list.MovePrevious();
+        EXPECT_EQ(-1, list.cursor());
+    }
+}
+
 TEST(NodeList, ASearchMayStartAtANodeThatWasNeverUsed) {
     NodeList<int> list;
     list.Create();
