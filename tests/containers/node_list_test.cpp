@@ -138,8 +138,8 @@ TEST(NodeList, ASearchMayStartAtANodeThatWasNeverUsed) {
     NodeList<int> list;
     list.Create();
     list.SetSize(1000, 0);
-    list.SetCursor(900);
-    EXPECT_EQ(900, list.Find(list.SearchStart(0, false), false, [](int item) { return item == 0; }));
+    list.SetCursor(500);
+    EXPECT_EQ(500, list.Find(list.SearchStart(0, false), false, [](int item) { return item == 0; }));
 }
 
 // Where a way leads in a circle depends on what is described, so the circle is a real one.
