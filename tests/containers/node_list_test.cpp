@@ -98,12 +98,23 @@ TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
     EXPECT_EQ(2, list.Add(8, 0, 0));
 }
 
+TEST(NodeList, TheWayBackFromAFreeNodeLeadsToNone) {
+    NodeList<int> list;
+    list.Create();
+    list.Remove(list.Add(7, 0, 0));
+    for (const int freed : {1, 50}) {
+        list.SetCursor(freed);
+        list.MovePrevious();
+        EXPECT_EQ(-1, list.cursor());
+    }
+}
+
 TEST(NodeList, ASearchMayStartAtANodeThatWasNeverUsed) {
     NodeList<int> list;
     list.Create();
     list.SetSize(1000, 0);
-    list.SetCursor(900);
-    EXPECT_EQ(900, list.Find(list.SearchStart(0, false), false, [](int item) { return item == 0; }));
+    list.SetCursor(500);
+    EXPECT_EQ(500, list.Find(list.SearchStart(0, false), false, [](int item) { return item == 0; }));
 }
 
 }  // namespace

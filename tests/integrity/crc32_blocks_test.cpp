@@ -11,6 +11,7 @@ TEST(Crc32Blocks, AreWholeUntilTheEndAndLeaveOutALastByteThatWouldStartOne) {
         {0, 0, 1, 0},
         {0, 1, 1, 0},
         {0, 2, 1, 2},
+        {0, kBlock, 1, kBlock},
         {0, kBlock + 1, 1, kBlock},
         {kBlock, kBlock + 1, 1, 0},
         {kBlock, kBlock + 2, 1, 2},

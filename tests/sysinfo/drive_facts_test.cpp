@@ -21,6 +21,7 @@ TEST(DriveList, IsWalkedByPosition) {
         {std::string(255, ' '), 0, {}},
         {"A:\\\0C:\\\0D:\\\0\0  "s, 12, {"A:\\", "C:\\", "D:\\"}},
         {"A\0\\\\server\\share\\\0\0C:\0\0 "s, 22, {"A", "\\\\server\\share\\", "", "C:"}},  // of any length
+        {"C:\\\0"s, 3, {}},
         {"C:\\\0D:\\\0\0"s, 4, {"C:\\"}},  // nothing behind the list counts
         {"C:\\\0D:"s, 300, {"C:\\"}},      // a list that did not fit
         {std::string(255, ' '), 300, {}},
@@ -51,10 +52,12 @@ TEST(DriveLetter, IsTheCharacterBehindA) {
 }
 
 TEST(DriveTexts, NameTheTypesAndJoinCapabilities) {
-    for (const auto& [type, text] : {std::pair{0, "Unknown"}, {3, "Fixed"}, {6, "RAM Disk"}, {7, ""}, {-1, ""}}) {
+    for (const auto& [type, text] :
+         {std::pair{0, "Unknown"}, {3, "Fixed"}, {6, "RAM Disk"}, {7, ""}, {-1, ""}, {0x7FFFFFFF, ""}}) {
         EXPECT_EQ(text, DriveTypeText(type));
     }
     EXPECT_EQ("", VolumeFlagsText(0x7FE0));
+    EXPECT_EQ("Supports case-sensitive searching", VolumeFlagsText(1));
     EXPECT_EQ("Supports case-sensitive searching, Permits case-sensitive names", VolumeFlagsText(3));
     for (const std::uint32_t bit : {0x8000U, 0x10000U, 0x80000000U})
         EXPECT_EQ("Volume is compressed", VolumeFlagsText(bit));

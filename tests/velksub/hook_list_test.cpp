@@ -31,6 +31,7 @@ TEST(HookList, KeepsEachMessagesHooksInTheirOrder) {
     EXPECT_EQ("d", Downwards(list, 9));
     EXPECT_EQ("e", Downwards(list, ~0u));
     for (const List::Message unwanted : {0u, 3u, 0xFFFFFFFEu}) EXPECT_FALSE(list.Wants(unwanted));
+    for (const List::Message wanted : {2u, 5u, ~0u}) EXPECT_TRUE(list.Wants(wanted));
     EXPECT_EQ('a', list.Remove(5, 'a'));
     EXPECT_EQ(std::nullopt, list.Remove(5, 'a'));
     EXPECT_EQ(std::nullopt, list.Remove(7, 'a'));
@@ -47,7 +48,9 @@ TEST(HookList, APlaceIsNeverGivenTwice) {
     list.Remove(1, 'a');
     list.Add(1, 'a');
     EXPECT_FALSE(list.Holds(1, first));
-    EXPECT_TRUE(list.Holds(1, list.Below(1, List::kTop)->place));
+    const List::Place second = list.Below(1, List::kTop)->place;
+    list.Add(1, 'b');
+    EXPECT_TRUE(list.Holds(1, second));
     EXPECT_EQ(nullptr, list.Below(1, first)) << "what was attached later stands above";
 }
 

@@ -18,6 +18,7 @@ TEST(ColumnFit, ScalesAllButTheLastAndLeavesItTheRest) {
         {400, 0, {100, 100}, {0, 0, 0}},
         {2, 3, {1, 3, 5}, {2, 4, 8, -11}},  // 1.5, 4.5 and 7.5: halves go to the even neighbour
         {3, 1, {100, 50}, {33, 17, -49}},
+        {1, 2, {3}, {6, -4}},
         {100, 100, {}, {100}},
     };
     for (const Case& c : cases) {

@@ -23,7 +23,7 @@ TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
         {u"Black && White", u"Black && White", u"", 0},
         {u"&&&x", u"&&&x", u"", u'x'},
         {u"&First &Second", u"&First &Second", u"", u'S'},  // the platform underlines the last one
-        {u"odd&", u"odd&", u"", 0},
+        {std::u16string_view(u"odd&x", 4), u"odd&", u"", 0},
         {u"Two\ttabs\there", u"Two", u"tabs\there", 0},
         {u"Right\baligned", u"Right", u"aligned", 0},
         {u"\tonly", u"", u"only", 0},
@@ -74,16 +74,19 @@ TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
             EXPECT_GE(text.height(), dotsPerInch / 6);
             EXPECT_LE(text.right, arrow.left);
             EXPECT_LE(arrow.right, item.right);
-            EXPECT_EQ(1, arrow.height() % 2);
-            EXPECT_LT(cell.left, drawn.left);
-            EXPECT_LT(drawn.right, cell.right);
-            EXPECT_LT(cell.top, drawn.top);
-            EXPECT_LT(drawn.bottom, cell.bottom);
+            EXPECT_EQ(2 * arrow.width() - 1, arrow.height());
+            EXPECT_GT(drawn.left - cell.left, 0);
+            EXPECT_GT(drawn.top - cell.top, 0);
+            EXPECT_NEAR(drawn.left - cell.left, cell.right - drawn.right, 1);
+            EXPECT_NEAR(drawn.top - cell.top, cell.bottom - drawn.bottom, 1);
             EXPECT_EQ(1, line.height());
             EXPECT_EQ(text.left, line.left);
-            EXPECT_LT(layout.SeparatorSize().height, size.height);
+            EXPECT_EQ(layout.Scaled(3), (layout.SeparatorSize().height - 1) / 2);
         }
     }
+    // A pixel round the cell of a high icon, three above and below a high text; twice as many at twice the resolution.
+    EXPECT_EQ(40 + 2 * (6 + 2), MenuLayout(192, {16, 40}, 16).ItemSize(0, 0).height);
+    EXPECT_EQ(40 + 2 * 3, MenuLayout(96, {16, 16}, 40).ItemSize(0, 0).height);
     EXPECT_LT(MenuLayout(96, {16, 16}, 16).ItemSize(100, 0).width, MenuLayout(96, {16, 16}, 16).ItemSize(100, 1).width);
 }
 
@@ -115,6 +118,9 @@ TEST(MenuPixels, FadedIconsAreGreyAndPalerOnAnUntouchedBackground) {
     }
     EXPECT_LT(Brightness(pixels[5]), Brightness(pixels[3]));  // blue is darker than red, red than green
     EXPECT_LT(Brightness(pixels[3]), Brightness(pixels[4]));
+    for (const std::uint32_t grey : {0x000000, 0x010101, 0x808080, 0xFFFFFF}) EXPECT_EQ(grey & 0xFF, Brightness(grey));
+    EXPECT_EQ(0x123456u, Mix(0x123456, 0x123456, 100));
+    EXPECT_EQ(0u, Mix(0, 0xFFFFFF, 255));
 }
 
 }  // namespace

@@ -13,10 +13,11 @@ TEST(SizeRange, AcceptsWhatDoesNotContradict) {
         bool accepted;
     };
     const Case cases[] = {
-        {0, 0, true, 1, true},       {0, 0, true, 0, false},     {0, 400, true, 400, true},
-        {0, 400, true, 401, false},  {0, 0, false, 1, true},     {0, 0, false, 0, false},
-        {300, 0, false, 299, false}, {300, 0, false, 300, true}, {300, 400, true, 350, true},
-        {0, 0, true, 500, true},     {0, 0, false, -1, false},   {0, 0, true, INT32_MIN, false},
+        {0, 0, true, 1, true},      {0, 0, true, 0, false},      {0, 0, true, INT32_MIN, false},
+        {0, 0, true, 500, true},    {0, 1, true, 2, false},      {0, 400, true, 400, true},
+        {0, 400, true, 401, false}, {0, 0, false, 1, true},      {0, 0, false, 0, false},
+        {0, 0, false, -5, false},   {300, 0, false, 299, false}, {300, 0, false, 300, true},
+        {300, 0, false, 301, true}, {300, 400, true, 350, true}, {300, 400, false, 0x7FFFFFFF, true},
     };
     for (const Case& c : cases) {
         SizeRange range;
