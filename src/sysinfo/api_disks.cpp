@@ -106,6 +106,14 @@ std::optional<CAPIDisks::Volume> CAPIDisks::GetDriveInfo(SHORT position) const n
     return volume;
 }
 
+template <class T, class Fact>
+HRESULT CAPIDisks::Tell(const wchar_t* member, SHORT* position, T* result, Fact fact) const noexcept {
+    return Guard(member, result, [&] {
+        const auto volume = GetDriveInfo(Given(position));
+        return volume ? fact(*volume) : decltype(fact(*volume))();
+    });
+}
+
 STDMETHODIMP CAPIDisks::get_DiskFreeSpace(SHORT* intValue, DOUBLE* result) noexcept {
     return Guard(L"DiskFreeSpace", result, [&] { return SpaceOf(Root(Given(intValue))).free; });
 }
@@ -115,39 +123,27 @@ STDMETHODIMP CAPIDisks::get_DiskTotalSpace(SHORT* intValue, DOUBLE* result) noex
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFileSystemType(SHORT* intValue, BSTR* result) noexcept {
-    return Guard(L"DriveFileSystemType", result, [&] {
-        const auto volume = GetDriveInfo(Given(intValue));
-        return volume ? FromAnsiBuffer(volume->fileSystem) : Bstr();
-    });
+    return Tell(L"DriveFileSystemType", intValue, result,
+                [](const Volume& volume) { return FromAnsiBuffer(volume.fileSystem); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFlags(SHORT* intValue, LONG* result) noexcept {
-    return Guard(L"DriveFlags", result, [&] {
-        const auto volume = GetDriveInfo(Given(intValue));
-        return volume ? static_cast<LONG>(volume->flags) : 0;
-    });
+    return Tell(L"DriveFlags", intValue, result, [](const Volume& volume) { return static_cast<LONG>(volume.flags); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveLabel(SHORT* intValue, BSTR* result) noexcept {
-    return Guard(L"DriveLabel", result, [&] {
-        const auto volume = GetDriveInfo(Given(intValue));
-        return volume ? FromAnsiBuffer(volume->label) : Bstr();
-    });
+    return Tell(L"DriveLabel", intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.label); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveSerialNumber(SHORT* intValue, BSTR* result) noexcept {
-    return Guard(L"DriveSerialNumber", result, [&] {
-        const auto volume = GetDriveInfo(Given(intValue));
-        return volume ? FromAnsiBuffer(HexText(volume->serial)) : Bstr();
-    });
+    return Tell(L"DriveSerialNumber", intValue, result,
+                [](const Volume& volume) { return FromAnsiBuffer(HexText(volume.serial)); });
 }
 
 // The type is asked for only when the volume can be read, so an empty CD drive has type 0.
 STDMETHODIMP CAPIDisks::get_DriveType(SHORT* intValue, LONG* result) noexcept {
-    return Guard(L"DriveType", result, [&] {
-        const auto volume = GetDriveInfo(Given(intValue));
-        return volume ? static_cast<LONG>(GetDriveTypeA(volume->root.c_str())) : 0;
-    });
+    return Tell(L"DriveType", intValue, result,
+                [](const Volume& volume) { return static_cast<LONG>(GetDriveTypeA(volume.root.c_str())); });
 }
 
 STDMETHODIMP CAPIDisks::get_LogicalDrives(SHORT* intValue, BSTR* result) noexcept {

@@ -38,6 +38,10 @@ class CAPIDisks final : public AutomationObject<_CAPIDisks> {
 
     std::string Root(SHORT position) const noexcept;
     std::optional<Volume> GetDriveInfo(SHORT position) const noexcept;  // nothing when it cannot be read
+
+    // A member that tells a fact of the volume at a position: nothing when it cannot be read.
+    template <class T, class Fact>
+    HRESULT Tell(const wchar_t* member, SHORT* position, T* result, Fact fact) const noexcept;
 };
 
 }  // namespace velk

@@ -43,6 +43,14 @@ int ScreenCapability(int index) noexcept {
     return GetDeviceCaps(screen.get(), index);
 }
 
+// What a call leaves in a buffer of a fixed size; all of the filling when it leaves nothing.
+template <class Call>
+Bstr Filled(DWORD size, char filling, Call call) {
+    std::string buffer(size, filling);
+    call(buffer.data());
+    return FromAnsiBuffer(buffer);
+}
+
 // Bytes are taken as the text's UTF-16 code units.
 Bstr TextOfBytes(const std::vector<char>& bytes) {
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
@@ -93,10 +101,8 @@ STDMETHODIMP COSInfo::put_Beep(VARIANT_BOOL* blnValue) noexcept {
 
 STDMETHODIMP COSInfo::get_ComputerName(BSTR* result) noexcept {
     return Guard(L"ComputerName", result, [] {
-        std::string name(kNameSize, '\0');
         DWORD size = kNameSize;
-        GetComputerNameA(name.data(), &size);
-        return FromAnsiBuffer(name);
+        return Filled(kNameSize, '\0', [&](char* name) { GetComputerNameA(name, &size); });
     });
 }
 
@@ -137,9 +143,8 @@ STDMETHODIMP COSInfo::get_GUID(BSTR* result) noexcept {
 
 STDMETHODIMP COSInfo::get_Language(BSTR* result) noexcept {
     return Guard(L"Language", result, [] {
-        std::string name(kNameSize, ' ');
-        GetLocaleInfoA(GetUserDefaultLCID(), LOCALE_SENGLANGUAGE, name.data(), kNameSize);
-        return FromAnsiBuffer(name);
+        return Filled(kNameSize, ' ',
+                      [](char* name) { GetLocaleInfoA(GetUserDefaultLCID(), LOCALE_SENGLANGUAGE, name, kNameSize); });
     });
 }
 
@@ -186,11 +191,8 @@ STDMETHODIMP COSInfo::put_ScreenSaverTimeout(LONG* lngSeconds) noexcept {
 }
 
 STDMETHODIMP COSInfo::get_SystemDirectory(BSTR* result) noexcept {
-    return Guard(L"SystemDirectory", result, [] {
-        std::string folder(MAX_PATH, '\0');
-        GetSystemDirectoryA(folder.data(), MAX_PATH);
-        return FromAnsiBuffer(folder);
-    });
+    return Guard(L"SystemDirectory", result,
+                 [] { return Filled(MAX_PATH, '\0', [](char* folder) { GetSystemDirectoryA(folder, MAX_PATH); }); });
 }
 
 // The fixed unique number is deliberate: the platform then only builds the name, the same at every call.
@@ -210,19 +212,14 @@ STDMETHODIMP COSInfo::get_TempPath(BSTR* result) noexcept {
 
 STDMETHODIMP COSInfo::get_UserName(BSTR* result) noexcept {
     return Guard(L"UserName", result, [] {
-        std::string name(kNameSize, '\0');
         DWORD size = kNameSize;
-        GetUserNameA(name.data(), &size);
-        return FromAnsiBuffer(name);
+        return Filled(kNameSize, '\0', [&](char* name) { GetUserNameA(name, &size); });
     });
 }
 
 STDMETHODIMP COSInfo::get_WindowsDirectory(BSTR* result) noexcept {
-    return Guard(L"WindowsDirectory", result, [] {
-        std::string folder(MAX_PATH, '\0');
-        GetWindowsDirectoryA(folder.data(), MAX_PATH);
-        return FromAnsiBuffer(folder);
-    });
+    return Guard(L"WindowsDirectory", result,
+                 [] { return Filled(MAX_PATH, '\0', [](char* folder) { GetWindowsDirectoryA(folder, MAX_PATH); }); });
 }
 
 STDMETHODIMP COSInfo::get_WindowsType(EnumWindowsType* result) noexcept {

@@ -168,21 +168,6 @@ TEST_F(RealFileDialog, GivesPathAndTitleOfEachChoice) {
     EXPECT_EQ(folder_.Path(L"new.dat"), Value(L"Filename"));
 }
 
-TEST_F(RealFileDialog, ShowsTitleNameAndFilters) {
-    std::wstring shown;
-    Set(L"DialogTitle", L"Open a scale");
-    Set(L"Filename", L"scale.dat");
-    Set(L"Filter", L"Scales|*.dat|Texts|*.txt|Odd");
-    Set(L"FilterIndex", 2);
-    EXPECT_FALSE(Show([&](HWND window) {
-        WaitUntil([&] { return !TextOfWindow(ControlOf(window, kNameBox)).empty(); });
-        for (const HWND part : {window, ControlOf(window, kNameBox), ControlOf(window, 0x470)})
-            shown += TextOfWindow(part) + L"|";
-        Cancel(window);
-    }));
-    EXPECT_EQ(L"Open a scale|scale.dat|Texts|", shown);
-}
-
 TEST_F(RealFileDialog, SeveralFilesComeAsFolderAndNames) {
     Set(L"Flags", FleExplorer | FleNoChangeDir | FleAllowMultiSelect);
     EXPECT_TRUE(Choose(L"\"a.txt\" \"b.txt\""));

@@ -1,8 +1,10 @@
 // CHourglass over real windows, with the real pointer of the virtual screen.
+#include <atomic>
 #include <set>
 
+#include "support/client.h"
 #include "support/facts.h"
-#include "support/library_copy.h"
+#include "support/import_patch.h"
 #include "support/report_recorder.h"
 #include "support/test_window.h"
 
@@ -143,14 +145,6 @@ TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
     Set(hourglass_, false);
     EXPECT_EQ(kCross, early.PointerOver());
     EXPECT_EQ(kCross, late.PointerOver());
-}
-
-TEST_F(Hourglass, TheLibraryCanGoAfterIt) {
-    LibraryCopy copy;
-    Set(copy.Create(__uuidof(::CHourglass)), true);
-    copy.Unload();
-    EXPECT_EQ(kCross, Over(cross_));
-    EXPECT_EQ(kArrow, Over(arrow_));
 }
 
 // A window that drops the last reference while it is asked for its pointer, with the hook on the way.

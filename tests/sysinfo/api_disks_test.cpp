@@ -1,17 +1,61 @@
 // CAPIDisks as its clients see it.
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <string>
 
-#include "support/client.h"
+#include "frame/handles.h"
 #include "support/facts.h"
+#include "support/fake.h"
 #include "support/procedure_patch.h"
 #include "support/report_recorder.h"
-#include "sysinfo/prefix_drive.h"
+#include "support/scratch_folder.h"
+
+#include <winioctl.h>
 
 namespace velk::test {
 namespace {
+
+// Drive Q of the Wine prefix, on a folder of its own with a label and a serial number, gone when the test ends.
+// Wine's mount manager makes it, as its configuration program does.
+class PrefixDrive {
+  public:
+    explicit PrefixDrive(ULONG type) {
+        folder_.Write(L".windows-label", "FACTS");
+        folder_.Write(L".windows-serial", "00A1B2C3");
+        using Convert = char*(CDECL*)(LPCWSTR);
+        const auto convert = reinterpret_cast<Convert>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+        Define(type, convert(folder_.path().c_str()));  // a few bytes that stay until the tests end
+    }
+    PrefixDrive(const PrefixDrive&) = delete;
+    PrefixDrive& operator=(const PrefixDrive&) = delete;
+    ~PrefixDrive() { Define(DRIVE_NO_ROOT_DIR, ""); }
+
+  private:
+    struct Request {
+        ULONG size, type, fileSystem;
+        DWORD serial;
+        ULONGLONG device;
+        WCHAR letter;
+        USHORT folderOffset, deviceOffset, labelOffset;
+    };
+
+    static void Define(ULONG type, const std::string& folder) {
+        Request request{};
+        request.size = static_cast<ULONG>(sizeof request + folder.size() + 1);
+        request.type = type;
+        request.letter = 'q';
+        if (!folder.empty()) request.folderOffset = sizeof request;
+        std::string bytes(reinterpret_cast<const char*>(&request), sizeof request);
+        bytes += folder + '\0';
+        const FileHandle manager(CreateFileW(L"\\\\.\\MountPointManager", GENERIC_READ | GENERIC_WRITE,
+                                             FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+        constexpr DWORD kDefine = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
+        DWORD got = 0;
+        EXPECT_TRUE(DeviceIoControl(manager.get(), kDefine, bytes.data(), request.size, nullptr, 0, &got, nullptr));
+    }
+
+    ScratchFolder folder_;
+};
 
 const std::string kBlanks(255, ' ');
 
@@ -60,17 +104,14 @@ TEST_F(Disks, TellTheFactsOfRealDrivesThatComeAndGo) {
     DefineDosDeviceW(DDD_REMOVE_DEFINITION, L"Q:", nullptr);
 }
 
-std::string list;
-DWORD WINAPI FillList(DWORD size, LPSTR buffer) {
-    EXPECT_EQ(kBlanks, std::string(buffer, size));
-    std::memcpy(buffer, list.data(), list.size());
-    return static_cast<DWORD>(list.size() - 1);
-}
-DWORD WINAPI EveryDrive() { return 0xFFFF'FFFF; }
-
 TEST_F(Disks, WalkListsOfAnySize) {
-    const ImportPatch strings(Library(), "GetLogicalDriveStringsA", Address(&FillList));
-    const ImportPatch mask(Library(), "GetLogicalDrives", Address(&EveryDrive));
+    std::string list;
+    const Fake strings("GetLogicalDriveStringsA", &GetLogicalDriveStringsA, [&](DWORD size, LPSTR buffer) {
+        EXPECT_EQ(kBlanks, std::string(buffer, size));
+        std::memcpy(buffer, list.data(), list.size());
+        return list.size() - 1;
+    });
+    const Fake mask("GetLogicalDrives", &GetLogicalDrives, [] { return 0xFFFF'FFFF; });
     for (const int count : {0, 1, 26}) {
         list.clear();
         for (int i = 0; i < count; ++i) list += std::string(1, static_cast<char>('A' + i)) + ":\\" + '\0';
@@ -90,15 +131,12 @@ BOOL WINAPI ExtendedSpace(LPCSTR root, PULARGE_INTEGER forCaller, PULARGE_INTEGE
     total->QuadPart = totalBytes;
     return TRUE;
 }
-BOOL WINAPI OlderSpace(LPCSTR root, LPDWORD sectors, LPDWORD bytes, LPDWORD freeClusters, LPDWORD clusters) {
-    EXPECT_STREQ("C:\\", root);
-    *sectors = 64, *bytes = 4096, *freeClusters = 3, *clusters = 0xFFFF'FFFF;
-    return succeeds;
-}
-HMODULE WINAPI LoadNothing(LPCWSTR, HANDLE, DWORD) { return nullptr; }
-
 TEST_F(Disks, GiveSpaceExactlyAndFailInTwoWays) {
-    const ImportPatch older(Library(), "GetDiskFreeSpaceA", Address(&OlderSpace));
+    const Fake older("GetDiskFreeSpaceA", &GetDiskFreeSpaceA,
+                     [](LPCSTR, LPDWORD sectors, LPDWORD bytes, LPDWORD freeClusters, LPDWORD clusters) {
+                         *sectors = 64, *bytes = 4096, *freeClusters = 3, *clusters = 0xFFFF'FFFF;
+                         return succeeds;
+                     });
     const auto expect = [&](double free, double total) {
         EXPECT_EQ(free, Bytes(L"DiskFreeSpace"));
         EXPECT_EQ(total, Bytes(L"DiskTotalSpace"));
@@ -119,26 +157,26 @@ TEST_F(Disks, GiveSpaceExactlyAndFailInTwoWays) {
         succeeds = TRUE;
         expect(786432, 4294967295.0 * 262144);
     }
-    const ImportPatch noLibrary(Library(), "LoadLibraryExW", Address(&LoadNothing));
+    const Fake noLibrary("LoadLibraryExW", &LoadLibraryExW, [](LPCWSTR, HANDLE, DWORD) { return nullptr; });
     expect(0, 0);
 }
 
-BOOL readable;
-DWORD lastError;
-constexpr DWORD kUntouched = 0xFFFF'FFFF;
-BOOL WINAPI VolumeInformation(LPCSTR, LPSTR label, DWORD labelSize, LPDWORD serial, LPDWORD, LPDWORD flags,
-                              LPSTR fileSystem, DWORD fileSystemSize) {
-    EXPECT_EQ(kBlanks + kBlanks, std::string(label, labelSize) + std::string(fileSystem, fileSystemSize));
-    std::memcpy(label, "L\xE4sst\0cut", 9);
-    *fileSystem = '\0';
-    *serial = 0;
-    *flags = 0x8000'0001;
-    if (lastError != kUntouched) SetLastError(lastError);
-    return readable;
-}
-
 TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
-    const ImportPatch patch(Library(), "GetVolumeInformationA", Address(&VolumeInformation));
+    constexpr DWORD kUntouched = 0xFFFF'FFFF;
+    BOOL readable = FALSE;
+    DWORD lastError = 0;
+    const Fake volume("GetVolumeInformationA", &GetVolumeInformationA,
+                      [&](LPCSTR, LPSTR label, DWORD labelSize, LPDWORD serial, LPDWORD, LPDWORD flags,
+                          LPSTR fileSystem, DWORD fileSystemSize) {
+                          EXPECT_EQ(kBlanks + kBlanks,
+                                    std::string(label, labelSize) + std::string(fileSystem, fileSystemSize));
+                          std::memcpy(label, "L\xE4sst\0cut", 9);
+                          *fileSystem = '\0';
+                          *serial = 0;
+                          *flags = 0x8000'0001;
+                          if (lastError != kUntouched) SetLastError(lastError);
+                          return readable;
+                      });
     for (const DWORD error : {DWORD{ERROR_SUCCESS}, DWORD{ERROR_NOT_READY}, kUntouched}) {
         lastError = error;
         for (readable = FALSE; readable <= TRUE; ++readable) {
@@ -149,19 +187,17 @@ TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
     }
 }
 
-std::string written;
-BOOL WINAPI WriteLabel(LPCSTR root, LPCSTR label) {
-    written = std::string(root) + label;
-    return FALSE;
-}
-
 TEST_F(Disks, WriteALabelAndSpellCodesOut) {
     ReportRecorder recorder(Library());
-    const ImportPatch patch(Library(), "SetVolumeLabelA", Address(&WriteLabel));
-    for (const auto& [position, expected] : {std::pair<LONG, std::string>{0, "C:\\L\xE4sst"}, {99, "L\xE4sst"}}) {
+    std::string written;
+    const Fake write("SetVolumeLabelA", &SetVolumeLabelA, [&](LPCSTR root, LPCSTR label) {
+        written += std::string(root) + label + "|";
+        return FALSE;
+    });
+    for (const LONG position : {0L, 99L}) {
         EXPECT_EQ(S_OK, Call(disks_.get(), L"WriteVolumeLabel", {Arg(position), Text(L"L\u00E4sst")}).result);
-        EXPECT_EQ(expected, written);
     }
+    EXPECT_EQ("C:\\L\xE4sst|L\xE4sst|", written);
     const wchar_t* const types[] = {L"",       L"Unknown", L"No root",  L"Removable", L"Fixed",
                                     L"Remote", L"CDROM",   L"RAM Disk", L""};
     for (LONG type = -1; type <= 7; ++type) EXPECT_EQ(types[type + 1], At(type, L"DriveTypeToString"));
