@@ -68,6 +68,7 @@ class Attempt {
         : object_(one.MakeObject()), member_(member), seed_(seed) {
         const bool hooks = static_cast<bool>(object_.As<ISubclass>());
         if (!hooks && one.library == Library()) return;
+        PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
         realWindow = window_.emplace().handle();
         if (seed % 2) AttachTo(realWindow, object_.get());
     }
@@ -84,8 +85,7 @@ class Attempt {
         Raised raised;
         UINT bad = 0;
         before();
-        const HRESULT called = object_->Invoke(request.id, IID_NULL, LOCALE_USER_DEFAULT, request.flags,
-                                               &request.parameters, &result, &raised, &bad);
+        const HRESULT called = request.SendTo(object_.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
         after();
         SetErrorInfo(0, nullptr);
         return {called, raised.scode};

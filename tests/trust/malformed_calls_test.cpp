@@ -123,9 +123,8 @@ class Campaign {
         UINT badArgument = 0;
         const bool wantsException = !OneIn(4);
         const LCID locale = OneIn(2) ? LOCALE_USER_DEFAULT : engine() & 0xFFFF;
-        const HRESULT answer = object->Invoke(
-            request.id, request.iid, locale, request.flags, request.isNull ? nullptr : &request.parameters,
-            OneIn(4) ? nullptr : &result, wantsException ? &raised : nullptr, OneIn(4) ? nullptr : &badArgument);
+        const HRESULT answer = request.SendTo(object, locale, OneIn(4) ? nullptr : &result,
+                                              wantsException ? &raised : nullptr, OneIn(4) ? nullptr : &badArgument);
         Check(answer);
         if (answer == DISP_E_EXCEPTION && wantsException) {
             EXPECT_TRUE(FAILED(raised.scode) && SysStringLen(raised.bstrDescription)) << Where();

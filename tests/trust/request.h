@@ -15,6 +15,11 @@ struct Request {
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
 
+    HRESULT SendTo(IDispatch* object, LCID locale = LOCALE_USER_DEFAULT, VARIANT* result = nullptr,
+                   EXCEPINFO* raised = nullptr, UINT* bad = nullptr) {
+        return object->Invoke(id, iid, locale, flags, isNull ? nullptr : &parameters, result, raised, bad);
+    }
+
     DISPID id;
     WORD flags;
     IID iid = IID_NULL;
