@@ -5,7 +5,7 @@
 set -u
 root=$(dirname "$(dirname "$(dirname "$(readlink -f "$0")")")")
 source "$root/tools/wine_env"
-setup=$(readlink -f "$1") later=$(readlink -f "$2")
+setup=$(readlink -e "$1") && later=$(readlink -e "$2") || { echo "No installer: $*" >&2; exit 2; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
@@ -67,6 +67,7 @@ expect_installed() {
     for link in Reference Samples; do
         [ -s "$2/VelkSupport/$link.lnk" ] || fail "no shortcut: $link"
     done
+    tr -d '\0' <"$2/VelkSupport/Reference.lnk" | grep -qaF 'docs\index.html' || fail "the shortcut does not lead to the reference"
 }
 # expect_script SYSTEM_FOLDER FOLDER: a sample runs in the script host of a width.
 expect_script() {

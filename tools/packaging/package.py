@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Stages what is delivered and describes it: package.py VERSION STAGE x86=BUILD x64=BUILD
+"""Stages what is delivered and describes it: package.py VERSION STAGE DOCS x86=BUILD x64=BUILD
 
+DOCS holds the built reference: the pages (site/) and the compiled help file (help/).
 STAGE/<name>/ receives the files, their checksums and their bill of materials (SPDX 2.3); STAGE/<name>.zip holds the same.
 STAGE/files.nsh is the installer's list of them. Everything that varies between two runs (times, orders, folders) is fixed;
 SOURCE_DATE_EPOCH is the date of all.
@@ -21,12 +22,15 @@ ROOT = Path(__file__).resolve().parents[2]
 EPOCH = int(os.environ["SOURCE_DATE_EPOCH"])
 DATE = datetime.datetime.fromtimestamp(EPOCH, datetime.timezone.utc)
 
+HELP, BILL, SUMS = "VelkSupport.chm", "VelkSupport.spdx.json", "SHA256SUMS"
 DOC = Path("/usr/share/doc")
 LICENCES = {
     "mingw-w64.txt": DOC / "mingw-w64-common/copyright",
     "gcc.txt": DOC / "gcc-mingw-w64-base/copyright",
     "GPL-3.txt": Path("/usr/share/common-licenses/GPL-3"),
     "nsis.txt": DOC / "nsis/copyright",
+    **{f"pages/{package}.txt": DOC / package / "copyright"
+       for package in ("furo", "sphinx-common", "python3-sphinx-copybutton", "libjs-jquery", "libjs-underscore", "node-normalize.css")},
 }
 # What the toolchain links in: name, Debian package that knows the version, licence, where it comes from.
 LINKED = [
@@ -34,6 +38,15 @@ LINKED = [
     ("winpthreads", "mingw-w64-common", "MIT AND BSD-3-Clause", "https://www.mingw-w64.org/"),
     ("libgcc", "gcc-mingw-w64-base", "GPL-3.0-or-later WITH GCC-exception-3.1", "https://gcc.gnu.org/"),
     ("libstdc++", "gcc-mingw-w64-base", "GPL-3.0-or-later WITH GCC-exception-3.1", "https://gcc.gnu.org/"),
+]
+# Scripts and style sheets of the reference's pages.
+PAGES = [
+    ("Furo", "furo", "MIT", "https://github.com/pradyunsg/furo"),
+    ("Sphinx", "sphinx-common", "BSD-2-Clause AND BSD-3-Clause AND MIT", "https://www.sphinx-doc.org/"),
+    ("sphinx-copybutton", "python3-sphinx-copybutton", "MIT", "https://github.com/executablebooks/sphinx-copybutton"),
+    ("jQuery", "libjs-jquery", "MIT", "https://jquery.com/"),
+    ("Underscore", "libjs-underscore", "MIT", "https://underscorejs.org/"),
+    ("normalize.css", "node-normalize.css", "MIT", "https://necolas.github.io/normalize.css/"),
 ]
 
 
@@ -65,13 +78,24 @@ def stage_width(build, tree, width):
             copy(Path(build) / "manifests" / f"{assembly}.manifest", tree / width / f"{assembly}.manifest")
 
 
-def stage(tree, builds):
+def read_me(tree):
+    """Its links lead to the pages as they are in the package; what is not in it is named only."""
+    text = re.sub(r"\]\(docs/([\w/]+)\.md", r"](docs/\1.html", (ROOT / "README.md").read_text())
+    for picture in re.findall(r"!\[[^]]*\]\((docs/images/[^)]+)\)", text):
+        copy(ROOT / picture, tree / picture)
+    return re.sub(r"\[([^]]*)\]\(([^):#]+)(#[^)]*)?\)", lambda m: m[0] if (tree / m[2]).exists() else m[1], text)
+
+
+def stage(tree, docs, builds):
     for width, build in builds.items():
         stage_width(build, tree, width)
-    for folder in ("docs", "samples"):
-        shutil.copytree(ROOT / folder, tree / folder, copy_function=shutil.copyfile)
-    for name in ("README.md", "CHANGELOG.md"):
-        copy(ROOT / name, tree / name)
+        # Where the registered type libraries say that it is.
+        copy(docs / "help" / HELP, tree / width / HELP)
+    shutil.copytree(docs / "site", tree / "docs", copy_function=shutil.copyfile,
+                    ignore=shutil.ignore_patterns(".buildinfo", "objects.inv"))
+    shutil.copytree(ROOT / "samples", tree / "samples", copy_function=shutil.copyfile)
+    (tree / "README.md").write_text(read_me(tree))
+    copy(ROOT / "CHANGELOG.md", tree / "CHANGELOG.md")
     for name, source in LICENCES.items():
         copy(source, tree / "licences" / name)
 
@@ -96,7 +120,8 @@ def identifier(name):
 def spdx_file(tree, number, path):
     name = path.relative_to(tree).as_posix()
     kind = {".dll": "BINARY", ".exe": "BINARY", ".tlb": "BINARY", ".h": "SOURCE", ".vbs": "SOURCE", ".js": "SOURCE",
-            ".md": "DOCUMENTATION", ".svg": "IMAGE", ".png": "IMAGE"}.get(path.suffix, "TEXT")
+            ".md": "DOCUMENTATION", ".html": "DOCUMENTATION",
+            ".chm": "DOCUMENTATION", ".svg": "IMAGE", ".png": "IMAGE"}.get(path.suffix, "TEXT")
     return {
         "SPDXID": identifier(f"File-{number}-{name}"),
         "fileName": f"./{name}",
@@ -126,14 +151,16 @@ def bill_of_materials(tree, name, version):
     sums = sorted(f["checksums"][0]["checksumValue"] for f in files)
     code = hashlib.sha1("".join(sums).encode()).hexdigest()
     own = spdx_package("VelkSupport", version, "NOASSERTION", "NOASSERTION", primaryPackagePurpose="LIBRARY",
-                       packageVerificationCode={"packageVerificationCodeValue": code},
+                       packageVerificationCode={"packageVerificationCodeValue": code,
+                                                "packageVerificationCodeExcludedFiles": [f"./{BILL}", f"./{SUMS}"]},
                        licenseInfoFromFiles=["NOASSERTION"])
-    linked = [spdx_package(part, installed_version(debian), licence, home, filesAnalyzed=False)
-              for part, debian, licence, home in LINKED]
+    linked, pages = ([spdx_package(part, installed_version(debian), licence, home, filesAnalyzed=False)
+                      for part, debian, licence, home in parts] for parts in (LINKED, PAGES))
     binaries = [f for f in files if f["fileName"].endswith((".dll", ".exe"))]
     relations = [("SPDXRef-DOCUMENT", "DESCRIBES", own["SPDXID"])]
     relations += [(own["SPDXID"], "CONTAINS", f["SPDXID"]) for f in files]
     relations += [(f["SPDXID"], "STATIC_LINK", p["SPDXID"]) for f in binaries for p in linked]
+    relations += [(own["SPDXID"], "CONTAINS", p["SPDXID"]) for p in pages]
     return {
         "spdxVersion": "SPDX-2.3",
         "dataLicense": "CC0-1.0",
@@ -142,7 +169,7 @@ def bill_of_materials(tree, name, version):
         # An identifier that follows from the contents, so that two builds have the same.
         "documentNamespace": f"urn:uuid:{uuid.uuid5(uuid.NAMESPACE_OID, name + code)}",
         "creationInfo": {"created": DATE.strftime("%Y-%m-%dT%H:%M:%SZ"), "creators": ["Tool: VelkSupport-package.py"]},
-        "packages": [own, *linked],
+        "packages": [own, *linked, *pages],
         "files": files,
         "hasExtractedLicensingInfos": [{
             "licenseId": "LicenseRef-mingw-w64-runtime",
@@ -155,9 +182,9 @@ def bill_of_materials(tree, name, version):
 
 def describe(tree, name, version):
     spdx = json.dumps(bill_of_materials(tree, name, version), indent=1, ensure_ascii=False) + "\n"
-    (tree / "VelkSupport.spdx.json").write_text(spdx)
+    (tree / BILL).write_text(spdx)
     lines = [f"{checksum(p, 'sha256')}  {p.relative_to(tree).as_posix()}\n" for p in files_of(tree)]
-    (tree / "SHA256SUMS").write_text("".join(lines))
+    (tree / SUMS).write_text("".join(lines))
 
 
 def write_zip(tree, path):
@@ -192,13 +219,13 @@ def installer_list(tree, path):
 
 
 def main():
-    version, stage_folder, *builds = sys.argv[1:]
+    version, stage_folder, docs, *builds = sys.argv[1:]
     target = Path(stage_folder)
     shutil.rmtree(target, ignore_errors=True)
     name = f"VelkSupport-{version}"
     tree = target / name
     tree.mkdir(parents=True)
-    stage(tree, dict(b.split("=", 1) for b in builds))
+    stage(tree, Path(docs), dict(b.split("=", 1) for b in builds))
     describe(tree, name, version)
     write_zip(tree, target / f"{name}.zip")
     installer_list(tree, target / "files.nsh")

@@ -156,11 +156,7 @@ Section
     ${EndIf}
 
     CreateDirectory "$SMPROGRAMS\${NAME}"
-    ${If} ${FileExists} "$INSTDIR\docs\index.html"
-        CreateShortcut "$SMPROGRAMS\${NAME}\Reference.lnk" "$INSTDIR\docs\index.html"
-    ${Else}
-        CreateShortcut "$SMPROGRAMS\${NAME}\Reference.lnk" "$INSTDIR\docs"
-    ${EndIf}
+    CreateShortcut "$SMPROGRAMS\${NAME}\Reference.lnk" "$INSTDIR\docs\index.html"
     CreateShortcut "$SMPROGRAMS\${NAME}\Samples.lnk" "$INSTDIR\samples"
 
     ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
