@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,28 +12,24 @@ namespace velk::test {
 namespace {
 
 TEST_F(Hooks, SubclassOnceAndRestoreWhenTheLastGoes) {
-    const WNDPROC own = ProcedureOf(window.get());
     const auto first = TestHook::Make(kAlone), second = TestHook::Make(kAfter);
     AddToWindow(first.get());
-    const WNDPROC hooked = ProcedureOf(window.get());
+    const WNDPROC hooked = Procedure();
     EXPECT_NE(own, hooked);
     AddToWindow(first.get());  // once is enough
     AddToWindow(second.get());
     AddToWindow(first.get(), kInner);
-    EXPECT_EQ(hooked, ProcedureOf(window.get()));
     EXPECT_EQ(3u, first->count());
     EXPECT_EQ(2u, second->count());
     RemoveFromWindow(first.get());
     RemoveFromWindow(second.get());
-    RemoveFromWindow(second.get());                      // not attached any more
-    RemoveFromWindow(second.get(), WM_PAINT);            // never was
-    EXPECT_EQ(S_OK, Remove(second.get(), 0, kMessage));  // no window
-    EXPECT_EQ(hooked, ProcedureOf(window.get()));
+    RemoveFromWindow(second.get());            // not attached any more
+    RemoveFromWindow(second.get(), WM_PAINT);  // never was
+    EXPECT_EQ(S_OK, Remove(second.get(), 0));  // no window
+    EXPECT_EQ(hooked, Procedure());
     RemoveFromWindow(first.get(), kInner);
-    EXPECT_EQ(own, ProcedureOf(window.get()));
-    EXPECT_EQ(properties, PropertiesOf(window.get()));
-    EXPECT_EQ(1u, first->count());
-    EXPECT_EQ(1u, second->count());
+    ExpectUntouched();
+    for (auto* hook : {first.get(), second.get()}) EXPECT_EQ(1u, hook->count());
 }
 
 TEST_F(Hooks, RunInTheOrderAndWithTheResultThatTheirResponsesAskFor) {
@@ -85,7 +82,6 @@ TEST_F(Hooks, RunInTheOrderAndWithTheResultThatTheirResponsesAskFor) {
     log.clear();
     EXPECT_EQ(7, Send());
     EXPECT_EQ("w", log) << "a hook that cannot say what it wants is passed over";
-    RemoveFromWindow(speechless.get());
 }
 
 TEST_F(Hooks, SeeTheMessageAndChangeWhatItPointsTo) {
@@ -101,121 +97,103 @@ TEST_F(Hooks, SeeTheMessageAndChangeWhatItPointsTo) {
     int value = 3;
     EXPECT_EQ(7, SendMessageW(window.get(), kMessage, static_cast<WPARAM>(-5), reinterpret_cast<LPARAM>(&value)));
     EXPECT_EQ(40, value) << "the window's own handling comes first";
-    RemoveFromWindow(hook.get());
 }
 
 TEST_F(Hooks, KnowTheDispatchedMessageAtEveryDepth) {
     std::vector<LONG> seen;
-    const auto note = [&](LONG* response) { return seen.push_back(Dispatched()), *response = kAlone, S_OK; };
+    const auto look = [&] { EXPECT_EQ(S_OK, manager->get_DispatchedMessage(&seen.emplace_back(-1))); };
+    const auto note = [&](LONG* response) { return look(), *response = kAlone, S_OK; };
     const auto outer = TestHook::Make(kAlone), inner = TestHook::Make(kAlone);
     outer->respond = inner->respond = note;
     TestWindow other;
     outer->handle = [&](const TestHook::Message& m, LONG* result) {
         if (m.wParam == 0) {
             Send(kInner);
-            seen.push_back(Dispatched());
+            look();
             SendMessageW(other.get(), kInner, 0, 0);
-            seen.push_back(Dispatched());
+            look();
             SendMessageW(window.get(), kMessage, 1, 0);  // the hook once more, inside itself
         }
         Send(WM_NULL);  // nobody's
-        seen.push_back(Dispatched());
+        look();
         return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
     };
-    inner->handle = [&](const TestHook::Message&, LONG*) { return seen.push_back(Dispatched()), E_FAIL; };
+    inner->handle = [&](const TestHook::Message&, LONG*) { return look(), E_FAIL; };
     AddToWindow(outer.get());
     AddToWindow(inner.get(), kInner);
     ASSERT_EQ(S_OK, Add(inner.get(), other.handle(), kInner));
-    EXPECT_EQ(0, Dispatched());
+    look();
     EXPECT_EQ(7, Send());
-    EXPECT_EQ(0, Dispatched());
+    look();
     const LONG o = kMessage, i = kInner;
-    EXPECT_EQ((std::vector<LONG>{o, i, i, o, i, i, o, o, o, o}), seen);
+    EXPECT_EQ((std::vector<LONG>{0, o, i, i, o, i, i, o, o, o, o, 0}), seen);
     EXPECT_EQ("www", log);
-    RemoveFromWindow(outer.get());
-    RemoveFromWindow(inner.get(), kInner);
 }
 
 TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
-    const auto first = Logging('a', kAfter, 0), second = Logging('b', kAfter, 0), third = Logging('c', kAfter, 0);
-    const auto run = [&](const std::function<void()>& action, bool inResponse) {
-        const auto acting = TestHook::Make(kAlone);
-        bool done = false;
-        acting->respond = [&](LONG* response) {
-            *response = kAlone;
-            if (inResponse && !std::exchange(done, true)) action();
-            return S_OK;
-        };
-        acting->handle = [&](const TestHook::Message& m, LONG* result) {
-            if (!std::exchange(done, true)) action();
-            log += 'x';
-            return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
-        };
-        AddToWindow(first.get());
-        AddToWindow(second.get());
-        AddToWindow(acting.get());
-        const auto self = [&] { RemoveFromWindow(acting.get()); };
-        log.clear();
-        EXPECT_EQ(7, Send());
-        const std::string once = std::exchange(log, "");
-        EXPECT_EQ(7, Send());
-        for (const auto* hook : {&first, &second, &third}) RemoveFromWindow(hook->get());
-        self();
-        EXPECT_EQ(1u, acting->count());
-        return once + ' ' + log;
+    const auto a = Logging('a', kAfter), b = Logging('b', kAfter), c = Logging('c', kAfter);
+    const struct {
+        std::function<void()> action;
+        const char* log;  // of the message during which it happens, and of the next one
+    } cases[] = {
+        {[] {}, "xwab xwab"},
+        {[&] { RemoveFromWindow(b.get()); }, "xwa xwa"},
+        {[&] { RemoveFromWindow(a.get()), RemoveFromWindow(b.get()); }, "xw xw"},
+        {[&] { AddToWindow(c.get()); }, "xwab xwabc"},                           // from the next message on
+        {[&] { RemoveFromWindow(b.get()), AddToWindow(b.get()); }, "xwa xwab"},  // it stands on top now
     };
-    const auto all = [&] {
-        for (const auto* hook : {&first, &second}) RemoveFromWindow(hook->get());
-    };
-    for (const bool inResponse : {false, true}) {
-        EXPECT_EQ("xwab xwab", run([] {}, inResponse));
-        EXPECT_EQ("xwa xwa", run([&] { RemoveFromWindow(second.get()); }, inResponse));
-        EXPECT_EQ("xw xw", run(all, inResponse));
-        EXPECT_EQ("xwab xwabc", run([&] { AddToWindow(third.get()); }, inResponse)) << "from the next message on";
-        EXPECT_EQ("xwa xwab", run(
-                                  [&] {
-                                      RemoveFromWindow(second.get());
-                                      AddToWindow(second.get());
-                                  },
-                                  inResponse))
-            << "it stands on top now";
+    for (const auto& each : cases) {
+        for (const bool inResponse : {false, true}) {
+            const auto acting = TestHook::Make(kAlone);
+            bool done = false;
+            acting->respond = [&](LONG* response) {
+                if (inResponse && !std::exchange(done, true)) each.action();
+                return *response = kAlone, S_OK;
+            };
+            acting->handle = [&](const TestHook::Message& m, LONG* result) {
+                if (!std::exchange(done, true)) each.action();
+                log += 'x';
+                return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+            };
+            for (const auto& hook : {a, b, acting}) AddToWindow(hook.get());
+            log.clear();
+            EXPECT_EQ(7, Send());
+            log += ' ';
+            EXPECT_EQ(7, Send());
+            EXPECT_EQ(each.log, log) << inResponse;
+            for (const auto& hook : {a, b, c, acting}) RemoveFromWindow(hook.get());
+            EXPECT_EQ(1u, acting->count());
+            ExpectUntouched();
+        }
     }
-    EXPECT_EQ(properties, PropertiesOf(window.get()));
 }
 
 TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
-    enum class When { Outside, InResponse, AloneThenPass, After, Last };
-    for (const When when : {When::Outside, When::InResponse, When::AloneThenPass, When::After, When::Last}) {
+    enum When { kOutside, kInResponse, kAloneThenPass, kAfterwards, kLast };
+    for (const When when : {kOutside, kInResponse, kAloneThenPass, kAfterwards, kLast}) {
         TestWindow doomed;
         const LONG handle = doomed.handle();
-        const auto acting = TestHook::Make(when == When::After ? kAfter : kAlone);
-        const auto other = Logging('b', kAfter, 0);
-        const auto destroy = [&] { doomed.Destroy(); };
+        const auto acting = TestHook::Make(0), other = Logging('b', kAfter);
         acting->respond = [&](LONG* response) {
-            if (when == When::InResponse) destroy();
-            return *response = when == When::After ? kAfter : kAlone, S_OK;
+            if (when == kInResponse) doomed.Destroy();
+            return *response = when == kAfterwards ? kAfter : kAlone, S_OK;
         };
         acting->handle = [&](const TestHook::Message& m, LONG* result) {
-            destroy();
-            if (when == When::Last) return S_OK;
+            doomed.Destroy();
+            if (when == kLast) return S_OK;
             return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
         };
-        ASSERT_EQ(S_OK, Add(other.get(), handle, kMessage));
-        ASSERT_EQ(S_OK, Add(acting.get(), handle, kMessage));
+        ASSERT_EQ(S_OK, Add(other.get(), handle));
+        ASSERT_EQ(S_OK, Add(acting.get(), handle));
         ASSERT_EQ(S_OK, Add(other.get(), handle, WM_NCDESTROY));
         log.clear();
-        if (when == When::Outside) {
-            destroy();
-        } else {
-            SendMessageW(doomed.get(), kMessage, 0, 0);
-        }
-        EXPECT_EQ(when == When::After ? "bb" : "b", log) << static_cast<int>(when);
-        EXPECT_EQ(1u, acting->count());
-        EXPECT_EQ(1u, other->count());
-        EXPECT_EQ(S_OK, Remove(acting.get(), handle, kMessage));
-        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(acting.get(), handle, kMessage));
-        LONG result = -1;
-        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, manager->CallPreviousProc(handle, kMessage, 0, 0, &result));
+        if (when == kOutside) doomed.Destroy();
+        SendMessageW(doomed.get(), kMessage, 0, 0);
+        EXPECT_EQ(when == kAfterwards ? "bb" : "b", log) << when;
+        for (auto* hook : {acting.get(), other.get()}) EXPECT_EQ(1u, hook->count()) << when;
+        EXPECT_EQ(S_OK, Remove(acting.get(), handle));
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(acting.get(), handle));
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, CallPrevious(handle));
     }
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
@@ -236,27 +214,15 @@ TEST_F(Hooks, SeeNoPointerThatDoesNotFitALong) {
         auto* const number = static_cast<int*>(VirtualAlloc(place, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
         ASSERT_EQ(place, number);
         log.clear();
-        EXPECT_EQ(each.result, SendMessageW(window.get(), kMessage, 0, reinterpret_cast<LPARAM>(number)));
+        EXPECT_EQ(each.result, Send(kMessage, reinterpret_cast<LPARAM>(number)));
         EXPECT_EQ(each.log, log) << number;
         EXPECT_EQ(1, *number);
         VirtualFree(number, 0, MEM_RELEASE);
     }
-    RemoveFromWindow(hook.get());
-}
-
-// The platform answers for the low word of a handle too, with or without a sign.
-TEST_F(Hooks, AreNotAttachedToAPartOfAHandle) {
-    const auto hook = TestHook::Make(2);
-    const LONG low = window.handle() & 0xFFFF;
-    for (const LONG part : {low, static_cast<LONG>(low | 0xFFFF0000)}) {
-        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), part, WM_APP)) << std::hex << part;
-    }
-    EXPECT_EQ(1u, hook->count());
 }
 
 TEST_F(Hooks, LeaveNothingBehindAfterManyCycles) {
-    const WNDPROC own = ProcedureOf(window.get());
-    const auto first = Logging('a', kAfter, 0), second = Logging('b', kAlone, 0);
+    const auto first = Logging('a', kAfter), second = Logging('b', kAlone);
     for (int i = 0; i < 10000; ++i) {
         AddToWindow(first.get());
         AddToWindow(second.get(), kInner);
@@ -264,10 +230,8 @@ TEST_F(Hooks, LeaveNothingBehindAfterManyCycles) {
         RemoveFromWindow(first.get());
         RemoveFromWindow(second.get(), kInner);
     }
-    EXPECT_EQ(own, ProcedureOf(window.get()));
-    EXPECT_EQ(properties, PropertiesOf(window.get()));
-    EXPECT_EQ(1u, first->count());
-    EXPECT_EQ(1u, second->count());
+    ExpectUntouched();
+    for (auto* hook : {first.get(), second.get()}) EXPECT_EQ(1u, hook->count());
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
 }

@@ -12,62 +12,54 @@
 namespace velk::test {
 namespace {
 
-// Another program's procedure: counts and passes on.
+// Another program's procedure, of either character set: notes what it sees and passes it on.
+template <bool kAnsi>
 struct OtherProgram {
     static inline WNDPROC before = nullptr;
-    static inline int seen = 0;
+    static inline std::string seen;
+
+    static void Set(HWND window, WNDPROC procedure) {
+        const auto set = kAnsi ? SetWindowLongPtrA : SetWindowLongPtrW;
+        before = reinterpret_cast<WNDPROC>(set(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+    }
+    static void Subclass(HWND window) { Set(window, &Procedure); }
+    static void Leave(HWND window) { Set(window, before); }
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        seen += message == kMessage;
-        return CallWindowProcW(before, window, message, wParam, lParam);
+        if (message == kMessage) seen += 'o';
+        if (kAnsi && message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
+        return (kAnsi ? CallWindowProcA : CallWindowProcW)(before, window, message, wParam, lParam);
     }
-    static void Subclass(HWND window) {
-        seen = 0;
-        before =
-            reinterpret_cast<WNDPROC>(SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
-    }
-    static void Leave(HWND window) { SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(before)); }
 };
+using Wide = OtherProgram<false>;
+using Ansi = OtherProgram<true>;
 
 TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
-    const auto hook = Logging('a', kAfter, 0);
-    OtherProgram::Subclass(window.get());  // before us
+    const auto hook = Logging('a', kAfter);
+    Wide::Subclass(window.get());  // before us
     AddToWindow(hook.get());
     EXPECT_EQ(7, Send());
     RemoveFromWindow(hook.get());
-    EXPECT_EQ(&OtherProgram::Procedure, ProcedureOf(window.get()));
-    OtherProgram::Leave(window.get());
-    EXPECT_EQ(1, OtherProgram::seen);
+    EXPECT_EQ(&Wide::Procedure, Procedure());
+    Wide::Leave(window.get());
+    EXPECT_EQ("o", std::exchange(Wide::seen, ""));
 
     AddToWindow(hook.get());
-    OtherProgram::Subclass(window.get());  // after us
+    Wide::Subclass(window.get());  // after us
     RemoveFromWindow(hook.get());
     EXPECT_EQ(1u, hook->count());
-    EXPECT_EQ(&OtherProgram::Procedure, ProcedureOf(window.get()));
+    EXPECT_EQ(&Wide::Procedure, Procedure());
     log.clear();
     EXPECT_EQ(7, Send());
     AddToWindow(hook.get());
     EXPECT_EQ(7, Send());
-    OtherProgram::Leave(window.get());
+    Wide::Leave(window.get());
     EXPECT_EQ(7, Send());
     EXPECT_EQ("wwawa", log);
-    EXPECT_EQ(2, OtherProgram::seen);
+    EXPECT_EQ("oo", Wide::seen);
     RemoveFromWindow(hook.get());
-    EXPECT_EQ(properties, PropertiesOf(window.get()));
+    ExpectUntouched();
     EXPECT_EQ(7, Send());
 }
-
-struct Ansi {
-    static inline WNDPROC before = nullptr;
-    static inline std::string seen;
-    static void Subclass(HWND window) {
-        before =
-            reinterpret_cast<WNDPROC>(SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
-    }
-    static LRESULT CALLBACK Procedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
-        return CallWindowProcA(before, handle, message, wParam, lParam);
-    }
-};
 
 // A program without Unicode stands below us, then above us as well: the platform translates between them.
 TEST_F(Hooks, KeepAWindowsCharacterSet) {
@@ -80,7 +72,6 @@ TEST_F(Hooks, KeepAWindowsCharacterSet) {
         EXPECT_STREQ(L"wide", text);
         EXPECT_EQ(ansi ? "wide" : "", std::exchange(Ansi::seen, ""));
     };
-    const auto own = GetWindowLongPtrW(window.get(), GWLP_WNDPROC);
     for (const bool ansi : {false, true}) {
         if (ansi) Ansi::Subclass(window.get());
         AddToWindow(hook.get(), WM_NULL);
@@ -88,11 +79,11 @@ TEST_F(Hooks, KeepAWindowsCharacterSet) {
         RemoveFromWindow(hook.get(), WM_NULL);
         set(ansi);
     }
-    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, own);
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(own));
     AddToWindow(hook.get(), WM_NULL);
     Ansi::Subclass(window.get());
     set(true);
-    SetWindowLongPtrA(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Ansi::before));
+    Ansi::Leave(window.get());
     RemoveFromWindow(hook.get(), WM_NULL);
 }
 
@@ -125,22 +116,23 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
     OnAnotherThread([&] {
         const HookLibrary here;
         EXPECT_EQ(manager.As<IUnknown>().get(), here.Manager().As<IUnknown>().get()) << "one manager a process";
-        LONG result = 1;
         EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), window.handle(), kInner));
         EXPECT_EQ(L"VelkSub.HookManager: The window belongs to another thread", LastDescription());
-        EXPECT_EQ(eErrHookManager_OtherThread, Remove(hook.get(), window.handle(), kMessage));
-        EXPECT_EQ(eErrHookManager_OtherThread, manager->CallPreviousProc(window.handle(), kMessage, 0, 0, &result));
-        EXPECT_EQ(0, result);
-        const TestWindow own;
-        EXPECT_EQ(S_OK, Add(hook.get(), own.handle(), kMessage));
-        EXPECT_EQ(S_OK, Remove(hook.get(), own.handle(), kMessage));
+        EXPECT_EQ(eErrHookManager_OtherThread, Remove(hook.get(), window.handle()));
+        EXPECT_EQ(eErrHookManager_OtherThread, CallPrevious(window.handle()));
+        const TestWindow mine;
+        EXPECT_EQ(S_OK, Add(hook.get(), mine.handle()));
+        EXPECT_EQ(S_OK, Remove(hook.get(), mine.handle()));
     });
-    EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), HandleToLong(GetDesktopWindow()), kMessage));
-    EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), 0, kMessage));
-    EXPECT_EQ(L"VelkSub.HookManager: Invalid window handle", LastDescription());
+    EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), HandleToLong(GetDesktopWindow())));
+    // The platform answers for the low word of a handle too, with or without a sign.
+    const LONG low = window.handle() & 0xFFFF;
+    for (const LONG none : {0L, low, static_cast<LONG>(low | 0xFFFF0000)}) {
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), none)) << std::hex << none;
+        EXPECT_EQ(L"VelkSub.HookManager: Invalid window handle", LastDescription());
+    }
     RemoveFromWindow(hook.get());
-    LONG result = 1;
-    EXPECT_EQ(eErrHookManager_NotHooked, manager->CallPreviousProc(window.handle(), kMessage, 0, 0, &result));
+    EXPECT_EQ(eErrHookManager_NotHooked, CallPrevious(window.handle()));
     EXPECT_EQ(L"VelkSub.HookManager: The window has no hooks", LastDescription());
     EXPECT_EQ(1u, hook->count());
 }
@@ -152,33 +144,12 @@ TEST_F(Hooks, OfAThreadThatEndsAreLeftAlone) {
     OnAnotherThread([&] {
         const HookLibrary here;
         const HWND left = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-        EXPECT_EQ(S_OK, Add(hook.get(), HandleToLong(left), kMessage));
+        EXPECT_EQ(S_OK, Add(hook.get(), HandleToLong(left)));
     });
     EXPECT_EQ(2u, hook->count());
     hook->Release();  // the reference that was left behind
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
-}
-
-TEST_F(Hooks, TakeTheirArgumentsFromScriptsToo) {
-    const auto hook = Logging('a', kAfter, 0);
-    Variant variable;
-    variable.vt = VT_UNKNOWN;
-    variable.punkVal = hook.get();
-    hook->AddRef();
-    const LONG message = kMessage;
-    EXPECT_EQ(S_OK, Call(manager.get(), L"AddHook", {Arg(&variable), Arg(window.handle()), Arg(message)}).result);
-    EXPECT_EQ(7, Send());
-    EXPECT_EQ(
-        7, Call(manager.get(), L"CallPreviousProc", {Arg(window.handle()), Arg(message), Arg(0L), Arg(0L)}).value.lVal);
-    EXPECT_EQ("waw", log);
-    EXPECT_EQ(0, Get(manager.get(), L"DispatchedMessage").value.lVal);
-    EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
-    const Outcome nothing = Call(manager.get(), L"AddHook", {Arg(static_cast<IDispatch*>(nullptr)), Arg(0L), Arg(1L)});
-    EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
-    EXPECT_EQ(L"VelkSub", nothing.source);
-    EXPECT_EQ(E_POINTER, manager->AddHook(nullptr, window.handle(), 1));
-    EXPECT_EQ(2u, hook->count());
 }
 
 // What a script's object is: the members of ISubclass by name and nothing else.
@@ -200,23 +171,31 @@ class NamedHook final : public BareDispatch {
 };
 
 TEST_F(Hooks, MayBeObjectsOfScripts) {
-    const auto hook = ComPtr<NamedHook>::Attach(new NamedHook);
-    hook->window = window.handle();
-    Variant variable;
-    variable.vt = VT_DISPATCH;
-    variable.pdispVal = hook.get();
-    hook->AddRef();
-    const LONG message = kMessage;
-    for (const VARIANT& given : {Arg(hook.get()), Arg(&variable)}) {
-        EXPECT_EQ(S_OK, Call(manager.get(), L"AddHook", {given, Arg(window.handle()), Arg(message)}).result);
+    const VARIANT handle = Arg(window.handle()), message = Arg(LONG{kMessage});
+    const auto call = [&](const wchar_t* member, const VARIANT& hook) {
+        return Call(manager.get(), member, {hook, handle, message});
+    };
+    const auto script = ComPtr<NamedHook>::Attach(new NamedHook);
+    script->window = window.handle();
+    const auto real = Logging('a', kAlone, 10);
+    for (IDispatch* const hook : {static_cast<IDispatch*>(script.get()), static_cast<IDispatch*>(real.get())}) {
+        Variant variable;
+        variable.vt = VT_DISPATCH;
+        variable.pdispVal = hook;
+        hook->AddRef();
+        for (const VARIANT& given : {Arg(hook), Arg(&variable)}) EXPECT_EQ(S_OK, call(L"AddHook", given).result);
+        EXPECT_EQ(hook == real.get() ? 10 : 42, SendMessageW(window.get(), kMessage, 0, 21));
+        script->ends = DISP_E_EXCEPTION;
+        EXPECT_EQ(hook == real.get() ? 10 : 7, Send());
+        EXPECT_EQ(S_OK, call(L"RemoveHook", Arg(hook)).result);
     }
-    EXPECT_EQ(42, SendMessageW(window.get(), kMessage, 0, 21));
-    hook->ends = DISP_E_EXCEPTION;
-    EXPECT_EQ(7, Send());
-    EXPECT_EQ(S_OK, Call(manager.get(), L"RemoveHook", {Arg(hook.get()), Arg(window.handle()), Arg(message)}).result);
-    EXPECT_EQ(2u, hook->count()) << "ours and the variable's";
-    const Outcome stranger = Call(manager.get(), L"AddHook", {Arg(manager.get()), Arg(window.handle()), Arg(message)});
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, stranger.result) << "no hook by any name";
+    EXPECT_EQ(1u, script->count());
+    EXPECT_EQ(1u, real->count());
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, call(L"AddHook", Arg(manager.get())).result) << "no hook by any name";
+    const Outcome nothing = call(L"AddHook", Arg(static_cast<IDispatch*>(nullptr)));
+    EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
+    EXPECT_EQ(L"VelkSub", nothing.source);
+    ExpectUntouched();
 }
 
 // Run by the test after it, as a process of its own.

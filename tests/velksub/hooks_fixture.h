@@ -14,17 +14,6 @@ constexpr LONG kAfter = eMsgResponse_PreviousFirst;
 constexpr UINT kMessage = WM_APP + 1;
 constexpr UINT kInner = WM_APP + 2;
 
-inline WNDPROC ProcedureOf(HWND window) { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC)); }
-
-inline int PropertiesOf(HWND window) {
-    struct Counter {
-        static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) { return ++*reinterpret_cast<int*>(count); }
-    };
-    int count = 0;
-    EnumPropsExW(window, &Counter::Count, reinterpret_cast<LPARAM>(&count));
-    return count;
-}
-
 // A window that answers 7 to two messages and counts up what they point to.
 class Hooks : public testing::Test {
   protected:
@@ -37,11 +26,11 @@ class Hooks : public testing::Test {
         };
     }
 
-    HRESULT Add(TestHook* hook, LONG handle, UINT message) {
+    HRESULT Add(TestHook* hook, LONG handle, UINT message = kMessage) {
         ISubclass* subclass = hook;
         return manager->AddHook(&subclass, handle, static_cast<LONG>(message));
     }
-    HRESULT Remove(TestHook* hook, LONG handle, UINT message) {
+    HRESULT Remove(TestHook* hook, LONG handle, UINT message = kMessage) {
         ISubclass* subclass = hook;
         return manager->RemoveHook(&subclass, handle, static_cast<LONG>(message));
     }
@@ -49,15 +38,30 @@ class Hooks : public testing::Test {
     void RemoveFromWindow(TestHook* hook, UINT message = kMessage) {
         ASSERT_EQ(S_OK, Remove(hook, window.handle(), message));
     }
-    LRESULT Send(UINT message = kMessage) { return SendMessageW(window.get(), message, 0, 0); }
-    LONG Dispatched() {
-        LONG message = -1;
-        EXPECT_EQ(S_OK, manager->get_DispatchedMessage(&message));
-        return message;
+    HRESULT CallPrevious(LONG handle) {
+        LONG result = -1;
+        return manager->CallPreviousProc(handle, kMessage, 0, 0, &result);
+    }
+    LRESULT Send(UINT message = kMessage, LPARAM lParam = 0) { return SendMessageW(window.get(), message, 0, lParam); }
+    WNDPROC Procedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window.get(), GWLP_WNDPROC)); }
+    int Properties() const {
+        struct Counter {
+            static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) {
+                return ++*reinterpret_cast<int*>(count);
+            }
+        };
+        int count = 0;
+        EnumPropsExW(window.get(), &Counter::Count, reinterpret_cast<LPARAM>(&count));
+        return count;
+    }
+    // The window is as it was before the first hook.
+    void ExpectUntouched() const {
+        EXPECT_EQ(own, Procedure());
+        EXPECT_EQ(properties, Properties());
     }
 
     // Logs its name and answers `result`; with `passes` it calls what is below first.
-    ComPtr<TestHook> Logging(char name, LONG response, LONG result, bool passes = false, HRESULT ends = S_OK) {
+    ComPtr<TestHook> Logging(char name, LONG response, LONG result = 0, bool passes = false, HRESULT ends = S_OK) {
         auto hook = TestHook::Make(response);
         hook->handle = [=, this](const TestHook::Message& m, LONG* answer) {
             LONG below = 0;
@@ -75,7 +79,8 @@ class Hooks : public testing::Test {
     ComPtr<IHookManager> manager = library.Manager();
     std::string log;
     TestWindow window;
-    const int properties = PropertiesOf(window.get());  // the platform's own
+    const WNDPROC own = Procedure();
+    const int properties = Properties();  // the platform's own
 };
 
 }  // namespace velk::test

@@ -115,9 +115,10 @@ TEST_F(ListView, StretchesItsColumnsWithItsWidth) {
     Resize(300);
     EXPECT_EQ((Widths{10, 20, 30}), GetWidths());
     Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(true)});
-    SetWindowLongW(control, GWL_STYLE, (GetWindowLongW(control, GWL_STYLE) & ~LVS_TYPEMASK) | LVS_LIST);
+    const LONG report = GetWindowLongW(control, GWL_STYLE);
+    SetWindowLongW(control, GWL_STYLE, (report & ~LVS_TYPEMASK) | LVS_LIST);
     Resize(500);
-    SetWindowLongW(control, GWL_STYLE, (GetWindowLongW(control, GWL_STYLE) & ~LVS_TYPEMASK) | LVS_REPORT);
+    SetWindowLongW(control, GWL_STYLE, report);
     EXPECT_EQ((Widths{10, 20, 30}), GetWidths()) << "report view only";
     Resize(300);
     EXPECT_EQ((Widths{5, 10, 285}), GetWidths()) << "the last stretch was at 600";

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "winhelpers/menu_layout.h"
@@ -38,24 +39,20 @@ TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
 }
 
 TEST(MenuKeys, LeadToTheNextItemAndTellTheOnlyOne) {
+    constexpr std::size_t kNone = KeyMatch::kNone;
     const std::vector<char16_t> keys = {u'A', 0, u'B', u'A', u'C'};
-    struct Case {
+    const struct {
         char16_t key;
         std::size_t current, position;
         bool onlyOne;
-    };
-    const Case cases[] = {
-        {u'A', KeyMatch::kNone, 0, false}, {u'A', 0, 3, false}, {u'A', 3, 0, false}, {u'A', 4, 0, false},
-        {u'B', KeyMatch::kNone, 2, true},  {u'B', 2, 2, true},  {u'C', 99, 4, true},
-    };
-    for (const Case& c : cases) {
+    } cases[] = {{u'A', kNone, 0, false}, {u'A', 0, 3, false}, {u'A', 3, 0, false}, {u'A', 4, 0, false},
+                 {u'B', kNone, 2, true},  {u'B', 2, 2, true},  {u'C', 99, 4, true}};
+    for (const auto& c : cases) {
         const KeyMatch match = FindMenuKey(keys, c.key, c.current);
-        EXPECT_EQ(c.position, match.position);
-        EXPECT_EQ(c.onlyOne, match.onlyOne);
+        EXPECT_EQ(std::pair(c.position, c.onlyOne), std::pair(match.position, match.onlyOne));
     }
-    EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, u'X', 0).position);
-    EXPECT_EQ(KeyMatch::kNone, FindMenuKey(keys, 0, 0).position);
-    EXPECT_EQ(KeyMatch::kNone, FindMenuKey({}, u'A', 0).position);
+    for (const char16_t key : {u'X', u'\0'}) EXPECT_EQ(kNone, FindMenuKey(keys, key, 0).position);
+    EXPECT_EQ(kNone, FindMenuKey({}, u'A', 0).position);
 }
 
 TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
@@ -92,14 +89,17 @@ TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
 
 TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
     const MenuLayout layout(96, {16, 16}, 16);
-    struct Case {
-        Size picture, fitted;
-    };
-    for (const Case& c : {Case{{16, 16}, {16, 16}}, Case{{8, 12}, {8, 12}}, Case{{32, 32}, {16, 16}},
-                          Case{{64, 32}, {16, 8}}, Case{{32, 64}, {8, 16}}, Case{{8, 32}, {4, 16}},
-                          Case{{1000, 1}, {16, 1}}, Case{{2000000000, 2000000000}, {16, 16}}}) {
-        EXPECT_EQ(c.fitted.width, layout.Fit(c.picture).width);
-        EXPECT_EQ(c.fitted.height, layout.Fit(c.picture).height);
+    const std::pair<Size, Size> fitted[] = {{{16, 16}, {16, 16}},
+                                            {{8, 12}, {8, 12}},
+                                            {{32, 32}, {16, 16}},
+                                            {{64, 32}, {16, 8}},
+                                            {{32, 64}, {8, 16}},
+                                            {{8, 32}, {4, 16}},
+                                            {{1000, 1}, {16, 1}},
+                                            {{2000000000, 2000000000}, {16, 16}}};
+    for (const auto& [picture, expected] : fitted) {
+        const Size is = layout.Fit(picture);
+        EXPECT_EQ(std::pair(expected.width, expected.height), std::pair(is.width, is.height)) << picture.width;
     }
 }
 
