@@ -202,7 +202,7 @@ struct Restless : CShapes {
 
 TEST(AutomationObject, ADestructorMayUseReferencesToItsOwnObject) {
     Restless::destroyed = 0;
-    (new Restless)->Release();
+    EXPECT_EQ(0u, (new Restless)->Release());
     EXPECT_EQ(1, Restless::destroyed);
 }
 
