@@ -182,7 +182,7 @@ struct Restless : CShapes {
 };
 
 TEST(AutomationObject, ADestructorMayUseReferencesToItsOwnObject) {
-    (new Restless)->Release();
+    EXPECT_EQ(0u, (new Restless)->Release());
     EXPECT_EQ(1, Restless::destroyed);
 }
 
