@@ -74,11 +74,11 @@ class Chart {
         std::string text;
         for (const double tick : x_.Ticks()) {
             text += Rule(X(tick), kTop, X(tick), kTop + kHeight);
-            text += Label(X(tick), kTop + kHeight + 18, "middle", Format("%.7g", tick));
+            text += Label(X(tick), kTop + kHeight + 18, "middle", Format("%.8g", tick));
         }
         for (const double tick : y_.Ticks()) {
             text += Rule(kLeft, Y(tick), kLeft + kWidth, Y(tick));
-            text += Label(kLeft - 8, Y(tick) + 4, "end", Format("%.7g", tick));
+            text += Label(kLeft - 8, Y(tick) + 4, "end", Format("%.8g", tick));
         }
         text += Label(kLeft + kWidth / 2, kTop + kHeight + 38, "middle", x_.name);
         return text + Label(8, kTop - 10, "start", y_.name);
