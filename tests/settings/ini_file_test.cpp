@@ -195,6 +195,9 @@ TEST_F(IniFile, ExistsWhenASearchFindsIt) {
         EXPECT_EQ(eErrIniFile_FileNotFound, Run(L"GetStringValue", {L"A", L"k"}).code) << name;
         EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"SaveStringValue", {L"A", L"k", L"v"}).code) << name;
     }
+    Run(L"Init", {folder_.path() + L"\\other.ini"});
+    const Fake close("FindClose", &FindClose, [](HANDLE search) { return FindClose(search) && false; });
+    EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"GetStringValue", {L"A", L"k"}).code);
 }
 
 TEST_F(IniFile, ReadsOddFilesAsAnIndependentReader) {
