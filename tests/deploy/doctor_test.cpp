@@ -19,8 +19,8 @@ constexpr REGSAM kOtherView = sizeof(void*) == 4 ? KEY_WOW64_64KEY : KEY_WOW64_3
 
 class Doctor : public Deployed {
   protected:
-    static void Expect(State state, const std::string& words) {
-        const Answer answer = RunDoctor(L"CStack");
+    static void Expect(State state, const std::string& words, const wchar_t* name = L"CStack") {
+        const Answer answer = RunDoctor(name);
         EXPECT_EQ(static_cast<int>(state), answer.code) << answer.text;
         EXPECT_NE(std::string::npos, answer.text.find(words)) << answer.text;
         EXPECT_EQ(state != State::Fine, answer.text.find("What to do: ") != std::string::npos) << answer.text;
@@ -93,19 +93,14 @@ TEST_F(Doctor, NamesTheMissingHookLibrary) {
     };
     ASSERT_EQ(S_OK, Register());
     call("DllUnregisterServer");
-    Answer answer = RunDoctor(L"CFormSizeConstraint");
-    EXPECT_EQ(static_cast<int>(State::HooksMissing), answer.code);
-    EXPECT_NE(std::string::npos, answer.text.find("VelkSub.HookManager: not registered")) << answer.text;
+    Expect(State::HooksMissing, "VelkSub.HookManager: not registered", L"CFormSizeConstraint");
     Expect(State::Fine, "can be created here");
 
     EXPECT_EQ(S_OK, call("DllRegisterServer"));
-    EXPECT_EQ(0, RunDoctor(L"CFormSizeConstraint").code);
     EXPECT_EQ(0, RunDoctor(L"").code);
     SetText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\" + GuidText(__uuidof(HookManager)) + L"\\InprocServer32",
             nullptr, folder_.Path(L"gone.dll"));
-    answer = RunDoctor(L"CFormSizeConstraint");
-    EXPECT_EQ(static_cast<int>(State::HooksMissing), answer.code);
-    EXPECT_NE(std::string::npos, answer.text.find("gone.dll")) << answer.text;
+    Expect(State::HooksMissing, "gone.dll", L"CFormSizeConstraint");
     EXPECT_EQ(S_OK, call("DllUnregisterServer"));
     FreeLibrary(hooks);
 }

@@ -95,22 +95,18 @@ TEST_F(Surrogate, CarriesValuesEventsAndFailures) {
 
 bool SpeaksOfHandles(const Type& type) {
     const Type members = OwnMembers(type);
+    bool found = false;
     for (UINT i = 0; i < AttributesOf(members)->cFuncs; ++i) {
-        const auto function = FunctionOf(members, i);
         BSTR names[32] = {};
         UINT count = 0;
-        ThrowIfFailed(members->GetNames(function->memid, names, ARRAYSIZE(names), &count));
-        std::wstring all;
+        ThrowIfFailed(members->GetNames(FunctionOf(members, i)->memid, names, ARRAYSIZE(names), &count));
         for (UINT n = 0; n < count; ++n) {
-            all += std::wstring(L" ") + names[n];
+            CharLowerW(names[n]);
+            for (const wchar_t* word : {L"hwnd", L"hdc", L"handle"}) found |= wcsstr(names[n], word) != nullptr;
             SysFreeString(names[n]);
         }
-        for (wchar_t& c : all) c = static_cast<wchar_t>(towlower(c));
-        for (const wchar_t* word : {L"hwnd", L"hdc", L"handle"}) {
-            if (all.find(word) != std::wstring::npos) return true;
-        }
     }
-    return false;
+    return found;
 }
 
 TEST(SurrogateChoice, LeavesOutEveryClassThatTakesOrGivesHandles) {
