@@ -23,6 +23,15 @@ TestWindow::TestWindow(DWORD style, Handler first, int width, int height) : hand
 
 TestWindow::~TestWindow() { Destroy(); }
 
+int TestWindow::CountProperties() const {
+    struct Counter {
+        static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) { return ++*reinterpret_cast<int*>(count); }
+    };
+    int count = 0;
+    EnumPropsExW(window_, &Counter::Count, reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
 void TestWindow::Destroy() {
     if (window_ && IsWindow(window_)) DestroyWindow(window_);
     window_ = nullptr;

@@ -19,6 +19,8 @@ class TestWindow {
 
     HWND get() const noexcept { return window_; }
     LONG handle() const noexcept { return HandleToLong(window_); }  // as the library's members take it
+    WNDPROC CurrentProcedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window_, GWLP_WNDPROC)); }
+    int CountProperties() const;
     void Destroy();
 
     Handler handler;

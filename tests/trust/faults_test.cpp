@@ -8,7 +8,6 @@
 #include "trust/attempt.h"
 #include "trust/failing_memory.h"
 #include "trust/scale.h"
-#include "velksub/hooks_fixture.h"
 
 namespace velk::test {
 namespace {
@@ -102,14 +101,14 @@ TEST(HookedWindows, AWindowThatAnObjectLeavesIsAsItWas) {
         if (!object.As<ISubclass>()) continue;
         ++classes;
         const TestWindow first, last;
-        const WNDPROC procedure = ProcedureOf(first.get());
-        const int properties = PropertiesOf(first.get());
+        const WNDPROC procedure = first.CurrentProcedure();
+        const int properties = first.CountProperties();
         for (int i = 0; i < 1000; ++i) {
             for (const TestWindow* const window : {&first, &last}) AttachTo(window->handle(), object.get());
         }
-        EXPECT_LT(properties, PropertiesOf(last.get())) << "not attached: the test says nothing";
-        EXPECT_EQ(properties, PropertiesOf(first.get()));
-        EXPECT_EQ(procedure, ProcedureOf(first.get()));
+        EXPECT_LT(properties, last.CountProperties()) << "not attached: the test says nothing";
+        EXPECT_EQ(properties, first.CountProperties());
+        EXPECT_EQ(procedure, first.CurrentProcedure());
     }
     EXPECT_GE(classes, 3);
 }

@@ -14,7 +14,7 @@ namespace {
 TEST_F(Hooks, SubclassOnceAndRestoreWhenTheLastGoes) {
     const auto first = TestHook::Make(kAlone), second = TestHook::Make(kAfter);
     AddToWindow(first.get());
-    const WNDPROC hooked = Procedure();
+    const WNDPROC hooked = window.CurrentProcedure();
     EXPECT_NE(own, hooked);
     AddToWindow(first.get());  // once is enough
     AddToWindow(second.get());
@@ -26,7 +26,7 @@ TEST_F(Hooks, SubclassOnceAndRestoreWhenTheLastGoes) {
     RemoveFromWindow(second.get());            // not attached any more
     RemoveFromWindow(second.get(), WM_PAINT);  // never was
     EXPECT_EQ(S_OK, Remove(second.get(), 0));  // no window
-    EXPECT_EQ(hooked, Procedure());
+    EXPECT_EQ(hooked, window.CurrentProcedure());
     RemoveFromWindow(first.get(), kInner);
     ExpectUntouched();
     for (auto* hook : {first.get(), second.get()}) EXPECT_EQ(1u, hook->count());

@@ -39,7 +39,7 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     AddToWindow(hook.get());
     EXPECT_EQ(7, Send());
     RemoveFromWindow(hook.get());
-    EXPECT_EQ(&Wide::Procedure, Procedure());
+    EXPECT_EQ(&Wide::Procedure, window.CurrentProcedure());
     Wide::Leave(window.get());
     EXPECT_EQ("o", std::exchange(Wide::seen, ""));
 
@@ -47,7 +47,7 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     Wide::Subclass(window.get());  // after us
     RemoveFromWindow(hook.get());
     EXPECT_EQ(1u, hook->count());
-    EXPECT_EQ(&Wide::Procedure, Procedure());
+    EXPECT_EQ(&Wide::Procedure, window.CurrentProcedure());
     log.clear();
     EXPECT_EQ(7, Send());
     AddToWindow(hook.get());

@@ -43,21 +43,10 @@ class Hooks : public testing::Test {
         return manager->CallPreviousProc(handle, kMessage, 0, 0, &result);
     }
     LRESULT Send(UINT message = kMessage, LPARAM lParam = 0) { return SendMessageW(window.get(), message, 0, lParam); }
-    WNDPROC Procedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window.get(), GWLP_WNDPROC)); }
-    int Properties() const {
-        struct Counter {
-            static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) {
-                return ++*reinterpret_cast<int*>(count);
-            }
-        };
-        int count = 0;
-        EnumPropsExW(window.get(), &Counter::Count, reinterpret_cast<LPARAM>(&count));
-        return count;
-    }
     // The window is as it was before the first hook.
     void ExpectUntouched() const {
-        EXPECT_EQ(own, Procedure());
-        EXPECT_EQ(properties, Properties());
+        EXPECT_EQ(own, window.CurrentProcedure());
+        EXPECT_EQ(properties, window.CountProperties());
     }
 
     // Logs its name and answers `result`; with `passes` it calls what is below first.
@@ -79,8 +68,8 @@ class Hooks : public testing::Test {
     ComPtr<IHookManager> manager = library.Manager();
     std::string log;
     TestWindow window;
-    const WNDPROC own = Procedure();
-    const int properties = Properties();  // the platform's own
+    const WNDPROC own = window.CurrentProcedure();
+    const int properties = window.CountProperties();  // the platform's own
 };
 
 }  // namespace velk::test

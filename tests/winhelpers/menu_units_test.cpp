@@ -89,14 +89,9 @@ TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {
 
 TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
     const MenuLayout layout(96, {16, 16}, 16);
-    const std::pair<Size, Size> fitted[] = {{{16, 16}, {16, 16}},
-                                            {{8, 12}, {8, 12}},
-                                            {{32, 32}, {16, 16}},
-                                            {{64, 32}, {16, 8}},
-                                            {{32, 64}, {8, 16}},
-                                            {{8, 32}, {4, 16}},
-                                            {{1000, 1}, {16, 1}},
-                                            {{2000000000, 2000000000}, {16, 16}}};
+    const std::pair<Size, Size> fitted[] = {
+        {{16, 16}, {16, 16}}, {{8, 12}, {8, 12}}, {{32, 32}, {16, 16}}, {{64, 32}, {16, 8}},
+        {{32, 64}, {8, 16}},  {{8, 32}, {4, 16}}, {{1000, 1}, {16, 1}}, {{2000000000, 2000000000}, {16, 16}}};
     for (const auto& [picture, expected] : fitted) {
         const Size is = layout.Fit(picture);
         EXPECT_EQ(std::pair(expected.width, expected.height), std::pair(is.width, is.height)) << picture.width;
