@@ -45,8 +45,8 @@ TEST_F(EventSourceTest, ContainerSharesTheObjectsIdentityAndThePointHasItsOwn) {
     IID events = IID_NULL;
     EXPECT_EQ(S_OK, point_->GetConnectionInterface(&events));
     EXPECT_EQ(__uuidof(__CCRC32), events);
-    ComPtr<IConnectionPoint> other = point_;
-    EXPECT_EQ(CONNECT_E_NOCONNECTION, container_->FindConnectionPoint(IID_IDispatch, other.Receive()));
+    IConnectionPoint* other = point_.get();
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, container_->FindConnectionPoint(IID_IDispatch, &other));
     EXPECT_FALSE(other);
 
     for (const HRESULT answer :
