@@ -23,6 +23,7 @@ HCURSOR Over(HWND window) {
     GetWindowRect(window, &place);
     SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW);
     SetCursorPos(place.left + 100 + step++ % 5, place.top + 100);
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 500, QS_MOUSEMOVE);  // on a busy machine the move takes its time
     PumpMessages();
     return GetCursor();
 }
