@@ -12,8 +12,6 @@ namespace {
 
 using namespace velk;
 
-constexpr DISPID kStep = 26;
-
 DISPPARAMS noArguments{};
 
 DISPID IdOf(IDispatch* object, LPOLESTR name) {
@@ -35,11 +33,13 @@ bool CompareCost(const char* name, double most, auto&& ours, auto&& peer) {
 
 bool PropertyGet(_CShapes* object, ITypeInfo* info) {
     LONG value = 0;
-    const auto late = [&] { value = GetLong(object, kStep); };
+    wchar_t name[] = L"Step";
+    const DISPID step = IdOf(object, name);
+    const auto late = [&] { value = GetLong(object, step); };
     const auto direct = [&] { object->get_Step(&value); };
     const auto platform = [&] {
         VARIANT result;
-        info->Invoke(object, kStep, DISPATCH_PROPERTYGET, &noArguments, &result, nullptr, nullptr);
+        info->Invoke(object, step, DISPATCH_PROPERTYGET, &noArguments, &result, nullptr, nullptr);
         value = result.lVal;
     };
     bool met = bench::Compare("get, platform's Invoke", 20, late, platform);
@@ -99,10 +99,12 @@ void Arguments(_CShapes* object, ITypeInfo* info) {
     argument.vt = VT_I4;
     DISPPARAMS one{&argument, nullptr, 1, 0};
     VARIANT result;
+    wchar_t name[] = L"EchoLong";
+    const DISPID echo = IdOf(object, name);
     const auto call = [&](auto&& invoke) { return [&, invoke] { invoke(); }; };
     bench::Compare("call with a Long", 0,
-                   call([&] { object->Invoke(2, IID_NULL, 0, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }),
-                   call([&] { info->Invoke(object, 2, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }));
+                   call([&] { object->Invoke(echo, IID_NULL, 0, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }),
+                   call([&] { info->Invoke(object, echo, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }));
 }
 
 }  // namespace

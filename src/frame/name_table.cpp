@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <utility>
 
 namespace velk {
@@ -15,7 +16,10 @@ constexpr std::uint32_t Mix(std::uint32_t hash, char16_t c) noexcept { return st
 }  // namespace
 
 bool SameName(std::u16string_view one, std::u16string_view other) noexcept {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+    if (one.size() != other.size()) return false;
+    // Most callers write a name as the type library does.
+    if (std::memcmp(one.data(), other.data(), one.size() * sizeof(char16_t)) == 0) return true;
+    return std::equal(one.begin(), one.end(), other.begin(),
                       [](char16_t a, char16_t b) { return a == b || Fold(a) == Fold(b); });
 }
 
