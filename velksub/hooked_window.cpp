@@ -36,6 +36,10 @@ bool HookedWindow::Restore(WNDPROC procedure) noexcept {
     return true;
 }
 
-bool HookedWindow::IsMarked() const noexcept { return GetPropW(handle_, kMark) == this; }
+bool HookedWindow::IsStillThere(WNDPROC procedure) const noexcept {
+    return GetPropW(handle_, kMark) == this || ProcedureOf(handle_, unicode_) == procedure;
+}
+
+bool HookedWindow::IsSubclassed(HWND window) noexcept { return GetPropW(window, kMark) != nullptr; }
 
 }  // namespace velk

@@ -61,6 +61,18 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     EXPECT_EQ(7, Send());
 }
 
+// Another program clears all properties of a window, ours among them.
+TEST_F(Hooks, StayWhereTheirMarkIsTakenAway) {
+    const auto first = Logging('a', kAfter), second = Logging('b', kAfter);
+    AddToWindow(first.get());
+    EXPECT_NE(nullptr, RemovePropW(window.get(), L"VelkSub.HookedWindow"));
+    AddToWindow(second.get());
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ("wab", log);
+    for (const auto& hook : {first, second}) RemoveFromWindow(hook.get());
+    ExpectUntouched();
+}
+
 // A program without Unicode stands below us, then above us as well: the platform translates between them.
 TEST_F(Hooks, KeepAWindowsCharacterSet) {
     const auto hook = TestHook::Make(kAfter);
@@ -131,7 +143,11 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
         EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), none)) << std::hex << none;
         EXPECT_EQ(L"VelkSub.HookManager: Invalid window handle", LastDescription());
     }
+    for (const LONG other : {HandleToLong(GetDesktopWindow()), low}) {
+        EXPECT_EQ(S_OK, Remove(hook.get(), other)) << "where nothing can be attached";
+    }
     RemoveFromWindow(hook.get());
+    OnAnotherThread([&] { EXPECT_EQ(S_OK, Remove(hook.get(), window.handle())) << "not attached any more"; });
     EXPECT_EQ(eErrHookManager_NotHooked, CallPrevious(window.handle()));
     EXPECT_EQ(L"VelkSub.HookManager: The window has no hooks", LastDescription());
     EXPECT_EQ(1u, hook->count());
