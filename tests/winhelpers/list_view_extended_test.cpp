@@ -139,6 +139,10 @@ TEST_F(ListView, DrawsNothingWhileItStretches) {
         expected.emplace_back(window, WM_SETREDRAW, on, 0);
     }
     EXPECT_EQ(expected, sent.messages()) << "the client's own first";
+    for (int i = 0; i < 3; ++i) SendMessageW(control, LVM_DELETECOLUMN, 0, 0);
+    Resize(450);
+    for (const HWND window : {header, control}) expected.emplace_back(window, WM_SETREDRAW, 1, 0);
+    EXPECT_EQ(expected, sent.messages()) << "without columns it is switched on all the same";
     EXPECT_TRUE(GetUpdateRect(control, nullptr, FALSE));
     EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal) << "the client's value, whatever the hook does";
 }
@@ -257,6 +261,7 @@ TEST_F(ListView, RaisesWithoutAWindow) {
 TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
     const HWND first = control;
     Attach(true, true);
+    EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(GetDesktopWindow()))}).result) << "without hooks";
     control = Make();
     Attach(true, true);
     EXPECT_EQ(handle(), Get(list.get(), L"hWnd").value.lVal);
