@@ -260,6 +260,8 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAgainWhenTheyChange) {
     for (int change = 0; change <= 3; ++change) {
         if (change) SendMessageW(window_.get(), WM_SETTINGCHANGE, 0, 0);
         Draw(kOpen);  // still open: drawn in the fonts that it was measured in
+        Open(ItemsOf(menu_.get())[kMore].submenu);
+        EXPECT_EQ(std::max(change - 1, 0), calls) << "so are its submenus";
         Close();
         Open(menu_.get());
         EXPECT_EQ(change, calls);

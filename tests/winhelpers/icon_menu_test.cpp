@@ -90,6 +90,7 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
         [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); },
         [](HMENU to) { SetData(to, kDefault, 77); },
         [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); },
+        [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); },  // another separator is the client's own to draw
         [](HMENU to) {
             while (DeleteMenu(to, 0, MF_BYPOSITION))
                 ;
@@ -102,6 +103,9 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
     };
     for (const auto& change : changes) {
         const Menu drawn = FullMenu(), left = FullMenu();
+        for (const HMENU each : {drawn.get(), left.get()}) {
+            AppendMenuW(each, MF_SEPARATOR | MF_OWNERDRAW, 0, reinterpret_cast<LPCWSTR>(4712));
+        }
         const HMENU more = ItemsOf(drawn.get())[kMore].submenu, leftMore = ItemsOf(left.get())[kMore].submenu;
         Open(drawn.get());
         change(drawn.get());
@@ -164,13 +168,18 @@ TEST_F(IconMenu, FindsItemsByTheirKeys) {
                                             {L'\u0161', kSave}}) {  // two by their first letter
         EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << int{pressed};
     }
+    MENUITEMINFOW own = InfoOf(MIIM_STRING, const_cast<LPWSTR>(L"&Zoom"));
+    SetMenuItemInfoW(menu, kOwn, TRUE, &own);
+    EXPECT_EQ(0, HIWORD(key(L'z'))) << "the client's own item is the client's to find";
+    Close();
     AppendMenuW(menu, MF_STRING, 600, L"&Other");
+    Open(menu);
     EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o'));
     EXPECT_EQ(0, HIWORD(key(L'z')));
 }
 
 TEST_F(IconMenu, MovesFromWindowToWindowOfThisThread) {
-    for (const LONG handle : {0L, 1L, -1L, HandleToLong(GetDesktopWindow())}) {
+    for (const LONG handle : {0L, 1L, -1L, window_.handle() & 0xFFFF, HandleToLong(GetDesktopWindow())}) {
         const Outcome refused = Call(icons_.get(), L"Attach", {Arg(handle)});
         EXPECT_EQ(RunTime(5), refused.code) << handle;
         EXPECT_EQ(L"Invalid procedure call or argument", refused.description);
