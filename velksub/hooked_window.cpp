@@ -24,6 +24,7 @@ bool HookedWindow::Subclass(WNDPROC procedure) noexcept {
     unicode_ = IsWindowUnicode(handle_) != FALSE;
     if (!SetPropW(handle_, kMark, this)) return false;
     previous_ = SetProcedure(handle_, unicode_, procedure);
+    if (previous_ == procedure) previous_ = unicode_ ? DefWindowProcW : DefWindowProcA;  // put back by another program
     previousIsHandle_ = IsHandle(previous_);
     if (!previous_) RemovePropW(handle_, kMark);
     return previous_ != nullptr;

@@ -73,6 +73,37 @@ TEST_F(Hooks, StayWhereTheirMarkIsTakenAway) {
     ExpectUntouched();
 }
 
+// A program that puts back what it found while the window was hooked: nobody is left to pass messages on to.
+TEST_F(Hooks, LeaveAWindowToTheSystemWhenOnlyTheirProcedureIsLeft) {
+    const auto hook = Logging('a', kAfter);
+    AddToWindow(hook.get());
+    const auto found = reinterpret_cast<LONG_PTR>(window.CurrentProcedure());
+    RemoveFromWindow(hook.get());
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, found);
+    for (const bool hooked : {false, true}) {
+        if (hooked) AddToWindow(hook.get());
+        EXPECT_EQ(4, SendMessageW(window.get(), WM_GETTEXTLENGTH, 0, 0));
+        EXPECT_EQ(0, Send());
+    }
+    EXPECT_EQ("a", log);
+    RemoveFromWindow(hook.get());
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(own));
+    ExpectUntouched();
+}
+
+TEST_F(Hooks, PassNothingOnWhenTheWindowIsGone) {
+    Wide::Subclass(window.get());
+    const auto hook = TestHook::Make(kAlone);
+    hook->handle = [&](const TestHook::Message& m, LONG* result) {
+        window.Destroy();
+        return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+    };
+    AddToWindow(hook.get());
+    Wide::seen.clear();
+    EXPECT_EQ(0, Send());
+    EXPECT_EQ("", Wide::seen);
+}
+
 // A program without Unicode stands below us, then above us as well: the platform translates between them.
 TEST_F(Hooks, KeepAWindowsCharacterSet) {
     const auto hook = TestHook::Make(kAfter);
