@@ -278,8 +278,7 @@ bool cIconMenu::DrawItem(const DRAWITEMSTRUCT* drawn) {
 }
 
 const MenuIcon* cIconMenu::IconOf(const OpenItem& item) const noexcept {
-    if (item.submenu) return icons_.submenus.Find(item.submenu);
-    return item.IsSeparator() ? nullptr : icons_.commands.Find(item.id);
+    return item.submenu ? icons_.submenus.Find(item.submenu) : icons_.commands.Find(item.id);
 }
 
 // Mnemonics first; items without one answer to their first letter. Items that are not ours are found by the system, or

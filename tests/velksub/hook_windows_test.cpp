@@ -162,6 +162,7 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
         EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), window.handle(), kInner));
         EXPECT_EQ(L"VelkSub.HookManager: The window belongs to another thread", LastDescription());
         EXPECT_EQ(eErrHookManager_OtherThread, Remove(hook.get(), window.handle()));
+        EXPECT_EQ(S_OK, Remove(hook.get(), window.handle() & 0xFFFF)) << "no hook can be there";
         EXPECT_EQ(eErrHookManager_OtherThread, CallPrevious(window.handle()));
         const TestWindow mine;
         EXPECT_EQ(S_OK, Add(hook.get(), mine.handle()));

@@ -10,6 +10,7 @@
 #include "support/import_patch.h"
 #include "support/report_recorder.h"
 #include "winhelpers/dotted_brush.h"
+#include "winhelpers/fading_canvas.h"
 #include "winhelpers/mem_dc.h"
 #include "winhelpers/nc_metrics.h"
 #include "winhelpers/test_bitmaps.h"
@@ -103,6 +104,16 @@ TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     EXPECT_EQ(kRed, GetPixel(memory.get_HDC(), 3, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 4, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 29, 11));
+}
+
+TEST_F(DrawingSupport, FadingCanvasGrowsInBothDirections) {
+    FadingCanvas canvas;
+    for (const Size size : {Size{4, 20}, {20, 4}, {30, 8}, {5, 5}}) {
+        ASSERT_TRUE(canvas.Require(size));
+        canvas.Clear(kBlue);
+    }
+    EXPECT_EQ(kBlue, GetPixel(canvas.get(), 29, 19));
+    EXPECT_EQ(CLR_INVALID, GetPixel(canvas.get(), 30, 19));
 }
 
 UINT refusedAction;

@@ -69,7 +69,8 @@ TEST_F(IconMenuDrawing, MarksCheckedItemsWithAndWithoutIcons) {
     const RECT icon = framed.Bounds(kRed);
     ExpectSize(icon, kSide, kSide);
     EXPECT_NE(plain.At(icon.left - 1, icon.top - 1), framed.At(icon.left - 1, icon.top - 1));
-    icons_->ClearIcons();
+    EXPECT_EQ(S_OK, icons_->put_CommandImage(CommandAt(kChecked), -1));
+    EXPECT_EQ(S_OK, icons_->putref_CommandPicture(CommandAt(kRadio), nullptr));
     const auto markOf = [&](const Drawing& drawn) {
         std::set<std::pair<int, int>> mark;
         for (int i = 0; i < drawn.height() * (icon.right + 3); ++i) {

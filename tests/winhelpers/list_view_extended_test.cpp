@@ -299,9 +299,7 @@ TEST(ListViewAlone, WorksWithoutHooksAndSaysWhatIsMissing) {
     const HWND control = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | LVS_REPORT, 0, 0, 400, 200, parent.get(),
                                          nullptr, nullptr, nullptr);
     const List list = NewList();
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(control))}).result) << "never attached";
-    }
+    EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(control))}).result);
     EXPECT_EQ(1, std::ranges::count(none.said(), L'\n'));
     EXPECT_EQ(HandleToLong(control), Get(list.get(), L"hWnd").value.lVal);
     EXPECT_EQ(S_OK, Call(list.get(), L"ResizeColumns", {Arg(1L)}).result);
