@@ -26,6 +26,8 @@ HookTarget TargetOf(ISubclass* hook) {
     return {subclass, identity.get()};
 }
 
+constexpr ClassError kOtherThread{eErrHookManager_OtherThread, L"The window belongs to another thread"};
+
 bool IsOfThisThread(HWND window) noexcept { return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId(); }
 
 // The platform takes the low word of a handle, extended with or without a sign, for the handle itself. Messages come
@@ -36,10 +38,17 @@ HWND OwnWindow(LONG handle) {
     const auto window = static_cast<HWND>(LongToHandle(handle));
     if (IsShort(handle) || !IsWindow(window))
         throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
-    if (!IsOfThisThread(window)) {
-        throw ClassError(eErrHookManager_OtherThread, L"The window belongs to another thread");
-    }
+    if (!IsOfThisThread(window)) throw kOtherThread;
     return window;
+}
+
+// Only there can a hook be attached that this thread cannot take off.
+bool IsHookedByAnotherThread(LONG handle) noexcept {
+    const auto window = static_cast<HWND>(LongToHandle(handle));
+    DWORD process = 0;
+    const DWORD thread = GetWindowThreadProcessId(window, &process);
+    return !IsShort(handle) && process == GetCurrentProcessId() && thread != GetCurrentThreadId() &&
+           HookedWindow::IsSubclassed(window);
 }
 
 constexpr DISPID kAddHook = 1;
@@ -114,8 +123,8 @@ STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexce
 STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
     return Guard(L"RemoveHook", [&] {
         const HookTarget target = TargetOf(Given(Hook));
+        if (IsHookedByAnotherThread(hWnd)) throw kOtherThread;
         const auto window = static_cast<HWND>(LongToHandle(hWnd));
-        if (IsWindow(window)) OwnWindow(hWnd);
         if (ThreadHooks* const hooks = ThreadHooks::Current()) hooks->Remove(target, window, static_cast<UINT>(iMsg));
     });
 }

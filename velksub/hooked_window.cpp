@@ -24,6 +24,7 @@ bool HookedWindow::Subclass(WNDPROC procedure) noexcept {
     unicode_ = IsWindowUnicode(handle_) != FALSE;
     if (!SetPropW(handle_, kMark, this)) return false;
     previous_ = SetProcedure(handle_, unicode_, procedure);
+    if (previous_ == procedure) previous_ = unicode_ ? DefWindowProcW : DefWindowProcA;  // put back by another program
     previousIsHandle_ = IsHandle(previous_);
     if (!previous_) RemovePropW(handle_, kMark);
     return previous_ != nullptr;
@@ -36,6 +37,10 @@ bool HookedWindow::Restore(WNDPROC procedure) noexcept {
     return true;
 }
 
-bool HookedWindow::IsMarked() const noexcept { return GetPropW(handle_, kMark) == this; }
+bool HookedWindow::IsStillThere(WNDPROC procedure) const noexcept {
+    return GetPropW(handle_, kMark) == this || ProcedureOf(handle_, unicode_) == procedure;
+}
+
+bool HookedWindow::IsSubclassed(HWND window) noexcept { return GetPropW(window, kMark) != nullptr; }
 
 }  // namespace velk

@@ -39,8 +39,12 @@ class HookedWindow {
     bool IsDestroyed() const noexcept { return destroyed_; }
     void SetDestroyed() noexcept { destroyed_ = true; }
 
-    // A handle may come back with another window behind it. Only ours bears the mark.
-    bool IsMarked() const noexcept;
+    // A handle may come back with another window behind it. Only ours bears the mark, which other programs may have
+    // taken away, or has the procedure.
+    bool IsStillThere(WNDPROC procedure) const noexcept;
+
+    // By any thread or process.
+    static bool IsSubclassed(HWND window) noexcept;
 
     // An address is called as the platform itself would call it, in the window's own character set; to go through the
     // platform takes several times as long as all the rest. A handle in its place stands for a procedure of the other

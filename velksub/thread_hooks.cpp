@@ -73,7 +73,7 @@ const ThreadHooks::Window* ThreadHooks::Find(HWND window) const noexcept {
 ThreadHooks::Window ThreadHooks::Subclassed(HWND window) {
     if (const Window* const known = Find(window)) {
         if ((*known)->IsDestroyed()) throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
-        if ((*known)->IsMarked()) return *known;
+        if ((*known)->IsStillThere(&Procedure)) return *known;
         Forget(Window(*known));
         return Subclassed(window);
     }

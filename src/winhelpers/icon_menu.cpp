@@ -244,7 +244,7 @@ bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
 
 void cIconMenu::OpenPopup(HMENU menu) {
     if (GetWindowLongPtrW(WindowOf(window_), GWL_EXSTYLE) & WS_EX_LAYOUTRTL) return;
-    painter_.Prepare(icons_.CellSize());
+    if (!menus_.AnyOpen()) painter_.Prepare(icons_.CellSize());
     menus_.Open(menu, [this](OpenItem& item, UINT state) {
         if (item.IsSeparator()) return 0;
         const TextWidths widths = painter_.Measure(menus_.text(), state & MFS_DEFAULT);
@@ -278,20 +278,22 @@ bool cIconMenu::DrawItem(const DRAWITEMSTRUCT* drawn) {
 }
 
 const MenuIcon* cIconMenu::IconOf(const OpenItem& item) const noexcept {
-    if (item.submenu) return icons_.submenus.Find(item.submenu);
-    return item.IsSeparator() ? nullptr : icons_.commands.Find(item.id);
+    return item.submenu ? icons_.submenus.Find(item.submenu) : icons_.commands.Find(item.id);
 }
 
-// Mnemonics first; items without one answer to their first letter.
+// Mnemonics first; items without one answer to their first letter. Items that are not ours are found by the system, or
+// by the client that draws them.
 bool cIconMenu::FindKey(HMENU menu, WORD key, LONG* result) {
-    if (!menus_.FindMenu(menu)) return false;
+    const OpenMenu* const opened = menus_.FindMenu(menu);
+    if (!opened) return false;
     const int count = GetMenuItemCount(menu);
     std::size_t current = KeyMatch::kNone;
     const auto find = [&](auto keyOf) {
         keys_.clear();
         for (int i = 0; i < count; ++i) {
             const auto item = menus_.Read(menu, static_cast<UINT>(i));
-            const MenuText text = SplitMenuText(Utf16(item ? menus_.text() : L""));
+            const bool ours = item && opened->Holds(item->data);
+            const MenuText text = SplitMenuText(Utf16(ours ? menus_.text() : L""));
             if (item && (item->state & MFS_HILITE)) current = static_cast<std::size_t>(i);
             keys_.push_back(UpperCase(keyOf(text.label)));
         }

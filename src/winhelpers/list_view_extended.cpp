@@ -30,10 +30,10 @@ void ChangeStyle(HWND header, LONG style) noexcept {
     SetWindowPos(ToWindow(previous), nullptr, 0, 0, 0, 0, kFlags);
 }
 
-// Redrawing is off for a list view and its header while this lives, also when stretching fails on the way.
+// Switches redrawing back on for a list view and its header at its end, also when stretching fails on the way.
 class RedrawPause {
   public:
-    RedrawPause(HWND list, HWND header) noexcept : list_(list), header_(header) { Switch(false); }
+    RedrawPause(HWND list, HWND header) noexcept : list_(list), header_(header) {}
     RedrawPause(const RedrawPause&) = delete;
     RedrawPause& operator=(const RedrawPause&) = delete;
     ~RedrawPause() {
@@ -41,6 +41,7 @@ class RedrawPause {
         InvalidateRect(header_, nullptr, FALSE);
         InvalidateRect(list_, nullptr, FALSE);
     }
+    void Begin() noexcept { Switch(false); }
 
   private:
     void Switch(bool on) noexcept {
@@ -205,9 +206,11 @@ void CListViewExtended::StretchColumns(HWND list) {
     ColumnFit fit(width, StretchRatio(width, lastWidth_));
     lastWidth_ = width;
     const HWND header = HeaderOf(list);
-    const LONG count = header ? Send(header, HDM_GETITEMCOUNT) : 0;
+    if (!header) return;
+    RedrawPause pause(list, header);  // ends without columns, too
+    const LONG count = Send(header, HDM_GETITEMCOUNT);
     if (count <= 0) return;
-    const RedrawPause pause(list, header);
+    pause.Begin();
     const auto set = [&](LONG column, LONG to) { Send(list, LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), to); };
     for (LONG i = 0; i < count - 1; ++i) set(i, fit.Scale(Send(list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(i))));
     set(count - 1, fit.Rest());

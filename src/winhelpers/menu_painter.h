@@ -35,10 +35,10 @@ class MenuPainter {
     MenuPainter(const MenuPainter&) = delete;
     MenuPainter& operator=(const MenuPainter&) = delete;
 
-    // Fonts and sizes are read again when the next menu opens. What is open keeps those that it was measured with.
+    // Fonts and sizes are read again at the next Prepare: what is open keeps those that it was measured with.
     void ForgetSettings() noexcept { stale_ = true; }
 
-    // Before a menu is measured.
+    // Before menus are measured; not while some are open.
     void Prepare(Size icon);
 
     TextWidths Measure(std::wstring_view text, bool bold) const noexcept;

@@ -60,6 +60,7 @@ OpenMenu& OpenMenus::Begin(HMENU menu) {
     opened->menu = menu;
     opened->widestAccelerator = 0;
     opened->items.clear();
+    opened->clientsOwn.clear();
     return *opened;
 }
 
@@ -96,7 +97,8 @@ void OpenMenus::Restore(OpenMenu& opened) noexcept {
     });
     if (std::ranges::all_of(opened.items, &OpenItem::restored)) return;
     forEach([&](UINT position) {
-        if (!(info.fType & MFT_OWNERDRAW)) return;
+        const std::pair known(info.wID, info.dwItemData);
+        if (!(info.fType & MFT_OWNERDRAW) || std::ranges::count(opened.clientsOwn, known)) return;
         const auto lost = std::ranges::find_if(
             opened.items, [&](const OpenItem& item) { return !item.restored && item.id == info.wID; });
         if (lost == opened.items.end()) return;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "frame/platform.h"
@@ -30,6 +31,7 @@ struct OpenMenu {
     HMENU menu = nullptr;
     int widestAccelerator = 0;
     std::vector<OpenItem> items;
+    std::vector<std::pair<UINT, ULONG_PTR>> clientsOwn;  // identifier and data of what the client draws itself
 
     bool Holds(ULONG_PTR data) const noexcept;
     static const OpenItem& ItemOf(ULONG_PTR data) noexcept { return *reinterpret_cast<const OpenItem*>(data); }
@@ -61,6 +63,7 @@ class OpenMenus {
         for (int i = 0; i < count; ++i) {
             const auto position = static_cast<UINT>(i);
             const auto state = Read(menu, position);
+            if (state && state->type & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->id, state->data);
             if (!state || !IsOursToDraw(*state)) continue;
             if (state->type & MFT_RIGHTORDER) return opened.items.clear();
             opened.items.push_back({position, state->id, state->submenu, state->type, state->data});
@@ -73,6 +76,8 @@ class OpenMenus {
     void EnterLoop();
     void LeaveLoop() noexcept;
     void RestoreAll() noexcept;
+
+    bool AnyOpen() const noexcept { return open_ != 0; }
 
     // The menu whose item has this data; null when it is none of ours.
     OpenMenu* Find(ULONG_PTR data) noexcept;

@@ -6,6 +6,7 @@
 
 #include "frame/gdi.h"
 #include "support/client.h"
+#include "support/fake.h"
 #include "support/gdi_objects.h"
 #include "support/import_patch.h"
 #include "support/late_bound.h"
@@ -126,14 +127,25 @@ class Screenshot : public testing::Test {
     ComPtr<IDispatch> object_ = CreateObject<IDispatch>(__uuidof(CScreenshot));
 };
 
-HWND releasedWith;
-int WINAPI NoteRelease(HWND window, HDC context) { return releasedWith = window, ReleaseDC(window, context); }
-
 TEST_F(Screenshot, OfAWindowIsOneBitmapThatOtherProgramsRead) {
     const TwoColours window(30, 40, 200, 100);
-    const ImportPatch release(Library(), "ReleaseDC", reinterpret_cast<void*>(&NoteRelease));
-    Capture(L"CaptureWindow", {Arg(window.handle())});
-    EXPECT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(releasedWith)) << "deliberately no window";
+    {
+        std::string calls;
+        const Fake open("OpenClipboard", &OpenClipboard,
+                        [&](HWND owner) { return calls += owner ? "owned " : "open ", OpenClipboard(owner); });
+        const Fake empty("EmptyClipboard", &EmptyClipboard, [&] { return calls += "empty ", EmptyClipboard(); });
+        const Fake set("SetClipboardData", &SetClipboardData, [&](UINT format, HANDLE data) {
+            return calls += "set" + std::to_string(format) + " ", SetClipboardData(format, data);
+        });
+        const Fake close("CloseClipboard", &CloseClipboard, [&] { return calls += "close ", CloseClipboard(); });
+        const Fake remove("DeleteDC", &DeleteDC, [&](HDC gone) { return calls += "delete ", DeleteDC(gone); });
+        const Fake release("ReleaseDC", &ReleaseDC, [&](HWND with, HDC context) {
+            EXPECT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(with)) << "deliberately no window";
+            return calls += "release ", ReleaseDC(with, context);
+        });
+        Capture(L"CaptureWindow", {Arg(window.handle())});
+        EXPECT_EQ("open empty set2 close delete release ", calls);
+    }
     {
         const Pasted pasted;
         EXPECT_EQ(Size(200, 100), pasted.size());
@@ -185,6 +197,10 @@ TEST_F(Screenshot, SaysWhatIsWrong) {
     for (const auto& [left, top, width, height] : outside) {
         Fails(eErrScreenshot_InvalidCoordinates, L"Invalid screen coordinates", L"CaptureRectangle",
               {left, top, width, height});
+    }
+    for (const auto& [width, height] : {std::pair{below, ten}, {ten, below}, {zero, zero}}) {
+        Capture(L"CaptureRectangle", {zero, zero, width, height});  // not looked at, and no bitmap
+        EmptyTheClipboard();
     }
     Fails(eErrScreenshot_NoActiveWindow, L"No active window for the calling thread", L"CaptureActiveWindow");
     TwoColours window(0, 0, 20, 20);

@@ -106,12 +106,43 @@ struct Look {
 
 // The same shape by the platform's own calls.
 void DrawByHand(const Canvas& canvas, const Kind& kind, const Look& look, COLORREF border, int moved = 0) {
-    const LOGBRUSH brush{static_cast<UINT>(look.brush), 0x2040C0, static_cast<ULONG_PTR>(look.hatch)};
+    const LOGBRUSH brush{static_cast<UINT>(look.brush), GetSysColor(COLOR_ACTIVECAPTION),
+                         static_cast<ULONG_PTR>(look.hatch)};
     const GdiObject ownPen(CreatePen(look.penStyle, look.width, border)), ownBrush(CreateBrushIndirect(&brush));
     const SelectedObject withPen(canvas.get(), ownPen.get()), withBrush(canvas.get(), ownBrush.get());
     const int before = SetROP2(canvas.get(), look.mode);
     kind.byHand(canvas.get(), 10 + moved, 11 + moved, 62 + moved, 53 + moved);
     SetROP2(canvas.get(), before);
+}
+
+// A mode's number less one is a table of four bits: what a bit of the pen makes of a bit of the ground.
+COLORREF Mixed(LONG mode, COLORREF pen, COLORREF ground) {
+    COLORREF mixed = 0;
+    for (unsigned bit = 0; bit < 24; ++bit) {
+        const unsigned entry = 2 * (pen >> bit & 1) + (ground >> bit & 1);
+        mixed |= (static_cast<COLORREF>(mode - 1) >> entry & 1) << bit;
+    }
+    return mixed;
+}
+
+TEST(Shapes, MixTheirColoursWithTheGroundBitByBit) {
+    constexpr COLORREF kGround = 0x0F33CC, kBorder = 0x5599F0, kFill = 0x2040C6;
+    for (const Kind* kind : kKinds) {
+        for (LONG mode = R2_BLACK; mode <= R2_WHITE; ++mode) {
+            Canvas canvas;
+            canvas.Clear(kGround);
+            Shape shape(*kind);
+            shape.Set(L"BorderColor", kBorder);
+            shape.Set(L"BorderWidth", 5);
+            shape.Set(L"ForegroundMixMode", mode);
+            if (kind->filled) shape.Set(L"FillColor", kFill);
+            shape.Draw(canvas);
+            EXPECT_EQ(Mixed(mode, kBorder, kGround), canvas.At(36, kind == &kLine ? 32 : 11)) << kind->draw << mode;
+            EXPECT_EQ(kGround, canvas.At(70, 70)) << kind->draw << mode;
+            if (!kind->filled) continue;
+            EXPECT_EQ(Mixed(mode, kFill, kGround), canvas.At(36, 32)) << kind->draw << mode;
+        }
+    }
 }
 
 TEST(Shapes, LookAsThePlatformDrawsThem) {
@@ -137,7 +168,7 @@ TEST(Shapes, LookAsThePlatformDrawsThem) {
             shape.Set(L"PenStyle", look.penStyle);
             shape.Set(L"ForegroundMixMode", look.mode);
             if (kind->filled) {
-                shape.Set(L"FillColor", 0x2040C0);
+                shape.Set(L"FillColor", static_cast<LONG>(0x80000000 | COLOR_ACTIVECAPTION));
                 shape.Set(L"BrushStyle", look.brush);
                 shape.Set(L"HatchStyle", look.hatch);
             }

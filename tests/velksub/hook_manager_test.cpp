@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -130,28 +131,47 @@ TEST_F(Hooks, KnowTheDispatchedMessageAtEveryDepth) {
     EXPECT_EQ("www", log);
 }
 
+TEST_F(Hooks, MayPassOnOtherMessagesAndToOtherWindows) {
+    const auto inner = Logging('i', kAlone), hook = TestHook::Make(kAlone);
+    TestWindow other(WS_OVERLAPPEDWINDOW, [this](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        return message == kMessage ? log += 'o', 8 : std::optional<LRESULT>();
+    });
+    hook->handle = [&](const TestHook::Message& m, LONG* result) {
+        LONG own = 0, others = 0;
+        EXPECT_EQ(S_OK, manager->CallPreviousProc(m.window, kInner, 0, 0, &own));
+        EXPECT_EQ(S_OK, manager->CallPreviousProc(other.handle(), kMessage, 0, 0, &others));
+        return *result = 10 * own + others, S_OK;
+    };
+    AddToWindow(inner.get(), kInner);
+    AddToWindow(hook.get());
+    ASSERT_EQ(S_OK, Add(inner.get(), other.handle()));
+    EXPECT_EQ(78, Send());
+    EXPECT_EQ("wo", log) << "straight to the windows' own procedures";
+}
+
 TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
     const auto a = Logging('a', kAfter), b = Logging('b', kAfter), c = Logging('c', kAfter);
     const struct {
-        std::function<void()> action;
-        const char* log;  // of the message during which it happens, and of the next one
+        std::function<void(TestHook*)> action;
+        const char *log, *logInResponse;  // of the message during which it happens, and of the next one
     } cases[] = {
-        {[] {}, "xwab xwab"},
-        {[&] { RemoveFromWindow(b.get()); }, "xwa xwa"},
-        {[&] { RemoveFromWindow(a.get()), RemoveFromWindow(b.get()); }, "xw xw"},
-        {[&] { AddToWindow(c.get()); }, "xwab xwabc"},                           // from the next message on
-        {[&] { RemoveFromWindow(b.get()), AddToWindow(b.get()); }, "xwa xwab"},  // it stands on top now
+        {[](TestHook*) {}, "xwab xwab"},
+        {[&](TestHook*) { RemoveFromWindow(b.get()); }, "xwa xwa"},
+        {[&](TestHook*) { RemoveFromWindow(a.get()), RemoveFromWindow(b.get()); }, "xw xw"},
+        {[&](TestHook*) { AddToWindow(c.get()); }, "xwab xwabc"},                           // from the next message on
+        {[&](TestHook*) { RemoveFromWindow(b.get()), AddToWindow(b.get()); }, "xwa xwab"},  // it stands on top now
+        {[&](TestHook* acting) { RemoveFromWindow(acting); }, "xwab wab", "wab wab"},
     };
     for (const auto& each : cases) {
         for (const bool inResponse : {false, true}) {
             const auto acting = TestHook::Make(kAlone);
             bool done = false;
             acting->respond = [&](LONG* response) {
-                if (inResponse && !std::exchange(done, true)) each.action();
+                if (inResponse && !std::exchange(done, true)) each.action(acting.get());
                 return *response = kAlone, S_OK;
             };
             acting->handle = [&](const TestHook::Message& m, LONG* result) {
-                if (!std::exchange(done, true)) each.action();
+                if (!std::exchange(done, true)) each.action(acting.get());
                 log += 'x';
                 return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
             };
@@ -160,7 +180,7 @@ TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
             EXPECT_EQ(7, Send());
             log += ' ';
             EXPECT_EQ(7, Send());
-            EXPECT_EQ(each.log, log) << inResponse;
+            EXPECT_EQ(inResponse && each.logInResponse ? each.logInResponse : each.log, log) << inResponse;
             for (const auto& hook : {a, b, c, acting}) RemoveFromWindow(hook.get());
             EXPECT_EQ(1u, acting->count());
             ExpectUntouched();
@@ -195,6 +215,19 @@ TEST_F(Hooks, LiveOnlyAsLongAsTheWindow) {
         EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(acting.get(), handle));
         EXPECT_EQ(eErrHookManager_InvalidWindowHandle, CallPrevious(handle));
     }
+    // What the last one's end brings about does not attach to the window again.
+    TestWindow doomed;
+    HRESULT again = S_OK;
+    const auto other = TestHook::Make(kAfter);
+    auto last = TestHook::Make(kAfter);
+    last->handle = [end = std::shared_ptr<void>(nullptr, [&, handle = doomed.handle()](void*) {
+                        again = Add(other.get(), handle);
+                    })](const TestHook::Message&, LONG*) { return S_OK; };
+    ASSERT_EQ(S_OK, Add(last.get(), doomed.handle()));
+    last = nullptr;
+    EXPECT_EQ(S_OK, again) << "it lives as long as it is attached";
+    doomed.Destroy();
+    EXPECT_EQ(eErrHookManager_InvalidWindowHandle, again);
     manager = nullptr;
     EXPECT_TRUE(HookLibrary::CanUnload());
 }

@@ -61,6 +61,49 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     EXPECT_EQ(7, Send());
 }
 
+// Another program clears all properties of a window, ours among them.
+TEST_F(Hooks, StayWhereTheirMarkIsTakenAway) {
+    const auto first = Logging('a', kAfter), second = Logging('b', kAfter);
+    AddToWindow(first.get());
+    EXPECT_NE(nullptr, RemovePropW(window.get(), L"VelkSub.HookedWindow"));
+    AddToWindow(second.get());
+    EXPECT_EQ(7, Send());
+    EXPECT_EQ("wab", log);
+    for (const auto& hook : {first, second}) RemoveFromWindow(hook.get());
+    ExpectUntouched();
+}
+
+// A program that puts back what it found while the window was hooked: nobody is left to pass messages on to.
+TEST_F(Hooks, LeaveAWindowToTheSystemWhenOnlyTheirProcedureIsLeft) {
+    const auto hook = Logging('a', kAfter);
+    AddToWindow(hook.get());
+    const auto found = reinterpret_cast<LONG_PTR>(window.CurrentProcedure());
+    RemoveFromWindow(hook.get());
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, found);
+    for (const bool hooked : {false, true}) {
+        if (hooked) AddToWindow(hook.get());
+        EXPECT_EQ(4, SendMessageW(window.get(), WM_GETTEXTLENGTH, 0, 0));
+        EXPECT_EQ(0, Send());
+    }
+    EXPECT_EQ("a", log);
+    RemoveFromWindow(hook.get());
+    SetWindowLongPtrW(window.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(own));
+    ExpectUntouched();
+}
+
+TEST_F(Hooks, PassNothingOnWhenTheWindowIsGone) {
+    Wide::Subclass(window.get());
+    const auto hook = TestHook::Make(kAlone);
+    hook->handle = [&](const TestHook::Message& m, LONG* result) {
+        window.Destroy();
+        return manager->CallPreviousProc(m.window, m.number, m.wParam, m.lParam, result);
+    };
+    AddToWindow(hook.get());
+    Wide::seen.clear();
+    EXPECT_EQ(0, Send());
+    EXPECT_EQ("", Wide::seen);
+}
+
 // A program without Unicode stands below us, then above us as well: the platform translates between them.
 TEST_F(Hooks, KeepAWindowsCharacterSet) {
     const auto hook = TestHook::Make(kAfter);
@@ -119,6 +162,7 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
         EXPECT_EQ(eErrHookManager_OtherThread, Add(hook.get(), window.handle(), kInner));
         EXPECT_EQ(L"VelkSub.HookManager: The window belongs to another thread", LastDescription());
         EXPECT_EQ(eErrHookManager_OtherThread, Remove(hook.get(), window.handle()));
+        EXPECT_EQ(S_OK, Remove(hook.get(), window.handle() & 0xFFFF)) << "no hook can be there";
         EXPECT_EQ(eErrHookManager_OtherThread, CallPrevious(window.handle()));
         const TestWindow mine;
         EXPECT_EQ(S_OK, Add(hook.get(), mine.handle()));
@@ -131,7 +175,11 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
         EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook.get(), none)) << std::hex << none;
         EXPECT_EQ(L"VelkSub.HookManager: Invalid window handle", LastDescription());
     }
+    for (const LONG other : {HandleToLong(GetDesktopWindow()), low}) {
+        EXPECT_EQ(S_OK, Remove(hook.get(), other)) << "where nothing can be attached";
+    }
     RemoveFromWindow(hook.get());
+    OnAnotherThread([&] { EXPECT_EQ(S_OK, Remove(hook.get(), window.handle())) << "not attached any more"; });
     EXPECT_EQ(eErrHookManager_NotHooked, CallPrevious(window.handle()));
     EXPECT_EQ(L"VelkSub.HookManager: The window has no hooks", LastDescription());
     EXPECT_EQ(1u, hook->count());

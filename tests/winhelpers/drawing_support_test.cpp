@@ -3,12 +3,14 @@
 
 #include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "support/fake.h"
 #include "support/gdi_objects.h"
 #include "support/import_patch.h"
 #include "support/report_recorder.h"
 #include "winhelpers/dotted_brush.h"
+#include "winhelpers/fading_canvas.h"
 #include "winhelpers/mem_dc.h"
 #include "winhelpers/nc_metrics.h"
 #include "winhelpers/test_bitmaps.h"
@@ -41,6 +43,12 @@ class DrawingSupport : public testing::Test {
     const int before = GdiObjects();
 };
 
+// A function of the platform past this program's own imports, where what is tested lies too.
+template <class Function>
+Function* Platforms(const char* name, Function*) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"gdi32.dll"), name)));
+}
+
 HGDIOBJ WINAPI RefuseSelection(HDC, HGDIOBJ) { return nullptr; }
 
 TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
@@ -60,6 +68,21 @@ TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     EXPECT_EQ(20, memory.get_Width());
     EXPECT_NE(kRed, GetPixel(memory.get_HDC(), 19, 9)) << "a new bitmap is empty";
     EXPECT_NE(CLR_INVALID, GetPixel(memory.get_HDC(), 19, 10));
+    {
+        std::string calls;  // + selects, - deletes
+        const HMODULE here = GetModuleHandleW(nullptr);
+        const auto select = Platforms("SelectObject", &SelectObject);
+        const auto remove = Platforms("DeleteObject", &DeleteObject);
+        const auto close = Platforms("DeleteDC", &DeleteDC);
+        const auto noteSelect = [&](HDC to, HGDIOBJ object) { return calls += "+bitmap ", select(to, object); };
+        const auto noteRemove = [&](HGDIOBJ object) { return calls += "-bitmap ", remove(object); };
+        const auto noteClose = [&](HDC gone) { return calls += "-dc ", close(gone); };
+        const Fake selects("SelectObject", select, noteSelect, here);
+        const Fake removes("DeleteObject", remove, noteRemove, here);
+        const Fake closes("DeleteDC", close, noteClose, here);
+        memory.put_Height(12);
+        EXPECT_EQ("+bitmap -bitmap -dc +bitmap -dc ", calls) << "the old ones, and the display's";
+    }
     {
         const ImportPatch refuse(GetModuleHandleW(nullptr), "SelectObject", reinterpret_cast<void*>(&RefuseSelection));
         memory.put_Width(21);
@@ -81,6 +104,16 @@ TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     EXPECT_EQ(kRed, GetPixel(memory.get_HDC(), 3, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 4, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 29, 11));
+}
+
+TEST_F(DrawingSupport, FadingCanvasGrowsInBothDirections) {
+    FadingCanvas canvas;
+    for (const Size size : {Size{4, 20}, {20, 4}, {30, 8}, {5, 5}}) {
+        ASSERT_TRUE(canvas.Require(size));
+        canvas.Clear(kBlue);
+    }
+    EXPECT_EQ(kBlue, GetPixel(canvas.get(), 29, 19));
+    EXPECT_EQ(CLR_INVALID, GetPixel(canvas.get(), 30, 19));
 }
 
 UINT refusedAction;
@@ -140,6 +173,37 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecords) {
     for (const Size size : sizes) EXPECT_EQ(++number, (metrics_.*size)());
 }
 
+// What windows are really drawn with, by the platform's other ways to ask for it.
+TEST(NCMetricsOfThePlatform, AreThoseOfItsWindowsAndFonts) {
+    cNCMetrics metrics;
+    ASSERT_TRUE(metrics.GetMetrics());
+    const struct {
+        LONG size;
+        int metric, more;  // captions and menu bars have a line below
+    } cases[] = {
+        {metrics.get_ScrollWidth(), SM_CXVSCROLL, 0},   {metrics.get_ScrollHeight(), SM_CYHSCROLL, 0},
+        {metrics.get_CaptionWIdth(), SM_CXSIZE, 0},     {metrics.get_CaptionHeight(), SM_CYCAPTION, 1},
+        {metrics.get_SMCaptionWIdth(), SM_CXSMSIZE, 0}, {metrics.get_SMCaptionHeight(), SM_CYSMCAPTION, 1},
+        {metrics.get_MenuWidth(), SM_CXMENUSIZE, 0},    {metrics.get_MenuHeight(), SM_CYMENU, 1},
+    };
+    for (const auto& [size, metric, more] : cases) EXPECT_EQ(GetSystemMetrics(metric), size + more) << metric;
+    NONCLIENTMETRICSW wide{};
+    wide.cbSize = sizeof wide;
+    LOGFONTW iconTitle{};
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof wide, &wide, 0);
+    SystemParametersInfoW(SPI_GETICONTITLELOGFONT, sizeof iconTitle, &iconTitle, 0);
+    EXPECT_EQ(wide.iBorderWidth, metrics.get_BorderWidth());
+    const LOGFONTW* const fonts[] = {&iconTitle,       &wide.lfCaptionFont, &wide.lfSmCaptionFont,
+                                     &wide.lfMenuFont, &wide.lfStatusFont,  &wide.lfMessageFont};
+    for (LONG number = 1; number <= 6; ++number) {
+        LOGFONTW font{};
+        GetObjectW(LongToHandle(metrics.get_FontHandle(number)), sizeof font, &font);
+        EXPECT_STREQ(fonts[number - 1]->lfFaceName, font.lfFaceName) << number;
+        EXPECT_EQ(fonts[number - 1]->lfHeight, font.lfHeight) << number;
+        EXPECT_EQ(fonts[number - 1]->lfWeight, font.lfWeight) << number;
+    }
+}
+
 TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     ASSERT_TRUE(metrics_.GetMetrics());
     for (LONG number = 1; number <= 6; ++number) {
@@ -147,6 +211,9 @@ TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
         EXPECT_EQ(20 + number, Read(font).lfHeight);
         EXPECT_EQ(font, metrics_.get_FontHandle(number));
     }
+    const LONG second = metrics_.get_FontHandle(2);
+    ASSERT_TRUE(metrics_.GetMetrics());
+    EXPECT_EQ(0, Read(second).lfHeight) << "a second reading deletes the fonts";
     const LONG first = metrics_.get_FontHandle(1);
     EXPECT_EQ(VT_EMPTY, metrics_.ClearUp().vt);
     EXPECT_EQ(first, metrics_.get_FontHandle(1)) << "the deleted handle stays in the cache";
@@ -164,41 +231,81 @@ TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     EXPECT_NEAR(24, SizeOf(metrics_.get_Font(nullptr, 2).As<IFont>().get()), kPixel) << "always the menu font";
 }
 
+// Notes what it is set to, in order: the platform's own rounds sizes and replaces faces by what it has.
+class NotingFont final : public IFont {
+  public:
+    std::wstring Set() { return std::exchange(set_, L""); }
+
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return 1; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP put_Name(BSTR name) override { return Note(name, static_cast<long>(SysStringLen(name))); }
+    STDMETHODIMP put_Size(CY size) override { return Note(L"size ", static_cast<long>(size.int64)); }
+    STDMETHODIMP put_Charset(short charset) override { return Note(L"charset ", charset); }
+    STDMETHODIMP put_Italic(BOOL italic) override { return Note(L"italic ", italic); }
+    STDMETHODIMP put_Underline(BOOL underline) override { return Note(L"underline ", underline); }
+    STDMETHODIMP put_Strikethrough(BOOL strikethrough) override { return Note(L"strikethrough ", strikethrough); }
+    STDMETHODIMP put_Bold(BOOL bold) override { return Note(L"bold ", bold); }
+    STDMETHODIMP put_Weight(short) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Name(BSTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Size(CY*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Bold(BOOL*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Italic(BOOL*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Underline(BOOL*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Strikethrough(BOOL*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Weight(short*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_Charset(short*) override { return E_NOTIMPL; }
+    STDMETHODIMP get_hFont(HFONT*) override { return E_NOTIMPL; }
+    STDMETHODIMP Clone(IFont**) override { return E_NOTIMPL; }
+    STDMETHODIMP IsEqual(IFont*) override { return E_NOTIMPL; }
+    STDMETHODIMP SetRatio(LONG, LONG) override { return E_NOTIMPL; }
+    STDMETHODIMP QueryTextMetrics(TEXTMETRICOLE*) override { return E_NOTIMPL; }
+    STDMETHODIMP AddRefHfont(HFONT) override { return E_NOTIMPL; }
+    STDMETHODIMP ReleaseHfont(HFONT) override { return E_NOTIMPL; }
+    STDMETHODIMP SetHdc(HDC) override { return E_NOTIMPL; }
+
+  private:
+    HRESULT Note(const wchar_t* what, long value) {
+        set_ += what + std::to_wstring(value) + L"|";
+        return S_OK;
+    }
+
+    std::wstring set_;
+};
+
 TEST_F(NCMetrics, FillsAFontFromARecord) {
     const ScreenContext screen(GetDC(nullptr));
-    const double dotsPerInch = GetDeviceCaps(screen.get(), LOGPIXELSY);
-    ComPtr<IFont> font;
-    ASSERT_EQ(S_OK, OleCreateFontIndirect(nullptr, IID_IFont, font.ReceiveVoid()));
+    ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY));
+    NotingFont font;
     LOGFONTA record{};
-    strcpy(record.lfFaceName, "Courier New");
+    strcpy(record.lfFaceName, "Face ");
     struct Case {
-        LONG height;
-        double points;
-        LONG weight;
-        BYTE italic, underline, strikeOut;
-        std::vector<BOOL> expected;
+        LONG height, weight;
+        BYTE charset, italic, underline, strikeOut;
+        const wchar_t* set;  // sizes in ten thousandths of a point
     };
-    const Case cases[] = {{13, 13, 400, 0, 1, 0, {0, 0, 1, 0}},
-                          {-13, 13 * 72 / dotsPerInch, 401, 1, 0, 0, {1, 1, 0, 0}},
-                          {-20, 20 * 72 / dotsPerInch, 700, 0, 0, 255, {1, 0, 0, 1}}};
+    // The name with all that follows in its field.
+    const Case cases[] = {
+        {13, 400, 0, 0, 1, 0, L"Face 32|size 130000|charset 0|italic 0|underline 1|strikethrough 0|bold 0|"},
+        {-13, 401, 238, 1, 0, 0, L"Face 32|size 97500|charset 238|italic 1|underline 0|strikethrough 0|bold 1|"},
+        {1, 0, 2, 255, 0, 0, L"Face 32|size 10000|charset 2|italic 1|underline 0|strikethrough 0|bold 0|"},
+        {0, 700, 2, 0, 0, 255, L"Face 32|size 0|charset 2|italic 0|underline 0|strikethrough 1|bold 1|"},
+    };
     for (const Case& c : cases) {
         record.lfHeight = c.height;
         record.lfWeight = c.weight;
+        record.lfCharSet = c.charset;
         record.lfItalic = c.italic;
         record.lfUnderline = c.underline;
         record.lfStrikeOut = c.strikeOut;
-        NCMetricsProbe::Fill(record, screen.get(), font.get());
-        EXPECT_NEAR(c.points, SizeOf(font.get()), kPixel) << c.height;
-        std::vector<BOOL> is(4, -1);
-        font->get_Bold(&is[0]);
-        font->get_Italic(&is[1]);
-        font->get_Underline(&is[2]);
-        font->get_Strikethrough(&is[3]);
-        EXPECT_EQ(c.expected, is) << c.height;
+        NCMetricsProbe::Fill(record, screen.get(), &font);
+        EXPECT_EQ(c.set, font.Set());
     }
+    record.lfHeight = -1;
     EXPECT_EQ(L"An error has occured in VelkSupport.cNCMetrics.pLogFontToStdFont \r\n\r\nError:11",
-              ReportOf([&] { NCMetricsProbe::Fill(record, nullptr, font.get()); }))
+              ReportOf([&] { NCMetricsProbe::Fill(record, nullptr, &font); }))
         << "a context without a resolution";
+    EXPECT_EQ(L"Face 32|", font.Set()) << "the rest stays as it was";
 }
 
 // A white canvas with black text on yellow ground as the context's own colours.
@@ -253,6 +360,12 @@ TEST_F(DottedBrush, DrawsLinesFramesAndFillings) {
                    return across || (y >= 2 && y < 9 && ((x >= 3 && x < 5) || (x >= 12 && x < 14)));
                },
                kRed, kBlue);
+    // Inverting what was white; the first corner belongs to two bands.
+    ExpectDots([&] { brush_.DrawLine(dc(), 0, 0, 24, 3, PATINVERT); }, [](int, int y) { return y < 3; },
+               ~kText & kWhite, ~kBack & kWhite);
+    ExpectDots([&] { brush_.Rectangle(dc(), 0, 0, 10, 10, 1, PATINVERT); },
+               [](int x, int y) { return ((y == 0 || y == 10) && x < 10) != ((x == 0 || x == 10) && y < 10); },
+               ~kText & kWhite, ~kBack & kWhite);
     EXPECT_EQ(kBack, GetBkColor(dc()));
     EXPECT_EQ(kText, GetTextColor(dc()));
     ExpectDots([&] { brush_.Rectangle(dc(), 4, 4, 6, 5, 1, PATCOPY, true, kBlue, kRed); },

@@ -13,6 +13,8 @@ using Form = ComPtr<_CFormSizeConstraint>;
 
 constexpr std::pair<HRESULT, const wchar_t*> kNoWindow{eErrFormSizeConstraint_InvalidWindowHandle,
                                                        L"Invalid window handle"};
+constexpr std::pair<HRESULT, const wchar_t*> kFailure{eErrFormSizeConstraint_ComponentFailure,
+                                                      L"CFormSizeConstraint component failure"};
 
 class FormSize : public testing::Test {
   protected:
@@ -141,6 +143,15 @@ TEST_F(FormSize, AttachesAndDetaches) {
     ExpectRaised(Let(form.get(), L"hWnd", {Arg(12345L)}), kNoWindow, L"VelkSprt.CFormSizeConstraint");
     EXPECT_EQ(window.handle(), handle());
     ExpectLimits(window, true);
+    const LONG others[] = {HandleToLong(GetDesktopWindow()),
+                           window.handle() & 0xFFFF};  // the low word, too, is a window
+    for (const LONG other : others) {
+        ExpectRaised(Call(form.get(), L"Init", {Arg(other)}), kFailure, L"VelkSprt.CFormSizeConstraint");
+        EXPECT_EQ(other, handle());
+        ExpectLimits(window, false);
+        Init(window);
+        ExpectLimits(window, true);
+    }
     const TestWindow second;
     Init(second);
     ExpectLimits(window, false);
@@ -205,9 +216,7 @@ TEST(FormSizeAlone, FailsAndSaysWhatIsMissing) {
     {
         const auto form = CreateObject<IDispatch>(__uuidof(CFormSizeConstraint));
         for (int i = 0; i < 2; ++i) {
-            ExpectRaised(Call(form.get(), L"Init", {Arg(window.handle())}),
-                         {eErrFormSizeConstraint_ComponentFailure, L"CFormSizeConstraint component failure"},
-                         L"VelkSprt.CFormSizeConstraint");
+            ExpectRaised(Call(form.get(), L"Init", {Arg(window.handle())}), kFailure, L"VelkSprt.CFormSizeConstraint");
         }
         EXPECT_EQ(window.handle(), Get(form.get(), L"hWnd").value.lVal);
     }

@@ -32,6 +32,7 @@ TEST_F(IconMenuDrawing, ShowsIconAndTextsInTheSystemsColours) {
     ExpectSize(icon, kSide, kSide);
     EXPECT_EQ(System(COLOR_MENU), drawn.At(0, 0));
     EXPECT_LE(std::abs(icon.top - (drawn.height() - icon.bottom)), 1) << "in the middle";
+    EXPECT_LE(std::abs(text.top - (drawn.height() - text.bottom)), 4) << "likewise";
     EXPECT_GT(text.left, icon.right);
     EXPECT_GE(text.right, drawn.width() - 24) << "the accelerator is at the right";
     int gap = 0, widest = 0;  // between label and accelerator
@@ -59,6 +60,8 @@ TEST_F(IconMenuDrawing, HighlightsAndDisables) {
     const Drawing both = Draw(kDisabled, ODS_GRAYED | ODS_SELECTED);
     for (const Drawing* drawn : {&disabled, &both}) EXPECT_GT(drawn->Count(System(COLOR_GRAYTEXT)), 10) << "legible";
     EXPECT_FALSE(both == disabled);
+    EXPECT_GT(both.Count(System(COLOR_MENU)), both.width() * both.height() / 2);
+    EXPECT_EQ(0, both.Count(kRed));
 }
 
 TEST_F(IconMenuDrawing, MarksCheckedItemsWithAndWithoutIcons) {
@@ -66,7 +69,8 @@ TEST_F(IconMenuDrawing, MarksCheckedItemsWithAndWithoutIcons) {
     const RECT icon = framed.Bounds(kRed);
     ExpectSize(icon, kSide, kSide);
     EXPECT_NE(plain.At(icon.left - 1, icon.top - 1), framed.At(icon.left - 1, icon.top - 1));
-    icons_->ClearIcons();
+    EXPECT_EQ(S_OK, icons_->put_CommandImage(CommandAt(kChecked), -1));
+    EXPECT_EQ(S_OK, icons_->putref_CommandPicture(CommandAt(kRadio), nullptr));
     const auto markOf = [&](const Drawing& drawn) {
         std::set<std::pair<int, int>> mark;
         for (int i = 0; i < drawn.height() * (icon.right + 3); ++i) {
@@ -78,7 +82,14 @@ TEST_F(IconMenuDrawing, MarksCheckedItemsWithAndWithoutIcons) {
     EXPECT_TRUE(markOf(Draw(kChecked)).empty());
     const auto tick = markOf(Draw(kChecked, ODS_CHECKED)), bullet = markOf(Draw(kRadio, ODS_CHECKED));
     for (const auto* mark : {&tick, &bullet}) EXPECT_GT(mark->size(), 15u);
-    EXPECT_NE(tick, bullet);
+    const auto mirrored = [](const auto& mark) {
+        const int sum = mark.begin()->first + mark.rbegin()->first;
+        std::set<std::pair<int, int>> mirror;
+        for (const auto& [x, y] : mark) mirror.insert({sum - x, y});
+        return mirror;
+    };
+    EXPECT_EQ(mirrored(bullet), bullet);
+    EXPECT_NE(mirrored(tick), tick);
 }
 
 TEST_F(IconMenuDrawing, DrawsSeparatorsDottedAndArrowsForSubmenus) {
@@ -97,6 +108,8 @@ TEST_F(IconMenuDrawing, DrawsSeparatorsDottedAndArrowsForSubmenus) {
     while (column > 0 && more.At(column, more.height() / 2) == System(COLOR_MENU)) --column;
     EXPECT_GT(column, more.width() - 16);
     EXPECT_NE(System(COLOR_MENU), more.At(column - 1, more.height() / 2 + 1)) << "wider to the left";
+    icons_->ClearIcons();
+    EXPECT_EQ(0, Draw(kMore).Count(kBlue));
 }
 
 // What the library asks of the platform, counted or noted.
@@ -110,9 +123,7 @@ BOOL WINAPI CountMetrics(UINT action, UINT parameter, void* value, UINT flags) {
     calls += action == SPI_GETNONCLIENTMETRICS;
     return readParameter(action, parameter, value, flags);
 }
-int WINAPI NoteLabel(HDC, LPCWSTR, int, RECT*, UINT flags) {
-    return textFlags |= flags & DT_NOPREFIX ? 0 : flags, 0;  // an accelerator has no mnemonic
-}
+int WINAPI NoteLabel(HDC, LPCWSTR, int, RECT*, UINT flags) { return textFlags |= flags & DT_NOPREFIX ? 0 : flags, 0; }
 
 // Seen by its flags: Wine underlines mnemonics even when it is told not to.
 TEST_F(IconMenuDrawing, HidesUnderlinesAndShowsDefaultsBold) {
@@ -122,11 +133,15 @@ TEST_F(IconMenuDrawing, HidesUnderlinesAndShowsDefaultsBold) {
         Draw(kOpen, state);
         EXPECT_EQ(state == ODS_NOACCEL, (textFlags & DT_HIDEPREFIX) != 0);
         EXPECT_NE(0u, textFlags);
+        EXPECT_FALSE(textFlags & DT_RIGHT) << "an accelerator has no mnemonic";
     }
     const Drawing bold = Draw(kDefault);
     SetMenuDefaultItem(menu_.get(), static_cast<UINT>(-1), TRUE);
     EXPECT_GT(bold.Count(System(COLOR_MENUTEXT)), Draw(kDefault).Count(System(COLOR_MENUTEXT)));
     EXPECT_TRUE(bold == Draw(kDefault, ODS_DEFAULT));
+    Close();
+    Open(menu_.get());
+    EXPECT_LT(Draw(kDefault).width(), bold.width()) << "measured as it is drawn";
 }
 
 TEST_F(IconMenuDrawing, FollowsChangesOfTextsIconsAndOrder) {
@@ -141,6 +156,17 @@ TEST_F(IconMenuDrawing, FollowsChangesOfTextsIconsAndOrder) {
     EXPECT_EQ(256, Draw(kOpen + 1).Count(kBlue));
     icons_->ClearIcons();
     EXPECT_EQ(0, Draw(kOpen + 1).Count(kBlue));
+    // The next time all is measured anew: there is no accelerator any more, and no text is too long.
+    const int wide = Draw(kSave + 1).width();
+    Close();
+    Open(menu_.get());
+    EXPECT_LT(Draw(kSave + 1).width(), wide - 15);
+    std::wstring half(100, L'x');
+    const MENUITEMINFOW longer = InfoOf(MIIM_STRING, half.data());
+    SetMenuItemInfoW(menu_.get(), 0, TRUE, &longer);
+    Close();
+    Open(menu_.get());
+    EXPECT_GT(Draw(kLong + 1).width(), Draw(0).width() + 300);
 }
 
 TEST_F(IconMenuDrawing, TakesTheListsSizeAndSurvivesItsEnd) {
@@ -177,6 +203,7 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
         {"icon", IconPicture(16), CLR_INVALID, 16, 16},
         {"large icon", IconPicture(32), CLR_INVALID, 16, 16},
         {"metafile", MetafilePicture(), CLR_INVALID, 16, 16},
+        {"old metafile", OldMetafilePicture(), CLR_INVALID, 16, 8},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(S_OK, icons_->put_MaskColor(static_cast<LONG>(c.mask)));
@@ -191,8 +218,31 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
         EXPECT_EQ(c.picture.As<IUnknown>().get(), given.As<IUnknown>().get());
         EXPECT_EQ(-1, Get(icons_.get(), L"CommandImage", {Arg(kCommand)}).value.lVal) << "takes an image's place";
     }
-    EXPECT_EQ(S_OK, icons_->put_CommandPicture(kCommand, nullptr));
-    EXPECT_EQ(0, Draw(kOpen).Count(kRed));
+    for (const auto& none : {PictureOf(PICTDESC{}), ComPtr<IPictureDisp>()}) {
+        ComPtr<IPictureDisp> given;
+        EXPECT_EQ(S_OK, icons_->putref_CommandPicture(kCommand, cases[0].picture.get()));
+        EXPECT_EQ(S_OK, icons_->put_CommandPicture(kCommand, none.get()));
+        EXPECT_EQ(0, Draw(kOpen).Count(kRed));
+        EXPECT_EQ(S_OK, icons_->get_CommandPicture(kCommand, given.Receive()));
+        EXPECT_FALSE(given);
+    }
+}
+
+TEST_F(IconMenuDrawing, DisabledIconsKeepAColouredBackground) {
+    const struct Menus {
+        explicit Menus(COLORREF colour) { Set(colour); }
+        ~Menus() { Set(before); }
+        static void Set(COLORREF colour) {
+            const INT index = COLOR_MENU;
+            SetSysColors(1, &index, &colour);
+        }
+        const COLORREF before = System(COLOR_MENU);
+    } coloured(RGB(250, 220, 120));
+    icons_->putref_CommandPicture(CommandAt(kDisabled), PictureOf(NewBitmap(kMagenta, 16, 16, kRed, 8)).get());
+    const RECT icon = Draw(kOpen).Bounds(kRed);
+    const Drawing drawn = Draw(kDisabled, ODS_GRAYED);
+    EXPECT_EQ(System(COLOR_MENU), drawn.At(icon.left + 1, icon.top + 1));
+    EXPECT_NE(System(COLOR_MENU), drawn.At(icon.left + 1, icon.bottom - 2));
 }
 
 TEST_F(IconMenuDrawing, RefusesBadIconsAndKeepsTheOldOnes) {
@@ -217,6 +267,7 @@ TEST_F(IconMenuDrawing, RefusesBadIconsAndKeepsTheOldOnes) {
         {L"CommandPicture", {Arg(0L), nothing}, 5},
         {L"CommandPicture", {Arg(kCommand), Arg(icons_.get())}, 13},
         {L"SubmenuImage", {destroyed, Arg(1L)}, 5},
+        {L"SubmenuImage", {Arg(HandleOf(menu_.get())), Arg(2L)}, 9},
         {L"SubmenuPicture", {destroyed, nothing}, 5},
     };
     for (const Case& c : cases) {
@@ -225,6 +276,7 @@ TEST_F(IconMenuDrawing, RefusesBadIconsAndKeepsTheOldOnes) {
             << &c - cases;
     }
     EXPECT_EQ(HandleToLong(images_.get()), Get(icons_.get(), L"ImageList").value.lVal);
+    EXPECT_EQ(static_cast<LONG>(kMagenta), Get(icons_.get(), L"MaskColor").value.lVal);
     EXPECT_EQ(256, Draw(kOpen).Count(kRed));
     EXPECT_EQ(-1, Get(icons_.get(), L"CommandImage", {Arg(99999L)}).value.lVal) << "in no menu yet";
     EXPECT_EQ(S_OK, Let(icons_.get(), L"ImageList", {Arg(0L)}).result);
@@ -260,6 +312,8 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAgainWhenTheyChange) {
     for (int change = 0; change <= 3; ++change) {
         if (change) SendMessageW(window_.get(), WM_SETTINGCHANGE, 0, 0);
         Draw(kOpen);  // still open: drawn in the fonts that it was measured in
+        Open(ItemsOf(menu_.get())[kMore].submenu);
+        EXPECT_EQ(std::max(change - 1, 0), calls) << "so are its submenus";
         Close();
         Open(menu_.get());
         EXPECT_EQ(change, calls);

@@ -1,5 +1,6 @@
 // cIconMenu as its clients see it: what happens to their menus and windows, and what it refuses.
 #include <optional>
+#include <set>
 
 #include "support/gdi_objects.h"
 #include "support/report_recorder.h"
@@ -22,6 +23,9 @@ TEST_F(IconMenu, DrawsItemsOnlyWhileTheyAreShownAndKeepsThemAsTheyWere) {
     const GdiObject bitmap(NewBitmap(kRed, 10, 10));
     menu_ = FullMenu(static_cast<HBITMAP>(bitmap.get()));
     menu = menu_.get();
+    SetMenuItemBitmaps(menu, kRadio, MF_BYPOSITION, nullptr, static_cast<HBITMAP>(bitmap.get()));
+    SetMenuItemBitmaps(menu, kLong, MF_BYPOSITION, static_cast<HBITMAP>(bitmap.get()), nullptr);
+    const std::set<UINT> clientsOwn{kOwn, kBitmap, kRadio, kLong};
     const auto before = ItemsOf(menu);
     const std::function<void()> ends[] = {[this] { Close(); }, [this] { icons_->Detach(); },
                                           [this] { icons_ = nullptr, window_.Destroy(); }};
@@ -29,7 +33,7 @@ TEST_F(IconMenu, DrawsItemsOnlyWhileTheyAreShownAndKeepsThemAsTheyWere) {
         Open(menu);
         const auto shown = ItemsOf(menu);
         for (UINT position = 0; position < kPositions; ++position) {
-            const bool clients = position == kOwn || position == kBitmap;
+            const bool clients = clientsOwn.contains(position);
             EXPECT_EQ(before[position].type | (clients ? 0 : MFT_OWNERDRAW), shown[position].type) << position;
             EXPECT_EQ(clients, before[position].data == shown[position].data) << position;
             EXPECT_EQ(before[position].text, shown[position].text) << position;
@@ -78,6 +82,12 @@ TEST_F(IconMenu, GivesBackTheMenusOfALoopInsideAnother) {
         Close();
     }
     EXPECT_FALSE(IsOwnerDrawn(menu, kOpen));
+    for (int i = 0; i < 2; ++i) enter(), Open(menu);
+    icons_->Detach();
+    Attach(window_.get());  // in the middle of loops whose beginning it did not see
+    Open(menu);
+    Close();
+    EXPECT_FALSE(IsOwnerDrawn(menu, kOpen));
 }
 
 // What a client does to an open menu has the same effect as on one that nobody draws.
@@ -89,7 +99,13 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
         [](HMENU to) { InsertMenuW(to, 2, MF_BYPOSITION | MF_OWNERDRAW, 501, nullptr); },
         [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); },
         [](HMENU to) { SetData(to, kDefault, 77); },
+        [](HMENU to) {
+            MENUITEMINFOW info = InfoOf(MIIM_FTYPE);
+            info.fType = MFT_MENUBREAK;
+            SetMenuItemInfoW(to, kOpen, TRUE, &info);
+        },
         [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); },
+        [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); },  // another separator is the client's own to draw
         [](HMENU to) {
             while (DeleteMenu(to, 0, MF_BYPOSITION))
                 ;
@@ -102,6 +118,9 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
     };
     for (const auto& change : changes) {
         const Menu drawn = FullMenu(), left = FullMenu();
+        for (const HMENU each : {drawn.get(), left.get()}) {
+            AppendMenuW(each, MF_SEPARATOR | MF_OWNERDRAW, 0, reinterpret_cast<LPCWSTR>(4712));
+        }
         const HMENU more = ItemsOf(drawn.get())[kMore].submenu, leftMore = ItemsOf(left.get())[kMore].submenu;
         Open(drawn.get());
         change(drawn.get());
@@ -129,6 +148,7 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
         EXPECT_EQ(answer, SendMessageW(window_.get(), message, wParam, reinterpret_cast<LPARAM>(lParam))) << message;
         EXPECT_EQ(answer == 4711, seen == 1) << message;
     };
+    expect(4711, WM_ENTERMENULOOP, 0, nullptr);
     expect(4711, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), nullptr);
     EXPECT_FALSE(drawnBefore) << "the window goes first, so that its changes are drawn too";
     expect(4711, WM_SETTINGCHANGE, 0, nullptr);
@@ -145,9 +165,14 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     expect(4711, WM_MEASUREITEM, 0, nullptr);
     expect(4711, WM_DRAWITEM, 0, nullptr);
     expect(4711, WM_MENUCHAR, MAKEWPARAM(L'#', MF_POPUP), menu);
+    const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, ItemsOf(menu)[kSave].data};
+    DeleteMenu(menu, kSave, MF_BYPOSITION);
+    expect(TRUE, WM_DRAWITEM, 0, &gone);  // its data mean nothing to the window
     expect(4711, WM_EXITMENULOOP, 0, nullptr);
     expect(4711, WM_MEASUREITEM, 0, &measured);
     expect(4711, WM_MENUCHAR, MAKEWPARAM(L'o', MF_POPUP), menu);
+    expect(4711, WM_DESTROY, 0, nullptr);
+    EXPECT_EQ(0, AttachedTo());
     window_.handler = nullptr;
 }
 
@@ -164,13 +189,29 @@ TEST_F(IconMenu, FindsItemsByTheirKeys) {
                                             {L'\u0161', kSave}}) {  // two by their first letter
         EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << int{pressed};
     }
+    MENUITEMINFOW own = InfoOf(MIIM_STRING, const_cast<LPWSTR>(L"&Zoom"));
+    SetMenuItemInfoW(menu, kOwn, TRUE, &own);
+    for (const wchar_t none : {L'z', L'#'}) EXPECT_EQ(0, HIWORD(key(none))) << "the client's own item is the client's";
+    Close();
     AppendMenuW(menu, MF_STRING, 600, L"&Other");
+    Open(menu);
     EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o'));
-    EXPECT_EQ(0, HIWORD(key(L'z')));
+    EXPECT_EQ(0, HIWORD(key(L'c'))) << "the first letter of an item that has another mnemonic";
+    MENUITEMINFOW lit = InfoOf(MIIM_STATE);
+    lit.fState = MFS_HILITE;
+    SetMenuItemInfoW(menu, kOpen, TRUE, &lit);
+    EXPECT_EQ(MAKELRESULT(GetMenuItemCount(menu) - 1, MNC_SELECT), key(L'o')) << "the next one";
+    icons_->Detach();
+    SetWindowLongPtrA(window_.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DefWindowProcA));
+    Attach(window_.get());
+    Open(menu);
+    const WPARAM narrow = MAKEWPARAM(0x9A, MF_POPUP);  // in the Western code page
+    EXPECT_EQ(MAKELRESULT(kSave, MNC_EXECUTE),
+              SendMessageA(window_.get(), WM_MENUCHAR, narrow, reinterpret_cast<LPARAM>(menu)));
 }
 
 TEST_F(IconMenu, MovesFromWindowToWindowOfThisThread) {
-    for (const LONG handle : {0L, 1L, -1L, HandleToLong(GetDesktopWindow())}) {
+    for (const LONG handle : {0L, 1L, -1L, window_.handle() & 0xFFFF, HandleToLong(GetDesktopWindow())}) {
         const Outcome refused = Call(icons_.get(), L"Attach", {Arg(handle)});
         EXPECT_EQ(RunTime(5), refused.code) << handle;
         EXPECT_EQ(L"Invalid procedure call or argument", refused.description);
@@ -214,6 +255,22 @@ TEST_F(IconMenu, SurvivesAMenuThatGoesWhileItIsOpen) {
     const auto before = ItemsOf(next.get());
     Close();
     EXPECT_EQ(before, ItemsOf(next.get()));
+}
+
+// A handle may come back with another menu.
+TEST_F(IconMenu, ForgetsTheIconsOfMenusThatAreGone) {
+    const auto picture = PictureOf(NewBitmap(kRed, 4, 4));
+    const auto references = [&] { return picture->AddRef(), picture->Release(); };
+    const ULONG before = references();
+    const std::function<void()> ends[] = {[this] { Close(); }, [this] { icons_->Detach(); }};
+    for (const auto& end : ends) {
+        const HMENU submenu = CreatePopupMenu();
+        EXPECT_EQ(S_OK, icons_->putref_SubmenuPicture(HandleOf(submenu), picture.get()));
+        EXPECT_LT(before, references());
+        DestroyMenu(submenu);
+        end();
+        EXPECT_EQ(before, references());
+    }
 }
 
 TEST(IconMenuAlone, NeedsTheHookLibrary) {

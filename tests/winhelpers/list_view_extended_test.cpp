@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/fake.h"
 #include "winhelpers/hooked_fixture.h"
 
 #include <commctrl.h>
@@ -115,6 +116,10 @@ TEST_F(ListView, StretchesItsColumnsWithItsWidth) {
     Resize(300);
     EXPECT_EQ((Widths{10, 20, 30}), GetWidths());
     Let(list.get(), L"ResizeColumnsToFitWidth", {Arg(true)});
+    LONG result = 1;
+    EXPECT_EQ(S_OK, list.As<ISubclass>()->WindowProc(handle(), WM_SIZE, 0, 0, &result));
+    EXPECT_EQ(0, result);
+    EXPECT_EQ((Widths{10, 20, 30}), GetWidths()) << "another message";
     const LONG report = GetWindowLongW(control, GWL_STYLE);
     SetWindowLongW(control, GWL_STYLE, (report & ~LVS_TYPEMASK) | LVS_LIST);
     Resize(500);
@@ -132,14 +137,23 @@ TEST_F(ListView, DrawsNothingWhileItStretches) {
     EXPECT_EQ(VARIANT_TRUE, Get(list.get(), L"Redraw").value.boolVal);
     const Sent sent(WM_SETREDRAW);
     Let(list.get(), L"Redraw", {Arg(false)});
-    Resize(500);
     const HWND header = Header();
+    std::vector<std::pair<HWND, BOOL>> invalid;
+    const Fake invalidate("InvalidateRect", &InvalidateRect, [&](HWND window, const RECT* part, BOOL erase) {
+        EXPECT_EQ(nullptr, part);
+        return invalid.emplace_back(window, erase), InvalidateRect(window, part, erase);
+    });
+    Resize(500);
+    EXPECT_EQ((std::vector<std::pair<HWND, BOOL>>{{header, FALSE}, {control, FALSE}}), invalid);
     Sent::Messages expected;
     for (const auto& [window, on] : {std::pair{control, 0}, {header, 0}, {control, 0}, {header, 1}, {control, 1}}) {
         expected.emplace_back(window, WM_SETREDRAW, on, 0);
     }
     EXPECT_EQ(expected, sent.messages()) << "the client's own first";
-    EXPECT_TRUE(GetUpdateRect(control, nullptr, FALSE));
+    for (int i = 0; i < 3; ++i) SendMessageW(control, LVM_DELETECOLUMN, 0, 0);
+    Resize(450);
+    for (const HWND window : {header, control}) expected.emplace_back(window, WM_SETREDRAW, 1, 0);
+    EXPECT_EQ(expected, sent.messages()) << "without columns it is switched on all the same";
     EXPECT_EQ(VARIANT_FALSE, Get(list.get(), L"Redraw").value.boolVal) << "the client's value, whatever the hook does";
 }
 
@@ -221,14 +235,20 @@ TEST_F(ListView, ShowsIconsInSubItems) {
     LVITEMW item{};
     item.mask = LVIF_TEXT;
     item.pszText = const_cast<LPWSTR>(L"item");
-    SendMessageW(control, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    for (int i = 0; i < 3; ++i) SendMessageW(control, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
     SendMessageW(control, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_GRIDLINES);
-    EXPECT_EQ(S_OK, Call(list.get(), L"SetSubItemIcon", {Arg(0L), Arg(2L), Arg(5L)}).result);
+    EXPECT_EQ(S_OK, Call(list.get(), L"SetSubItemIcon", {Arg(1L), Arg(2L), Arg(5L)}).result);
     EXPECT_EQ(LVS_EX_SUBITEMIMAGES | LVS_EX_GRIDLINES, SendMessageW(control, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0));
     item.mask = LVIF_IMAGE;
+    item.iItem = 1;
     item.iSubItem = 2;
     SendMessageW(control, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     EXPECT_EQ(5, item.iImage);
+    control = parent.get();  // a window without a header
+    Attach(false, false);
+    const Sent sent(LVM_SETITEMA);
+    EXPECT_EQ(S_OK, Call(list.get(), L"SetSubItemIcon", {Arg(1L), Arg(2L), Arg(5L)}).result);
+    EXPECT_TRUE(sent.messages().empty());
 }
 
 TEST_F(ListView, RaisesWithoutAWindow) {
@@ -257,6 +277,7 @@ TEST_F(ListView, RaisesWithoutAWindow) {
 TEST_F(ListView, MovesToAnotherAndGoesWithTheLast) {
     const HWND first = control;
     Attach(true, true);
+    EXPECT_EQ(S_OK, Call(list.get(), L"Init", {Arg(HandleToLong(GetDesktopWindow()))}).result) << "without hooks";
     control = Make();
     Attach(true, true);
     EXPECT_EQ(handle(), Get(list.get(), L"hWnd").value.lVal);

@@ -45,6 +45,18 @@ inline ComPtr<IPictureDisp> MetafilePicture() {
     return PictureOf(description);
 }
 
+// Twice as wide as high.
+inline ComPtr<IPictureDisp> OldMetafilePicture() {
+    const HDC recording = CreateMetaFileW(nullptr);
+    SetMapMode(recording, MM_ANISOTROPIC);
+    SetWindowExtEx(recording, 100, 100, nullptr);
+    Paint(recording, kRed, {0, 0, 100, 100});
+    PICTDESC description{};
+    description.picType = PICTYPE_METAFILE;
+    description.wmf = {CloseMetaFile(recording), 2000, 1000};
+    return PictureOf(description);
+}
+
 // One item as it was drawn, with a margin that nothing may be drawn on.
 class Drawing {
   public:

@@ -1,11 +1,14 @@
 // The parts of drawn menus that need no Windows: texts, keys, layout and colours.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "winhelpers/menu_glyphs.h"
 #include "winhelpers/menu_layout.h"
 #include "winhelpers/menu_pixels.h"
 #include "winhelpers/menu_text.h"
@@ -95,6 +98,35 @@ TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
     for (const auto& [picture, expected] : fitted) {
         const Size is = layout.Fit(picture);
         EXPECT_EQ(std::pair(expected.width, expected.height), std::pair(is.width, is.height)) << picture.width;
+    }
+}
+
+// A tick is a stroke down and a longer one up, a bullet round; both in the middle of their box.
+TEST(MenuGlyphs, HaveTheirShapesAtEverySize) {
+    constexpr Box kWithin{10, 20, 60, 70};
+    for (int side = 6; side <= 30; ++side) {
+        std::vector<Box> tick, bullet;
+        CheckMark(kWithin, side, [&](const Box& part) { tick.push_back(part); });
+        Bullet(kWithin, side, [&](const Box& part) { bullet.push_back(part); });
+        ASSERT_EQ(static_cast<std::size_t>(side), tick.size());
+        ASSERT_EQ(tick.size(), bullet.size());
+        const auto lowest = std::ranges::max_element(tick, {}, &Box::top);
+        const auto highest = std::ranges::min_element(tick, {}, &Box::top);
+        EXPECT_LT(0, lowest - tick.begin()) << side;
+        EXPECT_LT(lowest->left - tick.front().left, tick.back().left - lowest->left) << side;
+        EXPECT_EQ(tick.back(), *highest) << side;
+        EXPECT_NEAR(highest->top - kWithin.top, kWithin.bottom - lowest->bottom, 1) << side;
+        EXPECT_NEAR(tick.front().left - kWithin.left, kWithin.right - tick.back().right, 1) << side;
+        for (std::size_t i = 1; i < tick.size(); ++i) EXPECT_EQ(1, std::abs(tick[i].top - tick[i - 1].top)) << side;
+        int area = 0, widest = 0;
+        for (std::size_t i = 0; i < bullet.size(); ++i) {
+            EXPECT_EQ(bullet[i].width(), bullet[bullet.size() - 1 - i].width()) << side;
+            EXPECT_NEAR(bullet[i].left - kWithin.left, kWithin.right - bullet[i].right, 1) << side;
+            area += bullet[i].width();
+            widest = std::max(widest, bullet[i].width());
+        }
+        EXPECT_EQ(side, widest);
+        EXPECT_NEAR(0.785 * side * side, area, 0.05 * side * side + side / 2.0) << side;
     }
 }
 
