@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "frame/com_ptr.h"
 #include "frame/gdi.h"
 #include "frame/registry.h"
 #include "frame/text.h"
@@ -232,6 +233,7 @@ STDMETHODIMP COSInfo::get_WindowsUpTime(LONG* result) noexcept {
 
 // Each of the four is a step of its own: one that does not fit is reported and the others are still given.
 STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth, SHORT* intHeight) noexcept {
+    const ComPtr<_COSInfo> alive(this);  // while one is shown the client may drop the object
     return Guard(L"GetWorkArea", [&] {
         const auto area = SystemParameter<RECT>(SPI_GETWORKAREA);
         const std::pair<SHORT&, std::int64_t> answers[] = {

@@ -9,6 +9,8 @@
 
 #include "frame/text.h"
 #include "support/event_sink.h"
+#include "support/fake.h"
+#include "support/procedure_patch.h"
 #include "support/scoped_variable.h"
 #include "trust/attempt.h"
 
@@ -105,6 +107,44 @@ TEST_F(Reentrancy, AClientMayLetGoOfAnObjectWhileItsReportIsOpen) {
         }
     });
     EXPECT_GE(reporting.size(), 5u);
+    EXPECT_TRUE(CanUnload());
+}
+
+DWORD now;
+DWORD WINAPI Clock() { return now; }
+
+// These go on with their object after a report.
+TEST_F(Reentrancy, AMemberThatGoesOnAfterAReportKeepsItsObject) {
+    const ProcedurePatch clock(Library(), "timeGetTime", reinterpret_cast<void*>(&Clock));
+    const Fake area("SystemParametersInfoA", &SystemParametersInfoA, [](UINT, UINT, PVOID place, UINT) {
+        *static_cast<RECT*>(place) = {-40000, -40000, 40000, 40000};
+        return TRUE;
+    });
+    crc_ = nullptr;
+    ComPtr<_CMMTimer> timer;
+    ComPtr<_COSInfo> info = CreateObject<_COSInfo>(__uuidof(COSInfo));
+    int boxes = 0;
+    const OpenBox open([&] {
+        ++boxes;
+        timer = nullptr;
+        info = nullptr;
+        EXPECT_FALSE(CanUnload()) << "the member has an object yet";
+    });
+    SHORT pixels = 0;
+    EXPECT_EQ(S_OK, info.get()->GetWorkArea(&pixels, &pixels, &pixels, &pixels));
+    EXPECT_EQ(4, boxes);
+    const auto overflowing = [&] {
+        timer = CreateObject<_CMMTimer>(__uuidof(CMMTimer));
+        now = 0x7FFF'FFFF;
+        EXPECT_EQ(S_OK, timer->StartTimer());
+        now = 0x8000'0000;
+        return timer.get();
+    };
+    double elapsed = 1;
+    EXPECT_EQ(S_OK, overflowing()->get_ElapsedTime(&elapsed));
+    EXPECT_EQ(0, elapsed);
+    EXPECT_EQ(S_OK, overflowing()->StopTimer());
+    EXPECT_EQ(6, boxes);
     EXPECT_TRUE(CanUnload());
 }
 
