@@ -124,6 +124,7 @@ BOOL succeeds;
 ULONGLONG freeBytes, totalBytes;
 BOOL WINAPI ExtendedSpace(LPCSTR root, PULARGE_INTEGER forCaller, PULARGE_INTEGER total, PULARGE_INTEGER) {
     EXPECT_STREQ("C:\\", root);
+    EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
     if (!succeeds) return FALSE;
     forCaller->QuadPart = freeBytes;
     total->QuadPart = totalBytes;
@@ -168,6 +169,7 @@ TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
                           LPSTR fileSystem, DWORD fileSystemSize) {
                           EXPECT_EQ(kBlanks + kBlanks,
                                     std::string(label, labelSize) + std::string(fileSystem, fileSystemSize));
+                          EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
                           std::memcpy(label, "L\xE4sst\0cut", 9);
                           *fileSystem = '\0';
                           *serial = 0;
@@ -189,6 +191,7 @@ TEST_F(Disks, WriteALabelAndSpellCodesOut) {
     ReportRecorder recorder(Library());
     std::string written;
     const Fake write("SetVolumeLabelA", &SetVolumeLabelA, [&](LPCSTR root, LPCSTR label) {
+        EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS) << "no box asks for a disk";
         written += std::string(root) + label + "|";
         return FALSE;
     });
