@@ -1,6 +1,8 @@
 #include "frame/argument.h"
 
-#include <cstring>
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 
 #include "frame/string_arrays.h"
 #include "frame/text.h"
@@ -42,6 +44,24 @@ HRESULT ToInterface(VARIANT* to, const VARIANT& from, const Parameter& parameter
     if (!object) return S_OK;
     const HRESULT result = object->QueryInterface(parameter.iid, reinterpret_cast<void**>(&to->punkVal));
     return SUCCEEDED(result) ? S_OK : DISP_E_TYPEMISMATCH;
+}
+
+// The bytes of a value of each type, from VT_EMPTY on; 0 for what a result is not put into: objects, of which only the
+// default property was read, arrays and decimals.
+constexpr std::size_t kSizes[] = {0, 0, 2, 4, 4, 8, 8, 8, sizeof(BSTR), 0, 4, 2, 0, 0, 0, 0, 1, 1, 2, 4, 8, 8, 4, 4};
+static_assert(std::size(kSizes) == VT_UINT + 1);
+
+// Puts a value into the client's storage of another type.
+HRESULT Store(const VARIANT& reference, VARIANT* value, LCID locale) noexcept {
+    const VARTYPE type = reference.vt & ~VT_BYREF;
+    const std::size_t size = type < std::size(kSizes) ? kSizes[type] : 0;
+    if (size == 0) return S_OK;
+    Variant stored;
+    const HRESULT result = ChangeType(&stored, value, type, locale);
+    if (FAILED(result)) return result;
+    const auto place = static_cast<std::byte*>(reference.byref);
+    std::swap_ranges(place, place + size, reinterpret_cast<std::byte*>(&stored.byref));  // what stood there goes
+    return S_OK;
 }
 
 }  // namespace
@@ -115,7 +135,7 @@ HRESULT Argument::Convert(const Parameter& parameter, LCID locale) noexcept {
     return FAILED(result) ? result : KeepForComparison();
 }
 
-HRESULT Argument::KeepForComparison() noexcept { return variable_ ? VariantCopy(&before_, &own_) : S_OK; }
+HRESULT Argument::KeepForComparison() noexcept { return given_->vt & VT_BYREF ? VariantCopy(&before_, &own_) : S_OK; }
 
 void Argument::PassOwn(const Parameter& parameter) noexcept {
     if (!parameter.byReference) {
@@ -131,13 +151,14 @@ bool Argument::Unchanged() const noexcept {
     return own_.llVal == before_.llVal;
 }
 
-HRESULT Argument::WriteBack(const Parameter& parameter) noexcept {
+HRESULT Argument::WriteBack(const Parameter& parameter, LCID locale) noexcept {
     const bool converted = passed_.vt == (parameter.type | VT_BYREF) && passed_.byref == &own_.byref;
     if (!converted || !given_) return S_OK;
     VARIANT* const target = variable_ ? variable_ : given_;
     if (IsStringArray(parameter.type)) return StringArrayTo(target, variable_ != nullptr, &own_);
+    if (!variable_) return given_->vt & VT_BYREF && !Unchanged() ? Store(*given_, &own_, locale) : S_OK;
     // A variable that was never set has nothing to keep, and gets a result that happens to be 0 too.
-    if (!variable_ || (variable_->vt != VT_EMPTY && Unchanged())) return S_OK;
+    if (variable_->vt != VT_EMPTY && Unchanged()) return S_OK;
     const HRESULT cleared = VariantClear(variable_);
     if (SUCCEEDED(cleared)) *variable_ = own_.Detach();
     return cleared;

@@ -21,7 +21,7 @@ class Argument {
     const VARIANT& passed() const noexcept { return passed_; }
 
     // Hands a result that a member wrote into a converted copy back to the client's variable.
-    HRESULT WriteBack(const Parameter& parameter) noexcept;
+    HRESULT WriteBack(const Parameter& parameter, LCID locale) noexcept;
 
   private:
     bool Omitted(const Parameter& parameter) const noexcept;

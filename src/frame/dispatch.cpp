@@ -24,7 +24,7 @@ class Arguments {
 
     HRESULT Settle(const DISPPARAMS& given, LCID locale, UINT* badArgument) noexcept;
     HRESULT Call(IDispatch* object, void* result) noexcept;
-    HRESULT WriteBack() noexcept;
+    HRESULT WriteBack(LCID locale) noexcept;
 
   private:
     HRESULT Match(const DISPPARAMS& given, UINT* badArgument) noexcept;
@@ -86,10 +86,10 @@ HRESULT Arguments::Call(IDispatch* object, void* result) noexcept {
     return CallSlot(object, plan_.slot, {settled, count}, result);
 }
 
-HRESULT Arguments::WriteBack() noexcept {
+HRESULT Arguments::WriteBack(LCID locale) noexcept {
     HRESULT result = S_OK;
     for (std::size_t i = 0; SUCCEEDED(result) && i < plan_.parameters.size(); ++i) {
-        result = all()[i].WriteBack(plan_.parameters[i]);
+        result = all()[i].WriteBack(plan_.parameters[i], locale);
     }
     return result;
 }
@@ -115,7 +115,7 @@ HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& gi
     const HRESULT settled = arguments.Settle(given, locale, badArgument);
     if (FAILED(settled)) return settled;
     *ended = arguments.Call(object, place);
-    return SUCCEEDED(*ended) ? arguments.WriteBack() : S_OK;
+    return SUCCEEDED(*ended) ? arguments.WriteBack(locale) : S_OK;
 }
 
 }  // namespace

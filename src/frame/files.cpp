@@ -26,6 +26,7 @@ RuntimeError OpenError(const std::wstring& path) noexcept {
 
 bool FileExists(const std::wstring& path) noexcept {
     if (path.empty() || HasNul(path)) return false;
+    const NoDiskPrompts quiet;
     WIN32_FIND_DATAW found;
     const FindHandle search(FindFirstFileW(path.c_str(), &found));
     if (!search) return false;
@@ -37,6 +38,7 @@ bool FileExists(const std::wstring& path) noexcept {
 
 FileHandle OpenForReading(const std::wstring& path) {
     if (HasNul(path)) throw RuntimeError(52);
+    const NoDiskPrompts quiet;
     FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                 nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (!file) throw OpenError(path);

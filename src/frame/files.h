@@ -7,6 +7,18 @@
 
 namespace velk {
 
+// An empty drive fails at once, instead of the system asking the user to insert a disk. For this thread only.
+class NoDiskPrompts {
+  public:
+    NoDiskPrompts() noexcept { SetThreadErrorMode(SEM_FAILCRITICALERRORS | GetThreadErrorMode(), &before_); }
+    NoDiskPrompts(const NoDiskPrompts&) = delete;
+    NoDiskPrompts& operator=(const NoDiskPrompts&) = delete;
+    ~NoDiskPrompts() { SetThreadErrorMode(before_, nullptr); }
+
+  private:
+    DWORD before_ = 0;
+};
+
 // Whether the name, or a pattern with wildcards, finds at least one normal file: no hidden or system file, no folder.
 bool FileExists(const std::wstring& path) noexcept;
 

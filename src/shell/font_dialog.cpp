@@ -197,7 +197,7 @@ void CFontDialog::TakeOver(const FontRecord& record) const {
     CY size;
     size.int64 = LONGLONG{HeightToPoints(record.height)} * kUnitsPerPoint;
     ThrowIfFailed(font.put_Size(size));
-    ThrowIfFailed(font.put_Weight(static_cast<SHORT>(record.weight)));
+    ThrowIfFailed(font.put_Weight(ToInteger(record.weight)));
 }
 
 SHORT CFontDialog::PointsToHeight(SHORT points) const noexcept {

@@ -15,13 +15,12 @@ constexpr ClassError kNoHelpEngine(kRuntimeErrorBase + 53, L"File not found: hhc
 
 using HelpCall = decltype(HtmlHelpA);
 
-// The engine deliberately stays loaded for the life of the process: its windows outlive the call that opened them.
+// Deliberately kept for the life of the process: its windows outlive the call that opened them.
+constinit KeptSystemLibrary hhctrl(L"hhctrl.ocx");
+
 HelpCall& Engine() {
-    static HelpCall* const engine = [] {
-        HelpCall* const found = FindFunction<HelpCall>(LoadSystemLibrary(L"hhctrl.ocx"), "HtmlHelpA");
-        return found ? found : throw kNoHelpEngine;  // the next call tries again
-    }();
-    return *engine;
+    HelpCall* const found = FindFunction<HelpCall>(hhctrl.get(), "HtmlHelpA");
+    return found ? *found : throw kNoHelpEngine;
 }
 
 }  // namespace

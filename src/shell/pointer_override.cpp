@@ -1,6 +1,7 @@
 #include "shell/pointer_override.h"
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 #include "frame/failure.h"
@@ -69,13 +70,20 @@ BOOL CALLBACK HookThreadOf(HWND window, LPARAM) noexcept try {
     return FALSE;
 }
 
-// Asks the window under the pointer to choose. One of another thread does so when that thread takes messages again.
+std::atomic<DWORD> askingThread = 0;
+
+// Asks the window under the pointer to choose. One of another thread does so when that thread takes messages again. One
+// that sets the override while it chooses is not asked again from within.
 void AskWindowUnderPointer() noexcept {
+    const DWORD self = GetCurrentThreadId();
+    if (askingThread == self) return;
+    askingThread = self;
     POINT position;
-    if (!GetCursorPos(&position)) return;
-    const HWND window = WindowFromPoint(position);
-    if (!window || !OwnThread(window)) return;
-    SendNotifyMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    const HWND window = GetCursorPos(&position) ? WindowFromPoint(position) : nullptr;
+    if (window && OwnThread(window)) {
+        SendNotifyMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    }
+    askingThread = 0;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "frame/files.h"
 #include "frame/system_library.h"
 #include "frame/text.h"
 #include "sysinfo/drive_facts.h"
@@ -13,18 +14,6 @@ namespace {
 constexpr DWORD kBufferSize = 255;
 
 std::string Buffer() { return std::string(kBufferSize, ' '); }
-
-// An empty drive fails at once, instead of the system asking the user to insert a disk. For this thread only.
-class NoDiskPrompts {
-  public:
-    NoDiskPrompts() noexcept { SetThreadErrorMode(SEM_FAILCRITICALERRORS | GetThreadErrorMode(), &before_); }
-    NoDiskPrompts(const NoDiskPrompts&) = delete;
-    NoDiskPrompts& operator=(const NoDiskPrompts&) = delete;
-    ~NoDiskPrompts() { SetThreadErrorMode(before_, nullptr); }
-
-  private:
-    DWORD before_ = 0;
-};
 
 struct Space {
     double free = 0;  // for the caller
@@ -176,6 +165,7 @@ STDMETHODIMP CAPIDisks::VolumeFlagsToString(LONG* lngFlags, BSTR* result) noexce
 
 STDMETHODIMP CAPIDisks::WriteVolumeLabel(SHORT* intDrive, BSTR* strLabel) noexcept {
     return Guard(L"WriteVolumeLabel", [&] {
+        const NoDiskPrompts quiet;
         const std::string label = ToAnsi(View(Given(strLabel)));
         SetVolumeLabelA(Root(Given(intDrive)).c_str(), label.c_str());
     });

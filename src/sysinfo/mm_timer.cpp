@@ -1,5 +1,6 @@
 #include "sysinfo/mm_timer.h"
 
+#include "frame/com_ptr.h"
 #include "frame/system_library.h"
 
 namespace velk {
@@ -38,6 +39,7 @@ LONG CMMTimer::GetCurrentElapsedTime() const noexcept {
 }
 
 STDMETHODIMP CMMTimer::get_ElapsedTime(DOUBLE* result) noexcept {
+    const ComPtr<_CMMTimer> alive(this);  // while an overflow is shown the client may drop the object
     return Guard(L"ElapsedTime", result,
                  [&] { return static_cast<double>(watch_.TotalWith(GetCurrentElapsedTime())) / scaleFactor_; });
 }
@@ -56,6 +58,7 @@ STDMETHODIMP CMMTimer::StartTimer() noexcept {
 }
 
 STDMETHODIMP CMMTimer::StopTimer() noexcept {
+    const ComPtr<_CMMTimer> alive(this);  // as above
     const HRESULT added = Guard(L"StopTimer", [&] { watch_.Add(GetCurrentElapsedTime()); });
     watch_.Stop();  // also after an overflow
     return added;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "frame/com_ptr.h"
 #include "frame/gdi.h"
 #include "frame/registry.h"
 #include "frame/text.h"
@@ -230,8 +231,10 @@ STDMETHODIMP COSInfo::get_WindowsUpTime(LONG* result) noexcept {
     return Guard(L"WindowsUpTime", result, [] { return MinutesFromTicks(GetTickCount()); });
 }
 
-// Each of the four is a step of its own: one that does not fit is reported and the others are still given.
+// Each of the four is a step of its own: one that does not fit is reported and the others are still given. The reports
+// come last, since the client's code, which runs while one is open, may do what it likes with its variables.
 STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth, SHORT* intHeight) noexcept {
+    const ComPtr<_COSInfo> alive(this);  // or with the object
     return Guard(L"GetWorkArea", [&] {
         const auto area = SystemParameter<RECT>(SPI_GETWORKAREA);
         const std::pair<SHORT&, std::int64_t> answers[] = {
@@ -240,9 +243,15 @@ STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth
             {Given(intWidth), std::int64_t{area.right} - area.left},
             {Given(intHeight), std::int64_t{area.bottom} - area.top},
         };
+        int overflows = 0;
         for (const auto& [argument, pixels] : answers) {
-            Guard(L"GetWorkArea", [&to = argument, value = pixels] { to = ToInteger(value); });
+            if (pixels == static_cast<SHORT>(pixels)) {
+                argument = static_cast<SHORT>(pixels);
+            } else {
+                ++overflows;
+            }
         }
+        for (; overflows > 0; --overflows) Guard(L"GetWorkArea", [] { throw RuntimeError(6); });
     });
 }
 

@@ -13,7 +13,6 @@ Dim toOpen: toOpen = True
 file.Filename = "a name that does not fit"
 file.MaxFileSize = 4
 Expect "a name that does not fit", False, file.Show(toOpen)
-Expect "and by value", False, file.Show(False)
 Expect "it stays", "a name that does not fit", file.Filename
 Expect "the printer's context", 0, CreateObject("VelkSupport.CPrintDialog").HDC
 Dim fonts: Set fonts = CreateObject("VelkSupport.CFontDialog")

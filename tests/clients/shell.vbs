@@ -18,7 +18,6 @@ Dim style: style = 0
 Expect "all arguments, as variables", -1, shell.LaunchProgram(owner, program, "/c exit", "C:\", style)
 Expect "a variable afterwards", "%windir%\system32\cmd.exe", program
 Expect "a missing program", 2, shell.LaunchProgram(0, "C:\no\such.exe")
-Expect "a missing document", 2, shell.LaunchDocument(0, "C:\no\such.txt", "")
 Expect "nothing runs", False, shell.StillExecuting
 
 Dim help: Set help = CreateObject("VelkSupport.CHtmlHelp")
@@ -26,9 +25,6 @@ Expect "no file at first", "", help.HelpFile
 On Error Resume Next
 help.OpenContents
 Expect "no file", 53, Err.Number And &HFFFF&
-Err.Clear
-shell.ShowProperties "C:\no\such.txt"
-Expect "properties of nothing", 53, Err.Number And &HFFFF&
 Err.Clear
 shell.ShowProperties WScript.ScriptFullName
 Expect "the properties sheet, which Wine 8.0 does not have", &H80044678, Err.Number

@@ -7,8 +7,6 @@ function expect(what, wanted, got) {
 
 var disks = new ActiveXObject("VelkSupport.CAPIDisks");
 expect("the first drive", "C:\\Fixed", disks.LogicalDrives(0) + disks.DriveTypeToString(disks.DriveType(0)));
-var info = new ActiveXObject("VelkSupport.COSInfo");
-expect("a temporary file", info.TempPath + "abc1.tmp", info.TempFile("abcd"));
 
 var timer = new ActiveXObject("VelkSupport.CMMTimer");
 timer.ScaleFactor = 1;

@@ -129,14 +129,29 @@ TEST_F(DispatchValues, VariablesReceiveWhatTheMemberWroteAndLiteralsStay) {
     }
 }
 
-TEST_F(DispatchValues, TypedReferencesArePassedStraightAndForeignOnesAsCopies) {
+TEST_F(DispatchValues, TypedReferencesArePassedStraightAndForeignOnesConvertedThereAndBack) {
     LONG number = 5;
     SHORT small = 5;
     BSTR place = Bstr(L"a").Detach();
     EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I4, &number)}).value));
     EXPECT_EQ(6, number);
     EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I2, &small)}).value));
-    EXPECT_EQ(5, small);
+    EXPECT_EQ(6, small);
+    small = 32767;
+    EXPECT_EQ(DISP_E_OVERFLOW, Call(shapes_.get(), L"BumpLong", {Ref(VT_I2, &small)}).result);
+    EXPECT_EQ(32767, small);
+    double fraction = 2.5;
+    shapes_->put_Step(0);
+    EXPECT_EQ(L"2:2", Describe(Call(shapes_.get(), L"BumpShort", {Ref(VT_R8, &fraction)}).value));
+    EXPECT_EQ(2.5, fraction) << "a member that leaves it alone rounds nothing";
+    shapes_->put_Step(1);
+    EXPECT_EQ(L"2:2", Describe(Call(shapes_.get(), L"BumpShort", {Ref(VT_R8, &fraction)}).value));
+    EXPECT_EQ(3, fraction);
+    Variant digits = Text(L"05"), object = Holding(ValueObject::Make(Arg(5L)).get());
+    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_BSTR, &digits.bstrVal)}).value));
+    EXPECT_EQ(L"8:6", Describe(digits));
+    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_DISPATCH, &object.pdispVal)}).value));
+    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Arg(object.pdispVal)}).value)) << "an object stays";
     EXPECT_EQ(L"8:a", Describe(Call(shapes_.get(), L"BumpString", {Ref(VT_BSTR, &place)}).value));
     Bstr text;
     *text.Receive() = place;

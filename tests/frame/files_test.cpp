@@ -4,6 +4,7 @@
 
 #include "frame/failure.h"
 #include "frame/text.h"
+#include "support/fake.h"
 #include "support/scratch_folder.h"
 
 namespace velk::test {
@@ -45,6 +46,26 @@ TEST(Files, FileExistsFindsNormalFilesOnly) {
     }
     EXPECT_EQ(handles, OpenHandles());
     SetFileAttributesW(readOnly.c_str(), FILE_ATTRIBUTE_NORMAL);  // so that it can be deleted
+}
+
+TEST(Files, AnEmptyDriveAsksNobodyForADisk) {
+    const auto refuse = [](auto...) {
+        EXPECT_EQ(DWORD{SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX}, GetThreadErrorMode());
+        SetLastError(ERROR_NOT_READY);
+        return INVALID_HANDLE_VALUE;
+    };
+    DWORD before = 0;
+    SetThreadErrorMode(SEM_NOOPENFILEERRORBOX, &before);
+    {
+        const HMODULE here = GetModuleHandleW(nullptr);
+        const Fake find("FindFirstFileW", &FindFirstFileW, refuse, here);
+        const Fake open("CreateFileW", &CreateFileW, refuse, here);
+        EXPECT_FALSE(FileExists(L"A:\\any.txt"));
+        EXPECT_EQ(71, ErrorOf(L"A:\\any.txt"));
+        EXPECT_EQ(2, find.calls() + open.calls());
+    }
+    EXPECT_EQ(DWORD{SEM_NOOPENFILEERRORBOX}, GetThreadErrorMode()) << "put back";
+    SetThreadErrorMode(before, nullptr);
 }
 
 TEST(Files, GetFileReadsEveryByteAsACharacter) {

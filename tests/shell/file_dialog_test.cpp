@@ -78,7 +78,6 @@ TEST_F(FileDialog, AnAnswerIsTrimmedIntoTheProperties) {
         std::wstring after;
     };
     const Answer answers[] = {{L"C:\\a long long name.txt", "C:\\dir\0a\0b c\0\0"s, L"C:\\dir a b c"},
-                              {L"C:\\long.txt", "C:\\a\0"s, L"C:\\a"},
                               {L"", std::string(38, 'x') + "\0\0"s, L""},  // full: a pair at the very end is none
                               {L"", "\x80\xE9\0"s, L"\u20AC\u00E9"}};
     Set(L"MaxFileSize", 40);

@@ -162,6 +162,19 @@ TEST_F(Hourglass, MayEndWhileAWindowChooses) {
     EXPECT_TRUE(CanUnload());
 }
 
+TEST_F(Hourglass, MayBeSetByTheWindowThatChooses) {
+    int asked = 0;
+    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        if (message != WM_SETCURSOR) return std::nullopt;
+        Set(hourglass_, ++asked < 20);
+        return TRUE;
+    });
+    Over(window);
+    const int before = asked;
+    Set(hourglass_, true);
+    EXPECT_EQ(before + 1, asked) << "asked once";
+}
+
 TEST_F(Hourglass, ARefusedHookIsShownAndTheValueStays) {
     ReportRecorder recorder(Library());
     refuse = true;

@@ -21,7 +21,6 @@ class PrintDialog : public DialogTest {
 
 TEST_F(PrintDialog, PropertiesHoldWhatTheyAreGiven) {
     ExpectProperties(L"Copies=0 Flags=0 FromPage=0 ToPage=0 Min=1 Max=9999 hWndParent=0");
-    EXPECT_EQ(L"-5|-4|-3|-2|-1|0|1|0|", All());
 }
 
 TEST_F(PrintDialog, TheRecordIsZeroButForTheProperties) {

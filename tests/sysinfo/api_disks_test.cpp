@@ -111,7 +111,6 @@ TEST_F(Disks, WalkListsOfAnySize) {
         std::memcpy(buffer, list.data(), list.size());
         return list.size() - 1;
     });
-    const Fake mask("GetLogicalDrives", &GetLogicalDrives, [] { return 0xFFFF'FFFF; });
     for (const int count : {0, 1, 26}) {
         list.clear();
         for (int i = 0; i < count; ++i) list += std::string(1, static_cast<char>('A' + i)) + ":\\" + '\0';
@@ -119,13 +118,13 @@ TEST_F(Disks, WalkListsOfAnySize) {
         for (int i = 0; i < count; ++i) EXPECT_EQ(std::wstring(1, L'A' + i) + L":\\", At(i, L"LogicalDrives"));
         for (const LONG outside : {LONG{count}, LONG{-1}, LONG{32767}}) EXPECT_EQ(L"", At(outside, L"LogicalDrives"));
     }
-    EXPECT_EQ(L"26", Fact(disks_.get(), L"GetDriveCount"));
 }
 
 BOOL succeeds;
 ULONGLONG freeBytes, totalBytes;
 BOOL WINAPI ExtendedSpace(LPCSTR root, PULARGE_INTEGER forCaller, PULARGE_INTEGER total, PULARGE_INTEGER) {
     EXPECT_STREQ("C:\\", root);
+    EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
     if (!succeeds) return FALSE;
     forCaller->QuadPart = freeBytes;
     total->QuadPart = totalBytes;
@@ -170,6 +169,7 @@ TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
                           LPSTR fileSystem, DWORD fileSystemSize) {
                           EXPECT_EQ(kBlanks + kBlanks,
                                     std::string(label, labelSize) + std::string(fileSystem, fileSystemSize));
+                          EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
                           std::memcpy(label, "L\xE4sst\0cut", 9);
                           *fileSystem = '\0';
                           *serial = 0;
@@ -191,6 +191,7 @@ TEST_F(Disks, WriteALabelAndSpellCodesOut) {
     ReportRecorder recorder(Library());
     std::string written;
     const Fake write("SetVolumeLabelA", &SetVolumeLabelA, [&](LPCSTR root, LPCSTR label) {
+        EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS) << "no box asks for a disk";
         written += std::string(root) + label + "|";
         return FALSE;
     });
@@ -198,11 +199,8 @@ TEST_F(Disks, WriteALabelAndSpellCodesOut) {
         EXPECT_EQ(S_OK, Call(disks_.get(), L"WriteVolumeLabel", {Arg(position), Text(L"L\u00E4sst")}).result);
     }
     EXPECT_EQ("C:\\L\xE4sst|L\xE4sst|", written);
-    const wchar_t* const types[] = {L"",       L"Unknown", L"No root",  L"Removable", L"Fixed",
-                                    L"Remote", L"CDROM",   L"RAM Disk", L""};
-    for (LONG type = -1; type <= 7; ++type) EXPECT_EQ(types[type + 1], At(type, L"DriveTypeToString"));
+    EXPECT_EQ(L"CDROM", At(5, L"DriveTypeToString"));
     EXPECT_EQ(L"Uses persistent ACLs", At(8, L"VolumeFlagsToString"));
-    EXPECT_EQ(L"C", At(2, L"DriveLetterFromNumber"));
     EXPECT_EQ(L"\u00E4", At(0xE4 - 'A', L"DriveLetterFromNumber")) << "by the ANSI code page";
     EXPECT_EQ(std::wstring(1, L'\0'), At(-65, L"DriveLetterFromNumber"));
     EXPECT_EQ(L"", recorder.Shown());

@@ -87,12 +87,10 @@ TEST(DriveLetter, IsTheCharacterBehindA) {
 }
 
 TEST(DriveTexts, NameTheTypesAndJoinCapabilities) {
-    for (const auto& [type, text] :
-         {std::pair{0, "Unknown"}, {3, "Fixed"}, {6, "RAM Disk"}, {7, ""}, {-1, ""}, {0x7FFFFFFF, ""}}) {
-        EXPECT_EQ(text, DriveTypeText(type));
-    }
+    const std::string_view types[] = {"Unknown", "No root", "Removable", "Fixed", "Remote", "CDROM", "RAM Disk"};
+    for (int type = 0; type <= 6; ++type) EXPECT_EQ(types[type], DriveTypeText(type));
+    for (const int type : {7, -1, 0x7FFFFFFF}) EXPECT_EQ("", DriveTypeText(type));
     EXPECT_EQ("", VolumeFlagsText(0x7FE0));
-    EXPECT_EQ("Supports case-sensitive searching", VolumeFlagsText(1));
     EXPECT_EQ("Supports case-sensitive searching, Permits case-sensitive names", VolumeFlagsText(3));
     for (const std::uint32_t bit : {0x8000U, 0x10000U, 0x80000000U})
         EXPECT_EQ("Volume is compressed", VolumeFlagsText(bit));

@@ -6,9 +6,12 @@
 #include <cstring>
 #include <functional>
 #include <set>
+#include <vector>
 
 #include "frame/text.h"
 #include "support/event_sink.h"
+#include "support/fake.h"
+#include "support/procedure_patch.h"
 #include "support/scoped_variable.h"
 #include "trust/attempt.h"
 
@@ -193,6 +196,46 @@ TEST_F(Reentrancy, DefaultPropertiesMayCallTheMemberThatReadsThem) {
     });
     EXPECT_GT(calledBack, 100);
     SetErrorInfo(0, nullptr);
+}
+
+DWORD now;
+DWORD WINAPI Clock() { return now; }
+
+// These go on with their object after a report.
+TEST_F(Reentrancy, AMemberThatGoesOnAfterAReportKeepsItsObject) {
+    const ProcedurePatch clock(Library(), "timeGetTime", reinterpret_cast<void*>(&Clock));
+    const Fake area("SystemParametersInfoA", &SystemParametersInfoA, [](UINT, UINT, PVOID place, UINT) {
+        *static_cast<RECT*>(place) = {-40000, -40000, -39990, -39995};
+        return TRUE;
+    });
+    crc_ = nullptr;
+    ComPtr<_CMMTimer> timer;
+    ComPtr<_COSInfo> info = CreateObject<_COSInfo>(__uuidof(COSInfo));
+    std::vector<SHORT> sides(4);
+    int boxes = 0;
+    const OpenBox open([&] {
+        ++boxes;
+        timer = nullptr;
+        info = nullptr;
+        sides = {7, 7, 7, 7};
+        EXPECT_FALSE(CanUnload()) << "the member has an object yet";
+    });
+    EXPECT_EQ(S_OK, info.get()->GetWorkArea(&sides[0], &sides[1], &sides[2], &sides[3]));
+    EXPECT_EQ(2, boxes);
+    EXPECT_EQ((std::vector<SHORT>{7, 7, 7, 7}), sides) << "the client's variables are its own again";
+    const auto overflowing = [&] {
+        timer = CreateObject<_CMMTimer>(__uuidof(CMMTimer));
+        now = 0x7FFF'FFFF;
+        EXPECT_EQ(S_OK, timer->StartTimer());
+        now = 0x8000'0000;
+        return timer.get();
+    };
+    double elapsed = 1;
+    EXPECT_EQ(S_OK, overflowing()->get_ElapsedTime(&elapsed));
+    EXPECT_EQ(0, elapsed);
+    EXPECT_EQ(S_OK, overflowing()->StopTimer());
+    EXPECT_EQ(4, boxes);
+    EXPECT_TRUE(CanUnload());
 }
 
 }  // namespace
