@@ -22,7 +22,7 @@ TEST(Numbers, LongFromTextConvertsAndChecks) {
     };
     const std::pair<LONG, std::vector<std::wstring_view>> cases[] = {
         {2, {L"2.5"}},
-        {1000, {L"1,000"}},  // by the user's locale
+        {1000, {L"1,000"}},
         {kOverflow, {L"2147483648"}},
         {kMismatch, {L"", L"12abc", {L"12\0", 3}, {L"12\0junk", 7}}}};
     for (const auto& [number, texts] : cases) {
