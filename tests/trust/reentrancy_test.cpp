@@ -110,26 +110,28 @@ TEST_F(Reentrancy, AClientMayLetGoOfAnObjectWhileItsReportIsOpen) {
 }
 
 TEST_F(Reentrancy, AClientMayLoadAnotherFileAndLetGoWhileASealIsShown) {
-    const std::string rest(5000, 'x');  // so that the texts are far apart
-    const auto sealed = [&](const wchar_t* name, const std::string& body) {
-        return Bstr(folder_.Write(name, "[BEGIN]\r\n@CRC=0\r\n" + body));  // no "[END]": the seal is 0
-    };
-    const Bstr one = sealed(L"one", ""), other = sealed(L"other", rest);
-    ComPtr<_CDatFile> dat = CreateObject<_CDatFile>(__uuidof(CDatFile));
-    _CDatFile* const called = dat.get();
-    int boxes = 0;
-    const auto load = [&](const Bstr& path) {
-        BSTR name = path.get();
-        VARIANT_BOOL display = VARIANT_TRUE;
-        return called->Initialize(&name, &display);
-    };
-    const OpenBox open([&] {
-        if (++boxes == 2) return;
-        EXPECT_EQ(S_OK, load(other));
-        dat = nullptr;
-    });
-    EXPECT_EQ(S_OK, load(one));
-    EXPECT_EQ(2, boxes);
+    // Without "[END]" the seal is 0.
+    for (const auto& [stored, result] : {std::pair("0", S_OK),
+                                         {"1", static_cast<HRESULT>(0x80042715)},
+                                         {"no number", static_cast<HRESULT>(0x800A000D)}}) {
+        const Bstr path(folder_.Write(L"one", std::string("[BEGIN]\r\n@CRC=") + stored));
+        const Bstr longer(folder_.Write(L"other", "[BEGIN]\r\n@CRC=0\r\n" + std::string(5000, 'x')));
+        ComPtr<_CDatFile> dat = CreateObject<_CDatFile>(__uuidof(CDatFile));
+        _CDatFile* const called = dat.get();
+        int boxes = 0;
+        const auto load = [called](const Bstr& file) {
+            BSTR name = file.get();
+            VARIANT_BOOL display = VARIANT_TRUE;
+            return called->Initialize(&name, &display);
+        };
+        const OpenBox open([&] {
+            if (++boxes == 2) return;
+            EXPECT_EQ(S_OK, load(longer));
+            dat = nullptr;
+        });
+        EXPECT_EQ(result, load(path));
+        EXPECT_EQ(2, boxes);
+    }
 }
 
 TEST_F(Reentrancy, ASinkMayComputeWithTheSourceThatCallsItAndPumpMessagesThatDo) {
