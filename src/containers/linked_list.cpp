@@ -49,6 +49,7 @@ STDMETHODIMP CLinkedList::CheckIndex(LONG* Index) noexcept {
 
 STDMETHODIMP CLinkedList::Find(VARIANT* Value, FindConditionConstants* Condition, LONG* StartIndex,
                                VARIANT_BOOL* Descending, LONG* result) noexcept {
+    const ComPtr<_CLinkedList> alive(this);  // asking objects who they are may run the client's code
     return Guard(L"CLinkedList.Find", result, [&] {
         const Variant wanted = CopyOf(Given(Value));
         return FindVariant(list_, wanted, NumberOf(Condition), OrZero(StartIndex), Descending && *Descending);

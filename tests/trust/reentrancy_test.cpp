@@ -134,6 +134,34 @@ TEST_F(Reentrancy, AClientMayLoadAnotherFileAndLetGoWhileASealIsShown) {
     }
 }
 
+// Another apartment's object, for instance: while it is asked who it is, messages are dispatched.
+class Questioned final : public BareDispatch {
+  public:
+    explicit Questioned(std::function<void()> onQuestion) : onQuestion_(std::move(onQuestion)) {}
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        onQuestion_();
+        return BareDispatch::QueryInterface(iid, object);
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+        return DISP_E_MEMBERNOTFOUND;
+    }
+
+  private:
+    std::function<void()> onQuestion_;
+};
+
+TEST_F(Reentrancy, AnObjectThatASearchAsksMayLetGoOfTheList) {
+    ComPtr<_CLinkedList> list = CreateObject<_CLinkedList>(__uuidof(CLinkedList));
+    _CLinkedList* const called = list.get();
+    const auto item = ComPtr<Questioned>::Attach(new Questioned([&] { list = nullptr; }));
+    VARIANT value = Arg(item.get()), other = Arg(crc_.As<IDispatch>().get());
+    LONG found = 0, start = -1;
+    EXPECT_EQ(S_OK, called->Add(&value, nullptr, nullptr, &found));
+    EXPECT_EQ(S_OK, called->Find(&other, nullptr, &start, nullptr, &found));
+    EXPECT_EQ(0, found);
+    EXPECT_EQ(1u, item->count());
+}
+
 TEST_F(Reentrancy, ASinkMayComputeWithTheSourceThatCallsItAndPumpMessagesThatDo) {
     const auto sink = EventSink::Make();
     const Connection connection(crc_.get(), __uuidof(__CCRC32), sink.get());
