@@ -7,6 +7,8 @@
 namespace velk {
 namespace {
 
+constexpr wchar_t kExpandList[] = L"CLinkedList.ExpandList";
+
 LONG OrZero(const LONG* argument) noexcept { return argument ? *argument : 0; }
 
 // Clients pass any number for the condition, whatever the enumeration names.
@@ -32,6 +34,11 @@ void CLinkedList::OnCreate() noexcept {
 }
 
 STDMETHODIMP CLinkedList::Add(VARIANT* Value, LONG* Before, LONG* After, LONG* result) noexcept {
+    if (list_.IsFull() && Value && result) {
+        *result = 0;
+        const HRESULT expanded = Guard(kExpandList, [&] { list_.Grow(); });
+        if (FAILED(expanded)) return expanded;
+    }
     return Guard(L"CLinkedList.Add", result,
                  [&] { return list_.Add(CopyOf(Given(Value)), OrZero(Before), OrZero(After)); });
 }
@@ -42,6 +49,7 @@ STDMETHODIMP CLinkedList::CheckIndex(LONG* Index) noexcept {
 
 STDMETHODIMP CLinkedList::Find(VARIANT* Value, FindConditionConstants* Condition, LONG* StartIndex,
                                VARIANT_BOOL* Descending, LONG* result) noexcept {
+    const ComPtr<_CLinkedList> alive(this);  // asking objects who they are may run the client's code
     return Guard(L"CLinkedList.Find", result, [&] {
         const Variant wanted = CopyOf(Given(Value));
         return FindVariant(list_, wanted, NumberOf(Condition), OrZero(StartIndex), Descending && *Descending);
@@ -77,7 +85,9 @@ STDMETHODIMP CLinkedList::RemoveAll() noexcept {
 }
 
 STDMETHODIMP CLinkedList::SetSize(LONG* numEls, LONG* ChunkSize) noexcept {
-    return Guard(L"CLinkedList.SetSize", [&] { list_.SetSize(Given(numEls), OrZero(ChunkSize)); });
+    const HRESULT checked =
+        Guard(L"CLinkedList.SetSize", [&] { VariantList::CheckSize(Given(numEls), OrZero(ChunkSize)); });
+    return FAILED(checked) ? checked : Guard(kExpandList, [&] { list_.SetSize(*numEls, OrZero(ChunkSize)); });
 }
 
 STDMETHODIMP CLinkedList::get_BOL(VARIANT_BOOL* result) noexcept {

@@ -1,7 +1,8 @@
 // CLinkedList: a list of variants. See node_list.h for its deliberate oddities and variant_search.h for Find.
 //
 // A member that fails shows the report and raises the error to its caller. One failure gives one report, titled with
-// the member that the client called.
+// the member that the client called, or with ExpandList, a procedure of its own, when Add or SetSize cannot grow the
+// list.
 #pragma once
 
 #include "containers/variant_search.h"

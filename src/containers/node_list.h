@@ -36,6 +36,10 @@ class NodeList {
         while (nodes_.upper() >= 0) std::exchange(nodes_, NodeArray<Value>());
     }
 
+    // Add makes room itself, but a caller that wants to tell a failure of that apart does it beforehand.
+    bool IsFull() const noexcept { return freeHead_ == 0; }
+    void Grow() { Expand(nodes_, kChunk); }
+
     // A list is made empty; what RemoveAll does is the same again. The old values go when all is in order.
     void Create() {
         NodeArray<Value> nodes;
@@ -61,6 +65,9 @@ class NodeList {
     }
     // The value that was removed, for the caller to drop.
     Value Remove(Index index);
+    static void CheckSize(Index size, Index chunk) {
+        if (size < 1 || chunk < 0) throw RuntimeError(5);
+    }
     void SetSize(Index size, Index chunk);
 
     // The item at an index, or for 0 at the cursor.
@@ -141,7 +148,7 @@ class NodeList {
 template <class Value>
 auto NodeList<Value>::AddAnywhere(Value& value, Index before, Index after) -> Index {
     if (count_ == kMostItems) throw RuntimeError(6);
-    if (freeHead_ == 0) Expand(nodes_, kChunk);
+    if (IsFull()) Grow();
     const Index index = freeHead_;
     Node node = nodes_.At(index);
     const Index nextFree = node.next();
@@ -218,7 +225,7 @@ void NodeList<Value>::Unlink(Node node, Index index) {
 
 template <class Value>
 void NodeList<Value>::SetSize(Index size, Index chunk) {
-    if (size < 1 || chunk < 0) throw RuntimeError(5);
+    CheckSize(size, chunk);
     if (size > nodes_.upper()) Expand(nodes_, size - nodes_.upper());
 }
 

@@ -96,9 +96,13 @@ bool ConnectionPoint::IsConnected(DWORD cookie) const noexcept {
     return std::any_of(sinks_.begin(), sinks_.end(), [cookie](const Sink& sink) { return sink.cookie == cookie; });
 }
 
-void ConnectionPoint::Raise(DISPID event, std::span<VARIANT> arguments) noexcept try {
-    DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+void ConnectionPoint::Raise(DISPID event, FLOAT value) noexcept try {
     const auto call = [&](IDispatch* sink) {
+        FLOAT own = value;
+        VARIANT argument;
+        argument.vt = VT_R4 | VT_BYREF;
+        argument.pfltVal = &own;
+        DISPPARAMS parameters{&argument, nullptr, 1, 0};
         sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
     };
     if (sinks_.size() == 1) {  // the usual case, without a copy of the list

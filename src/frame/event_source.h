@@ -1,7 +1,6 @@
 // Connection points for a class that raises events: one outgoing dispatch interface, any number of sinks.
 #pragma once
 
-#include <span>
 #include <vector>
 
 #include "frame/com_ptr.h"
@@ -18,10 +17,10 @@ class ConnectionPoint final : public IConnectionPoint {
     const IID& events() const noexcept { return events_; }
     bool HasSinks() const noexcept { return !sinks_.empty(); }
 
-    // Calls every sink that is connected now. While it is called a sink may connect or disconnect any sink, and drop
-    // its last reference to the owner, so the owner holds one itself. What a sink answers, errors included, is its own
-    // affair.
-    void Raise(DISPID event, std::span<VARIANT> arguments) noexcept;
+    // Calls every sink that is connected now, each with the value in a variable of its own: nobody sees what a sink
+    // writes there. While it is called a sink may connect or disconnect any sink, and drop its last reference to the
+    // owner, so the owner holds one itself. What a sink answers, errors included, is its own affair.
+    void Raise(DISPID event, FLOAT value) noexcept;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override;
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return container_->AddRef(); }

@@ -127,12 +127,7 @@ void CCRC32::RaiseStringProgress(std::size_t size) noexcept {
 }
 
 void CCRC32::RaiseProgress(double fraction) noexcept {
-    if (!events_.point().HasSinks()) return;
-    FLOAT value = static_cast<FLOAT>(fraction);
-    VARIANT argument;
-    argument.vt = VT_R4 | VT_BYREF;
-    argument.pfltVal = &value;  // a handler may write into it; nobody looks
-    events_.point().Raise(kProgress, {&argument, 1});
+    if (events_.point().HasSinks()) events_.point().Raise(kProgress, static_cast<FLOAT>(fraction));
 }
 
 }  // namespace velk

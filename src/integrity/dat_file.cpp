@@ -54,6 +54,7 @@ STDMETHODIMP CDatFile::GetIndicatorReadable(BSTR* result) noexcept {
 }
 
 STDMETHODIMP CDatFile::Initialize(BSTR* Filename, VARIANT_BOOL* DisplayCRC) noexcept {
+    const ComPtr<_CDatFile> alive(this);  // while the seal is shown the client's code may run
     return Guard(L"Initialize", [&] {
         const std::wstring path(View(Given(Filename)));
         initialised_ = true;
@@ -99,7 +100,7 @@ Bstr CDatFile::Lookup(std::wstring_view suffix) const {
 }
 
 bool CDatFile::SealHolds(bool display) {
-    const std::u16string_view stored = entries_->Find(u"@CRC").value_or(u"");
+    const std::u16string stored(entries_->Find(u"@CRC").value_or(u""));
     if (stored.empty()) return false;
     const LONG seal = SealOf(entries_->text());
     const std::wstring sealText = std::to_wstring(seal);

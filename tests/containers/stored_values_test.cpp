@@ -234,15 +234,19 @@ TEST_F(Containers, StayAsTheyWereWithoutMemory) {
     BSTR raw = longer.get();
     VARIANT value = Arg(LONG{1});
     EXPECT_EQ(S_OK, builder->put_Text(Bstr(L"abc").get()));
-    EXPECT_EQ(1, Add(value));
+    for (LONG i = 1; i < 100; ++i) EXPECT_EQ(i, Add(value));
     {
         const ScarceMemory scarce(1000, SIZE_MAX);
         LONG size = 1000, length = 9;
         EXPECT_EQ(Runtime(7), list->SetSize(&size, nullptr));
-        expectReport(L"CLinkedList.SetSize");
+        expectReport(L"CLinkedList.ExpandList");
         EXPECT_EQ(Runtime(7), list->RemoveAll());
         expectReport(L"CLinkedList.RemoveAll");
-        EXPECT_EQ(2, Add(value));
+        EXPECT_EQ(100, Add(value));
+        EXPECT_EQ(Runtime(7), list->Add(&value, nullptr, nullptr, &size));
+        expectReport(L"CLinkedList.ExpandList");
+        EXPECT_EQ(0, size);
+        EXPECT_EQ(S_OK, list->CheckIndex(&(size = 1)));  // growing would have marked it as free
         EXPECT_EQ(S_OK, builder->Append(&raw));
         expectReport(L"Append");
         EXPECT_EQ(Runtime(7), builder->put_Text(raw));

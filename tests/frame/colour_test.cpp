@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 namespace velk {
 namespace {
 
@@ -27,16 +25,8 @@ TEST(Colour, TranslateColorFollowsThePlatform) {
     } description;
     const HPALETTE palette = CreatePalette(&description.palette);
     ASSERT_TRUE(palette);
-    const std::tuple<LONG, HPALETTE, LONG> cases[] = {
-        {0x00123456, nullptr, 0x00123456},
-        {0x00123456, palette, 0x02123456},  // now means the nearest entry of the
-                                            // palette
-        {0x01000002, palette, -1},          // beyond its last entry
-        {0x01000002, nullptr, 0x01000002},
-        {0x03000000, nullptr, -1},
-        {System(0x7FFF), nullptr, -1},
-    };
-    for (const auto& [colour, with, translated] : cases) EXPECT_EQ(translated, TranslateColor(colour, with)) << colour;
+    EXPECT_EQ(0x02123456, TranslateColor(0x00123456, palette));  // now means the nearest entry of the palette
+    EXPECT_EQ(-1, TranslateColor(0x01000002, palette));          // beyond its last entry
     DeleteObject(palette);
 }
 
