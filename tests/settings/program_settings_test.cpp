@@ -138,6 +138,8 @@ TEST_F(ProgramSettings, StoreStringsWholeAndMakeTheirKey) {
     Set(L"Section", Text(L"New\\Deeper"));
     Write(L"made");
     EXPECT_EQ(L"made", Read());
+    const Variant padded = Text(std::wstring_view(L"v\0\0", 3));  // as out of a fixed buffer
+    EXPECT_EQ(L"made", Fact(settings_.get(), L"ReadEntry", {padded, padded}));
     Set(L"Section", Text(L"Settings"));
     for (const std::wstring& text : {std::wstring(100'001, L'\xE9'), std::wstring(L"a\0b", 3), std::wstring()}) {
         Write(text);
