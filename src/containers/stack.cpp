@@ -45,6 +45,8 @@ STDMETHODIMP CStack::Pop(VARIANT* result) noexcept {
 
 // Deliberate: what goes wrong with the slots is not a component failure, unlike everything else.
 STDMETHODIMP CStack::Push(VARIANT* Value) noexcept {
+    // A step of less than 0 drops values, and with one of them the client may let go of the stack.
+    const ComPtr<_CStack> alive(stack_.IsFull() ? this : nullptr);
     Variant copy;
     const HRESULT copied = Guard(L"Push", [&] { copy = CopyOf(Given(Value)); });
     return FAILED(copied) ? copied : PassOn([&] { stack_.Push(std::move(copy)); });

@@ -35,6 +35,7 @@ class ValueStack {
 
     Number count() const noexcept { return count_; }
     Number slots() const noexcept { return slots_; }
+    bool IsFull() const noexcept { return count_ >= slots_; }
     Number growBy() const noexcept { return growBy_; }
     void SetGrowBy(Number step) noexcept { growBy_ = step; }
 

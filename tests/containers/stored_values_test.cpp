@@ -170,6 +170,14 @@ TEST_F(Containers, AreInOrderAndMayGoWhenAnObjectCallsBackAsItGoes) {
     Push(FarewellWith([&] { stack = nullptr; }));
     EXPECT_EQ(S_OK, stack.get()->Clear());
     EXPECT_FALSE(stack);
+    stack = CreateObject<_CStack>(__uuidof(::CStack));
+    for (LONG i = 1; i < 10; ++i) Push(Arg(i));
+    Push(FarewellWith([&] { stack = nullptr; }));
+    LONG step = -1;
+    EXPECT_EQ(S_OK, stack->put_GrowBy(&step));
+    VARIANT more = Arg(LONG{11});
+    EXPECT_EQ(Runtime(9), stack.get()->Push(&more));
+    EXPECT_FALSE(stack);
 }
 
 // ---- Memory ----
