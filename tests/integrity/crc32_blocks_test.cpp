@@ -12,7 +12,7 @@ TEST(Crc32Blocks, AreWholeUntilTheEndAndLeaveOutALastByteThatWouldStartOne) {
         {0, 1, 1, 0},
         {0, 2, 1, 2},
         {0, kBlock, 1, kBlock},
-        {0, kBlock + 1, 1, kBlock},
+        {0, 32768, 1, 32767},
         {kBlock, kBlock + 1, 1, 0},
         {kBlock, kBlock + 2, 1, 2},
         {kBlock, 40 * kBlock, 16, 16 * kBlock},
