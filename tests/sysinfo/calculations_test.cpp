@@ -91,11 +91,13 @@ TEST(DriveTexts, NameTheTypesAndJoinCapabilities) {
     for (int type = 0; type <= 6; ++type) EXPECT_EQ(types[type], DriveTypeText(type));
     for (const int type : {7, -1, 0x7FFFFFFF}) EXPECT_EQ("", DriveTypeText(type));
     EXPECT_EQ("", VolumeFlagsText(0x7FE0));
-    EXPECT_EQ("Supports case-sensitive searching, Permits case-sensitive names", VolumeFlagsText(3));
+    EXPECT_EQ("Supports case-sensitive searching", VolumeFlagsText(1));
     for (const std::uint32_t bit : {0x8000U, 0x10000U, 0x80000000U})
         EXPECT_EQ("Volume is compressed", VolumeFlagsText(bit));
-    EXPECT_EQ("Uses Unicode file names, Uses persistent ACLs, Supports file-level compression, Volume is compressed",
-              VolumeFlagsText(0xFFFF'FFFC));
+    EXPECT_EQ(
+        "Permits case-sensitive names, Uses Unicode file names, Uses persistent ACLs, Supports file-level compression, "
+        "Volume is compressed",
+        VolumeFlagsText(0xFFFF'FFFE));
 }
 
 }  // namespace
