@@ -26,16 +26,18 @@ bool HookedWindow::Subclass(WNDPROC procedure) noexcept {
     previous_ = SetProcedure(handle_, unicode_, procedure);
     if (previous_ == procedure) previous_ = unicode_ ? DefWindowProcW : DefWindowProcA;  // put back by another program
     previousIsHandle_ = IsHandle(previous_);
-    if (!previous_) RemovePropW(handle_, kMark);
+    if (!previous_) Unmark();
     return previous_ != nullptr;
 }
 
 bool HookedWindow::Restore(WNDPROC procedure) noexcept {
     if (ProcedureOf(handle_, unicode_) != procedure) return false;
     SetProcedure(handle_, unicode_, previous_);
-    RemovePropW(handle_, kMark);
+    Unmark();
     return true;
 }
+
+void HookedWindow::Unmark() noexcept { RemovePropW(handle_, kMark); }
 
 bool HookedWindow::IsStillThere(WNDPROC procedure) const noexcept {
     return GetPropW(handle_, kMark) == this || ProcedureOf(handle_, unicode_) == procedure;

@@ -35,6 +35,9 @@ class HookedWindow {
     // program's way to the window.
     bool Restore(WNDPROC procedure) noexcept;
 
+    // The platform wants a window's properties taken off before the window goes, whoever stands on our procedure.
+    void Unmark() noexcept;
+
     // Set while the hooks of a destroyed window are let go.
     bool IsDestroyed() const noexcept { return destroyed_; }
     void SetDestroyed() noexcept { destroyed_ = true; }

@@ -129,7 +129,7 @@ LRESULT CALLBACK ThreadHooks::Procedure(HWND window, UINT message, WPARAM wParam
 LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
     const LRESULT result = Below(WindowHooks::kTop, call);
     if (call.message == WM_NCDESTROY) {
-        call.window->Restore(&Procedure);
+        if (!call.window->Restore(&Procedure)) call.window->Unmark();
         Forget(call.window);
     }
     return result;

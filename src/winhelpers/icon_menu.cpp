@@ -66,6 +66,13 @@ char16_t KeyOf(HWND window, WORD key) noexcept {
     return MultiByteToWideChar(CP_ACP, 0, narrow, 1, &wide, 1) == 1 ? UpperCase(static_cast<char16_t>(wide)) : 0;
 }
 
+// Also in a loop that began before the window was attached.
+bool InMenuMode() noexcept {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    return GetGUIThreadInfo(GetCurrentThreadId(), &info) && info.flags & (GUI_INMENUMODE | GUI_POPUPMENUMODE);
+}
+
 }  // namespace
 
 constinit const ClassInfo cIconMenu::kInfo{
@@ -242,7 +249,9 @@ bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
     }
 }
 
+// An accelerator's menu is announced like one that opens, but is not shown, and no loop ends.
 void cIconMenu::OpenPopup(HMENU menu) {
+    if (!menus_.InLoop() && !InMenuMode()) return;
     if (GetWindowLongPtrW(WindowOf(window_), GWL_EXSTYLE) & WS_EX_LAYOUTRTL) return;
     if (!menus_.AnyOpen()) painter_.Prepare(icons_.CellSize());
     menus_.Open(menu, [this](OpenItem& item, UINT state) {

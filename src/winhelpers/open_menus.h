@@ -77,6 +77,7 @@ class OpenMenus {
     void LeaveLoop() noexcept;
     void RestoreAll() noexcept;
 
+    bool InLoop() const noexcept { return !loops_.empty(); }
     bool AnyOpen() const noexcept { return open_ != 0; }
 
     // The menu whose item has this data; null when it is none of ours.

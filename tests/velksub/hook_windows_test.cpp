@@ -12,11 +12,14 @@
 namespace velk::test {
 namespace {
 
+constexpr const wchar_t* kMark = L"VelkSub.HookedWindow";
+
 // Another program's procedure, of either character set: notes what it sees and passes it on.
 template <bool kAnsi>
 struct OtherProgram {
     static inline WNDPROC before = nullptr;
     static inline std::string seen;
+    static inline bool marked = false;  // whether the window keeps the mark of a hooked one to its end
 
     static void Set(HWND window, WNDPROC procedure) {
         const auto set = kAnsi ? SetWindowLongPtrA : SetWindowLongPtrW;
@@ -27,7 +30,9 @@ struct OtherProgram {
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         if (message == kMessage) seen += 'o';
         if (kAnsi && message == WM_SETTEXT) seen = reinterpret_cast<const char*>(lParam);
-        return (kAnsi ? CallWindowProcA : CallWindowProcW)(before, window, message, wParam, lParam);
+        const LRESULT result = (kAnsi ? CallWindowProcA : CallWindowProcW)(before, window, message, wParam, lParam);
+        if (message == WM_NCDESTROY) marked = GetPropW(window, kMark) != nullptr;
+        return result;
     }
 };
 using Wide = OtherProgram<false>;
@@ -59,13 +64,18 @@ TEST_F(Hooks, DoNotBreakAnothersSubclassing) {
     RemoveFromWindow(hook.get());
     ExpectUntouched();
     EXPECT_EQ(7, Send());
+    AddToWindow(hook.get());
+    Wide::Subclass(window.get());
+    Wide::marked = true;
+    window.Destroy();
+    EXPECT_FALSE(Wide::marked);
 }
 
 // Another program clears all properties of a window, ours among them.
 TEST_F(Hooks, StayWhereTheirMarkIsTakenAway) {
     const auto first = Logging('a', kAfter), second = Logging('b', kAfter);
     AddToWindow(first.get());
-    EXPECT_NE(nullptr, RemovePropW(window.get(), L"VelkSub.HookedWindow"));
+    EXPECT_NE(nullptr, RemovePropW(window.get(), kMark));
     AddToWindow(second.get());
     EXPECT_EQ(7, Send());
     EXPECT_EQ("wab", log);

@@ -54,9 +54,9 @@ TEST_F(IconMenu, DrawsItemsOnlyWhileTheyAreShownAndKeepsThemAsTheyWere) {
 
 TEST_F(IconMenu, LeavesOtherMenusToTheSystem) {
     const auto before = ItemsOf(menu);
+    Open(nullptr);
     SendMessageW(window_.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), MAKELPARAM(0, TRUE));
     EXPECT_EQ(before, ItemsOf(menu)) << "a system menu";
-    Open(nullptr);
     Open(reinterpret_cast<HMENU>(0x12345));
     ModifyMenuW(menu, kSave, MF_BYPOSITION | MFT_RIGHTORDER, CommandAt(kSave), L"right to left");
     const auto rightToLeft = ItemsOf(menu);
@@ -71,23 +71,41 @@ TEST_F(IconMenu, LeavesOtherMenusToTheSystem) {
 
 TEST_F(IconMenu, GivesBackTheMenusOfALoopInsideAnother) {
     const Menu inner = FullMenu();
-    const auto enter = [this] { SendMessageW(window_.get(), WM_ENTERMENULOOP, TRUE, 0); };
-    enter();
-    Open(menu);
-    enter();
-    Open(inner.get());
+    for (const HMENU opened : {menu, inner.get()}) OpenIn(window_.get(), opened);
     for (const bool isOpen : {true, false}) {
         EXPECT_EQ(isOpen, IsOwnerDrawn(inner.get(), kOpen));
         EXPECT_TRUE(IsOwnerDrawn(menu, kOpen));
         Close();
     }
     EXPECT_FALSE(IsOwnerDrawn(menu, kOpen));
-    for (int i = 0; i < 2; ++i) enter(), Open(menu);
+    OpenIn(window_.get(), menu);
     icons_->Detach();
-    Attach(window_.get());  // in the middle of loops whose beginning it did not see
-    Open(menu);
-    Close();
-    EXPECT_FALSE(IsOwnerDrawn(menu, kOpen));
+    Attach(window_.get());
+    OpenIn(window_.get(), menu, false);
+    EXPECT_FALSE(IsOwnerDrawn(menu, kOpen)) << "the loop went with the window";
+}
+
+// The platform announces a menu to the window, too, when an accelerator for one of its commands is pressed: no loop
+// ends.
+TEST_F(IconMenu, LeavesMenusAloneThatAreAnnouncedAndNotShown) {
+    const HMENU bar = CreateMenu();
+    AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(menu), L"&File");
+    SetMenu(window_.get(), bar);
+    bool announced = false;
+    window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+        announced |= message == WM_INITMENUPOPUP;
+        return std::nullopt;
+    };
+    const auto before = ItemsOf(menu);
+    ACCEL key{FVIRTKEY, VK_F7, CommandAt(kOpen)};
+    const HACCEL accelerators = CreateAcceleratorTableW(&key, 1);
+    MSG pressed{window_.get(), WM_KEYDOWN, VK_F7, 1, 0, {}};
+    EXPECT_NE(0, TranslateAcceleratorW(window_.get(), accelerators, &pressed));
+    EXPECT_TRUE(announced);
+    EXPECT_EQ(before, ItemsOf(menu));
+    DestroyAcceleratorTable(accelerators);
+    RemoveMenu(bar, 0, MF_BYPOSITION);
+    window_.handler = nullptr;
 }
 
 // What a client does to an open menu has the same effect as on one that nobody draws.
@@ -224,7 +242,7 @@ TEST_F(IconMenu, MovesFromWindowToWindowOfThisThread) {
     EXPECT_EQ(other.handle(), AttachedTo());
     Open(menu);
     EXPECT_FALSE(IsOwnerDrawn(menu, kOpen)) << "the first window's menus are the system's again";
-    SendMessageW(other.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
+    OpenIn(other.get(), menu);
     EXPECT_TRUE(IsOwnerDrawn(menu, kOpen));
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(S_OK, icons_->Detach());
@@ -240,7 +258,7 @@ TEST_F(IconMenu, SharesAMenuWithAnother) {
     for (const HWND window : {other.get(), window_.get()}) {  // in another window, and both in the same one
         ASSERT_EQ(S_OK, second->Attach(HandleToLong(window)));
         Open(menu);
-        SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
+        OpenIn(window, menu);
         EXPECT_TRUE(IsOwnerDrawn(menu, kOpen));
         SendMessageW(window, WM_EXITMENULOOP, 0, 0);
         Close();
@@ -289,6 +307,7 @@ void* __cdecl RefuseOnce(std::size_t size) { return std::exchange(refused, true)
 
 TEST_F(IconMenu, ShowsWhatGoesWrongWhileAMenuOpens) {
     const ReportRecorder recorder(Library());
+    Open(nullptr);
     {
         const ImportPatch patch(Library(), "malloc", reinterpret_cast<void*>(&RefuseOnce));
         allocate = patch.Original<decltype(allocate)>();
@@ -340,7 +359,11 @@ TEST_F(ShownMenu, WorksFromTheKeyboardAndMayLoseItsIconsOrItsWindow) {
     EXPECT_EQ(before, Unlit());
     Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
     EXPECT_EQ(before, Unlit());
-    Attach(window_.get());
+    bool drawn = false;
+    const HMENU more = before[kMore].submenu;
+    Show({[&] { Attach(window_.get()); }, Press('M'), [&] { drawn = IsOwnerDrawn(more, 0); }});
+    EXPECT_TRUE(drawn) << "attached in the middle of a loop";
+    EXPECT_FALSE(IsOwnerDrawn(more, 0));
     Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
     EXPECT_EQ(before, Unlit());
     EXPECT_EQ(0, AttachedTo());

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "winhelpers/hooked_fixture.h"
@@ -102,17 +103,31 @@ inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
 
 class IconMenuTest : public testing::Test {
   protected:
-    HRESULT Attach(HWND window) { return icons_->Attach(HandleToLong(window)); }
+    HRESULT Attach(HWND window) {
+        inLoop_ = false;
+        return icons_->Attach(HandleToLong(window));
+    }
 
-    // What the system sends when a popup menu opens, and when the last one closes.
-    void Open(HMENU menu) const { SendMessageW(window_.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0); }
-    void Close() const { SendMessageW(window_.get(), WM_EXITMENULOOP, TRUE, 0); }
+    // What the system sends when a popup menu opens, the first one of a menu loop or another, and when the last one
+    // closes.
+    void Open(HMENU menu) { OpenIn(window_.get(), menu, !std::exchange(inLoop_, true)); }
+    void Close() {
+        inLoop_ = false;
+        SendMessageW(window_.get(), WM_EXITMENULOOP, TRUE, 0);
+    }
+    static void OpenIn(HWND window, HMENU menu, bool first = true) {
+        if (first) SendMessageW(window, WM_ENTERMENULOOP, TRUE, 0);
+        SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
+    }
 
     static bool IsOwnerDrawn(HMENU menu, UINT position) { return ItemsOf(menu)[position].type & MFT_OWNERDRAW; }
 
     HookLibrary library_;
     TestWindow window_;
     ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
+
+  private:
+    bool inLoop_ = false;
 };
 
 }  // namespace velk::test

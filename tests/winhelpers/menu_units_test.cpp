@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <numeric>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -101,31 +102,45 @@ TEST(MenuLayout, ShrinksPicturesToTheIconAndNeverEnlargesThem) {
     }
 }
 
+using Boxes = std::vector<Box>;
+
+template <class Draw>
+Boxes PartsOf(Draw draw) {
+    Boxes parts;
+    draw([&](const Box& part) { parts.push_back(part); });
+    return parts;
+}
+
 // A tick is a stroke down and a longer one up, a bullet round; both in the middle of their box.
 TEST(MenuGlyphs, HaveTheirShapesAtEverySize) {
     constexpr Box kWithin{10, 20, 60, 70};
     for (int side = 6; side <= 30; ++side) {
-        std::vector<Box> tick, bullet;
-        CheckMark(kWithin, side, [&](const Box& part) { tick.push_back(part); });
-        Bullet(kWithin, side, [&](const Box& part) { bullet.push_back(part); });
-        ASSERT_EQ(static_cast<std::size_t>(side), tick.size());
-        ASSERT_EQ(tick.size(), bullet.size());
-        const auto lowest = std::ranges::max_element(tick, {}, &Box::top);
-        const auto highest = std::ranges::min_element(tick, {}, &Box::top);
-        EXPECT_LT(0, lowest - tick.begin()) << side;
-        EXPECT_LT(lowest->left - tick.front().left, tick.back().left - lowest->left) << side;
+        const auto size = static_cast<std::size_t>(side);
+        const Boxes tick = PartsOf([&](auto put) { CheckMark(kWithin, side, put); });
+        const Boxes bullet = PartsOf([&](auto put) { Bullet(kWithin, side, put); });
+        const Boxes arrow = PartsOf([&](auto put) { ArrowHead({30, 40, 30 + side, 39 + 2 * side}, put); });
+        for (const Boxes* parts : {&tick, &bullet, &arrow}) ASSERT_EQ(size, parts->size());
+        for (std::size_t i = 0; i < size; ++i) {
+            const int step = static_cast<int>(i);
+            EXPECT_EQ((std::pair{tick[0].left + step, 1}), (std::pair{tick[i].left, tick[i].width()})) << side;
+            EXPECT_EQ(tick[0].height(), tick[i].height()) << side;
+            if (i > 0) EXPECT_EQ(1, std::abs(tick[i].top - tick[i - 1].top)) << side;
+            EXPECT_EQ((std::pair{bullet[0].top + step, 1}), (std::pair{bullet[i].top, bullet[i].height()})) << side;
+            EXPECT_EQ(bullet[i].width(), bullet[size - 1 - i].width()) << side;
+            EXPECT_NEAR(bullet[i].left - kWithin.left, kWithin.right - bullet[i].right, 1) << side;
+            EXPECT_EQ((Box{30 + step, 40 + step, 31 + step, 39 + 2 * side - step}), arrow[i]) << side;
+        }
+        const auto [highest, lowest] = std::ranges::minmax_element(tick, {}, &Box::top);
+        EXPECT_NEAR(side / 3.0, lowest - tick.begin(), 1) << side;
         EXPECT_EQ(tick.back(), *highest) << side;
+        EXPECT_LE(side / 3, tick[0].height()) << side;
+        EXPECT_GE(side / 2 + 1, tick[0].height()) << side;
         EXPECT_NEAR(highest->top - kWithin.top, kWithin.bottom - lowest->bottom, 1) << side;
         EXPECT_NEAR(tick.front().left - kWithin.left, kWithin.right - tick.back().right, 1) << side;
-        for (std::size_t i = 1; i < tick.size(); ++i) EXPECT_EQ(1, std::abs(tick[i].top - tick[i - 1].top)) << side;
-        int area = 0, widest = 0;
-        for (std::size_t i = 0; i < bullet.size(); ++i) {
-            EXPECT_EQ(bullet[i].width(), bullet[bullet.size() - 1 - i].width()) << side;
-            EXPECT_NEAR(bullet[i].left - kWithin.left, kWithin.right - bullet[i].right, 1) << side;
-            area += bullet[i].width();
-            widest = std::max(widest, bullet[i].width());
-        }
-        EXPECT_EQ(side, widest);
+        EXPECT_NEAR(bullet.front().top - kWithin.top, kWithin.bottom - bullet.back().bottom, 1) << side;
+        const int area =
+            std::accumulate(bullet.begin(), bullet.end(), 0, [](int sum, const Box& row) { return sum + row.width(); });
+        EXPECT_EQ(side, std::ranges::max(bullet, {}, &Box::width).width());
         EXPECT_NEAR(0.785 * side * side, area, 0.05 * side * side + side / 2.0) << side;
     }
 }
