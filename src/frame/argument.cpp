@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 
 #include "frame/string_arrays.h"
 #include "frame/text.h"
@@ -46,15 +45,41 @@ HRESULT ToInterface(VARIANT* to, const VARIANT& from, const Parameter& parameter
     return SUCCEEDED(result) ? S_OK : DISP_E_TYPEMISMATCH;
 }
 
-// The bytes of a value of each type, from VT_EMPTY on; 0 for what a result is not put into: objects, of which only the
-// default property was read, arrays and decimals.
-constexpr std::size_t kSizes[] = {0, 0, 2, 4, 4, 8, 8, 8, sizeof(BSTR), 0, 4, 2, 0, 0, 0, 0, 1, 1, 2, 4, 8, 8, 4, 4};
-static_assert(std::size(kSizes) == VT_UINT + 1);
+// The bytes of a value. 0 for what a result is not put into: objects, of which only the default property was read,
+// arrays and decimals.
+std::size_t SizeOf(VARTYPE type) noexcept {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return 1;
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return 2;
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return 4;
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return 8;
+        case VT_BSTR:
+            return sizeof(BSTR);
+        default:
+            return 0;
+    }
+}
 
 // Puts a value into the client's storage of another type.
 HRESULT Store(const VARIANT& reference, VARIANT* value, LCID locale) noexcept {
     const VARTYPE type = reference.vt & ~VT_BYREF;
-    const std::size_t size = type < std::size(kSizes) ? kSizes[type] : 0;
+    const std::size_t size = SizeOf(type);
     if (size == 0) return S_OK;
     Variant stored;
     const HRESULT result = ChangeType(&stored, value, type, locale);

@@ -105,16 +105,10 @@ void* PlaceOf(VARIANT& result, VARTYPE type) noexcept {
 // What goes wrong on the way to the member and back is the answer; how the member itself ended is `ended`.
 HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& given, LCID locale, VARIANT* result,
                    HRESULT* ended, UINT* badArgument) noexcept {
-    void* const place = PlaceOf(*result, plan.result);
-    if (plan.parameters.empty()) {
-        if (given.cArgs) return DISP_E_BADPARAMCOUNT;
-        *ended = CallSlot(object, plan.slot, {}, place);
-        return S_OK;
-    }
     Arguments arguments(plan);
     const HRESULT settled = arguments.Settle(given, locale, badArgument);
     if (FAILED(settled)) return settled;
-    *ended = arguments.Call(object, place);
+    *ended = arguments.Call(object, PlaceOf(*result, plan.result));
     return SUCCEEDED(*ended) ? arguments.WriteBack(locale) : S_OK;
 }
 

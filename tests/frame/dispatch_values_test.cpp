@@ -131,13 +131,23 @@ TEST_F(DispatchValues, VariablesReceiveWhatTheMemberWroteAndLiteralsStay) {
 
 TEST_F(DispatchValues, TypedReferencesArePassedStraightAndForeignOnesConvertedThereAndBack) {
     LONG number = 5;
-    SHORT small = 5;
+    SHORT small = 32767;
     BSTR place = Bstr(L"a").Detach();
     EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I4, &number)}).value));
     EXPECT_EQ(6, number);
-    EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(VT_I2, &small)}).value));
-    EXPECT_EQ(6, small);
-    small = 32767;
+    const std::pair<VARTYPE, std::size_t> sizes[] = {{VT_I1, 1}, {VT_UI1, 1}, {VT_I2, 2},   {VT_UI2, 2}, {VT_UI4, 4},
+                                                     {VT_R4, 4}, {VT_INT, 4}, {VT_UINT, 4}, {VT_I8, 8},  {VT_UI8, 8},
+                                                     {VT_R8, 8}, {VT_CY, 8},  {VT_DATE, 8}};
+    for (const auto& [type, size] : sizes) {
+        LONGLONG places[] = {-1, -1};
+        for (LONG i : {0, 1}) {
+            VARIANT whole = Arg(5 + i), value{};
+            EXPECT_EQ(S_OK, VariantChangeType(&value, &whole, 0, type));
+            memcpy(&places[i], &value.llVal, size);
+        }
+        EXPECT_EQ(L"3:5", Describe(Call(shapes_.get(), L"BumpLong", {Ref(type, &places[0])}).value)) << type;
+        EXPECT_EQ(places[1], places[0]) << type;
+    }
     EXPECT_EQ(DISP_E_OVERFLOW, Call(shapes_.get(), L"BumpLong", {Ref(VT_I2, &small)}).result);
     EXPECT_EQ(32767, small);
     double fraction = 2.5;
@@ -207,7 +217,10 @@ TEST_F(DispatchValues, ObjectsPassInBothDirections) {
     EXPECT_EQ(object.get(), Call(self, L"EchoObject", {Arg(object.get())}).value.pdispVal);
     EXPECT_EQ(font.get(), Call(self, L"EchoFont", {Arg(font.get())}).value.pdispVal);
     for (const wchar_t* member : {L"EchoFont", L"SwapFont"}) {
-        EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(self, member, {Arg(object.get())}).result);
+        IDispatch* noFont = object.get();
+        for (const VARIANT& given : {Arg(noFont), Ref(VT_DISPATCH, &noFont)}) {
+            EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(self, member, {given}).result);
+        }
     }
 
     Variant variable;
