@@ -75,6 +75,10 @@ TEST(Files, GetFileReadsEveryByteAsACharacter) {
     for (const std::string& bytes : {std::string(), every}) {
         EXPECT_EQ(bytes, ToAnsi(Wide(GetFile(folder.Write(L"bytes", bytes)))));
     }
+    int reads = 0;
+    const auto shrink = [&](HANDLE, LPVOID, DWORD, LPDWORD got, LPOVERLAPPED) { return *got = reads++ ? 0 : 2, TRUE; };
+    const Fake read("ReadFile", &ReadFile, shrink, GetModuleHandleW(nullptr));
+    EXPECT_EQ(2u, GetFile(folder.Path(L"bytes")).size()) << "a file that got shorter meanwhile";
 }
 
 TEST(Files, GetFileFailsWithTheErrorOfWhatWentWrong) {
