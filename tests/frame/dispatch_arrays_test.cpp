@@ -75,7 +75,7 @@ TEST_F(DispatchArrays, StayWhereTheyAreWhenPassedByValueReferredToOrInUse) {
 
 TEST_F(DispatchArrays, OtherContentsAreAMismatch) {
     SAFEARRAYBOUND square[] = {{2, 0}, {2, 0}};
-    Variant cases[5];
+    Variant cases[6];
     cases[0] = Text(L"text");
     cases[1].vt = VT_ARRAY | VT_I4;
     cases[1].parray = SafeArrayCreate(VT_I4, 1, square);
@@ -87,6 +87,8 @@ TEST_F(DispatchArrays, OtherContentsAreAMismatch) {
     VARIANT element = Arg(object.get());
     SafeArrayPutElement(cases[3].parray, &second, &element);
     cases[4].vt = VT_NULL;
+    cases[5].vt = VT_ARRAY | VT_BSTR;  // which it is not
+    cases[5].parray = SafeArrayCreate(VT_I8, 1, square);
     for (Variant& c : cases) {
         const std::wstring before = Describe(c);
         for (const VARIANT& given : {VARIANT(c), Arg(&c)}) {
