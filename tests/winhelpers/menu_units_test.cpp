@@ -124,7 +124,9 @@ TEST(MenuGlyphs, HaveTheirShapesAtEverySize) {
             const int step = static_cast<int>(i);
             EXPECT_EQ((std::pair{tick[0].left + step, 1}), (std::pair{tick[i].left, tick[i].width()})) << side;
             EXPECT_EQ(tick[0].height(), tick[i].height()) << side;
-            if (i > 0) EXPECT_EQ(1, std::abs(tick[i].top - tick[i - 1].top)) << side;
+            if (i > 0) {
+                EXPECT_EQ(1, std::abs(tick[i].top - tick[i - 1].top)) << side;
+            }
             EXPECT_EQ((std::pair{bullet[0].top + step, 1}), (std::pair{bullet[i].top, bullet[i].height()})) << side;
             EXPECT_EQ(bullet[i].width(), bullet[size - 1 - i].width()) << side;
             EXPECT_NEAR(bullet[i].left - kWithin.left, kWithin.right - bullet[i].right, 1) << side;
