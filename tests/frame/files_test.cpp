@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "frame/failure.h"
+#include "frame/library.h"
 #include "frame/text.h"
 #include "support/fake.h"
 #include "support/scratch_folder.h"
@@ -105,6 +106,18 @@ TEST(Files, GetFileFailsWithTheErrorOfWhatWentWrong) {
     const std::size_t handles = OpenHandles();
     for (const auto& [path, error] : cases) EXPECT_EQ(error, ErrorOf(path)) << path;
     EXPECT_EQ(handles, OpenHandles());
+}
+
+TEST(Library, MayLieInADeepFolder) {
+    const std::wstring path = L"C:\\" + std::wstring(700, L'f') + L"\\Velk.Sprt.dll";
+    const auto name = [&](HMODULE, LPWSTR place, DWORD size) {
+        const auto length = static_cast<DWORD>(path.copy(place, size));
+        if (length < size) place[length] = L'\0';
+        return length;
+    };
+    const Fake fake("GetModuleFileNameW", &GetModuleFileNameW, name, GetModuleHandleW(nullptr));
+    EXPECT_EQ(path, library::FilePath());
+    EXPECT_EQ(L"Velk.Sprt", library::FileBaseName());
 }
 
 }  // namespace
