@@ -153,7 +153,8 @@ TEST_F(Hooks, MayAttachAndDetachDuringDispatch) {
     const auto a = Logging('a', kAfter), b = Logging('b', kAfter), c = Logging('c', kAfter);
     const struct {
         std::function<void(TestHook*)> action;
-        const char *log, *logInResponse;  // of the message during which it happens, and of the next one
+        const char* log;                      // of the message during which it happens, and of the next one
+        const char* logInResponse = nullptr;  // where it differs
     } cases[] = {
         {[](TestHook*) {}, "xwab xwab"},
         {[&](TestHook*) { RemoveFromWindow(b.get()); }, "xwa xwa"},
