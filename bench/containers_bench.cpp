@@ -8,7 +8,7 @@
 #include "chart.h"
 #include "containers/literal_list.h"
 #include "containers/variant_search.h"
-#include "frame/text.h"
+#include "platform/text.h"
 #include "ratio.h"
 #include "support/client.h"
 

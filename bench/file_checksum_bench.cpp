@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "frame/files.h"
-#include "frame/text.h"
 #include "integrity/crc32_engine.h"
+#include "platform/files.h"
+#include "platform/text.h"
 #include "ratio.h"
 #include "support/client.h"
 #include "support/scratch_folder.h"

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "ratio.h"
 #include "support/client.h"
 #include "support/scratch_folder.h"

@@ -1,4 +1,4 @@
-#include "frame/class_table.h"
+#include "frame/server/class_table.h"
 
 #include "containers/con_cat.h"
 #include "containers/linked_list.h"
@@ -24,9 +24,9 @@
 #include "sysinfo/memory_status.h"
 #include "sysinfo/mm_timer.h"
 #include "sysinfo/os_info.h"
-#include "winhelpers/form_size_constraint.h"
-#include "winhelpers/icon_menu.h"
-#include "winhelpers/list_view_extended.h"
+#include "winhelpers/hooks/form_size_constraint.h"
+#include "winhelpers/hooks/list_view_extended.h"
+#include "winhelpers/menu/icon_menu.h"
 
 namespace velk {
 

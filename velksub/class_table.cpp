@@ -1,4 +1,4 @@
-#include "frame/class_table.h"
+#include "frame/server/class_table.h"
 
 #include "velksub/hook_manager.h"
 #include "velksub/thread_hooks.h"

@@ -20,7 +20,7 @@ class Lock {
 };
 
 HookTarget TargetOf(ISubclass* hook) {
-    if (!hook) throw RuntimeError(91);
+    if (!hook) throw RuntimeError(Error::ObjectNotSet);
     const ComPtr<ISubclass> subclass(hook);
     const auto identity = subclass.As<IUnknown>();
     return {subclass, identity.get()};

@@ -1,7 +1,7 @@
 // HookManager: the face of the hooks to clients. The windows' hooks themselves are kept for each thread.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksub.h"
 
 namespace velk {

@@ -1,9 +1,9 @@
 // One subclassed window: its procedure before, and its hooks.
 #pragma once
 
-#include "frame/com_ptr.h"
-#include "frame/library.h"
-#include "frame/platform.h"
+#include "frame/module/library.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
 #include "velksub.h"
 #include "velksub/hook_list.h"
 

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "frame/variant.h"
+#include "platform/variant.h"
 
 namespace velk {
 namespace {

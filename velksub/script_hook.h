@@ -3,8 +3,8 @@
 #include <span>
 #include <utility>
 
-#include "frame/com_ptr.h"
-#include "frame/helper_object.h"
+#include "frame/object/helper_object.h"
+#include "platform/com_ptr.h"
 #include "velksub.h"
 
 namespace velk {

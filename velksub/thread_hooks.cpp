@@ -3,7 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "frame/failure.h"
+#include "frame/failure/failure.h"
 #include "velksub/hook_manager.h"
 
 namespace velk {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <unordered_map>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 #include "velksub/hooked_window.h"
 
 namespace velk {

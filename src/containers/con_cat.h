@@ -2,7 +2,7 @@
 #pragma once
 
 #include "containers/text_buffer.h"
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "containers/variant_search.h"
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 
@@ -141,7 +141,7 @@ class NodeArray {
         return static_cast<Index>(static_cast<std::uint32_t>(index) % std::uint32_t{kBlock});
     }
 
-    [[noreturn, gnu::noinline]] static void ThrowOutOfRange() { throw RuntimeError(9); }
+    [[noreturn, gnu::noinline]] static void ThrowOutOfRange() { throw RuntimeError(Error::SubscriptOutOfRange); }
 
     void MakeValues(Block& block, Index number) noexcept {
         block.values = places_[static_cast<std::size_t>(number)].values;

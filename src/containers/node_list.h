@@ -9,7 +9,8 @@
 //   used ones again.
 // - Removing the only item leaves the tail as it was. RemoveAll gives new nodes, but keeps count, head, tail, cursor
 //   and, until it is set anew, the head of the free list from which on the new nodes get initial links.
-// So links may lead to freed nodes, in a circle, or out of the array; an index out of the array is RuntimeError(9).
+// So links may lead to freed nodes, in a circle, or out of the array; an index out of the array is
+// RuntimeError(Error::SubscriptOutOfRange).
 #pragma once
 
 #include <algorithm>
@@ -19,7 +20,7 @@
 #include <utility>
 
 #include "containers/node_array.h"
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 
@@ -61,12 +62,12 @@ class NodeList {
     }
     bool IsItem(Index index) { return index >= 1 && index <= nodes_.upper() && nodes_.At(index).previous() >= 0; }
     void CheckIndex(Index index) {
-        if (!IsItem(index)) throw RuntimeError(5);
+        if (!IsItem(index)) throw RuntimeError(Error::InvalidProcedureCall);
     }
     // The value that was removed, for the caller to drop.
     Value Remove(Index index);
     static void CheckSize(Index size, Index chunk) {
-        if (size < 1 || chunk < 0) throw RuntimeError(5);
+        if (size < 1 || chunk < 0) throw RuntimeError(Error::InvalidProcedureCall);
     }
     void SetSize(Index size, Index chunk);
 
@@ -147,7 +148,7 @@ class NodeList {
 
 template <class Value>
 auto NodeList<Value>::AddAnywhere(Value& value, Index before, Index after) -> Index {
-    if (count_ == kMostItems) throw RuntimeError(6);
+    if (count_ == kMostItems) throw RuntimeError(Error::Overflow);
     if (IsFull()) Grow();
     const Index index = freeHead_;
     Node node = nodes_.At(index);

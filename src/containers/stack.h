@@ -2,8 +2,8 @@
 #pragma once
 
 #include "containers/value_stack.h"
-#include "frame/automation_object.h"
-#include "frame/variant.h"
+#include "frame/object/automation_object.h"
+#include "platform/variant.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "frame/failure.h"
+#include "frame/failure/failure.h"
 
 namespace velk {
 namespace {
@@ -33,7 +33,7 @@ void detail::CopyInto(Variant* copy, const VARIANT& value) {
     RequireTarget(value);
     const VARIANT& target = value.vt == kVariable ? *value.pvarVal : value;
     RequireTarget(target);
-    if (target.vt == kVariable || target.vt == VT_VARIANT) throw RuntimeError(13);
+    if (target.vt == kVariable || target.vt == VT_VARIANT) throw RuntimeError(Error::TypeMismatch);
     ThrowIfFailed(VariantCopyInd(copy, const_cast<VARIANT*>(&target)));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/variant.h"
+#include "platform/variant.h"
 
 namespace velk {
 

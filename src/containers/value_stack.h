@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 
@@ -40,7 +40,7 @@ class ValueStack {
     void SetGrowBy(Number step) noexcept { growBy_ = step; }
 
     void Push(Value value) {
-        if (count_ == kMost) throw RuntimeError(6);
+        if (count_ == kMost) throw RuntimeError(Error::Overflow);
         if (++count_ > slots_) Grow();
         MakePlaces();
         using std::swap;
@@ -77,21 +77,21 @@ class ValueStack {
     static constexpr Number kBlock = 128;
 
     void RequireTop() const {
-        if (count_ > slots_) throw RuntimeError(9);
+        if (count_ > slots_) throw RuntimeError(Error::SubscriptOutOfRange);
     }
 
     void Grow() {
         SetCapacity(std::int64_t{capacity_} + growBy_);
         if (count_ <= slots_) return;
         while (stored_ > slots_) TakeLast();  // one by one: a value that goes may change the stack
-        throw RuntimeError(9);
+        throw RuntimeError(Error::SubscriptOutOfRange);
     }
 
     void SetCapacity(std::int64_t slots) {
-        if (slots < std::numeric_limits<Number>::min() || slots > kMost) throw RuntimeError(6);
+        if (slots < std::numeric_limits<Number>::min() || slots > kMost) throw RuntimeError(Error::Overflow);
         capacity_ = static_cast<Number>(slots);
-        if (capacity_ < 1) throw RuntimeError(9);
-        if (capacity_ > kMostSlots) throw RuntimeError(7);
+        if (capacity_ < 1) throw RuntimeError(Error::SubscriptOutOfRange);
+        if (capacity_ > kMostSlots) throw RuntimeError(Error::OutOfMemory);
         slots_ = capacity_;
     }
 

@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "containers/stored_variant.h"
-#include "frame/com_ptr.h"
-#include "frame/failure.h"
-#include "frame/text.h"
+#include "platform/com_ptr.h"
+#include "platform/system_errors.h"
+#include "platform/text.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "frame/whole_numbers.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -12,7 +12,7 @@ constexpr double kPi = 3.14159265358979;
 
 // Floating-point overflow is an error here, not an infinity.
 double Finite(double value) {
-    if (!std::isfinite(value)) throw RuntimeError(6);
+    if (!std::isfinite(value)) throw RuntimeError(Error::Overflow);
     return value;
 }
 

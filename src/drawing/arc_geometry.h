@@ -24,10 +24,10 @@ struct ArcEnds {
 };
 
 // On the ellipse in the box, at angles in degrees counter-clockwise from 3 o'clock as seen where y grows downwards.
-// RuntimeError(6) when a side of the box, an angle or a point is out of range.
+// RuntimeError(Error::Overflow) when a side of the box, an angle or a point is out of range.
 ArcEnds EndsOfSweep(const BoundingBox& box, double startDegrees, double sweepDegrees);
 
-// The sweep from one angle to another; RuntimeError(6) when it is out of range.
+// The sweep from one angle to another; RuntimeError(Error::Overflow) when it is out of range.
 double SweepBetween(double startDegrees, double endDegrees);
 
 }  // namespace velk

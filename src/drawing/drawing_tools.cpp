@@ -1,6 +1,6 @@
 #include "drawing/drawing_tools.h"
 
-#include "frame/colour.h"
+#include "platform/colour.h"
 
 namespace velk {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "frame/gdi.h"
+#include "platform/drawing_handles.h"
 
 namespace velk {
 

@@ -1,7 +1,7 @@
 #include "drawing/screenshot.h"
 
-#include "frame/gdi.h"
-#include "frame/whole_numbers.h"
+#include "platform/drawing_handles.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {

@@ -1,7 +1,7 @@
 // CScreenshot: a part of the screen, put on the clipboard as a bitmap.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -6,8 +6,8 @@
 
 #include "drawing/arc_geometry.h"
 #include "drawing/drawing_tools.h"
-#include "frame/automation_object.h"
-#include "frame/whole_numbers.h"
+#include "frame/object/automation_object.h"
+#include "platform/whole_numbers.h"
 #include "velksprt.h"
 
 namespace velk {

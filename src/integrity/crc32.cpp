@@ -3,11 +3,11 @@
 #include <span>
 #include <vector>
 
-#include "frame/files.h"
-#include "frame/report.h"
-#include "frame/text.h"
+#include "frame/failure/report.h"
 #include "integrity/crc32_blocks.h"
 #include "integrity/crc32_engine.h"
+#include "platform/files.h"
+#include "platform/text.h"
 
 namespace velk {
 namespace {

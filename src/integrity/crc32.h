@@ -6,9 +6,9 @@
 // Without a sink nothing is spent on them.
 #pragma once
 
-#include "frame/automation_object.h"
-#include "frame/event_source.h"
-#include "frame/handles.h"
+#include "frame/object/automation_object.h"
+#include "frame/object/event_source.h"
+#include "platform/handles.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 namespace {
@@ -61,7 +61,7 @@ std::size_t NextLine(std::u16string_view text, std::size_t at) {
 }  // namespace
 
 void DatEntries::Parse(std::u16string text) {
-    if (text.size() >= kFree) throw RuntimeError(7);
+    if (text.size() >= kFree) throw RuntimeError(Error::OutOfMemory);
     text_ = std::move(text);
     slots_.clear();
     size_ = 0;
@@ -91,7 +91,7 @@ std::size_t DatEntries::ParseBatch(std::size_t at) {
 
 void DatEntries::Insert(std::uint32_t hash, std::u16string_view key) {
     Slot& slot = slots_[Locate(hash, key)];
-    if (slot.position != kFree) throw RuntimeError(457);
+    if (slot.position != kFree) throw RuntimeError(Error::KeyExists);
     slot = {hash, static_cast<std::uint32_t>(key.data() - text_.data())};
     ++size_;
 }

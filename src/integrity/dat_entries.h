@@ -20,7 +20,8 @@ class DatEntries {
     DatEntries(const DatEntries&) = delete;
     DatEntries& operator=(const DatEntries&) = delete;
 
-    // Replaces everything. A duplicate key throws RuntimeError(457); deliberately the entries before it stay.
+    // Replaces everything. A duplicate key throws RuntimeError(Error::KeyExists); deliberately the entries before it
+    // stay.
     void Parse(std::u16string text);
     // The value, valid until the next Parse.
     std::optional<std::u16string_view> Find(std::u16string_view key) const;

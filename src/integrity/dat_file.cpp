@@ -1,10 +1,10 @@
 #include "integrity/dat_file.h"
 
-#include "frame/files.h"
-#include "frame/numbers.h"
-#include "frame/report.h"
+#include "frame/failure/report.h"
 #include "integrity/crc32_engine.h"
 #include "integrity/dat_seal.h"
+#include "platform/files.h"
+#include "platform/numbers.h"
 
 namespace velk {
 namespace {
@@ -94,7 +94,7 @@ void CDatFile::RequireInitialised() const {
 
 Bstr CDatFile::Lookup(std::wstring_view suffix) const {
     RequireInitialised();
-    if (!entries_) throw RuntimeError(91);
+    if (!entries_) throw RuntimeError(Error::ObjectNotSet);
     const std::wstring key = parameter_ + std::wstring(suffix);
     return Bstr(Wide(entries_->Find(Utf16(key)).value_or(u"")));
 }

@@ -7,10 +7,10 @@
 #include <optional>
 #include <string>
 
-#include "frame/automation_object.h"
-#include "frame/com_ptr.h"
-#include "frame/text.h"
+#include "frame/object/automation_object.h"
 #include "integrity/dat_entries.h"
+#include "platform/com_ptr.h"
+#include "platform/text.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -3,9 +3,9 @@
 #include <new>
 #include <utility>
 
-#include "frame/text.h"
-#include "frame/variant.h"
-#include "frame/whole_numbers.h"
+#include "platform/text.h"
+#include "platform/variant.h"
+#include "platform/whole_numbers.h"
 #include "settings/name_list.h"
 
 namespace velk {
@@ -83,7 +83,7 @@ std::string ListNames(const char* section, const std::string& file) {
 
 void Erase(SAFEARRAY*& array) {
     constexpr USHORT kFixed = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE;
-    if (array && array->fFeatures & kFixed) throw RuntimeError(5);  // not ours to free
+    if (array && array->fFeatures & kFixed) throw RuntimeError(Error::InvalidProcedureCall);  // not ours to free
     ThrowIfFailed(SafeArrayDestroy(array));
     array = nullptr;
 }

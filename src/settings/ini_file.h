@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

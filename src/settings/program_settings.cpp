@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "frame/handles.h"
-#include "frame/numbers.h"
-#include "frame/registry.h"
+#include "platform/handles.h"
+#include "platform/numbers.h"
+#include "platform/registry.h"
 
 namespace velk {
 namespace {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <variant>
 
-#include "frame/automation_object.h"
-#include "frame/text.h"
+#include "frame/object/automation_object.h"
+#include "platform/text.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "frame/com_ptr.h"
-#include "frame/text.h"
+#include "platform/com_ptr.h"
+#include "platform/text.h"
 #include "shell/file_dialog_text.h"
 
 namespace velk {

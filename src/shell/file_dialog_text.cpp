@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk::file_dialog {
 
@@ -13,7 +13,7 @@ std::u16string FilterList(std::u16string_view filter) {
 }
 
 std::u16string Padded(std::u16string_view text, std::int16_t size) {
-    if (size < 0 || text.size() > static_cast<std::size_t>(size)) throw RuntimeError(5);
+    if (size < 0 || text.size() > static_cast<std::size_t>(size)) throw RuntimeError(Error::InvalidProcedureCall);
     std::u16string padded(text);
     padded.resize(static_cast<std::size_t>(size));
     return padded;

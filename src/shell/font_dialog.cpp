@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstring>
 
-#include "frame/gdi.h"
-#include "frame/text.h"
-#include "frame/whole_numbers.h"
+#include "platform/drawing_handles.h"
+#include "platform/text.h"
+#include "platform/whole_numbers.h"
 #include "shell/font_height.h"
 
 namespace velk {
@@ -151,7 +151,7 @@ STDMETHODIMP CFontDialog::Show(VARIANT_BOOL* result) noexcept {
 }
 
 IFont& CFontDialog::OwnFont() const {
-    if (!font_) throw RuntimeError(91);
+    if (!font_) throw RuntimeError(Error::ObjectNotSet);
     return *font_.get();
 }
 
@@ -160,7 +160,7 @@ FontRecord CFontDialog::Describe() const {
     FontRecord record{};
     record.weight = Read(font, &IFont::get_Bold) ? FW_BOLD : FW_NORMAL;
     const std::string face = ToAnsi(View(NameOf(font).get()));
-    if (face.size() > sizeof(record.face)) throw RuntimeError(9);
+    if (face.size() > sizeof(record.face)) throw RuntimeError(Error::SubscriptOutOfRange);
     face.copy(record.face, face.size());
     record.italic = Read(font, &IFont::get_Italic) != FALSE;
     record.underline = Read(font, &IFont::get_Underline) != FALSE;

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "frame/automation_object.h"
-#include "frame/com_ptr.h"
+#include "frame/object/automation_object.h"
+#include "platform/com_ptr.h"
 #include "velksprt.h"
 
 namespace velk {

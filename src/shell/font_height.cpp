@@ -1,6 +1,6 @@
 #include "shell/font_height.h"
 
-#include "frame/whole_numbers.h"
+#include "platform/whole_numbers.h"
 
 namespace velk::font_height {
 namespace {
@@ -9,7 +9,7 @@ constexpr std::int16_t kTwipsPerInch = 1440;
 constexpr std::int16_t kPointsPerInch = 72;
 
 double Divided(double dividend, int divisor) {
-    if (divisor == 0) throw RuntimeError(11);
+    if (divisor == 0) throw RuntimeError(Error::DivisionByZero);
     return dividend / divisor;
 }
 

@@ -1,7 +1,7 @@
 // CHourglass: the hourglass for the life of an object. See pointer_override.h for the pointer itself.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -2,9 +2,9 @@
 
 #include <htmlhelp.h>
 
-#include "frame/files.h"
-#include "frame/system_library.h"
-#include "frame/text.h"
+#include "platform/files.h"
+#include "platform/system_library.h"
+#include "platform/text.h"
 
 namespace velk {
 namespace {
@@ -77,7 +77,7 @@ STDMETHODIMP CHtmlHelp::OpenTopic(BSTR* Topic) noexcept {
 
 // The window that comes back is the engine's affair.
 void CHtmlHelp::Open(UINT command, DWORD_PTR data) const {
-    if (!FileExists(helpFile_)) throw RuntimeError(53);
+    if (!FileExists(helpFile_)) throw RuntimeError(Error::FileNotFound);
     const std::string file = ToAnsi(helpFile_);
     Engine()(static_cast<HWND>(LongToHandle(parent_)), file.c_str(), command, data);
 }

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

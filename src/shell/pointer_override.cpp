@@ -4,9 +4,9 @@
 #include <atomic>
 #include <vector>
 
-#include "frame/failure.h"
-#include "frame/handles.h"
-#include "frame/library.h"
+#include "frame/module/library.h"
+#include "platform/handles.h"
+#include "platform/system_errors.h"
 
 namespace velk::pointer_override {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <commdlg.h>
 
-#include "frame/com_ptr.h"
+#include "platform/com_ptr.h"
 
 namespace velk {
 namespace {

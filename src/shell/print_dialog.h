@@ -4,7 +4,7 @@
 // memory handles with the printer's settings stay behind at each confirmed dialog.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -2,10 +2,10 @@
 
 #include <shellapi.h>
 
-#include "frame/com_ptr.h"
-#include "frame/files.h"
-#include "frame/report.h"
-#include "frame/text.h"
+#include "frame/failure/report.h"
+#include "platform/com_ptr.h"
+#include "platform/files.h"
+#include "platform/text.h"
 
 namespace velk {
 namespace {
@@ -140,7 +140,7 @@ STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) 
     });
     if (FAILED(trapped)) return trapped;
     return PassOn([&] {
-        if (!exists) throw RuntimeError(53);
+        if (!exists) throw RuntimeError(Error::FileNotFound);
         if (!shown) throw kCanNotShowProperties;
     });
 }

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "frame/files.h"
-#include "frame/system_library.h"
-#include "frame/text.h"
+#include "platform/files.h"
+#include "platform/system_library.h"
+#include "platform/text.h"
 #include "sysinfo/drive_facts.h"
 #include "sysinfo/hex_text.h"
 

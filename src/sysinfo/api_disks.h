@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

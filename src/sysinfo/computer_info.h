@@ -1,7 +1,7 @@
 // CComputerInfo: the processor and the address space, as the platform shows them to a 32-bit process.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

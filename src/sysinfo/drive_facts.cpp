@@ -3,7 +3,7 @@
 #include <bit>
 #include <iterator>
 
-#include "frame/whole_numbers.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -44,7 +44,7 @@ int CountDrives(std::uint32_t mask) noexcept { return std::popcount(mask & kLett
 
 char DriveLetter(std::int16_t number) {
     const std::int16_t code = ToInteger(number + 'A');
-    if (code < 0 || code > 255) throw RuntimeError(5);
+    if (code < 0 || code > 255) throw RuntimeError(Error::InvalidProcedureCall);
     return static_cast<char>(code);
 }
 

@@ -2,8 +2,8 @@
 
 #include <wininet.h>
 
-#include "frame/system_library.h"
-#include "frame/text.h"
+#include "platform/system_library.h"
+#include "platform/text.h"
 #include "sysinfo/connection_flags.h"
 
 namespace velk {
@@ -18,7 +18,7 @@ constinit KeptSystemLibrary wininet(L"wininet.dll");
 template <class Function>
 Function& InternetFunction(const char* name) {
     Function* const found = FindFunction<Function>(wininet.get(), name);
-    if (!found) throw RuntimeError(53);
+    if (!found) throw RuntimeError(Error::FileNotFound);
     return *found;
 }
 

@@ -1,7 +1,7 @@
 // CInternetConnection: how the machine reaches the internet, and the offline mode.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -1,7 +1,7 @@
 // CMemoryStatus: memory load and sizes. Sizes of 2 GB and more read as negative Longs; deliberate.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -1,7 +1,7 @@
 #include "sysinfo/mm_timer.h"
 
-#include "frame/com_ptr.h"
-#include "frame/system_library.h"
+#include "platform/com_ptr.h"
+#include "platform/system_library.h"
 
 namespace velk {
 namespace {
@@ -25,7 +25,7 @@ CMMTimer::CMMTimer() noexcept
     : AutomationObject(kInfo), clock_(FindFunction<decltype(timeGetTime)>(winmm.get(), "timeGetTime")) {}
 
 LONG CMMTimer::Now() const {
-    if (!clock_) throw RuntimeError(53);
+    if (!clock_) throw RuntimeError(Error::FileNotFound);
     return static_cast<LONG>(clock_());
 }
 

@@ -1,11 +1,11 @@
 // CMMTimer: a stopwatch. See stopwatch.h for its arithmetic.
 #pragma once
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 #include <mmsystem.h>
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "sysinfo/stopwatch.h"
 #include "velksprt.h"
 

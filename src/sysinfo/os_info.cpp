@@ -4,11 +4,11 @@
 #include <cstring>
 #include <utility>
 
-#include "frame/com_ptr.h"
-#include "frame/gdi.h"
-#include "frame/registry.h"
-#include "frame/text.h"
-#include "frame/whole_numbers.h"
+#include "platform/com_ptr.h"
+#include "platform/drawing_handles.h"
+#include "platform/registry.h"
+#include "platform/text.h"
+#include "platform/whole_numbers.h"
 #include "sysinfo/identifier_text.h"
 #include "sysinfo/up_time.h"
 
@@ -251,7 +251,7 @@ STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth
                 ++overflows;
             }
         }
-        for (; overflows > 0; --overflows) Guard(L"GetWorkArea", [] { throw RuntimeError(6); });
+        for (; overflows > 0; --overflows) Guard(L"GetWorkArea", [] { throw RuntimeError(Error::Overflow); });
     });
 }
 

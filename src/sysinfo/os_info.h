@@ -2,7 +2,7 @@
 // result: a failed query gives what its buffer or record held before.
 #pragma once
 
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 #include "velksprt.h"
 
 namespace velk {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "frame/whole_numbers.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 

@@ -3,7 +3,7 @@
 # gives with another program's.
 set -eu
 root=$(dirname "$(dirname "$(dirname "$(readlink -f "$0")")")")
-"$root/tools/build_client" "$1" "$2"
+"$root/tools/packaging/build_client" "$1" "$2"
 cd "$1/client/build"
 head -c 3000000 /dev/zero | tr '\0' 'v' >input.bin
 expected=$(python3 -c 'import zlib; print("%08X" % zlib.crc32(open("input.bin", "rb").read()))')

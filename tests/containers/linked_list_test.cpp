@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/late_bound.h"
 #include "support/report_recorder.h"

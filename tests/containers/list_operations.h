@@ -5,7 +5,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk::test {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk::test {
 
@@ -48,7 +48,7 @@ class LiteralList {
 
     bool IsItem(int index) { return index >= 1 && index <= upper() && At(index).prev >= 0; }
     void CheckIndex(int index) {
-        if (!IsItem(index)) throw RuntimeError(5);
+        if (!IsItem(index)) throw RuntimeError(Error::InvalidProcedureCall);
     }
 
     int Remove(int index) {
@@ -74,7 +74,7 @@ class LiteralList {
     }
 
     void SetSize(int size, int chunk) {
-        if (size < 1 || chunk < 0) throw RuntimeError(5);
+        if (size < 1 || chunk < 0) throw RuntimeError(Error::InvalidProcedureCall);
         if (size > upper()) ExpandList(size - upper());
     }
 
@@ -131,7 +131,7 @@ class LiteralList {
     };
 
     Node& At(int index) {
-        if (index < 0 || index > upper()) throw RuntimeError(9);
+        if (index < 0 || index > upper()) throw RuntimeError(Error::SubscriptOutOfRange);
         return nodes_[static_cast<std::size_t>(index)];
     }
 

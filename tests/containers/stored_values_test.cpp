@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "frame/run_time_error.h"
-#include "frame/text.h"
+#include "platform/run_time_error.h"
+#include "platform/text.h"
 #include "support/bare_dispatch.h"
 #include "support/client.h"
 #include "support/late_bound.h"

@@ -24,7 +24,7 @@ class LiteralStack {
     void Push(int value) {
         ++count;
         if (!HasSlot()) Resize(std::int64_t{capacity_} + growBy);
-        if (!HasSlot()) throw RuntimeError(9);
+        if (!HasSlot()) throw RuntimeError(Error::SubscriptOutOfRange);
         Top() = value;
     }
     int Pop() {
@@ -37,7 +37,7 @@ class LiteralStack {
     }
     int Peak() {
         if (count == 0) return 0;
-        if (!HasSlot()) throw RuntimeError(9);
+        if (!HasSlot()) throw RuntimeError(Error::SubscriptOutOfRange);
         return Top();
     }
     void Clear() {
@@ -51,10 +51,10 @@ class LiteralStack {
     int& Top() { return items_[static_cast<std::size_t>(count) - 1]; }
 
     void Resize(std::int64_t capacity) {
-        if (capacity > kMost || capacity < kLeast) throw RuntimeError(6);
+        if (capacity > kMost || capacity < kLeast) throw RuntimeError(Error::Overflow);
         capacity_ = static_cast<int>(capacity);
-        if (capacity < 1) throw RuntimeError(9);
-        if (capacity > 100'000'000) throw RuntimeError(7);
+        if (capacity < 1) throw RuntimeError(Error::SubscriptOutOfRange);
+        if (capacity > 100'000'000) throw RuntimeError(Error::OutOfMemory);
         items_.resize(static_cast<std::size_t>(capacity));
     }
 

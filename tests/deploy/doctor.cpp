@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "frame/handles.h"
+#include "platform/handles.h"
 
 namespace velk::test {
 namespace {

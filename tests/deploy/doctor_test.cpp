@@ -3,9 +3,9 @@
 
 #include <sddl.h>
 
-#include "frame/handles.h"
-#include "tools/type_reader.h"
-#include "tools/velkdoctor/diagnosis.h"
+#include "platform/handles.h"
+#include "tools/typelib/type_reader.h"
+#include "velkdoctor/diagnosis.h"
 #include "velksub.h"
 
 namespace velk::test {

@@ -1,11 +1,11 @@
 // The library in the platform's surrogate process, on this machine.
-#include "tools/velkdoctor/surrogate.h"
+#include "velkdoctor/surrogate.h"
 
 #include "deploy/doctor.h"
-#include "frame/handles.h"
+#include "platform/handles.h"
 #include "support/event_sink.h"
 #include "support/late_bound.h"
-#include "tools/type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/gdi.h"
+#include "platform/drawing_handles.h"
 
 namespace velk::test {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "frame/gdi.h"
+#include "platform/drawing_handles.h"
 #include "support/client.h"
 #include "support/fake.h"
 #include "support/gdi_objects.h"

@@ -1,8 +1,8 @@
-#include "frame/automation_object.h"
+#include "frame/object/automation_object.h"
 
 #include <gtest/gtest.h>
 
-#include "frame/class_table.h"
+#include "frame/server/class_table.h"
 #include "frame/test_shapes.h"
 #include "support/import_patch.h"
 #include "support/late_bound.h"

@@ -1,8 +1,8 @@
-#include "frame/event_source.h"
+#include "frame/object/event_source.h"
 
 #include <gtest/gtest.h>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/event_sink.h"
 #include "support/scratch_folder.h"

@@ -1,4 +1,4 @@
-#include "frame/failure.h"
+#include "frame/failure/failure.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "support/client.h"
-#include "tools/type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk::test {
 namespace {

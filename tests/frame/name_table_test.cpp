@@ -1,4 +1,4 @@
-#include "frame/name_table.h"
+#include "frame/dispatch/name_table.h"
 
 #include <gtest/gtest.h>
 

@@ -4,13 +4,13 @@
 #include <iterator>
 #include <set>
 
-#include "frame/handles.h"
+#include "platform/handles.h"
 #include "support/activation.h"
 #include "support/client.h"
 #include "support/import_patch.h"
 #include "support/late_bound.h"
 #include "support/scratch_folder.h"
-#include "tools/type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk::test {
 namespace {

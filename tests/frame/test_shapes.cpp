@@ -99,14 +99,14 @@ STDMETHODIMP CShapes::put_Item(LONG index, VARIANT value) noexcept {
 
 STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
     return Guard(L"Item", [&] {
-        if (value.vt != VT_DISPATCH) throw RuntimeError(13);
+        if (value.vt != VT_DISPATCH) throw RuntimeError(Error::TypeMismatch);
         items_[index] = Copy(value);
     });
 }
 
 STDMETHODIMP CShapes::Fail(EFailure kind, LONG* result) noexcept {
     return Guard(L"Fail", result, [&]() -> LONG {
-        if (kind == eFailure_Runtime) throw RuntimeError(6);
+        if (kind == eFailure_Runtime) throw RuntimeError(Error::Overflow);
         if (kind == eFailure_Class) throw ClassError(static_cast<HRESULT>(0x80044801), L"Own error");
         if (kind == eFailure_Library) {
             throw ClassError(static_cast<HRESULT>(0x80044802), L"Library's error", ErrorSource::Library);

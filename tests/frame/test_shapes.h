@@ -1,9 +1,9 @@
 // The class behind shapes.idl. It stands in the test program itself, which embeds the type library.
 #pragma once
 
-#include "frame/automation_object.h"
-#include "frame/text.h"
-#include "frame/variant.h"
+#include "frame/object/automation_object.h"
+#include "platform/text.h"
+#include "platform/variant.h"
 #include "shapes.h"
 
 namespace velk::test {

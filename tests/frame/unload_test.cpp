@@ -7,7 +7,7 @@
 #include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/malloc_spy.h"
-#include "tools/type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk::test {
 namespace {

@@ -2,8 +2,8 @@
 #include <limits>
 
 #include "drawing/arc_geometry.h"
-#include "frame/run_time_error.h"
 #include "fuzz/fuzz.h"
+#include "platform/run_time_error.h"
 
 using namespace velk;
 using namespace velk::test;

@@ -1,5 +1,5 @@
 #include "fuzz/fuzz.h"
-#include "winhelpers/column_fit.h"
+#include "winhelpers/hooks/column_fit.h"
 
 using namespace velk;
 using namespace velk::test;

@@ -1,8 +1,8 @@
-#include "frame/run_time_error.h"
 #include "fuzz/fuzz.h"
 #include "integrity/dat_entries.h"
 #include "integrity/dat_seal.h"
 #include "integrity/literal_reading.h"
+#include "platform/run_time_error.h"
 
 using namespace velk;
 

@@ -1,5 +1,5 @@
-#include "frame/run_time_error.h"
 #include "fuzz/fuzz.h"
+#include "platform/run_time_error.h"
 #include "shell/file_dialog_text.h"
 
 using namespace velk;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/text.h"
 #include "integrity/crc32_engine.h"
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/event_sink.h"
 #include "support/report_recorder.h"

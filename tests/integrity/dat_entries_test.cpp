@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/run_time_error.h"
 #include "integrity/literal_reading.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "frame/text.h"
 #include "integrity/crc32_engine.h"
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/late_bound.h"
 #include "support/report_recorder.h"

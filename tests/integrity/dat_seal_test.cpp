@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 namespace {

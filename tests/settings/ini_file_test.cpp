@@ -5,8 +5,8 @@
 #include <regex>
 #include <sstream>
 
-#include "frame/handles.h"
-#include "frame/text.h"
+#include "platform/handles.h"
+#include "platform/text.h"
 #include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/library_copy.h"

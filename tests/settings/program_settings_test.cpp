@@ -1,8 +1,8 @@
 // CProgramSettings as its clients see it, on a real registry.
 #include <tuple>
 
-#include "frame/handles.h"
-#include "frame/text.h"
+#include "platform/handles.h"
+#include "platform/text.h"
 #include "support/facts.h"
 #include "support/fake.h"
 #include "support/report_recorder.h"

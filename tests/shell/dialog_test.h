@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/dialog_driver.h"
 #include "support/facts.h"
 #include "support/fake.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk::file_dialog {
 namespace {

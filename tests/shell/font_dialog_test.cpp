@@ -1,6 +1,6 @@
 // CFontDialog: the exact records, its font object, and the real dialog under a driver's hands.
-#include "frame/gdi.h"
-#include "frame/text.h"
+#include "platform/drawing_handles.h"
+#include "platform/text.h"
 #include "shell/dialog_test.h"
 #include "support/gdi_objects.h"
 #include "support/test_printer.h"

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "frame/run_time_error.h"
+#include "platform/run_time_error.h"
 
 namespace velk::font_height {
 namespace {

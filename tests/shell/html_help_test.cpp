@@ -1,7 +1,7 @@
 // CHtmlHelp: against a recorded engine, and opening a real compiled help file where the build could make one.
 #include <algorithm>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/facts.h"
 #include "support/import_patch.h"
 #include "support/library_copy.h"

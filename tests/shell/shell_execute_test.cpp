@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/dialog_driver.h"
 #include "support/facts.h"

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

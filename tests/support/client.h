@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "frame/com_ptr.h"
-#include "frame/platform.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
 #include "velksprt.h"
 
 namespace velk::test {

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

@@ -3,8 +3,8 @@
 #include <functional>
 #include <vector>
 
-#include "frame/com_ptr.h"
-#include "frame/platform.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
 #include "support/bare_dispatch.h"
 
 namespace velk::test {

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

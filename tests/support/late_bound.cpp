@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "frame/text.h"
+#include "platform/text.h"
 
 namespace velk::test {
 namespace {

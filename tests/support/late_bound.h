@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/com_ptr.h"
-#include "frame/platform.h"
-#include "frame/variant.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
+#include "platform/variant.h"
 
 namespace velk::test {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 int main(int count, char** arguments) {
     testing::InitGoogleTest(&count, arguments);

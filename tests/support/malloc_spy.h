@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

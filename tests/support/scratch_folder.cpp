@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "frame/handles.h"
-#include "frame/platform.h"
+#include "platform/handles.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

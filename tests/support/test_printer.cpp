@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "frame/handles.h"
-#include "frame/platform.h"
+#include "platform/handles.h"
+#include "platform/platform.h"
 
 #include <winspool.h>
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "frame/com_ptr.h"
-#include "frame/variant.h"
+#include "platform/com_ptr.h"
+#include "platform/variant.h"
 #include "support/bare_dispatch.h"
 
 namespace velk::test {

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <string>
 
-#include "frame/handles.h"
+#include "platform/handles.h"
 #include "support/facts.h"
 #include "support/fake.h"
 #include "support/procedure_patch.h"

@@ -4,8 +4,8 @@
 #include <list>
 
 #include "support/event_sink.h"
-#include "tools/velkdoctor/surrogate.h"
 #include "trust/attempt.h"
+#include "velkdoctor/surrogate.h"
 
 namespace velk::test {
 namespace {

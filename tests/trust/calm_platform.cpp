@@ -3,7 +3,7 @@
 // clang-format off: these need the first
 #include <commdlg.h>
 #include <shellapi.h>
-#include "frame/platform.h"
+#include "platform/platform.h"
 // clang-format on
 
 #include <cstring>

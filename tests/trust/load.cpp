@@ -1,10 +1,11 @@
 // Much of everything: many objects, long lists and texts, big files, and a soak over all classes. What an operation
-// costs must not grow on the way; tools/trust collects the figures, and the charts when VELK_CHARTS names a folder.
+// costs must not grow on the way; tools/quality/trust collects the figures, and the charts when VELK_CHARTS names a
+// folder.
 #include <algorithm>
 #include <chrono>
 
 #include "bench/chart.h"
-#include "frame/text.h"
+#include "platform/text.h"
 #include "trust/attempt.h"
 #include "trust/scale.h"
 

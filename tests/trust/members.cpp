@@ -5,7 +5,7 @@
 #include <map>
 
 #include "support/client.h"
-#include "tools/type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk::test {
 namespace {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/com_ptr.h"
-#include "frame/platform.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
 
 namespace velk::test {
 

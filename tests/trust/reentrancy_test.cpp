@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/event_sink.h"
 #include "support/fake.h"
 #include "support/procedure_patch.h"

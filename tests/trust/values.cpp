@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "frame/text.h"
+#include "platform/text.h"
 
 namespace velk::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "frame/text.h"
+#include "platform/text.h"
 #include "support/late_bound.h"
 #include "velksub/hooks_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "winhelpers/column_fit.h"
+#include "winhelpers/hooks/column_fit.h"
 
 #include <gtest/gtest.h>
 

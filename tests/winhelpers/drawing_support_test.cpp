@@ -9,10 +9,10 @@
 #include "support/gdi_objects.h"
 #include "support/import_patch.h"
 #include "support/report_recorder.h"
-#include "winhelpers/dotted_brush.h"
-#include "winhelpers/fading_canvas.h"
-#include "winhelpers/mem_dc.h"
-#include "winhelpers/nc_metrics.h"
+#include "winhelpers/menu/fading_canvas.h"
+#include "winhelpers/support/dotted_brush.h"
+#include "winhelpers/support/mem_dc.h"
+#include "winhelpers/support/nc_metrics.h"
 #include "winhelpers/test_bitmaps.h"
 
 namespace velk {

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "winhelpers/menu_glyphs.h"
-#include "winhelpers/menu_layout.h"
-#include "winhelpers/menu_pixels.h"
-#include "winhelpers/menu_text.h"
+#include "winhelpers/menu/menu_glyphs.h"
+#include "winhelpers/menu/menu_layout.h"
+#include "winhelpers/menu/menu_pixels.h"
+#include "winhelpers/menu/menu_text.h"
 
 namespace velk::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "winhelpers/size_range.h"
+#include "winhelpers/hooks/size_range.h"
 
 #include <gtest/gtest.h>
 

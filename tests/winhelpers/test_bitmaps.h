@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/com_ptr.h"
-#include "frame/gdi.h"
+#include "platform/com_ptr.h"
+#include "platform/drawing_handles.h"
 
 namespace velk::test {
 

@@ -1,4 +1,4 @@
-; The installer. tools/package runs it in the staged folder, with VERSION and OUTFILE and a files.nsh made from what is there.
+; The installer. tools/packaging/package runs it in the staged folder, with VERSION and OUTFILE and a files.nsh made from what is there.
 ;
 ; Silent: /S, with /AllUsers or /CurrentUser (default: all users if this user may, else the current one) and /D=folder.
 ; Exit codes: 0 done, 1 cancelled, 2 stopped, 3 a newer version is installed, 4 registration failed, 5 a library is in use.

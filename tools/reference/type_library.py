@@ -1,4 +1,4 @@
-"""A type library, as tools/typelib_json.cpp wrote it, in the terms of those who write scripts and Basic."""
+"""A type library, as tools/typelib/typelib_json.cpp wrote it, in the terms of those who write scripts and Basic."""
 
 import json
 import re

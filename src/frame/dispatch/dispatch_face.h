@@ -1,0 +1,48 @@
+// The IDispatch of one dual interface: its members are called by the plans that its type information gives.
+#pragma once
+
+#include "frame/dispatch/call_plan.h"
+#include "frame/dispatch/dispatch.h"
+#include "platform/platform.h"
+
+namespace velk {
+
+// The description of an interface or a class.
+HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept;
+
+template <class Interface>
+class DispatchFace : public Interface {
+  public:
+    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override {
+        if (!count) return E_POINTER;
+        *count = 1;
+        return S_OK;
+    }
+    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
+        if (!info) return E_POINTER;
+        *info = nullptr;
+        if (index != 0) return DISP_E_BADINDEX;
+        return GetTypeInfoOf(__uuidof(Interface), info);
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) noexcept override {
+        const InterfacePlan* const plan = Plan();
+        return plan ? dispatch::GetIDsOfNames(*plan, reserved, names, count, ids) : E_OUTOFMEMORY;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT* badArgument) noexcept override {
+        const InterfacePlan* const plan = Plan();
+        if (!plan) return E_OUTOFMEMORY;
+        return dispatch::Invoke(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
+    }
+
+  private:
+    // Read from the type library at the first late-bound call of the interface; null only when memory ran out.
+    static const InterfacePlan* Plan() noexcept try {
+        static const InterfacePlan plan(__uuidof(Interface));
+        return &plan;
+    } catch (...) {
+        return nullptr;
+    }
+};
+
+}  // namespace velk

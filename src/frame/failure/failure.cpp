@@ -1,0 +1,56 @@
+#include "frame/failure/failure.h"
+
+#include <new>
+#include <stdexcept>
+
+#include "frame/module/library.h"
+#include "platform/com_ptr.h"
+#include "platform/text.h"
+
+namespace velk {
+namespace {
+
+Failure FromRuntimeError(const RuntimeError& error) {
+    return {Failure::Kind::Runtime, kRuntimeErrorBase + error.number(), error.number(), error.description(),
+            ErrorSource::Library};
+}
+
+std::wstring SourceName(ErrorSource source, const wchar_t* className) {
+    if (source == ErrorSource::Library) return library::kIdentity.name;
+    return library::FileBaseName() + L"." + className;
+}
+
+}  // namespace
+
+Failure CaughtFailure() {
+    try {
+        throw;
+    } catch (const RuntimeError& error) {
+        return FromRuntimeError(error);
+    } catch (const ClassError& error) {
+        return {Failure::Kind::Class, error.code(), error.code(), error.description(), error.source()};
+    } catch (const NullArgument&) {
+        return {Failure::Kind::NullArgument, E_POINTER, E_POINTER, L"Invalid pointer", ErrorSource::Library};
+    } catch (const std::bad_alloc&) {
+        return FromRuntimeError(RuntimeError(Error::OutOfMemory));
+    } catch (const std::length_error&) {  // a container that would outgrow the address space
+        return FromRuntimeError(RuntimeError(Error::OutOfMemory));
+    } catch (...) {
+        return FromRuntimeError(RuntimeError(Error::InvalidProcedureCall));
+    }
+}
+
+HRESULT RaiseToClient(const Failure& failure, const wchar_t* className, REFIID iid) noexcept try {
+    SetErrorInfo(0, nullptr);  // so that nobody reads an older error if there is no memory for this one
+    ComPtr<ICreateErrorInfo> creator;
+    if (FAILED(CreateErrorInfo(creator.Receive()))) return failure.code;
+    creator->SetGUID(iid);
+    creator->SetSource(Bstr(SourceName(failure.source, className)).get());
+    creator->SetDescription(Bstr(failure.description).get());
+    SetErrorInfo(0, creator.As<IErrorInfo>().get());
+    return failure.code;
+} catch (...) {  // out of memory: the code alone reaches the client
+    return failure.code;
+}
+
+}  // namespace velk

@@ -1,0 +1,59 @@
+// How a member fails: it throws one of the types below and nothing else. CaughtFailure turns whatever was thrown into
+// the one form that reports show and that clients receive.
+#pragma once
+
+#include <string>
+
+#include "platform/platform.h"
+#include "platform/system_errors.h"
+
+namespace velk {
+
+// Run-time error n reaches a client as this HRESULT plus n.
+inline constexpr HRESULT kRuntimeErrorBase = static_cast<HRESULT>(0x800A0000);
+
+// Who a client is told raised the error: "VelkSprt.CStack" or the library, "VelkSupport".
+enum class ErrorSource { Class, Library };
+
+// A numbered error of a class's own, with a fixed English text.
+class ClassError {
+  public:
+    constexpr ClassError(HRESULT code, const wchar_t* description, ErrorSource source = ErrorSource::Class) noexcept
+        : code_(code), description_(description), source_(source) {}
+    constexpr HRESULT code() const noexcept { return code_; }
+    constexpr const wchar_t* description() const noexcept { return description_; }
+    constexpr ErrorSource source() const noexcept { return source_; }
+
+  private:
+    HRESULT code_;
+    const wchar_t* description_;
+    ErrorSource source_;
+};
+
+// A by-reference argument that points nowhere. The caller broke the calling rules, so no failure policy applies:
+// it gets E_POINTER.
+class NullArgument {};
+
+template <class T>
+T& Given(T* argument) {
+    if (!argument) throw NullArgument();
+    return *argument;
+}
+
+struct Failure {
+    enum class Kind { Runtime, Class, NullArgument };
+
+    Kind kind;
+    HRESULT code;  // what a client receives
+    LONG number;   // what a report shows: n for run-time error n, else the code
+    std::wstring description;
+    ErrorSource source;
+};
+
+// What is being handled, seen from inside a catch block.
+Failure CaughtFailure();
+
+// Sets the thread's error information (number, source, description) and returns the code.
+HRESULT RaiseToClient(const Failure& failure, const wchar_t* className, REFIID iid) noexcept;
+
+}  // namespace velk

@@ -1,0 +1,37 @@
+// The automation runtime's numbered errors. Plain C++, so that units without Windows can throw them.
+#pragma once
+
+namespace velk {
+
+enum class Error {
+    InvalidProcedureCall = 5,
+    Overflow = 6,
+    OutOfMemory = 7,
+    SubscriptOutOfRange = 9,
+    DivisionByZero = 11,
+    TypeMismatch = 13,
+    BadFileName = 52,
+    FileNotFound = 53,
+    DeviceIo = 57,
+    DiskFull = 61,
+    PermissionDenied = 70,
+    DiskNotReady = 71,
+    PathFileAccess = 75,
+    PathNotFound = 76,
+    ObjectNotSet = 91,
+    CannotCreateObject = 429,
+    KeyExists = 457,
+};
+
+// A run-time error such as 5 "Invalid procedure call or argument". Members throw it by its name.
+class RuntimeError {
+  public:
+    explicit constexpr RuntimeError(Error error) noexcept : error_(error) {}
+    constexpr int number() const noexcept { return static_cast<int>(error_); }
+    const wchar_t* description() const noexcept;
+
+  private:
+    Error error_;
+};
+
+}  // namespace velk

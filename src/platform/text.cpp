@@ -1,0 +1,53 @@
+#include "platform/text.h"
+
+#include <new>
+
+#include "platform/run_time_error.h"
+
+namespace velk {
+namespace {
+
+// The conversion calls count in int.
+int CheckedLength(std::size_t length) {
+    if (length > static_cast<std::size_t>(INT_MAX)) throw RuntimeError(Error::OutOfMemory);
+    return static_cast<int>(length);
+}
+
+}  // namespace
+
+Bstr::Bstr(std::wstring_view text)
+    : string_(SysAllocStringLen(text.data(), static_cast<UINT>(CheckedLength(text.size())))) {
+    if (!string_) throw std::bad_alloc();
+}
+
+std::string_view TrimNulls(std::string_view text) noexcept { return text.substr(0, text.find('\0')); }
+
+std::string ToAnsi(std::wstring_view text) {
+    const int length = CheckedLength(text.size());
+    if (length == 0) return {};
+    std::string bytes(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
+        '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), length, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
+    return bytes;
+}
+
+std::string ToAnsiArgument(std::wstring_view text) {
+    if (text.find(L'\0') != text.npos) throw RuntimeError(Error::InvalidProcedureCall);
+    return ToAnsi(text);
+}
+
+std::u16string FromAnsi(std::string_view bytes) {
+    const int length = CheckedLength(bytes.size());
+    // No ANSI code page gives more UTF-16 units than it has bytes, so one pass suffices.
+    std::u16string text(bytes.size(), u'\0');
+    if (length == 0) return text;
+    const int converted =
+        MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, reinterpret_cast<wchar_t*>(text.data()), length);
+    text.resize(static_cast<std::size_t>(converted));
+    return text;
+}
+
+Bstr FromAnsiBuffer(std::string_view buffer) { return Bstr(Wide(FromAnsi(TrimNulls(buffer)))); }
+
+}  // namespace velk

@@ -1,0 +1,113 @@
+#include "winhelpers/hooks/form_size_constraint.h"
+
+namespace velk {
+namespace {
+
+void Require(bool valid, EErrFormSizeConstraint code, const wchar_t* description) {
+    if (!valid) throw ClassError(code, description);
+}
+
+}  // namespace
+
+constinit const ClassInfo CFormSizeConstraint::kInfo{
+    .name = L"CFormSizeConstraint",
+    .clsid = __uuidof(::CFormSizeConstraint),
+    .iid = __uuidof(_CFormSizeConstraint),
+    .events = nullptr,
+    .policy = FailurePolicy::ComponentFailure,
+    .componentFailure = eErrFormSizeConstraint_ComponentFailure,
+    .creationFailed = L"An error has occured in Velk.CFormSizeConstraint.Class_Initialize ",
+};
+
+CFormSizeConstraint::~CFormSizeConstraint() {
+    try {
+        Detach();
+    } catch (...) {  // nobody is left to hear of it
+    }
+}
+
+void CFormSizeConstraint::Attach(LONG window) {
+    Require(IsWindow(static_cast<HWND>(LongToHandle(window))) != FALSE, eErrFormSizeConstraint_InvalidWindowHandle,
+            L"Invalid window handle");
+    Detach();
+    window_ = window;
+    AddHook(window_, WM_GETMINMAXINFO);
+}
+
+void CFormSizeConstraint::Detach() {
+    if (window_) RemoveHook(window_, WM_GETMINMAXINFO);
+}
+
+STDMETHODIMP CFormSizeConstraint::Init(LONG* hWnd) noexcept {
+    return Guard(L"Init", [&] { Attach(Given(hWnd)); });
+}
+
+STDMETHODIMP CFormSizeConstraint::get_hWnd(LONG* result) noexcept {
+    return Guard(L"hWnd", result, [&] { return window_; });
+}
+
+STDMETHODIMP CFormSizeConstraint::put_hWnd(LONG* hWnd) noexcept {
+    return Guard(L"hWnd", [&] { Attach(Given(hWnd)); });
+}
+
+HRESULT CFormSizeConstraint::Let(const wchar_t* member, const LONG* value, SizeRange& range, SizeRange::Setter set,
+                                 EErrFormSizeConstraint code, const wchar_t* description) noexcept {
+    return Guard(member, [&] { Require((range.*set)(Given(value)), code, description); });
+}
+
+STDMETHODIMP CFormSizeConstraint::put_MaxHeight(LONG* Height) noexcept {
+    return Let(L"MaxHeight", Height, height_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxHeight,
+               L"Invalid maximum height");
+}
+
+STDMETHODIMP CFormSizeConstraint::get_MaxHeight(LONG* result) noexcept {
+    return Guard(L"MaxHeight", result, [&] { return height_.most(); });
+}
+
+STDMETHODIMP CFormSizeConstraint::put_MaxWidth(LONG* Width) noexcept {
+    return Let(L"MaxWidth", Width, width_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxWidth,
+               L"Invalid maximum width");
+}
+
+STDMETHODIMP CFormSizeConstraint::get_MaxWidth(LONG* result) noexcept {
+    return Guard(L"MaxWidth", result, [&] { return width_.most(); });
+}
+
+STDMETHODIMP CFormSizeConstraint::put_MinHeight(LONG* Height) noexcept {
+    return Let(L"MinHeight", Height, height_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinHeight,
+               L"Invalid minimum height");
+}
+
+STDMETHODIMP CFormSizeConstraint::get_MinHeight(LONG* result) noexcept {
+    return Guard(L"MinHeight", result, [&] { return height_.least(); });
+}
+
+STDMETHODIMP CFormSizeConstraint::put_MinWidth(LONG* Width) noexcept {
+    return Let(L"MinWidth", Width, width_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinWidth,
+               L"Invalid minimum width");
+}
+
+STDMETHODIMP CFormSizeConstraint::get_MinWidth(LONG* result) noexcept {
+    return Guard(L"MinWidth", result, [&] { return width_.least(); });
+}
+
+STDMETHODIMP CFormSizeConstraint::ReleaseForm() noexcept {
+    return Guard(L"Release", [&] { Detach(); });
+}
+
+HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
+    return Guard(L"MsgResponse", result, [] { return LONG{eMsgResponse_PreviousFirst}; });
+}
+
+// Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
+HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
+    return Guard(L"WindowProc", result, [&] {
+        auto* const limits = static_cast<MINMAXINFO*>(ULongToPtr(static_cast<ULONG>(lParam)));
+        if (!limits) throw RuntimeError(Error::InvalidProcedureCall);
+        width_.Apply(limits->ptMinTrackSize.x, limits->ptMaxTrackSize.x);
+        height_.Apply(limits->ptMinTrackSize.y, limits->ptMaxTrackSize.y);
+        return LONG{0};
+    });
+}
+
+}  // namespace velk

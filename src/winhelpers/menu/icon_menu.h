@@ -1,0 +1,70 @@
+// cIconMenu: menus with icons for a window, drawn through the messages that the window gets about its menus.
+//
+// What a client asks for in a wrong way is its error. What goes wrong while messages are handled has nobody to be
+// raised to: it is shown, and the message goes its usual way.
+#pragma once
+
+#include "velksprt.h"
+#include "winhelpers/hooks/hooking_object.h"
+#include "winhelpers/menu/menu_icons.h"
+#include "winhelpers/menu/menu_painter.h"
+#include "winhelpers/menu/open_menus.h"
+
+namespace velk {
+
+class cIconMenu final : public HookingObject<_cIconMenu> {
+  public:
+    static const ClassInfo kInfo;
+
+    cIconMenu() noexcept : HookingObject(kInfo) { icons_.mask = kMagenta; }
+    ~cIconMenu() override;
+
+    STDMETHODIMP Attach(LONG hWnd) noexcept override;
+    STDMETHODIMP Detach() noexcept override;
+    STDMETHODIMP get_hWnd(LONG* result) noexcept override;
+    STDMETHODIMP get_ImageList(LONG* result) noexcept override;
+    STDMETHODIMP put_ImageList(LONG Handle) noexcept override;
+    STDMETHODIMP get_MaskColor(LONG* result) noexcept override;
+    STDMETHODIMP put_MaskColor(LONG Color) noexcept override;
+    STDMETHODIMP get_CommandImage(LONG Command, LONG* result) noexcept override;
+    STDMETHODIMP put_CommandImage(LONG Command, LONG Image) noexcept override;
+    STDMETHODIMP get_CommandPicture(LONG Command, IPictureDisp** result) noexcept override;
+    STDMETHODIMP put_CommandPicture(LONG Command, IPictureDisp* Picture) noexcept override;
+    STDMETHODIMP putref_CommandPicture(LONG Command, IPictureDisp* Picture) noexcept override;
+    STDMETHODIMP get_SubmenuImage(LONG Menu, LONG* result) noexcept override;
+    STDMETHODIMP put_SubmenuImage(LONG Menu, LONG Image) noexcept override;
+    STDMETHODIMP get_SubmenuPicture(LONG Menu, IPictureDisp** result) noexcept override;
+    STDMETHODIMP put_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept override;
+    STDMETHODIMP putref_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept override;
+    STDMETHODIMP ClearIcons() noexcept override;
+
+    HRESULT MsgResponse(LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
+
+  private:
+    static constexpr LONG kMagenta = RGB(255, 0, 255);
+
+    void Hook(LONG window);
+    void RemoveHooks(LONG window);
+    void Unhook();
+
+    // True when the message is settled, with its result.
+    bool Handle(LONG message, LONG wParam, LONG lParam, LONG* result);
+    void OpenPopup(HMENU menu);
+    bool MeasureItem(MEASUREITEMSTRUCT* measured);
+    bool DrawItem(const DRAWITEMSTRUCT* drawn);
+    bool FindKey(HMENU menu, WORD key, LONG* result);
+    void ForgetGoneMenus() noexcept;
+
+    void RequireImage(LONG image) const;
+    const MenuIcon* IconOf(const OpenItem& item) const noexcept;
+
+    LONG window_ = 0;
+    LONG maskColor_ = kMagenta;
+    MenuIcons icons_;
+    MenuPainter painter_;
+    OpenMenus menus_;
+    std::vector<char16_t> keys_;
+};
+
+}  // namespace velk

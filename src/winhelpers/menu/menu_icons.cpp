@@ -1,0 +1,90 @@
+#include "winhelpers/menu/menu_icons.h"
+
+#include "platform/system_errors.h"
+
+namespace velk {
+namespace {
+
+HGDIOBJ ObjectOf(OLE_HANDLE handle) noexcept { return reinterpret_cast<HGDIOBJ>(static_cast<UINT_PTR>(handle)); }
+
+// From hundredths of a millimetre, the unit of pictures without pixels.
+Size ScreenSize(IPicture* picture) noexcept {
+    constexpr int kPerInch = 2540;
+    OLE_XSIZE_HIMETRIC width = 0;
+    OLE_YSIZE_HIMETRIC height = 0;
+    picture->get_Width(&width);
+    picture->get_Height(&height);
+    const ScreenContext screen(GetDC(nullptr));
+    return {MulDiv(width, GetDeviceCaps(screen.get(), LOGPIXELSX), kPerInch),
+            MulDiv(height, GetDeviceCaps(screen.get(), LOGPIXELSY), kPerInch)};
+}
+
+}  // namespace
+
+MenuPicture::MenuPicture(IUnknown* object) : picture_(ComPtr<IUnknown>(object).As<IPicture>()) {
+    if (!picture_) throw RuntimeError(Error::TypeMismatch);
+    ThrowIfFailed(picture_->get_Type(&kind_));
+    if (IsEmpty()) return;
+    ThrowIfFailed(picture_->get_Handle(&handle_));
+    size_ = ScreenSize(picture_.get());
+    if (kind_ != PICTYPE_BITMAP) return;
+    BITMAP header{};
+    GetObjectA(ObjectOf(handle_), sizeof header, &header);
+    size_ = {header.bmWidth, header.bmHeight};
+    bits_.CreateFromPicture(picture_.get());
+}
+
+void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexcept {
+    if (kind_ == PICTYPE_BITMAP) {
+        DrawBitmap(context, place, mask);
+    } else if (kind_ == PICTYPE_ICON) {
+        DrawIconEx(context, place.left, place.top, static_cast<HICON>(ObjectOf(handle_)), place.width(), place.height(),
+                   0, nullptr, DI_NORMAL);
+    } else if (kind_ == PICTYPE_ENHMETAFILE) {
+        const RECT whole{place.left, place.top, place.right, place.bottom};
+        PlayEnhMetaFile(context, static_cast<HENHMETAFILE>(ObjectOf(handle_)), &whole);
+    } else {
+        Render(context, place);
+    }
+}
+
+void MenuPicture::DrawBitmap(HDC context, const Box& place, COLORREF mask) const noexcept {
+    if (mask == CLR_INVALID) {
+        SetStretchBltMode(context, COLORONCOLOR);
+        StretchBlt(context, place.left, place.top, place.width(), place.height(), bits_.get_HDC(), 0, 0, size_.width,
+                   size_.height, SRCCOPY);
+    } else {
+        GdiTransparentBlt(context, place.left, place.top, place.width(), place.height(), bits_.get_HDC(), 0, 0,
+                          size_.width, size_.height, mask);
+    }
+}
+
+// A picture's own coordinates run upwards.
+void MenuPicture::Render(HDC context, const Box& place) const noexcept {
+    OLE_XSIZE_HIMETRIC width = 0;
+    OLE_YSIZE_HIMETRIC height = 0;
+    picture_->get_Width(&width);
+    picture_->get_Height(&height);
+    picture_->Render(context, place.left, place.top, place.width(), place.height(), 0, height, width, -height, nullptr);
+}
+
+Size MenuIcons::CellSize() const noexcept {
+    const Size size = list.IconSize();
+    return size.width > 0 && size.height > 0 ? size
+                                             : Size{GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)};
+}
+
+Size MenuIcons::DrawnSize(const MenuIcon& icon, const MenuLayout& layout) const noexcept {
+    if (!icon.picture || icon.picture->size().width == 0) return layout.icon();  // not every metafile knows its size
+    return layout.Fit(icon.picture->size());
+}
+
+void MenuIcons::Draw(const MenuIcon& icon, HDC context, const Box& place) const noexcept {
+    if (icon.picture) {
+        icon.picture->Draw(context, place, mask);
+    } else {
+        list.Draw(icon.image, context, place.left, place.top);
+    }
+}
+
+}  // namespace velk

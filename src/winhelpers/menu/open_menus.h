@@ -1,0 +1,107 @@
+// The menus that are open, whose items were made owner-drawn for that time.
+//
+// Only an item's type and data change; its text, state and everything else stay with the platform, where the client can
+// read and change them. What the client made is kept here and put back when the menu loop ends.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace velk {
+
+// What is kept of one owner-drawn item. Its address is the item's data while the menu is open.
+struct OpenItem {
+    UINT position;
+    UINT id;
+    HMENU submenu;
+    UINT type;       // as the client made it
+    ULONG_PTR data;  // likewise
+    int labelWidth = 0;
+    bool restored = false;
+
+    bool IsSeparator() const noexcept { return type & MFT_SEPARATOR; }
+};
+
+struct OpenMenu {
+    HMENU menu = nullptr;
+    int widestAccelerator = 0;
+    std::vector<OpenItem> items;
+    std::vector<std::pair<UINT, ULONG_PTR>> clientsOwn;  // identifier and data of what the client draws itself
+
+    bool Holds(ULONG_PTR data) const noexcept;
+    static const OpenItem& ItemOf(ULONG_PTR data) noexcept { return *reinterpret_cast<const OpenItem*>(data); }
+};
+
+// What the platform says of an item now.
+struct MenuItemState {
+    UINT type;
+    UINT state;
+    UINT id;
+    HMENU submenu;
+    ULONG_PTR data;
+    bool hasBitmap;
+};
+
+class OpenMenus {
+  public:
+    OpenMenus() = default;
+    OpenMenus(const OpenMenus&) = delete;
+    OpenMenus& operator=(const OpenMenus&) = delete;
+    ~OpenMenus() { RestoreAll(); }
+
+    // `measure(item, state)` fills in an item's label width, from text(), and gives its accelerator's width. A menu
+    // with items that read from right to left is left to the system.
+    template <class Measure>
+    void Open(HMENU menu, Measure measure) {
+        OpenMenu& opened = Begin(menu);
+        const int count = GetMenuItemCount(menu);
+        for (int i = 0; i < count; ++i) {
+            const auto position = static_cast<UINT>(i);
+            const auto state = Read(menu, position);
+            if (state && state->type & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->id, state->data);
+            if (!state || !IsOursToDraw(*state)) continue;
+            if (state->type & MFT_RIGHTORDER) return opened.items.clear();
+            opened.items.push_back({position, state->id, state->submenu, state->type, state->data});
+            const int accelerator = measure(opened.items.back(), state->state);
+            if (accelerator > opened.widestAccelerator) opened.widestAccelerator = accelerator;
+        }
+        TakeOver(opened);
+    }
+    // A menu loop can run inside another one; each gives back the menus that were opened in it.
+    void EnterLoop();
+    void LeaveLoop() noexcept;
+    void RestoreAll() noexcept;
+
+    bool InLoop() const noexcept { return !loops_.empty(); }
+    bool AnyOpen() const noexcept { return open_ != 0; }
+
+    // The menu whose item has this data; null when it is none of ours.
+    OpenMenu* Find(ULONG_PTR data) noexcept;
+    OpenMenu* FindMenu(HMENU menu) noexcept;
+
+    // An item as it is now; nothing when there is none. Its text lies in text() until the next call.
+    std::optional<MenuItemState> Read(HMENU menu, UINT position);
+    // The same of an item of ours, wherever the client moved it to.
+    std::optional<MenuItemState> Read(const OpenMenu& menu, const OpenItem& item);
+    std::wstring_view text() const noexcept { return {text_.data(), textLength_}; }
+
+  private:
+    OpenMenu& Begin(HMENU menu);
+    static bool IsOursToDraw(const MenuItemState& item) noexcept;
+    static void TakeOver(const OpenMenu& opened) noexcept;
+    static void Restore(OpenMenu& opened) noexcept;
+    void RestoreFrom(std::size_t first) noexcept;
+
+    std::vector<std::unique_ptr<OpenMenu>> menus_;  // those beyond open_ only keep their memory
+    std::size_t open_ = 0;
+    std::vector<std::size_t> loops_;  // how many menus were open when each of them began
+    std::wstring text_ = std::wstring(80, L'\0');
+    std::size_t textLength_ = 0;
+};
+
+}  // namespace velk

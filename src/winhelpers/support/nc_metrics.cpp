@@ -1,0 +1,134 @@
+#include "winhelpers/support/nc_metrics.h"
+
+#include <cmath>
+#include <string_view>
+
+#include "platform/system_errors.h"
+#include "platform/text.h"
+#include "winhelpers/support/support_report.h"
+
+namespace velk {
+namespace {
+
+constexpr const wchar_t* kClass = L"cNCMetrics";
+constexpr UINT kRecordSize = 340;
+constexpr LONG kBoldFrom = 401;
+
+HGDIOBJ ObjectOf(LONG handle) noexcept { return LongToHandle(handle); }
+
+// Points. A positive height counts as points without conversion, deliberately.
+double PointsOf(const LOGFONTA& logFont, HDC hDC) {
+    if (logFont.lfHeight >= 1) return logFont.lfHeight;
+    const int dotsPerInch = GetDeviceCaps(hDC, LOGPIXELSY);
+    if (dotsPerInch == 0) throw RuntimeError(Error::DivisionByZero);
+    return std::abs(static_cast<double>(logFont.lfHeight)) * 72 / dotsPerInch;
+}
+
+CY CurrencyOf(double value) {
+    CY currency{};
+    ThrowIfFailed(VarCyFromR8(value, &currency));
+    return currency;
+}
+
+}  // namespace
+
+bool cNCMetrics::GetMetrics() noexcept {
+    bool read = false;
+    Trap(kClass, L"GetMetrics", [&] {
+        ClearUp();
+        metrics_.cbSize = kRecordSize;
+        read = SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, 0, &metrics_, 0) &&
+               SystemParametersInfoA(SPI_GETICONTITLELOGFONT, 0, &iconTitle_, 0);
+    });
+    return read;
+}
+
+Variant cNCMetrics::ClearUp() noexcept {
+    for (const LONG font : fonts_) {
+        if (font) DeleteObject(ObjectOf(font));  // the cache keeps the handle on purpose
+    }
+    return {};
+}
+
+LONG cNCMetrics::get_FontHandle(LONG eFontNum) noexcept {
+    LONG handle = 0;
+    Trap(kClass, L"FontHandle", [&] { handle = plGetFont(eFontNum, LogFontOf(eFontNum)).lVal; });
+    return handle;
+}
+
+LONG cNCMetrics::get_BoldenedFontHandle(LONG eFontNum) const noexcept {
+    LONG handle = 0;
+    Trap(kClass, L"BoldenedFontHandle", [&] {
+        LOGFONTA logFont = LogFontOf(eFontNum);
+        logFont.lfWeight = logFont.lfWeight >= FW_BOLD ? FW_HEAVY : FW_BOLD;
+        handle = HandleToLong(CreateFontIndirectA(&logFont));
+    });
+    return handle;
+}
+
+ComPtr<IFontDisp> cNCMetrics::get_Font(::HDC lHDC, LONG) const noexcept {
+    ComPtr<IFontDisp> made;
+    Trap(kClass, L"Font", [&] {
+        ComPtr<IFont> font;
+        ThrowIfFailed(OleCreateFontIndirect(nullptr, IID_IFont, font.ReceiveVoid()));
+        pLogFontToStdFont(LogFontOf(kMenuFont), lHDC, font.get());
+        made = font.As<IFontDisp>();
+    });
+    return made;
+}
+
+// An empty record for a number that is none.
+LOGFONTA cNCMetrics::LogFontOf(LONG eFontNum) const noexcept {
+    switch (eFontNum) {
+        case kIconTitleFont:
+            return iconTitle_;
+        case kCaptionFont:
+            return metrics_.lfCaptionFont;
+        case kSmallCaptionFont:
+            return metrics_.lfSmCaptionFont;
+        case kMenuFont:
+            return metrics_.lfMenuFont;
+        case kStatusFont:
+            return metrics_.lfStatusFont;
+        case kMessageFont:
+            return metrics_.lfMessageFont;
+        default:
+            return {};
+    }
+}
+
+Variant cNCMetrics::plGetFont(LONG eFontNum, const LOGFONTA& logFont) noexcept {
+    Variant handle;
+    Trap(kClass, L"plGetFont", [&] {
+        if (eFontNum < kIconTitleFont || eFontNum > kMessageFont) throw RuntimeError(Error::SubscriptOutOfRange);
+        LONG& cached = fonts_[static_cast<std::size_t>(eFontNum) - 1];
+        if (!cached) cached = HandleToLong(CreateFontIndirectA(&logFont));
+        handle.vt = VT_I4;
+        handle.lVal = cached;
+    });
+    return handle;
+}
+
+void cNCMetrics::pLogFontToStdFont(const LOGFONTA& logFont, ::HDC hDC, IFont* font) noexcept {
+    Trap(kClass, L"pLogFontToStdFont", [&] {
+        const std::u16string name = FromAnsi({logFont.lfFaceName, LF_FACESIZE});  // with its trailing NULs
+        ThrowIfFailed(font->put_Name(Bstr(Wide(name)).get()));
+        ThrowIfFailed(font->put_Size(CurrencyOf(PointsOf(logFont, hDC))));
+        ThrowIfFailed(font->put_Charset(logFont.lfCharSet));
+        ThrowIfFailed(font->put_Italic(logFont.lfItalic != 0));
+        ThrowIfFailed(font->put_Underline(logFont.lfUnderline != 0));
+        ThrowIfFailed(font->put_Strikethrough(logFont.lfStrikeOut != 0));
+        ThrowIfFailed(font->put_Bold(logFont.lfWeight >= kBoldFrom));
+    });
+}
+
+// A diagnostic that nothing calls: tries every size that the record could have.
+Variant cNCMetrics::XXXTest1() noexcept {
+    for (UINT size = 0; size <= 1024; ++size) {
+        metrics_.cbSize = size;
+        SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, 0, &metrics_, 0);
+    }
+    return {};
+}
+
+}  // namespace velk
