@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/lock.h"
+#include "platform/long_handles.h"
 #include "velksub/script_hook.h"
 #include "velksub/thread_hooks.h"
 
@@ -10,14 +12,6 @@ namespace velk {
 namespace {
 
 SRWLOCK oneAtATime = SRWLOCK_INIT;
-
-class Lock {
-  public:
-    Lock() noexcept { AcquireSRWLockExclusive(&oneAtATime); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-    ~Lock() { ReleaseSRWLockExclusive(&oneAtATime); }
-};
 
 HookTarget TargetOf(ISubclass* hook) {
     if (!hook) throw RuntimeError(Error::ObjectNotSet);
@@ -35,7 +29,7 @@ bool IsOfThisThread(HWND window) noexcept { return GetWindowThreadProcessId(wind
 bool IsShort(LONG handle) noexcept { return HIWORD(handle) == 0 || HIWORD(handle) == 0xFFFF; }
 
 HWND OwnWindow(LONG handle) {
-    const auto window = static_cast<HWND>(LongToHandle(handle));
+    const auto window = WindowFrom(handle);
     if (IsShort(handle) || !IsWindow(window))
         throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
     if (!IsOfThisThread(window)) throw kOtherThread;
@@ -44,7 +38,7 @@ HWND OwnWindow(LONG handle) {
 
 // Only there can a hook be attached that this thread cannot take off.
 bool IsHookedByAnotherThread(LONG handle) noexcept {
-    const auto window = static_cast<HWND>(LongToHandle(handle));
+    const auto window = WindowFrom(handle);
     DWORD process = 0;
     const DWORD thread = GetWindowThreadProcessId(window, &process);
     return !IsShort(handle) && process == GetCurrentProcessId() && thread != GetCurrentThreadId() &&
@@ -80,7 +74,7 @@ constinit const ClassInfo HookManager::kInfo{
 HookManager* HookManager::theOne_ = nullptr;
 
 IDispatch* HookManager::TheOne() {
-    const Lock lock;
+    const Lock lock(oneAtATime);
     if (theOne_) {
         theOne_->AddRef();
     } else {
@@ -91,7 +85,7 @@ IDispatch* HookManager::TheOne() {
 
 // The last reference must not go while another thread asks for the object.
 STDMETHODIMP_(ULONG) HookManager::Release() noexcept {
-    const Lock lock;
+    const Lock lock(oneAtATime);
     return AutomationObject::Release();
 }
 
@@ -124,7 +118,7 @@ STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noe
     return Guard(L"RemoveHook", [&] {
         const HookTarget target = TargetOf(Given(Hook));
         if (IsHookedByAnotherThread(hWnd)) throw kOtherThread;
-        const auto window = static_cast<HWND>(LongToHandle(hWnd));
+        const auto window = WindowFrom(hWnd);
         if (ThreadHooks* const hooks = ThreadHooks::Current()) hooks->Remove(target, window, static_cast<UINT>(iMsg));
     });
 }
@@ -139,7 +133,7 @@ STDMETHODIMP HookManager::get_DispatchedMessage(LONG* result) noexcept {
 STDMETHODIMP HookManager::CallPreviousProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept {
     return Guard(L"CallPreviousProc", result, [&] {
         ThreadHooks* const hooks = ThreadHooks::Current();
-        const auto window = static_cast<HWND>(LongToHandle(hWnd));
+        const auto window = WindowFrom(hWnd);
         LRESULT answer = 0;
         if (hooks && hooks->CallBelow(window, static_cast<UINT>(iMsg), static_cast<WPARAM>(wParam), lParam, &answer)) {
             return static_cast<LONG>(answer);

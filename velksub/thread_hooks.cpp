@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "frame/failure/failure.h"
+#include "platform/long_handles.h"
 #include "velksub/hook_manager.h"
 
 namespace velk {
@@ -166,7 +167,7 @@ LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) n
     const auto attached = [&] { return call.window->hooks().Holds(step.message, step.place); };
     LONG response = 0, result = 0;
     const auto run = [&] {
-        return subclass->WindowProc(HandleToLong(call.window->handle()), static_cast<LONG>(call.message),
+        return subclass->WindowProc(LongFrom(call.window->handle()), static_cast<LONG>(call.message),
                                     static_cast<LONG>(call.wParam), static_cast<LONG>(call.lParam), &result);
     };
     if (FAILED(subclass->get_MsgResponse(&response)) || !attached()) return Below(step.place, call);

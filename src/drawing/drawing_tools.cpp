@@ -1,19 +1,13 @@
 #include "drawing/drawing_tools.h"
 
 #include "platform/colour.h"
+#include "platform/long_handles.h"
+#include "platform/memory.h"
 
 namespace velk {
 namespace {
 
 COLORREF Rgb(LONG colour) noexcept { return static_cast<COLORREF>(TranslateVBColor(colour)); }
-
-// The platform reads a packed bitmap from the address that the hatch is for this style, and would bring the host down
-// where there is no memory.
-bool IsReadable(ULONG_PTR address) noexcept {
-    MEMORY_BASIC_INFORMATION region;
-    if (!VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region)) return false;
-    return region.State == MEM_COMMIT && !(region.Protect & (PAGE_NOACCESS | PAGE_GUARD));
-}
 
 }  // namespace
 
@@ -22,8 +16,12 @@ GdiObject MakePen(const Outline& outline) noexcept {
 }
 
 GdiObject MakeBrush(const Fill& fill) noexcept {
-    const LOGBRUSH brush{static_cast<UINT>(fill.style), Rgb(fill.colour), static_cast<ULONG_PTR>(fill.hatch)};
-    if (fill.style == BS_DIBPATTERNPT && !IsReadable(brush.lbHatch)) return GdiObject();
+    LOGBRUSH brush{static_cast<UINT>(fill.style), Rgb(fill.colour), static_cast<ULONG_PTR>(fill.hatch)};
+    if (fill.style == BS_DIBPATTERNPT) {  // the hatch is the address of a packed bitmap
+        const auto* const bitmap = AddressFrom<const BITMAPCOREHEADER*>(fill.hatch);
+        if (!IsReadable(bitmap, sizeof *bitmap)) return GdiObject();
+        brush.lbHatch = reinterpret_cast<ULONG_PTR>(bitmap);
+    }
     return GdiObject(CreateBrushIndirect(&brush));
 }
 

@@ -1,6 +1,7 @@
 #include "drawing/screenshot.h"
 
 #include "platform/drawing_handles.h"
+#include "platform/long_handles.h"
 #include "platform/whole_numbers.h"
 
 namespace velk {
@@ -94,7 +95,7 @@ STDMETHODIMP CScreenshot::CaptureRectangle(LONG* Left, LONG* Top, LONG* Width, L
 }
 
 STDMETHODIMP CScreenshot::CaptureWindow(LONG* hWnd) noexcept {
-    return Guard(L"CaptureWindow", [&] { Capture(static_cast<HWND>(LongToHandle(Given(hWnd)))); });
+    return Guard(L"CaptureWindow", [&] { Capture(WindowFrom(Given(hWnd))); });
 }
 
 }  // namespace velk

@@ -7,6 +7,7 @@
 #include "drawing/arc_geometry.h"
 #include "drawing/drawing_tools.h"
 #include "frame/object/automation_object.h"
+#include "platform/long_handles.h"
 #include "platform/whole_numbers.h"
 #include "velksprt.h"
 
@@ -48,7 +49,7 @@ class OutlinedShape : public AutomationObject<typename Types::Interface> {
     }
 
     // A device context as members take it.
-    static HDC ContextOf(LONG* handle) { return static_cast<HDC>(LongToHandle(Given(handle))); }
+    static HDC ContextOf(LONG* handle) { return HandleFrom<HDC>(Given(handle)); }
 
     Outline outline_;
 

@@ -10,9 +10,6 @@ namespace {
 
 constexpr DWORD kNotNormal = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY;
 
-// The platform would stop at an embedded NUL and use another file than the one named.
-bool HasNul(const std::wstring& path) noexcept { return path.find(L'\0') != path.npos; }
-
 RuntimeError OpenError(const std::wstring& path) noexcept {
     const DWORD error = GetLastError();
     if (path.find_first_of(L"*?") != path.npos) return RuntimeError(Error::BadFileName);

@@ -33,7 +33,7 @@ std::string ToAnsi(std::wstring_view text) {
 }
 
 std::string ToAnsiArgument(std::wstring_view text) {
-    if (text.find(L'\0') != text.npos) throw RuntimeError(Error::InvalidProcedureCall);
+    if (HasNul(text)) throw RuntimeError(Error::InvalidProcedureCall);
     return ToAnsi(text);
 }
 

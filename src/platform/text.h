@@ -35,6 +35,10 @@ class Bstr {
 // The characters of a counted string, embedded NULs included; a null string is the empty text.
 inline std::wstring_view View(BSTR text) noexcept { return {text ? text : L"", SysStringLen(text)}; }
 
+// Such a text is refused where the platform reads up to the first NUL: it would act on something else than what the
+// client sees.
+inline bool HasNul(std::wstring_view text) noexcept { return text.find(L'\0') != text.npos; }
+
 // The same UTF-16 text as the plain units see it.
 inline std::u16string_view Utf16(std::wstring_view text) noexcept {
     return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
@@ -51,8 +55,7 @@ std::string_view TrimNulls(std::string_view text) noexcept;
 std::string ToAnsi(std::wstring_view text);
 std::u16string FromAnsi(std::string_view bytes);
 
-// The bytes for a platform call that reads up to the first NUL. Error 5 for a text with a NUL: the call would act on
-// something else than what the client sees.
+// The bytes for a platform call that reads up to the first NUL. Error 5 for a text with a NUL.
 std::string ToAnsiArgument(std::wstring_view text);
 
 // The automation string for what a platform call left in a fixed ANSI buffer: the text before its first NUL.

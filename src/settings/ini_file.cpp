@@ -56,7 +56,7 @@ const char* Passable(const std::string& text) {
 }
 
 // The platform would stop at an embedded NUL and change another section or key than the one named.
-bool IsName(BSTR text) noexcept { return SysStringLen(text) > 0 && View(text).find(L'\0') == std::wstring_view::npos; }
+bool IsName(BSTR text) noexcept { return SysStringLen(text) > 0 && !HasNul(View(text)); }
 
 void RequireSection(BSTR section) {
     if (!IsName(section)) throw kInvalidSection;

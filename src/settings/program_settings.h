@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "frame/object/automation_object.h"
+#include "platform/long_handles.h"
 #include "platform/text.h"
 #include "velksprt.h"
 
@@ -41,7 +42,7 @@ class CProgramSettings final : public AutomationObject<_CProgramSettings> {
     using Setting = std::variant<std::monostate, std::u16string, LONG>;
 
     std::wstring KeyPath() const;
-    HKEY Root() const noexcept { return static_cast<HKEY>(LongToHandle(rootKey_)); }
+    HKEY Root() const noexcept { return HandleFrom<HKEY>(rootKey_); }
 
     // A failure in one of these is reported under its own name.
     Setting GetKeyValue(std::wstring_view path, std::wstring_view entry) const noexcept;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/com_ptr.h"
+#include "platform/long_handles.h"
 #include "platform/text.h"
 #include "shell/file_dialog_text.h"
 
@@ -150,7 +151,7 @@ bool CFileDialog::Choose(bool toOpen) {
     const std::string folder = ToAnsi(initialDir_.value_or(L""));
     OPENFILENAMEA record{};
     record.lStructSize = sizeof(OPENFILENAME_NT4A);
-    record.hwndOwner = static_cast<HWND>(LongToHandle(hWndParent_));
+    record.hwndOwner = WindowFrom(hWndParent_);
     record.lpstrTitle = caption.c_str();
     record.lpstrDefExt = extension.c_str();
     record.Flags = static_cast<DWORD>(flags_);

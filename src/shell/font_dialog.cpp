@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/drawing_handles.h"
+#include "platform/long_handles.h"
 #include "platform/text.h"
 #include "platform/whole_numbers.h"
 #include "shell/font_height.h"
@@ -177,7 +178,7 @@ bool CFontDialog::Choose(FontRecord& record, LONG& color) const {
     chooser.nSizeMax = max_;
     chooser.rgbColors = static_cast<COLORREF>(color);
     chooser.Flags = static_cast<DWORD>(flags_);
-    chooser.hwndOwner = static_cast<HWND>(LongToHandle(hWndParent_));
+    chooser.hwndOwner = WindowFrom(hWndParent_);
     chooser.hDC = printer.get();
     chooser.lpLogFont = reinterpret_cast<LOGFONTA*>(&record);
     if (ChooseFontA(&chooser) <= 0) return false;  // Wine answers -1 when it cannot make the dialog

@@ -3,6 +3,7 @@
 #include <htmlhelp.h>
 
 #include "platform/files.h"
+#include "platform/long_handles.h"
 #include "platform/system_library.h"
 #include "platform/text.h"
 
@@ -79,7 +80,7 @@ STDMETHODIMP CHtmlHelp::OpenTopic(BSTR* Topic) noexcept {
 void CHtmlHelp::Open(UINT command, DWORD_PTR data) const {
     if (!FileExists(helpFile_)) throw RuntimeError(Error::FileNotFound);
     const std::string file = ToAnsi(helpFile_);
-    Engine()(static_cast<HWND>(LongToHandle(parent_)), file.c_str(), command, data);
+    Engine()(WindowFrom(parent_), file.c_str(), command, data);
 }
 
 }  // namespace velk

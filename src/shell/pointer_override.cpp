@@ -6,6 +6,7 @@
 
 #include "frame/module/library.h"
 #include "platform/handles.h"
+#include "platform/lock.h"
 #include "platform/system_errors.h"
 
 namespace velk::pointer_override {
@@ -22,16 +23,8 @@ struct ThreadHook {
 using Hooks = std::vector<ThreadHook>;
 
 // Objects of several apartments share the override. Never held while messages are sent.
-SRWLOCK lock = SRWLOCK_INIT;
+SRWLOCK hooksLock = SRWLOCK_INIT;
 Hooks hooks;
-
-class Locked {
-  public:
-    Locked() noexcept { AcquireSRWLockExclusive(&lock); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-    ~Locked() { ReleaseSRWLockExclusive(&lock); }
-};
 
 HCURSOR Shape(LPCWSTR shape) noexcept { return LoadCursorW(nullptr, shape); }
 
@@ -90,7 +83,7 @@ void AskWindowUnderPointer() noexcept {
 
 void ShowHourglass() {
     {
-        const Locked locked;
+        const Lock lock(hooksLock);
         hooks.clear();  // all anew: threads go, and their numbers come again
         if (!Hook(GetCurrentThreadId())) ThrowIfFailed(HRESULT_FROM_WIN32(GetLastError()));
         EnumWindows(&HookThreadOf, 0);
@@ -102,7 +95,7 @@ void ShowHourglass() {
 void Clear() noexcept {
     Hooks released;
     {
-        const Locked locked;
+        const Lock lock(hooksLock);
         released.swap(hooks);
     }
     released.clear();

@@ -3,6 +3,7 @@
 #include <commdlg.h>
 
 #include "platform/com_ptr.h"
+#include "platform/long_handles.h"
 
 namespace velk {
 namespace {
@@ -89,7 +90,7 @@ STDMETHODIMP CPrintDialog::Show(VARIANT_BOOL* result) noexcept {
 bool CPrintDialog::Choose() noexcept {
     PRINTDLGA record{};
     record.lStructSize = sizeof(record);
-    record.hwndOwner = static_cast<HWND>(LongToHandle(hWndParent_));
+    record.hwndOwner = WindowFrom(hWndParent_);
     record.nFromPage = static_cast<WORD>(fromPage_);
     record.nToPage = static_cast<WORD>(toPage_);
     record.nMinPage = static_cast<WORD>(min_);
@@ -97,7 +98,7 @@ bool CPrintDialog::Choose() noexcept {
     record.nCopies = static_cast<WORD>(copies_);
     record.Flags = static_cast<DWORD>(flags_);
     if (!PrintDlgA(&record)) return false;
-    hdc_ = HandleToLong(record.hDC);
+    hdc_ = LongFrom(record.hDC);
     fromPage_ = static_cast<SHORT>(record.nFromPage);
     toPage_ = static_cast<SHORT>(record.nToPage);
     copies_ = static_cast<SHORT>(record.nCopies);

@@ -5,6 +5,7 @@
 #include "frame/failure/report.h"
 #include "platform/com_ptr.h"
 #include "platform/files.h"
+#include "platform/long_handles.h"
 #include "platform/text.h"
 
 namespace velk {
@@ -18,8 +19,6 @@ INT_PTR Number(HINSTANCE instance) noexcept { return reinterpret_cast<INT_PTR>(i
 EnumShellExecuteErrors Verdict(INT_PTR instance) noexcept {
     return instance > kLastError ? seeNoError : static_cast<EnumShellExecuteErrors>(instance);
 }
-
-HWND Window(LONG handle) noexcept { return static_cast<HWND>(LongToHandle(handle)); }
 
 int ShowCommand(const EnumShellExecuteShowStyles* style) noexcept { return style ? *style : sesSW_SHOWDEFAULT; }
 
@@ -136,7 +135,7 @@ STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) 
     const HRESULT trapped = Guard(L"ShowProperties", [&] {
         const std::wstring path(View(Given(PathFileName)));
         exists = FileExists(path);
-        if (exists) shown = ShellShowsProperties(ToAnsi(path), Window(HWndOwner ? *HWndOwner : 0));
+        if (exists) shown = ShellShowsProperties(ToAnsi(path), WindowFrom(HWndOwner ? *HWndOwner : 0));
     });
     if (FAILED(trapped)) return trapped;
     return PassOn([&] {
@@ -151,14 +150,14 @@ void CShellExecute::Forget() noexcept {
 }
 
 EnumShellExecuteErrors CShellExecute::Hand(LONG* owner, const char* verb, const std::string& file, int show) {
-    return Verdict(Number(ShellExecuteA(Window(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
+    return Verdict(Number(ShellExecuteA(WindowFrom(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
 }
 
 EnumShellExecuteErrors CShellExecute::Start(LONG* owner, const std::string& file, const std::string& parameters,
                                             const std::string& folder, int show) {
     const ComPtr<_CShellExecute> alive(this);  // as above
     // Deliberate: a capital letter here, none in the other verbs.
-    SHELLEXECUTEINFOA order = Order(LaunchMask(), Window(Given(owner)), "Open", file.c_str());
+    SHELLEXECUTEINFOA order = Order(LaunchMask(), WindowFrom(Given(owner)), "Open", file.c_str());
     order.lpParameters = parameters.c_str();
     order.lpDirectory = folder.c_str();
     order.nShow = show;

@@ -1,5 +1,7 @@
 #include "winhelpers/hooks/form_size_constraint.h"
 
+#include "platform/long_handles.h"
+
 namespace velk {
 namespace {
 
@@ -20,14 +22,11 @@ constinit const ClassInfo CFormSizeConstraint::kInfo{
 };
 
 CFormSizeConstraint::~CFormSizeConstraint() {
-    try {
-        Detach();
-    } catch (...) {  // nobody is left to hear of it
-    }
+    Quietly([&] { Detach(); });
 }
 
 void CFormSizeConstraint::Attach(LONG window) {
-    Require(IsWindow(static_cast<HWND>(LongToHandle(window))) != FALSE, eErrFormSizeConstraint_InvalidWindowHandle,
+    Require(IsWindow(WindowFrom(window)) != FALSE, eErrFormSizeConstraint_InvalidWindowHandle,
             L"Invalid window handle");
     Detach();
     window_ = window;
@@ -102,7 +101,7 @@ HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
 // Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
 HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
     return Guard(L"WindowProc", result, [&] {
-        auto* const limits = static_cast<MINMAXINFO*>(ULongToPtr(static_cast<ULONG>(lParam)));
+        auto* const limits = AddressFrom<MINMAXINFO*>(lParam);
         if (!limits) throw RuntimeError(Error::InvalidProcedureCall);
         width_.Apply(limits->ptMinTrackSize.x, limits->ptMaxTrackSize.x);
         height_.Apply(limits->ptMinTrackSize.y, limits->ptMaxTrackSize.y);

@@ -28,6 +28,13 @@ class HookingObject : public AutomationObject<Interface> {
     void AddHook(LONG window, LONG message) { hooks_.Add(&subclass_, window, message); }
     void RemoveHook(LONG window, LONG message) { hooks_.Remove(&subclass_, window, message); }
 
+    // For a destructor, where nobody is left to hear of a failure.
+    template <class Body>
+    static void Quietly(Body&& body) noexcept try {
+        body();
+    } catch (...) {
+    }
+
     HookClient hooks_;
 
   private:

@@ -2,6 +2,7 @@
 
 #include <commctrl.h>
 
+#include "platform/long_handles.h"
 #include "winhelpers/hooks/column_fit.h"
 
 namespace velk {
@@ -9,13 +10,11 @@ namespace {
 
 constexpr LONG kHooked[] = {WM_WINDOWPOSCHANGED, WM_NOTIFY};
 
-HWND ToWindow(LONG handle) noexcept { return static_cast<HWND>(LongToHandle(handle)); }
-
 LONG Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) noexcept {
     return static_cast<LONG>(SendMessageA(window, message, wParam, lParam));
 }
 
-HWND HeaderOf(HWND list) noexcept { return ToWindow(Send(list, LVM_GETHEADER)); }
+HWND HeaderOf(HWND list) noexcept { return WindowFrom(Send(list, LVM_GETHEADER)); }
 
 LONG StyleOf(HWND window) noexcept { return GetWindowLongA(window, GWL_STYLE); }
 
@@ -27,7 +26,7 @@ void ChangeStyle(HWND header, LONG style) noexcept {
     constexpr UINT kFlags = SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED;
     if (style == 0) return;
     const LONG previous = SetWindowLongA(header, GWL_STYLE, style);
-    SetWindowPos(ToWindow(previous), nullptr, 0, 0, 0, 0, kFlags);
+    SetWindowPos(WindowFrom(previous), nullptr, 0, 0, 0, 0, kFlags);
 }
 
 // Switches redrawing back on for a list view and its header at its end, also when stretching fails on the way.
@@ -66,14 +65,11 @@ constinit const ClassInfo CListViewExtended::kInfo{
 };
 
 CListViewExtended::~CListViewExtended() {
-    try {
-        Detach();
-    } catch (...) {  // nobody is left to hear of it
-    }
+    Quietly([&] { Detach(); });
 }
 
 void CListViewExtended::Attach(LONG window) {
-    if (!IsWindow(ToWindow(window))) {
+    if (!IsWindow(WindowFrom(window))) {
         throw ClassError(eErrListViewExtended_InvalidWindowHandle, L"Invalid window handle");
     }
     Detach();
@@ -96,7 +92,7 @@ bool CListViewExtended::TryAdd(LONG message) noexcept try {
 }
 
 HWND CListViewExtended::Window() const {
-    const HWND window = ToWindow(window_);
+    const HWND window = WindowFrom(window_);
     if (IsWindow(window)) return window;
     throw ClassError(eErrListViewExtended_NotInitialized,
                      L"Object not properly initialized. Set the Hwnd property first");
@@ -178,7 +174,7 @@ STDMETHODIMP CListViewExtended::get_Redraw(VARIANT_BOOL* result) noexcept {
 STDMETHODIMP CListViewExtended::put_Redraw(VARIANT_BOOL* Value) noexcept {
     return PassOn([&] {
         redraw_ = Given(Value) != VARIANT_FALSE;
-        if (window_) Send(ToWindow(window_), WM_SETREDRAW, redraw_);
+        if (window_) Send(WindowFrom(window_), WM_SETREDRAW, redraw_);
     });
 }
 
@@ -192,7 +188,7 @@ HRESULT CListViewExtended::MsgResponse(LONG* result) noexcept {
 HRESULT CListViewExtended::WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept {
     return PassOn(result, [&] {
         if (message == WM_NOTIFY) return Notified(window, wParam, lParam);
-        if (message == WM_WINDOWPOSCHANGED) StretchColumns(ToWindow(window));
+        if (message == WM_WINDOWPOSCHANGED) StretchColumns(WindowFrom(window));
         return LONG{0};
     });
 }
@@ -218,7 +214,7 @@ void CListViewExtended::StretchColumns(HWND list) {
 
 // Deliberate: the wide forms of the two notifications pass through.
 LONG CListViewExtended::Notified(LONG window, LONG wParam, LONG lParam) {
-    const auto& header = Given(static_cast<const NMHDR*>(ULongToPtr(static_cast<ULONG>(lParam))));
+    const auto& header = Given(AddressFrom<const NMHDR*>(lParam));
     const bool resizes = header.code == HDN_BEGINTRACKA || header.code == HDN_DIVIDERDBLCLICKA;
     if (preventColumnResize_ && resizes) return 1;
     return hooks_.CallPreviousProc(window, WM_NOTIFY, wParam, lParam);

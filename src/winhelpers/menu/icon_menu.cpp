@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/colour.h"
+#include "platform/long_handles.h"
 #include "platform/text.h"
 #include "winhelpers/menu/menu_text.h"
 #include "winhelpers/support/support_report.h"
@@ -23,13 +24,9 @@ bool IsHandledAfterwards(LONG message) noexcept {
     return std::find(kMessages, end, message) != end;
 }
 
-HWND WindowOf(LONG handle) noexcept { return static_cast<HWND>(LongToHandle(handle)); }
-
-HMENU MenuOf(LONG handle) noexcept { return static_cast<HMENU>(LongToHandle(handle)); }
-
 HMENU RequireMenu(LONG handle) {
-    if (!IsMenu(MenuOf(handle))) throw RuntimeError(Error::InvalidProcedureCall);
-    return MenuOf(handle);
+    if (!IsMenu(HandleFrom<HMENU>(handle))) throw RuntimeError(Error::InvalidProcedureCall);
+    return HandleFrom<HMENU>(handle);
 }
 
 UINT RequireCommand(LONG command) {
@@ -38,7 +35,7 @@ UINT RequireCommand(LONG command) {
 }
 
 void RequireOwnWindow(LONG handle) {
-    const DWORD thread = GetWindowThreadProcessId(WindowOf(handle), nullptr);
+    const DWORD thread = GetWindowThreadProcessId(WindowFrom(handle), nullptr);
     if (thread != GetCurrentThreadId()) throw RuntimeError(Error::InvalidProcedureCall);
 }
 
@@ -86,10 +83,7 @@ constinit const ClassInfo cIconMenu::kInfo{
 };
 
 cIconMenu::~cIconMenu() {
-    try {
-        Unhook();
-    } catch (...) {  // nobody is left to hear of it
-    }
+    Quietly([&] { Unhook(); });
 }
 
 STDMETHODIMP cIconMenu::Attach(LONG hWnd) noexcept {
@@ -221,7 +215,7 @@ HRESULT cIconMenu::WindowProc(LONG window, LONG message, LONG wParam, LONG lPara
 bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
     switch (message) {
         case WM_INITMENUPOPUP:
-            if (!HIWORD(lParam)) OpenPopup(MenuOf(wParam));  // the system menu is the system's
+            if (!HIWORD(lParam)) OpenPopup(HandleFrom<HMENU>(wParam));  // the system menu is the system's
             return true;
         case WM_ENTERMENULOOP:
             menus_.EnterLoop();
@@ -238,12 +232,12 @@ bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
             return true;
         case WM_MEASUREITEM:
             *result = TRUE;
-            return MeasureItem(static_cast<MEASUREITEMSTRUCT*>(LongToPtr(lParam)));
+            return MeasureItem(AddressFrom<MEASUREITEMSTRUCT*>(lParam));
         case WM_DRAWITEM:
             *result = TRUE;
-            return DrawItem(static_cast<const DRAWITEMSTRUCT*>(LongToPtr(lParam)));
+            return DrawItem(AddressFrom<const DRAWITEMSTRUCT*>(lParam));
         case WM_MENUCHAR:
-            return FindKey(MenuOf(lParam), LOWORD(wParam), result);
+            return FindKey(HandleFrom<HMENU>(lParam), LOWORD(wParam), result);
         default:
             return false;
     }
@@ -252,7 +246,7 @@ bool cIconMenu::Handle(LONG message, LONG wParam, LONG lParam, LONG* result) {
 // An accelerator's menu is announced like one that opens, but is not shown, and no loop ends.
 void cIconMenu::OpenPopup(HMENU menu) {
     if (!menus_.InLoop() && !InMenuMode()) return;
-    if (GetWindowLongPtrW(WindowOf(window_), GWL_EXSTYLE) & WS_EX_LAYOUTRTL) return;
+    if (GetWindowLongPtrW(WindowFrom(window_), GWL_EXSTYLE) & WS_EX_LAYOUTRTL) return;
     if (!menus_.AnyOpen()) painter_.Prepare(icons_.CellSize());
     menus_.Open(menu, [this](OpenItem& item, UINT state) {
         if (item.IsSeparator()) return 0;
@@ -306,7 +300,7 @@ bool cIconMenu::FindKey(HMENU menu, WORD key, LONG* result) {
             if (item && (item->state & MFS_HILITE)) current = static_cast<std::size_t>(i);
             keys_.push_back(UpperCase(keyOf(text.label)));
         }
-        return FindMenuKey(keys_, KeyOf(WindowOf(window_), key), current);
+        return FindMenuKey(keys_, KeyOf(WindowFrom(window_), key), current);
     };
     KeyMatch match = find([](std::u16string_view label) { return MnemonicOf(label); });
     if (match.position == KeyMatch::kNone) {

@@ -1,24 +1,11 @@
 #include "winhelpers/menu/image_list.h"
 
-#include <cstddef>
-#include <cstdint>
-
+#include "platform/long_handles.h"
+#include "platform/memory.h"
 #include "platform/run_time_error.h"
 
 namespace velk {
 namespace {
-
-// A handle is an address, and the platform reads there before it looks whether an image list is behind it.
-bool IsReadable(const void* address) noexcept {
-    constexpr DWORD kReadable = PAGE_READONLY | PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READ |
-                                PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
-    constexpr std::size_t kHeader = 256;  // more than is read
-    MEMORY_BASIC_INFORMATION region{};
-    if (!VirtualQuery(address, &region, sizeof region) || region.State != MEM_COMMIT) return false;
-    const auto end = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize;
-    return (region.Protect & kReadable) && !(region.Protect & PAGE_GUARD) &&
-           end - reinterpret_cast<std::uintptr_t>(address) >= kHeader;
-}
 
 template <class Function>
 void Load(HMODULE module, const char* name, Function* function) {
@@ -37,15 +24,17 @@ void ImageList::Set(LONG handle) {
         Load(controls, "ImageList_GetIconSize", &made.getIconSize_);
         Load(controls, "ImageList_GetImageCount", &made.getImageCount_);
         Load(controls, "ImageList_Draw", &made.draw_);
-        made.list_ = static_cast<HIMAGELIST>(LongToHandle(handle));
+        made.list_ = AddressFrom<HIMAGELIST>(handle);
         if (!made.IsAlive()) throw RuntimeError(Error::InvalidProcedureCall);
     }
     *this = made;
 }
 
+// The handle is an address, and the platform reads there before it looks whether an image list is behind it.
 bool ImageList::IsAlive() const noexcept {
+    constexpr std::size_t kHeader = 256;  // bytes; more than it reads
     int width = 0, height = 0;
-    return list_ && IsReadable(list_) && getIconSize_(list_, &width, &height);
+    return list_ && IsReadable(list_, kHeader) && getIconSize_(list_, &width, &height);
 }
 
 Size ImageList::IconSize() const noexcept {

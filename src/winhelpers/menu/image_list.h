@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/long_handles.h"
 #include "platform/platform.h"
 #include "winhelpers/menu/menu_layout.h"
 
@@ -14,7 +15,7 @@ class ImageList {
     // 0 for none. Error 5 for what is no image list.
     void Set(LONG handle);
 
-    LONG handle() const noexcept { return HandleToLong(list_); }
+    LONG handle() const noexcept { return LongFrom(list_); }
     Size IconSize() const noexcept;  // pixels; 0 by 0 when there is no list
     int Count() const noexcept;
     void Draw(int image, HDC context, int x, int y) const noexcept;

@@ -1,11 +1,10 @@
 #include "winhelpers/menu/menu_icons.h"
 
+#include "platform/long_handles.h"
 #include "platform/system_errors.h"
 
 namespace velk {
 namespace {
-
-HGDIOBJ ObjectOf(OLE_HANDLE handle) noexcept { return reinterpret_cast<HGDIOBJ>(static_cast<UINT_PTR>(handle)); }
 
 // From hundredths of a millimetre, the unit of pictures without pixels.
 Size ScreenSize(IPicture* picture) noexcept {
@@ -29,7 +28,7 @@ MenuPicture::MenuPicture(IUnknown* object) : picture_(ComPtr<IUnknown>(object).A
     size_ = ScreenSize(picture_.get());
     if (kind_ != PICTYPE_BITMAP) return;
     BITMAP header{};
-    GetObjectA(ObjectOf(handle_), sizeof header, &header);
+    GetObjectA(HandleFrom<HGDIOBJ>(handle_), sizeof header, &header);
     size_ = {header.bmWidth, header.bmHeight};
     bits_.CreateFromPicture(picture_.get());
 }
@@ -38,11 +37,11 @@ void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexc
     if (kind_ == PICTYPE_BITMAP) {
         DrawBitmap(context, place, mask);
     } else if (kind_ == PICTYPE_ICON) {
-        DrawIconEx(context, place.left, place.top, static_cast<HICON>(ObjectOf(handle_)), place.width(), place.height(),
-                   0, nullptr, DI_NORMAL);
+        DrawIconEx(context, place.left, place.top, HandleFrom<HICON>(handle_), place.width(), place.height(), 0,
+                   nullptr, DI_NORMAL);
     } else if (kind_ == PICTYPE_ENHMETAFILE) {
         const RECT whole{place.left, place.top, place.right, place.bottom};
-        PlayEnhMetaFile(context, static_cast<HENHMETAFILE>(ObjectOf(handle_)), &whole);
+        PlayEnhMetaFile(context, HandleFrom<HENHMETAFILE>(handle_), &whole);
     } else {
         Render(context, place);
     }

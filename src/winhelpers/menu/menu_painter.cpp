@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/long_handles.h"
 #include "platform/text.h"
 #include "winhelpers/menu/menu_glyphs.h"
 #include "winhelpers/menu/menu_pixels.h"
@@ -51,8 +52,8 @@ void MenuPainter::Prepare(Size icon) {
 void MenuPainter::ReadSettings() {
     auto metrics = std::make_unique<cNCMetrics>();
     metrics->GetMetrics();
-    font_ = LongToHandle(metrics->get_FontHandle(kMenuFont));
-    boldFont_ = GdiObject(LongToHandle(metrics->get_BoldenedFontHandle(kMenuFont)));
+    font_ = HandleFrom<HGDIOBJ>(metrics->get_FontHandle(kMenuFont));
+    boldFont_ = GdiObject(HandleFrom<HGDIOBJ>(metrics->get_BoldenedFontHandle(kMenuFont)));
     metrics_ = std::move(metrics);
     stale_ = false;
 

@@ -1,6 +1,7 @@
 #include "winhelpers/support/mem_dc.h"
 
 #include "platform/com_ptr.h"
+#include "platform/long_handles.h"
 #include "platform/system_errors.h"
 #include "winhelpers/support/support_report.h"
 
@@ -17,7 +18,7 @@ HGDIOBJ BitmapOf(IUnknown* object) {
     if (!picture) throw RuntimeError(Error::TypeMismatch);
     OLE_HANDLE handle = 0;
     ThrowIfFailed(picture->get_Handle(&handle));
-    return reinterpret_cast<HGDIOBJ>(static_cast<UINT_PTR>(handle));
+    return HandleFrom<HGDIOBJ>(static_cast<LONG>(handle));
 }
 
 }  // namespace

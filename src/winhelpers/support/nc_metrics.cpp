@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "platform/long_handles.h"
 #include "platform/system_errors.h"
 #include "platform/text.h"
 #include "winhelpers/support/support_report.h"
@@ -13,8 +14,6 @@ namespace {
 constexpr const wchar_t* kClass = L"cNCMetrics";
 constexpr UINT kRecordSize = 340;
 constexpr LONG kBoldFrom = 401;
-
-HGDIOBJ ObjectOf(LONG handle) noexcept { return LongToHandle(handle); }
 
 // Points. A positive height counts as points without conversion, deliberately.
 double PointsOf(const LOGFONTA& logFont, HDC hDC) {
@@ -45,7 +44,7 @@ bool cNCMetrics::GetMetrics() noexcept {
 
 Variant cNCMetrics::ClearUp() noexcept {
     for (const LONG font : fonts_) {
-        if (font) DeleteObject(ObjectOf(font));  // the cache keeps the handle on purpose
+        if (font) DeleteObject(HandleFrom<HGDIOBJ>(font));  // the cache keeps the handle on purpose
     }
     return {};
 }
@@ -61,7 +60,7 @@ LONG cNCMetrics::get_BoldenedFontHandle(LONG eFontNum) const noexcept {
     Trap(kClass, L"BoldenedFontHandle", [&] {
         LOGFONTA logFont = LogFontOf(eFontNum);
         logFont.lfWeight = logFont.lfWeight >= FW_BOLD ? FW_HEAVY : FW_BOLD;
-        handle = HandleToLong(CreateFontIndirectA(&logFont));
+        handle = LongFrom(CreateFontIndirectA(&logFont));
     });
     return handle;
 }
@@ -102,7 +101,7 @@ Variant cNCMetrics::plGetFont(LONG eFontNum, const LOGFONTA& logFont) noexcept {
     Trap(kClass, L"plGetFont", [&] {
         if (eFontNum < kIconTitleFont || eFontNum > kMessageFont) throw RuntimeError(Error::SubscriptOutOfRange);
         LONG& cached = fonts_[static_cast<std::size_t>(eFontNum) - 1];
-        if (!cached) cached = HandleToLong(CreateFontIndirectA(&logFont));
+        if (!cached) cached = LongFrom(CreateFontIndirectA(&logFont));
         handle.vt = VT_I4;
         handle.lVal = cached;
     });
