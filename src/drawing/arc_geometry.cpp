@@ -26,7 +26,7 @@ Axis AxisBetween(std::int32_t low, std::int32_t high) {
     return {RoundToLong(half + low), RoundToLong(half)};
 }
 
-ArcPoint PointAt(const Axis& x, const Axis& y, double degrees) {
+Point PointAt(const Axis& x, const Axis& y, double degrees) {
     const double radians = Finite(degrees * kPi) / 180;
     return {RoundToLong(x.radius * std::cos(radians) + x.centre),
             RoundToLong(-std::sin(radians) * y.radius + y.centre)};
@@ -34,10 +34,10 @@ ArcPoint PointAt(const Axis& x, const Axis& y, double degrees) {
 
 }  // namespace
 
-ArcEnds EndsOfSweep(const BoundingBox& box, double startDegrees, double sweepDegrees) {
+ArcEnds EndsOfSweep(const Box& box, double startDegrees, double sweepDegrees) {
     const Axis x = AxisBetween(box.left, box.right);
     const Axis y = AxisBetween(box.top, box.bottom);
-    const ArcPoint start = PointAt(x, y, startDegrees);
+    const Point start = PointAt(x, y, startDegrees);
     return {start, PointAt(x, y, Finite(startDegrees + sweepDegrees))};
 }
 

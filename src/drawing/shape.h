@@ -80,7 +80,7 @@ class BoxedShape : public OutlinedShape<Types> {
   protected:
     using OutlinedShape<Types>::OutlinedShape;
 
-    BoundingBox box_;
+    Box box_;
 };
 
 template <class Types>
@@ -111,7 +111,7 @@ class FilledShape : public BoxedShape<Types> {
     using PlatformDraw = WINBOOL(WINAPI*)(HDC, int, int, int, int);
 
     void DrawFlat(HDC context, PlatformDraw draw) const noexcept {
-        const BoundingBox& box = this->box_;
+        const Box& box = this->box_;
         DrawFilled(context, this->outline_, fill_, [&] { draw(context, box.left, box.top, box.right, box.bottom); });
     }
 
@@ -134,7 +134,7 @@ class FilledShape : public BoxedShape<Types> {
 
   private:
     void MoveBox(LONG distance) {
-        for (std::int32_t* edge : {&this->box_.left, &this->box_.top, &this->box_.right, &this->box_.bottom}) {
+        for (int* edge : {&this->box_.left, &this->box_.top, &this->box_.right, &this->box_.bottom}) {
             *edge = AddLong(*edge, distance);
         }
     }

@@ -1,6 +1,7 @@
 // Drawing objects and device contexts: who owns them, and scopes that put a context back as it was.
 #pragma once
 
+#include "platform/geometry.h"
 #include "platform/handles.h"
 
 namespace velk {
@@ -21,6 +22,8 @@ struct ScreenContextTraits : NullIsNone<HDC> {
 using GdiObject = UniqueHandle<GdiObjectTraits>;
 using CreatedContext = UniqueHandle<CreatedContextTraits>;
 using ScreenContext = UniqueHandle<ScreenContextTraits>;
+
+inline RECT ToRect(const Box& box) noexcept { return {box.left, box.top, box.right, box.bottom}; }
 
 // Selects an object for as long as it lives. What was selected before comes back.
 class SelectedObject {

@@ -14,9 +14,9 @@ constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
 TEST(ArcGeometry, PutsTheEndsOnTheEllipse) {
     struct Case {
-        BoundingBox box;
+        Box box;
         double start, sweep;
-        ArcPoint first, last;
+        Point first, last;
     };
     const Case cases[] = {
         {{0, 0, 100, 100}, 0, 90, {100, 50}, {50, 0}},
@@ -43,7 +43,7 @@ TEST(ArcGeometry, PutsTheEndsOnTheEllipse) {
 // there.
 TEST(ArcGeometry, CountsWithAPiOfFifteenDigits) {
     const auto [first, last] = EndsOfSweep({-1'000'000'000, -1'000'000'000, 1'000'000'000, 1'000'000'000}, 0, 360e6);
-    EXPECT_EQ((ArcPoint{1'000'000'000, 0}), first);
+    EXPECT_EQ((Point{1'000'000'000, 0}), first);
     EXPECT_EQ(1'000'000'000, last.x);
     EXPECT_NEAR(6.5, last.y, 1.5);
 }
@@ -59,7 +59,7 @@ TEST(ArcGeometry, OverflowIsAnError) {
     };
     constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
     struct Case {
-        BoundingBox box;
+        Box box;
         double start, sweep;
     };
     const Case cases[] = {

@@ -46,7 +46,7 @@ bool MayOverflow(const Axis& axis, double degrees) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Bytes bytes(data, size);
-    const BoundingBox box{bytes.Number(), bytes.Number(), bytes.Number(), bytes.Number()};
+    const Box box{bytes.Number(), bytes.Number(), bytes.Number(), bytes.Number()};
     const double start = bytes.Double(), sweep = bytes.Double();
     const Axis x = AxisBetween(box.left, box.right), y = AxisBetween(box.top, box.bottom);
     try {

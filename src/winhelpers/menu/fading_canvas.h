@@ -4,7 +4,7 @@
 #include <span>
 
 #include "platform/drawing_handles.h"
-#include "winhelpers/menu/menu_layout.h"
+#include "platform/geometry.h"
 
 namespace velk {
 

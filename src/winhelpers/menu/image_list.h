@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/geometry.h"
 #include "platform/long_handles.h"
 #include "platform/platform.h"
-#include "winhelpers/menu/menu_layout.h"
 
 #include <commctrl.h>
 

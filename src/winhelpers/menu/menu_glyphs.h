@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "winhelpers/menu/menu_layout.h"
+#include "platform/geometry.h"
 
 namespace velk {
 
@@ -12,23 +12,22 @@ namespace velk {
 template <class Put>
 void CheckMark(const Box& within, int side, Put put) {
     const int turn = side / 3, thickness = (3 * side + 3) / 7, deepest = side - 1 - turn;
-    const int left = within.left + (within.width() - side) / 2;
-    const int top = within.top + (within.height() - deepest - thickness) / 2;
+    const Box tick = Centred(within, {side, deepest + thickness});
     for (int x = 0; x < side; ++x) {
-        const int y = top + deepest - std::abs(x - turn);
-        put(Box{left + x, y, left + x + 1, y + thickness});
+        const int y = tick.top + deepest - std::abs(x - turn);
+        put(Box{tick.left + x, y, tick.left + x + 1, y + thickness});
     }
 }
 
 // A disc as wide as `side`.
 template <class Put>
 void Bullet(const Box& within, int side, Put put) {
-    const int left = within.left + (within.width() - side) / 2, top = within.top + (within.height() - side) / 2;
+    const Box disc = Centred(within, {side, side});
     for (int y = 0; y < side; ++y) {
         const double fromMiddle = y + 0.5 - side / 2.0;
         const double half = std::sqrt(side * side / 4.0 - fromMiddle * fromMiddle);
         const int inset = static_cast<int>(std::lround(side / 2.0 - half));
-        put(Box{left + inset, top + y, left + side - inset, top + y + 1});
+        put(Box{disc.left + inset, disc.top + y, disc.right - inset, disc.top + y + 1});
     }
 }
 

@@ -40,7 +40,7 @@ void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexc
         DrawIconEx(context, place.left, place.top, HandleFrom<HICON>(handle_), place.width(), place.height(), 0,
                    nullptr, DI_NORMAL);
     } else if (kind_ == PICTYPE_ENHMETAFILE) {
-        const RECT whole{place.left, place.top, place.right, place.bottom};
+        const RECT whole = ToRect(place);
         PlayEnhMetaFile(context, HandleFrom<HENHMETAFILE>(handle_), &whole);
     } else {
         Render(context, place);

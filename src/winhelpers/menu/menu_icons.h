@@ -9,6 +9,7 @@
 #include "platform/com_ptr.h"
 #include "platform/drawing_handles.h"
 #include "winhelpers/menu/image_list.h"
+#include "winhelpers/menu/menu_layout.h"
 #include "winhelpers/support/mem_dc.h"
 
 namespace velk {

@@ -15,12 +15,6 @@ constexpr int kColumnGap = 20;   // between label and accelerator
 constexpr int kArrowWidth = 16;
 constexpr int kSeparatorPadding = 3;
 
-Box Centred(const Box& within, Size size) noexcept {
-    const int left = within.left + (within.width() - size.width) / 2;
-    const int top = within.top + (within.height() - size.height) / 2;
-    return {left, top, left + size.width, top + size.height};
-}
-
 }  // namespace
 
 MenuLayout::MenuLayout(int dotsPerInch, Size icon, int textHeight) noexcept

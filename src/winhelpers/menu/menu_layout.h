@@ -4,23 +4,9 @@
 //   | edge | icon cell | gap | label ... gap ... accelerator | arrow | edge |
 #pragma once
 
+#include "platform/geometry.h"
+
 namespace velk {
-
-struct Size {
-    int width = 0;
-    int height = 0;
-};
-
-struct Box {
-    int left = 0;
-    int top = 0;
-    int right = 0;
-    int bottom = 0;
-
-    constexpr int width() const noexcept { return right - left; }
-    constexpr int height() const noexcept { return bottom - top; }
-    constexpr bool operator==(const Box&) const noexcept = default;
-};
 
 class MenuLayout {
   public:
@@ -38,7 +24,7 @@ class MenuLayout {
     Box Arrow(const Box& item) const noexcept;
     Box SeparatorLine(const Box& item) const noexcept;
 
-    // A size within the icon's that keeps the picture's proportions. Small pictures are not blown up.
+    // A size within the icon's that keeps the picture's proportions. Small pictures are not enlarged.
     Size Fit(Size picture) const noexcept;
 
     Size icon() const noexcept { return icon_; }

@@ -11,25 +11,23 @@
 namespace velk {
 namespace {
 
-RECT RectOf(const Box& box) noexcept { return {box.left, box.top, box.right, box.bottom}; }
-
 HBRUSH Brush(HDC canvas, COLORREF colour) noexcept {
     SetDCBrushColor(canvas, colour);
     return static_cast<HBRUSH>(GetStockObject(DC_BRUSH));
 }
 
 void Fill(HDC canvas, const Box& box, COLORREF colour) noexcept {
-    const RECT filled = RectOf(box);
+    const RECT filled = ToRect(box);
     FillRect(canvas, &filled, Brush(canvas, colour));
 }
 
 void Frame(HDC canvas, const Box& box, COLORREF colour) noexcept {
-    const RECT framed = RectOf(box);
+    const RECT framed = ToRect(box);
     FrameRect(canvas, &framed, Brush(canvas, colour));
 }
 
 void DrawLine(HDC canvas, std::u16string_view text, const Box& box, UINT format) noexcept {
-    RECT place = RectOf(box);
+    RECT place = ToRect(box);
     const std::wstring_view wide = Wide(text);
     DrawTextW(canvas, wide.data(), static_cast<int>(wide.size()), &place, DT_SINGLELINE | DT_VCENTER | format);
 }
