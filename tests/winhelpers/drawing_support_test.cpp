@@ -53,21 +53,21 @@ HGDIOBJ WINAPI RefuseSelection(HDC, HGDIOBJ) { return nullptr; }
 
 TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     cMemDC memory;
-    EXPECT_EQ(nullptr, memory.get_HDC());
-    memory.put_Width(20);
-    memory.put_Height(10);
-    Paint(memory.get_HDC(), kRed, {0, 0, 20, 10});
-    const HDC context = memory.get_HDC();
-    memory.put_Width(20);
-    memory.put_Width(5);
-    memory.put_Height(-3);
-    EXPECT_EQ(context, memory.get_HDC());
+    EXPECT_EQ(nullptr, memory.HDC());
+    memory.SetWidth(20);
+    memory.SetHeight(10);
+    Paint(memory.HDC(), kRed, {0, 0, 20, 10});
+    const HDC context = memory.HDC();
+    memory.SetWidth(20);
+    memory.SetWidth(5);
+    memory.SetHeight(-3);
+    EXPECT_EQ(context, memory.HDC());
     EXPECT_EQ(kRed, GetPixel(context, 19, 9));
     EXPECT_EQ(CLR_INVALID, GetPixel(context, 20, 9));
-    memory.put_Height(11);
-    EXPECT_EQ(20, memory.get_Width());
-    EXPECT_NE(kRed, GetPixel(memory.get_HDC(), 19, 9)) << "a new bitmap is empty";
-    EXPECT_NE(CLR_INVALID, GetPixel(memory.get_HDC(), 19, 10));
+    memory.SetHeight(11);
+    EXPECT_EQ(20, memory.Width());
+    EXPECT_NE(kRed, GetPixel(memory.HDC(), 19, 9)) << "a new bitmap is empty";
+    EXPECT_NE(CLR_INVALID, GetPixel(memory.HDC(), 19, 10));
     {
         std::string calls;  // + selects, - deletes
         const HMODULE here = GetModuleHandleW(nullptr);
@@ -80,15 +80,15 @@ TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
         const Fake selects("SelectObject", select, noteSelect, here);
         const Fake removes("DeleteObject", remove, noteRemove, here);
         const Fake closes("DeleteDC", close, noteClose, here);
-        memory.put_Height(12);
+        memory.SetHeight(12);
         EXPECT_EQ("+bitmap -bitmap -dc +bitmap -dc ", calls) << "the old ones, and the display's";
     }
     {
         const ImportPatch refuse(GetModuleHandleW(nullptr), "SelectObject", reinterpret_cast<void*>(&RefuseSelection));
-        memory.put_Width(21);
+        memory.SetWidth(21);
     }
-    EXPECT_EQ(nullptr, memory.get_HDC());
-    EXPECT_EQ(20, memory.get_Width()) << "the size stays";
+    EXPECT_EQ(nullptr, memory.HDC());
+    EXPECT_EQ(20, memory.Width()) << "the size stays";
     EXPECT_EQ(before, GdiObjects());
 }
 
@@ -96,14 +96,14 @@ TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     const ComPtr<IPictureDisp> large = PictureOf(NewBitmap(kBlue, 30, 12)), small = PictureOf(NewBitmap(kRed, 4, 3));
     cMemDC memory;
     memory.CreateFromPicture(large.get());
-    EXPECT_EQ(12, memory.get_Height());
+    EXPECT_EQ(12, memory.Height());
     memory.CreateFromPicture(small.get());
-    EXPECT_EQ(30, memory.get_Width());
+    EXPECT_EQ(30, memory.Width());
     EXPECT_EQ(L"An error has occured in VelkSupport.cMemDC.CreateFromPicture \r\n\r\nError:91",
               ReportOf([&] { memory.CreateFromPicture(nullptr); }));
-    EXPECT_EQ(kRed, GetPixel(memory.get_HDC(), 3, 2));
-    EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 4, 2));
-    EXPECT_EQ(kBlue, GetPixel(memory.get_HDC(), 29, 11));
+    EXPECT_EQ(kRed, GetPixel(memory.HDC(), 3, 2));
+    EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 4, 2));
+    EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 29, 11));
 }
 
 TEST_F(DrawingSupport, FadingCanvasGrowsInBothDirections) {
@@ -165,10 +165,9 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecords) {
         EXPECT_EQ(refused == 0, metrics_.GetMetrics()) << refused;
     }
     using Size = LONG (cNCMetrics::*)() const noexcept;
-    constexpr Size sizes[] = {
-        &cNCMetrics::get_BorderWidth,     &cNCMetrics::get_ScrollWidth,   &cNCMetrics::get_ScrollHeight,
-        &cNCMetrics::get_CaptionWIdth,    &cNCMetrics::get_CaptionHeight, &cNCMetrics::get_SMCaptionWIdth,
-        &cNCMetrics::get_SMCaptionHeight, &cNCMetrics::get_MenuWidth,     &cNCMetrics::get_MenuHeight};
+    constexpr Size sizes[] = {&cNCMetrics::BorderWidth,     &cNCMetrics::ScrollWidth,   &cNCMetrics::ScrollHeight,
+                              &cNCMetrics::CaptionWIdth,    &cNCMetrics::CaptionHeight, &cNCMetrics::SMCaptionWIdth,
+                              &cNCMetrics::SMCaptionHeight, &cNCMetrics::MenuWidth,     &cNCMetrics::MenuHeight};
     LONG number = 0;
     for (const Size size : sizes) EXPECT_EQ(++number, (metrics_.*size)());
 }
@@ -181,10 +180,10 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindowsAndFonts) {
         LONG size;
         int metric, more;  // captions and menu bars have a line below
     } cases[] = {
-        {metrics.get_ScrollWidth(), SM_CXVSCROLL, 0},   {metrics.get_ScrollHeight(), SM_CYHSCROLL, 0},
-        {metrics.get_CaptionWIdth(), SM_CXSIZE, 0},     {metrics.get_CaptionHeight(), SM_CYCAPTION, 1},
-        {metrics.get_SMCaptionWIdth(), SM_CXSMSIZE, 0}, {metrics.get_SMCaptionHeight(), SM_CYSMCAPTION, 1},
-        {metrics.get_MenuWidth(), SM_CXMENUSIZE, 0},    {metrics.get_MenuHeight(), SM_CYMENU, 1},
+        {metrics.ScrollWidth(), SM_CXVSCROLL, 0},   {metrics.ScrollHeight(), SM_CYHSCROLL, 0},
+        {metrics.CaptionWIdth(), SM_CXSIZE, 0},     {metrics.CaptionHeight(), SM_CYCAPTION, 1},
+        {metrics.SMCaptionWIdth(), SM_CXSMSIZE, 0}, {metrics.SMCaptionHeight(), SM_CYSMCAPTION, 1},
+        {metrics.MenuWidth(), SM_CXMENUSIZE, 0},    {metrics.MenuHeight(), SM_CYMENU, 1},
     };
     for (const auto& [size, metric, more] : cases) EXPECT_EQ(GetSystemMetrics(metric), size + more) << metric;
     NONCLIENTMETRICSW wide{};
@@ -192,12 +191,12 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindowsAndFonts) {
     LOGFONTW iconTitle{};
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof wide, &wide, 0);
     SystemParametersInfoW(SPI_GETICONTITLELOGFONT, sizeof iconTitle, &iconTitle, 0);
-    EXPECT_EQ(wide.iBorderWidth, metrics.get_BorderWidth());
+    EXPECT_EQ(wide.iBorderWidth, metrics.BorderWidth());
     const LOGFONTW* const fonts[] = {&iconTitle,       &wide.lfCaptionFont, &wide.lfSmCaptionFont,
                                      &wide.lfMenuFont, &wide.lfStatusFont,  &wide.lfMessageFont};
     for (LONG number = 1; number <= 6; ++number) {
         LOGFONTW font{};
-        GetObjectW(LongToHandle(metrics.get_FontHandle(number)), sizeof font, &font);
+        GetObjectW(LongToHandle(metrics.FontHandle(number)), sizeof font, &font);
         EXPECT_STREQ(fonts[number - 1]->lfFaceName, font.lfFaceName) << number;
         EXPECT_EQ(fonts[number - 1]->lfHeight, font.lfHeight) << number;
         EXPECT_EQ(fonts[number - 1]->lfWeight, font.lfWeight) << number;
@@ -207,28 +206,28 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindowsAndFonts) {
 TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     ASSERT_TRUE(metrics_.GetMetrics());
     for (LONG number = 1; number <= 6; ++number) {
-        const LONG font = metrics_.get_FontHandle(number);
+        const LONG font = metrics_.FontHandle(number);
         EXPECT_EQ(20 + number, Read(font).lfHeight);
-        EXPECT_EQ(font, metrics_.get_FontHandle(number));
+        EXPECT_EQ(font, metrics_.FontHandle(number));
     }
-    const LONG second = metrics_.get_FontHandle(2);
+    const LONG second = metrics_.FontHandle(2);
     ASSERT_TRUE(metrics_.GetMetrics());
     EXPECT_EQ(0, Read(second).lfHeight) << "a second reading deletes the fonts";
-    const LONG first = metrics_.get_FontHandle(1);
+    const LONG first = metrics_.FontHandle(1);
     EXPECT_EQ(VT_EMPTY, metrics_.ClearUp().vt);
-    EXPECT_EQ(first, metrics_.get_FontHandle(1)) << "the deleted handle stays in the cache";
+    EXPECT_EQ(first, metrics_.FontHandle(1)) << "the deleted handle stays in the cache";
     EXPECT_EQ(0, Read(first).lfHeight);
     for (const LONG number : {0, 7, -1}) {
         EXPECT_EQ(L"An error has occured in VelkSupport.cNCMetrics.plGetFont \r\n\r\nError:9",
-                  ReportOf([&] { EXPECT_EQ(0, metrics_.get_FontHandle(number)); }));
+                  ReportOf([&] { EXPECT_EQ(0, metrics_.FontHandle(number)); }));
     }
     for (const auto& [number, weight] : {std::pair{4L, 700}, {5L, 900}, {0L, 700}}) {
-        const GdiObject one(LongToHandle(metrics_.get_BoldenedFontHandle(number)));
-        const GdiObject other(LongToHandle(metrics_.get_BoldenedFontHandle(number)));
+        const GdiObject one(LongToHandle(metrics_.BoldenedFontHandle(number)));
+        const GdiObject other(LongToHandle(metrics_.BoldenedFontHandle(number)));
         EXPECT_NE(one.get(), other.get());
         EXPECT_EQ(weight, Read(HandleToLong(one.get())).lfWeight) << number;
     }
-    EXPECT_NEAR(24, SizeOf(metrics_.get_Font(nullptr, 2).As<IFont>().get()), kPixel) << "always the menu font";
+    EXPECT_NEAR(24, SizeOf(metrics_.Font(nullptr, 2).As<IFont>().get()), kPixel) << "always the menu font";
 }
 
 // Notes what it is set to, in order: the platform's own rounds sizes and replaces faces by what it has.
@@ -316,13 +315,13 @@ class DottedBrush : public DrawingSupport {
     using Inside = std::function<bool(int x, int y)>;
 
     DottedBrush() {
-        canvas_.put_Width(kSize);
-        canvas_.put_Height(kSize);
+        canvas_.SetWidth(kSize);
+        canvas_.SetHeight(kSize);
         SetBkColor(dc(), kBack);
         SetTextColor(dc(), kText);
         EXPECT_FALSE(brush_.Create());
     }
-    HDC dc() const { return canvas_.get_HDC(); }
+    HDC dc() const { return canvas_.HDC(); }
 
     // Each pixel becomes white outside and, inside, one of the two colours in turn; the context is as it was.
     void ExpectDots(const std::function<void()>& draw, const Inside& inside, COLORREF dot, COLORREF gap,

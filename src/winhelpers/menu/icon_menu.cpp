@@ -7,7 +7,7 @@
 #include "platform/long_handles.h"
 #include "platform/text.h"
 #include "winhelpers/menu/menu_text.h"
-#include "winhelpers/support/support_report.h"
+#include "winhelpers/support/support_guard.h"
 
 namespace velk {
 namespace {
@@ -197,7 +197,7 @@ STDMETHODIMP cIconMenu::ClearIcons() noexcept {
 HRESULT cIconMenu::MsgResponse(LONG* result) noexcept {
     if (!result) return E_POINTER;
     *result = eMsgResponse_HookAlone;
-    Trap(kClass, L"MsgResponse", [&] {
+    velk::Guard(kClass, L"MsgResponse", [&] {
         if (IsHandledAfterwards(hooks_.DispatchedMessage())) *result = eMsgResponse_PreviousFirst;
     });
     return S_OK;
@@ -207,7 +207,7 @@ HRESULT cIconMenu::WindowProc(LONG window, LONG message, LONG wParam, LONG lPara
     if (!result) return E_POINTER;
     *result = 0;
     bool settled = false;
-    Trap(kClass, L"WindowProc", [&] { settled = Handle(message, wParam, lParam, result); });
+    velk::Guard(kClass, L"WindowProc", [&] { settled = Handle(message, wParam, lParam, result); });
     if (settled || IsHandledAfterwards(message)) return S_OK;
     return PassOn(result, [&] { return hooks_.CallPreviousProc(window, message, wParam, lParam); });
 }

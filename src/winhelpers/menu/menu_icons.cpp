@@ -50,11 +50,11 @@ void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexc
 void MenuPicture::DrawBitmap(HDC context, const Box& place, COLORREF mask) const noexcept {
     if (mask == CLR_INVALID) {
         SetStretchBltMode(context, COLORONCOLOR);
-        StretchBlt(context, place.left, place.top, place.width(), place.height(), bits_.get_HDC(), 0, 0, size_.width,
+        StretchBlt(context, place.left, place.top, place.width(), place.height(), bits_.HDC(), 0, 0, size_.width,
                    size_.height, SRCCOPY);
     } else {
-        GdiTransparentBlt(context, place.left, place.top, place.width(), place.height(), bits_.get_HDC(), 0, 0,
-                          size_.width, size_.height, mask);
+        GdiTransparentBlt(context, place.left, place.top, place.width(), place.height(), bits_.HDC(), 0, 0, size_.width,
+                          size_.height, mask);
     }
 }
 

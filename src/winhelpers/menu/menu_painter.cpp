@@ -50,14 +50,14 @@ void MenuPainter::Prepare(Size icon) {
 void MenuPainter::ReadSettings() {
     auto metrics = std::make_unique<cNCMetrics>();
     metrics->GetMetrics();
-    font_ = HandleFrom<HGDIOBJ>(metrics->get_FontHandle(kMenuFont));
-    boldFont_ = GdiObject(HandleFrom<HGDIOBJ>(metrics->get_BoldenedFontHandle(kMenuFont)));
+    font_ = HandleFrom<HGDIOBJ>(metrics->FontHandle(kMenuFont));
+    boldFont_ = GdiObject(HandleFrom<HGDIOBJ>(metrics->BoldenedFontHandle(kMenuFont)));
     metrics_ = std::move(metrics);
     stale_ = false;
 
-    ruler_.put_Width(1);
-    ruler_.put_Height(1);
-    const HDC context = ruler_.get_HDC();
+    ruler_.SetWidth(1);
+    ruler_.SetHeight(1);
+    const HDC context = ruler_.HDC();
     dotsPerInch_ = GetDeviceCaps(context, LOGPIXELSY);
     TEXTMETRICW normal{}, bold{};
     {
@@ -77,8 +77,8 @@ void MenuPainter::ReadSettings() {
 
 TextWidths MenuPainter::Measure(std::wstring_view text, bool bold) const noexcept {
     const MenuText parts = SplitMenuText(Utf16(text));
-    const SelectedObject font(ruler_.get_HDC(), FontFor(bold));
-    return {WidthOf(ruler_.get_HDC(), parts.label, 0), WidthOf(ruler_.get_HDC(), parts.accelerator, DT_NOPREFIX)};
+    const SelectedObject font(ruler_.HDC(), FontFor(bold));
+    return {WidthOf(ruler_.HDC(), parts.label, 0), WidthOf(ruler_.HDC(), parts.accelerator, DT_NOPREFIX)};
 }
 
 // The system adds two characters to the width that an owner-drawn item asks for.
@@ -99,9 +99,9 @@ MenuPainter::Colours MenuPainter::ColoursFor(UINT state) const noexcept {
 
 void MenuPainter::Draw(const DrawnItem& item, const MenuIcons& icons, HDC target, const RECT& place) noexcept {
     const Box box{0, 0, static_cast<int>(place.right - place.left), static_cast<int>(place.bottom - place.top)};
-    buffer_.put_Width(box.right);
-    buffer_.put_Height(box.bottom);
-    const HDC canvas = buffer_.get_HDC();
+    buffer_.SetWidth(box.right);
+    buffer_.SetHeight(box.bottom);
+    const HDC canvas = buffer_.HDC();
     const Colours colours = ColoursFor(item.separator ? item.state & ~UINT{ODS_SELECTED} : item.state);
     Fill(canvas, box, colours.back);
     if (colours.framed) Frame(canvas, box, colours.accent);

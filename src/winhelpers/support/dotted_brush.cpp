@@ -2,7 +2,7 @@
 
 #include "platform/colour.h"
 #include "platform/whole_numbers.h"
-#include "winhelpers/support/support_report.h"
+#include "winhelpers/support/support_guard.h"
 
 namespace velk {
 namespace {
@@ -14,7 +14,7 @@ constexpr const wchar_t* kClass = L"cDottedBrush";
 // The context's colours, changed where a colour is given and put back unless told to stay.
 class cDottedBrush::Colours {
   public:
-    Colours(::HDC context, LONG back, LONG fore) noexcept : context_(context) {
+    Colours(HDC context, LONG back, LONG fore) noexcept : context_(context) {
         if (back != kLeaveColour) back_ = SetBkColor(context, static_cast<COLORREF>(TranslateColor(back)));
         if (fore != kLeaveColour) fore_ = SetTextColor(context, static_cast<COLORREF>(TranslateColor(fore)));
     }
@@ -27,13 +27,13 @@ class cDottedBrush::Colours {
     void Stay() noexcept { back_ = fore_ = CLR_INVALID; }
 
   private:
-    ::HDC context_;
+    HDC context_;
     COLORREF back_ = CLR_INVALID;
     COLORREF fore_ = CLR_INVALID;
 };
 
 bool cDottedBrush::Create() noexcept {
-    Trap(kClass, L"Create", [&] {
+    Guard(kClass, L"Create", [&] {
         Destroy();
         const BITMAP description{0, 16, 8, 2, 1, 1, pattern_.data()};
         const GdiObject bitmap(CreateBitmapIndirect(&description));
@@ -44,41 +44,37 @@ bool cDottedBrush::Create() noexcept {
 
 void cDottedBrush::Destroy() noexcept { brush_ = {}; }
 
-void cDottedBrush::DrawLine(::HDC hDC, LONG xPixels, LONG yPixels, LONG widthPixels, LONG heightPixels, DWORD eRop,
-                            LONG oBackColor, LONG oForeColor) noexcept {
-    Trap(kClass, L"DrawLine", [&] {
-        const SelectedObject brush(hDC, brush_.get());
-        const Colours colours(hDC, oBackColor, oForeColor);
-        PatBlt(hDC, xPixels, yPixels, widthPixels, heightPixels, eRop);
+void cDottedBrush::DrawLine(HDC context, LONG x, LONG y, LONG width, LONG height, DWORD rop, LONG back,
+                            LONG fore) noexcept {
+    Guard(kClass, L"DrawLine", [&] {
+        const SelectedObject brush(context, brush_.get());
+        const Colours colours(context, back, fore);
+        PatBlt(context, x, y, width, height, rop);
     });
 }
 
-void cDottedBrush::Rectangle(::HDC hDC, LONG xPixels, LONG yPixels, LONG widthRectPixels, LONG heightRectPixels,
-                             LONG lineSizePixels, DWORD eRop, bool bFill, LONG oBackColor, LONG oForeColor) noexcept {
-    Trap(kClass, L"Rectangle", [&] {
-        const LONG right = AddLong(xPixels, widthRectPixels), bottom = AddLong(yPixels, heightRectPixels);
-        if (bFill) {
-            Colours(hDC, oBackColor, oForeColor).Stay();
-            const RECT filled{xPixels, yPixels, right, bottom};
-            FillRect(hDC, &filled, static_cast<HBRUSH>(brush_.get()));
+void cDottedBrush::Rectangle(HDC context, LONG x, LONG y, LONG width, LONG height, LONG lineSize, DWORD rop, bool fill,
+                             LONG back, LONG fore) noexcept {
+    Guard(kClass, L"Rectangle", [&] {
+        const LONG right = AddLong(x, width), bottom = AddLong(y, height);
+        if (fill) {
+            Colours(context, back, fore).Stay();
+            const RECT filled{x, y, right, bottom};
+            FillRect(context, &filled, static_cast<HBRUSH>(brush_.get()));
             return;
         }
-        const SelectedObject brush(hDC, brush_.get());
-        const Colours colours(hDC, oBackColor, oForeColor);
-        PatBlt(hDC, xPixels, yPixels, widthRectPixels, lineSizePixels, eRop);
-        PatBlt(hDC, right, yPixels, lineSizePixels, heightRectPixels, eRop);
-        PatBlt(hDC, xPixels, bottom, widthRectPixels, lineSizePixels, eRop);
-        PatBlt(hDC, xPixels, yPixels, lineSizePixels, heightRectPixels, eRop);
+        const SelectedObject brush(context, brush_.get());
+        const Colours colours(context, back, fore);
+        PatBlt(context, x, y, width, lineSize, rop);
+        PatBlt(context, right, y, lineSize, height, rop);
+        PatBlt(context, x, bottom, width, lineSize, rop);
+        PatBlt(context, x, y, lineSize, height, rop);
     });
 }
 
-void cDottedBrush::SetBrushOrigin(::HDC hDC, LONG xPixels, LONG yPixels) noexcept {
-    Trap(kClass, L"SetBrushOrigin",
-         [&] { SetBrushOrgEx(hDC, SubtractLong(0, xPixels) & 7, SubtractLong(0, yPixels) & 7, nullptr); });
-}
-
-LONG cDottedBrush::TranslateColor(LONG oColor, HPALETTE palette) noexcept {
-    return velk::TranslateColor(oColor, palette);
+void cDottedBrush::SetBrushOrigin(HDC context, LONG x, LONG y) noexcept {
+    Guard(kClass, L"SetBrushOrigin",
+          [&] { SetBrushOrgEx(context, SubtractLong(0, x) & 7, SubtractLong(0, y) & 7, nullptr); });
 }
 
 }  // namespace velk

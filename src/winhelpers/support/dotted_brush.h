@@ -22,20 +22,18 @@ class cDottedBrush {
     void Destroy() noexcept;
 
     // Pixels. The dots take the text colour, the gaps the background colour; both are put back.
-    void DrawLine(::HDC hDC, LONG xPixels, LONG yPixels, LONG widthPixels, LONG heightPixels, DWORD eRop = PATCOPY,
-                  LONG oBackColor = kLeaveColour, LONG oForeColor = kLeaveColour) noexcept;
+    void DrawLine(HDC context, LONG x, LONG y, LONG width, LONG height, DWORD rop = PATCOPY, LONG back = kLeaveColour,
+                  LONG fore = kLeaveColour) noexcept;
 
     // Deliberate: the right and the bottom band lie outside the width and height, and their common corner stays
     // unpainted; after a fill the colours are not put back.
-    void Rectangle(::HDC hDC, LONG xPixels, LONG yPixels, LONG widthRectPixels, LONG heightRectPixels,
-                   LONG lineSizePixels, DWORD eRop = PATCOPY, bool bFill = false, LONG oBackColor = kLeaveColour,
-                   LONG oForeColor = kLeaveColour) noexcept;
+    void Rectangle(HDC context, LONG x, LONG y, LONG width, LONG height, LONG lineSize, DWORD rop = PATCOPY,
+                   bool fill = false, LONG back = kLeaveColour, LONG fore = kLeaveColour) noexcept;
 
-    // Lines the pattern up with a point.
-    void SetBrushOrigin(::HDC hDC, LONG xPixels, LONG yPixels) noexcept;
+    // Aligns the pattern with a point.
+    void SetBrushOrigin(HDC context, LONG x, LONG y) noexcept;
 
   private:
-    static LONG TranslateColor(LONG oColor, HPALETTE palette = nullptr) noexcept;
     class Colours;
 
     GdiObject brush_;

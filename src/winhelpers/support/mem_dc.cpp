@@ -3,7 +3,7 @@
 #include "platform/com_ptr.h"
 #include "platform/long_handles.h"
 #include "platform/system_errors.h"
-#include "winhelpers/support/support_report.h"
+#include "winhelpers/support/support_guard.h"
 
 namespace velk {
 namespace {
@@ -23,25 +23,25 @@ HGDIOBJ BitmapOf(IUnknown* object) {
 
 }  // namespace
 
-void cMemDC::put_Width(LONG lW) noexcept {
-    Trap(kClass, L"Width", [&] {
-        if (lW > width_) pCreate(lW, height_);
+void cMemDC::SetWidth(LONG width) noexcept {
+    Guard(kClass, L"Width", [&] {
+        if (width > width_) pCreate(width, height_);
     });
 }
 
-void cMemDC::put_Height(LONG lH) noexcept {
-    Trap(kClass, L"Height", [&] {
-        if (lH > height_) pCreate(width_, lH);
+void cMemDC::SetHeight(LONG height) noexcept {
+    Guard(kClass, L"Height", [&] {
+        if (height > height_) pCreate(width_, height);
     });
 }
 
-void cMemDC::CreateFromPicture(IUnknown* sPic) noexcept {
-    Trap(kClass, L"CreateFromPicture", [&] {
-        const HGDIOBJ source = BitmapOf(sPic);
+void cMemDC::CreateFromPicture(IUnknown* picture) noexcept {
+    Guard(kClass, L"CreateFromPicture", [&] {
+        const HGDIOBJ source = BitmapOf(picture);
         BITMAP header{};
         GetObjectA(source, sizeof header, &header);
-        put_Width(header.bmWidth);
-        put_Height(header.bmHeight);
+        SetWidth(header.bmWidth);
+        SetHeight(header.bmHeight);
         const CreatedContext display = DisplayContext();
         const CreatedContext temporary(CreateCompatibleDC(display.get()));
         const SelectedObject selected(temporary.get(), source);
@@ -49,16 +49,16 @@ void cMemDC::CreateFromPicture(IUnknown* sPic) noexcept {
     });
 }
 
-void cMemDC::pCreate(LONG w, LONG h) noexcept {
-    Trap(kClass, L"pCreate", [&] {
+void cMemDC::pCreate(LONG width, LONG height) noexcept {
+    Guard(kClass, L"pCreate", [&] {
         pDestroy();
         const CreatedContext display = DisplayContext();
         context_ = CreatedContext(CreateCompatibleDC(display.get()));
-        bitmap_ = GdiObject(CreateCompatibleBitmap(display.get(), w, h));
+        bitmap_ = GdiObject(CreateCompatibleBitmap(display.get(), width, height));
         previousBitmap_ = SelectObject(context_.get(), bitmap_.get());
         if (!previousBitmap_) return pDestroy();
-        width_ = w;
-        height_ = h;
+        width_ = width;
+        height_ = height;
     });
 }
 

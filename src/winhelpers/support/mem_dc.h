@@ -13,17 +13,17 @@ class cMemDC {
     cMemDC& operator=(const cMemDC&) = delete;
     ~cMemDC() { pDestroy(); }
 
-    HDC get_HDC() const noexcept { return context_.get(); }  // null when there is none
-    LONG get_Width() const noexcept { return width_; }       // pixels
-    LONG get_Height() const noexcept { return height_; }
-    void put_Width(LONG lW) noexcept;
-    void put_Height(LONG lH) noexcept;
+    ::HDC HDC() const noexcept { return context_.get(); }  // null when there is none
+    LONG Width() const noexcept { return width_; }         // pixels
+    LONG Height() const noexcept { return height_; }
+    void SetWidth(LONG width) noexcept;
+    void SetHeight(LONG height) noexcept;
 
     // Copies a picture that is a bitmap to the top left corner, growing to its size.
-    void CreateFromPicture(IUnknown* sPic) noexcept;
+    void CreateFromPicture(IUnknown* picture) noexcept;
 
   private:
-    void pCreate(LONG w, LONG h) noexcept;
+    void pCreate(LONG width, LONG height) noexcept;
     void pDestroy() noexcept;
 
     CreatedContext context_;

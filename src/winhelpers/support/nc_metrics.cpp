@@ -6,7 +6,7 @@
 #include "platform/long_handles.h"
 #include "platform/system_errors.h"
 #include "platform/text.h"
-#include "winhelpers/support/support_report.h"
+#include "winhelpers/support/support_guard.h"
 
 namespace velk {
 namespace {
@@ -16,9 +16,9 @@ constexpr UINT kRecordSize = 340;
 constexpr LONG kBoldFrom = 401;
 
 // Points. A positive height counts as points without conversion, deliberately.
-double PointsOf(const LOGFONTA& logFont, HDC hDC) {
+double PointsOf(const LOGFONTA& logFont, HDC context) {
     if (logFont.lfHeight >= 1) return logFont.lfHeight;
-    const int dotsPerInch = GetDeviceCaps(hDC, LOGPIXELSY);
+    const int dotsPerInch = GetDeviceCaps(context, LOGPIXELSY);
     if (dotsPerInch == 0) throw RuntimeError(Error::DivisionByZero);
     return std::abs(static_cast<double>(logFont.lfHeight)) * 72 / dotsPerInch;
 }
@@ -33,7 +33,7 @@ CY CurrencyOf(double value) {
 
 bool cNCMetrics::GetMetrics() noexcept {
     bool read = false;
-    Trap(kClass, L"GetMetrics", [&] {
+    Guard(kClass, L"GetMetrics", [&] {
         ClearUp();
         metrics_.cbSize = kRecordSize;
         read = SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, 0, &metrics_, 0) &&
@@ -49,36 +49,36 @@ Variant cNCMetrics::ClearUp() noexcept {
     return {};
 }
 
-LONG cNCMetrics::get_FontHandle(LONG eFontNum) noexcept {
+LONG cNCMetrics::FontHandle(LONG number) noexcept {
     LONG handle = 0;
-    Trap(kClass, L"FontHandle", [&] { handle = plGetFont(eFontNum, LogFontOf(eFontNum)).lVal; });
+    Guard(kClass, L"FontHandle", [&] { handle = plGetFont(number, LogFontOf(number)).lVal; });
     return handle;
 }
 
-LONG cNCMetrics::get_BoldenedFontHandle(LONG eFontNum) const noexcept {
+LONG cNCMetrics::BoldenedFontHandle(LONG number) const noexcept {
     LONG handle = 0;
-    Trap(kClass, L"BoldenedFontHandle", [&] {
-        LOGFONTA logFont = LogFontOf(eFontNum);
+    Guard(kClass, L"BoldenedFontHandle", [&] {
+        LOGFONTA logFont = LogFontOf(number);
         logFont.lfWeight = logFont.lfWeight >= FW_BOLD ? FW_HEAVY : FW_BOLD;
         handle = LongFrom(CreateFontIndirectA(&logFont));
     });
     return handle;
 }
 
-ComPtr<IFontDisp> cNCMetrics::get_Font(::HDC lHDC, LONG) const noexcept {
+ComPtr<IFontDisp> cNCMetrics::Font(HDC context, LONG) const noexcept {
     ComPtr<IFontDisp> made;
-    Trap(kClass, L"Font", [&] {
+    Guard(kClass, L"Font", [&] {
         ComPtr<IFont> font;
         ThrowIfFailed(OleCreateFontIndirect(nullptr, IID_IFont, font.ReceiveVoid()));
-        pLogFontToStdFont(LogFontOf(kMenuFont), lHDC, font.get());
+        pLogFontToStdFont(LogFontOf(kMenuFont), context, font.get());
         made = font.As<IFontDisp>();
     });
     return made;
 }
 
 // An empty record for a number that is none.
-LOGFONTA cNCMetrics::LogFontOf(LONG eFontNum) const noexcept {
-    switch (eFontNum) {
+LOGFONTA cNCMetrics::LogFontOf(LONG number) const noexcept {
+    switch (number) {
         case kIconTitleFont:
             return iconTitle_;
         case kCaptionFont:
@@ -96,11 +96,11 @@ LOGFONTA cNCMetrics::LogFontOf(LONG eFontNum) const noexcept {
     }
 }
 
-Variant cNCMetrics::plGetFont(LONG eFontNum, const LOGFONTA& logFont) noexcept {
+Variant cNCMetrics::plGetFont(LONG number, const LOGFONTA& logFont) noexcept {
     Variant handle;
-    Trap(kClass, L"plGetFont", [&] {
-        if (eFontNum < kIconTitleFont || eFontNum > kMessageFont) throw RuntimeError(Error::SubscriptOutOfRange);
-        LONG& cached = fonts_[static_cast<std::size_t>(eFontNum) - 1];
+    Guard(kClass, L"plGetFont", [&] {
+        if (number < kIconTitleFont || number > kMessageFont) throw RuntimeError(Error::SubscriptOutOfRange);
+        LONG& cached = fonts_[static_cast<std::size_t>(number) - 1];
         if (!cached) cached = LongFrom(CreateFontIndirectA(&logFont));
         handle.vt = VT_I4;
         handle.lVal = cached;
@@ -108,11 +108,11 @@ Variant cNCMetrics::plGetFont(LONG eFontNum, const LOGFONTA& logFont) noexcept {
     return handle;
 }
 
-void cNCMetrics::pLogFontToStdFont(const LOGFONTA& logFont, ::HDC hDC, IFont* font) noexcept {
-    Trap(kClass, L"pLogFontToStdFont", [&] {
+void cNCMetrics::pLogFontToStdFont(const LOGFONTA& logFont, HDC context, IFont* font) noexcept {
+    Guard(kClass, L"pLogFontToStdFont", [&] {
         const std::u16string name = FromAnsi({logFont.lfFaceName, LF_FACESIZE});  // with its trailing NULs
         ThrowIfFailed(font->put_Name(Bstr(Wide(name)).get()));
-        ThrowIfFailed(font->put_Size(CurrencyOf(PointsOf(logFont, hDC))));
+        ThrowIfFailed(font->put_Size(CurrencyOf(PointsOf(logFont, context))));
         ThrowIfFailed(font->put_Charset(logFont.lfCharSet));
         ThrowIfFailed(font->put_Italic(logFont.lfItalic != 0));
         ThrowIfFailed(font->put_Underline(logFont.lfUnderline != 0));

@@ -9,7 +9,7 @@
 
 namespace velk {
 
-// The fonts that cNCMetrics knows, as its eFontNum arguments take them.
+// The fonts that cNCMetrics knows, as its members count them.
 enum FontNumber : LONG {
     kIconTitleFont = 1,
     kCaptionFont = 2,
@@ -32,31 +32,31 @@ class cNCMetrics {
     // Deletes the cached fonts. Deliberate: the deleted handles stay in the cache and are given out again.
     Variant ClearUp() noexcept;
 
-    LONG get_BorderWidth() const noexcept { return metrics_.iBorderWidth; }  // all in pixels
-    LONG get_ScrollWidth() const noexcept { return metrics_.iScrollWidth; }
-    LONG get_ScrollHeight() const noexcept { return metrics_.iScrollHeight; }
-    LONG get_CaptionWIdth() const noexcept { return metrics_.iCaptionWidth; }
-    LONG get_CaptionHeight() const noexcept { return metrics_.iCaptionHeight; }
-    LONG get_SMCaptionWIdth() const noexcept { return metrics_.iSmCaptionWidth; }
-    LONG get_SMCaptionHeight() const noexcept { return metrics_.iSmCaptionHeight; }
-    LONG get_MenuWidth() const noexcept { return metrics_.iMenuWidth; }
-    LONG get_MenuHeight() const noexcept { return metrics_.iMenuHeight; }
+    LONG BorderWidth() const noexcept { return metrics_.iBorderWidth; }  // all in pixels
+    LONG ScrollWidth() const noexcept { return metrics_.iScrollWidth; }
+    LONG ScrollHeight() const noexcept { return metrics_.iScrollHeight; }
+    LONG CaptionWIdth() const noexcept { return metrics_.iCaptionWidth; }
+    LONG CaptionHeight() const noexcept { return metrics_.iCaptionHeight; }
+    LONG SMCaptionWIdth() const noexcept { return metrics_.iSmCaptionWidth; }
+    LONG SMCaptionHeight() const noexcept { return metrics_.iSmCaptionHeight; }
+    LONG MenuWidth() const noexcept { return metrics_.iMenuWidth; }
+    LONG MenuHeight() const noexcept { return metrics_.iMenuHeight; }
 
     // The cached handle, made at the first request; it stays ours.
-    LONG get_FontHandle(LONG eFontNum) noexcept;
+    LONG FontHandle(LONG number) noexcept;
 
     // A bolder font that the caller owns.
-    LONG get_BoldenedFontHandle(LONG eFontNum) const noexcept;
+    LONG BoldenedFontHandle(LONG number) const noexcept;
 
     // Deliberate: the menu font, whichever is asked for.
-    ComPtr<IFontDisp> get_Font(::HDC lHDC, LONG eFontNum) const noexcept;
+    ComPtr<IFontDisp> Font(HDC context, LONG number) const noexcept;
 
   private:
     friend struct NCMetricsProbe;  // tests
 
-    LOGFONTA LogFontOf(LONG eFontNum) const noexcept;
-    Variant plGetFont(LONG eFontNum, const LOGFONTA& logFont) noexcept;
-    static void pLogFontToStdFont(const LOGFONTA& logFont, ::HDC hDC, IFont* font) noexcept;
+    LOGFONTA LogFontOf(LONG number) const noexcept;
+    Variant plGetFont(LONG number, const LOGFONTA& logFont) noexcept;
+    static void pLogFontToStdFont(const LOGFONTA& logFont, HDC context, IFont* font) noexcept;
     Variant XXXTest1() noexcept;
 
     // 340 bytes are read; the last field is newer than the record that is asked for.

@@ -1,4 +1,4 @@
-#include "winhelpers/support/support_report.h"
+#include "winhelpers/support/support_guard.h"
 
 #include <string>
 

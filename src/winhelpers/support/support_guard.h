@@ -1,4 +1,5 @@
-// How the drawing support objects fail: a member shows what went wrong, raises nothing, and keeps what it had reached.
+// The guard of the drawing support objects: a member that fails shows what went wrong, raises nothing, and keeps what
+// it had reached.
 #pragma once
 
 namespace velk {
@@ -7,7 +8,7 @@ namespace velk {
 void ReportSupportFailure(const wchar_t* className, const wchar_t* procedure) noexcept;
 
 template <class Body>
-void Trap(const wchar_t* className, const wchar_t* procedure, Body&& body) noexcept try {
+void Guard(const wchar_t* className, const wchar_t* procedure, Body&& body) noexcept try {
     body();
 } catch (...) {
     ReportSupportFailure(className, procedure);
