@@ -49,7 +49,8 @@ void DrawOutlined(HDC context, const Outline& outline, Draw&& draw) noexcept {
     draw();
 }
 
-// The brush goes before the pen both when they come and when they go, so the pen's owners are declared first.
+// The brush is created and selected before the pen, and also released before it, so the pen's owners are declared
+// first.
 template <class Draw>
 void DrawFilled(HDC context, const Outline& outline, const Fill& fill, Draw&& draw) noexcept {
     GdiObject pen;

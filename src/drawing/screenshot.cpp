@@ -39,7 +39,7 @@ void CaptureToClipboard(const ScreenArea& area) noexcept {
     const HDC display = CreateDCA("DISPLAY", "", "", nullptr);
     CreatedContext memory(CreateCompatibleDC(display));
     const HBITMAP bitmap = MakeBitmap(display, area);
-    SelectObject(memory.get(), bitmap);  // stays selected until the context goes
+    SelectObject(memory.get(), bitmap);  // stays selected until the context is deleted
     BitBlt(memory.get(), 0, 0, area.width, area.height, display, area.left, area.top, SRCCOPY);
     const GdiObject refused(PutOnClipboard(bitmap) ? nullptr : bitmap);
     memory = CreatedContext();

@@ -1,5 +1,5 @@
-// The properties that the shapes share, each stored as it is given. The bases stand on one another as the interfaces
-// do: an outline, a bounding box, a filling. `Types` names a class's interface and its own enumerations.
+// The properties that the shapes share, each stored as it is given. The bases derive from one another: an outline,
+// a bounding box, a filling. `Types` names a class's interface and its own enumerations.
 #pragma once
 
 #include <type_traits>

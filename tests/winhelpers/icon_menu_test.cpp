@@ -305,7 +305,7 @@ bool refused;
 void*(__cdecl* allocate)(std::size_t);
 void* __cdecl RefuseOnce(std::size_t size) { return std::exchange(refused, true) ? allocate(size) : nullptr; }
 
-TEST_F(IconMenu, ShowsWhatGoesWrongWhileAMenuOpens) {
+TEST_F(IconMenu, LeavesAMenuToTheSystemWhenMemoryRunsOut) {
     const ReportRecorder recorder(Library());
     Open(nullptr);
     {
@@ -313,10 +313,9 @@ TEST_F(IconMenu, ShowsWhatGoesWrongWhileAMenuOpens) {
         allocate = patch.Original<decltype(allocate)>();
         Open(menu);
     }
-    ASSERT_EQ(1u, recorder.reports().size());
-    EXPECT_EQ(0u, recorder.reports()[0].text.find(
-                      L"An error has occured in VelkSupport.cIconMenu.WindowProc \r\n\r\nError:7\r\n"));
+    EXPECT_TRUE(refused);
     EXPECT_FALSE(IsOwnerDrawn(menu, kOpen));
+    EXPECT_TRUE(recorder.reports().empty()) << "no box in the middle of a message";
     Open(menu);
     EXPECT_TRUE(IsOwnerDrawn(menu, kOpen));
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "winhelpers/menu/menu_glyphs.h"
+#include "winhelpers/menu/menu_keys.h"
 #include "winhelpers/menu/menu_layout.h"
 #include "winhelpers/menu/menu_pixels.h"
 #include "winhelpers/menu/menu_text.h"
@@ -44,19 +45,20 @@ TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
 
 TEST(MenuKeys, LeadToTheNextItemAndTellTheOnlyOne) {
     constexpr std::size_t kNone = KeyMatch::kNone;
-    const std::vector<char16_t> keys = {u'A', 0, u'B', u'A', u'C'};
+    std::vector<ItemKey> keys;  // the first letter of an item leads nowhere while a mnemonic does
+    for (const auto* label : {u"&A", u"", u"C&B", u"x&A", u"C&C", u"D", u"BA"}) keys.push_back(ItemKeyOf(label));
     const struct {
         char16_t key;
         std::size_t current, position;
         bool onlyOne;
     } cases[] = {{u'A', kNone, 0, false}, {u'A', 0, 3, false}, {u'A', 3, 0, false}, {u'A', 4, 0, false},
-                 {u'B', kNone, 2, true},  {u'B', 2, 2, true},  {u'C', 99, 4, true}};
+                 {u'B', kNone, 2, true},  {u'B', 2, 2, true},  {u'C', 99, 4, true}, {u'D', 0, 5, true}};
     for (const auto& c : cases) {
-        const KeyMatch match = FindMenuKey(keys, c.key, c.current);
+        const KeyMatch match = FindItemByKey(keys, c.key, c.current);
         EXPECT_EQ(std::pair(c.position, c.onlyOne), std::pair(match.position, match.onlyOne));
     }
-    for (const char16_t key : {u'X', u'\0'}) EXPECT_EQ(kNone, FindMenuKey(keys, key, 0).position);
-    EXPECT_EQ(kNone, FindMenuKey({}, u'A', 0).position);
+    for (const char16_t key : {u'X', u'\0'}) EXPECT_EQ(kNone, FindItemByKey(keys, key, 0).position);
+    EXPECT_EQ(kNone, FindItemByKey({}, u'A', 0).position);
 }
 
 TEST(MenuLayout, KeepsPartsInsideTheItemAndApart) {

@@ -22,7 +22,7 @@ constinit const ClassInfo CFormSizeConstraint::kInfo{
 };
 
 CFormSizeConstraint::~CFormSizeConstraint() {
-    Quietly([&] { Detach(); });
+    Succeeds([&] { Detach(); });
 }
 
 void CFormSizeConstraint::Attach(LONG window) {

@@ -6,7 +6,7 @@
 namespace velk {
 namespace {
 
-void TellMissing(HRESULT result) {
+void LogMissingLibrary(HRESULT result) {
     wchar_t number[16];
     swprintf(number, ARRAYSIZE(number), L"0x%08lX", static_cast<unsigned long>(result));
     const std::wstring line = library::FileBaseName() + L": VelkSub.HookManager cannot be created (" + number +
@@ -20,9 +20,9 @@ IHookManager& HookClient::Manager() {
     if (manager_) return *manager_.get();
     const HRESULT created = CoCreateInstance(__uuidof(HookManager), nullptr, CLSCTX_INPROC_SERVER,
                                              __uuidof(IHookManager), manager_.ReceiveVoid());
-    if (FAILED(created) && !missed_) {
-        missed_ = true;
-        TellMissing(created);
+    if (FAILED(created) && !missingLogged_) {
+        missingLogged_ = true;
+        LogMissingLibrary(created);
     }
     ThrowIfFailed(created);
     return *manager_.get();

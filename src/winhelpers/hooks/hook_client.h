@@ -19,7 +19,7 @@ class HookClient {
     IHookManager& Manager();
 
     ComPtr<IHookManager> manager_;  // created on first use
-    bool missed_ = false;           // once is enough to say so
+    bool missingLogged_ = false;
 };
 
 }  // namespace velk

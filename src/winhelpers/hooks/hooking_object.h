@@ -6,9 +6,9 @@
 
 namespace velk {
 
-// A class that hooks windows: what it has in common with the others of its kind. Its ISubclass is a part of the object
-// with an IDispatch of its own, so that the same names mean the members of either interface. Identity and count are the
-// object's.
+// The base of the classes that hook windows. The object has an ISubclass beside its own interface, as a part with an
+// IDispatch of its own: a late-bound call finds the members of the interface that it was made on. Identity and
+// reference count are the object's.
 template <class Interface>
 class HookingObject : public AutomationObject<Interface> {
   public:
@@ -23,24 +23,26 @@ class HookingObject : public AutomationObject<Interface> {
   protected:
     using AutomationObject<Interface>::AutomationObject;
 
-    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &subclass_ : nullptr; }
+    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &hook_ : nullptr; }
 
-    void AddHook(LONG window, LONG message) { hooks_.Add(&subclass_, window, message); }
-    void RemoveHook(LONG window, LONG message) { hooks_.Remove(&subclass_, window, message); }
+    void AddHook(LONG window, LONG message) { hooks_.Add(&hook_, window, message); }
+    void RemoveHook(LONG window, LONG message) { hooks_.Remove(&hook_, window, message); }
 
-    // For a destructor, where nobody is left to hear of a failure.
+    // For what may fail without anybody being told, as detaching in a destructor.
     template <class Body>
-    static void Quietly(Body&& body) noexcept try {
+    static bool Succeeds(Body&& body) noexcept try {
         body();
+        return true;
     } catch (...) {
+        return false;
     }
 
     HookClient hooks_;
 
   private:
-    class Face final : public DispatchFace<ISubclass> {
+    class Hook final : public DispatchFace<ISubclass> {
       public:
-        explicit Face(HookingObject& owner) noexcept : owner_(owner) {}
+        explicit Hook(HookingObject& owner) noexcept : owner_(owner) {}
 
         STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
             return owner_.QueryInterface(iid, object);
@@ -58,7 +60,7 @@ class HookingObject : public AutomationObject<Interface> {
         HookingObject& owner_;
     };
 
-    Face subclass_{*this};
+    Hook hook_{*this};
 };
 
 }  // namespace velk

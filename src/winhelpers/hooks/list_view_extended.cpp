@@ -20,7 +20,7 @@ LONG StyleOf(HWND window) noexcept { return GetWindowLongA(window, GWL_STYLE); }
 
 bool InReportView(HWND list) noexcept { return (StyleOf(list) & LVS_TYPEMASK) == LVS_REPORT; }
 
-// Deliberate: the previous style goes where the window handle belongs, so that as a rule nothing comes of that call;
+// Deliberate: the previous style is passed where the window handle belongs, so that as a rule that call does nothing;
 // and the last bits of a style cannot be removed.
 void ChangeStyle(HWND header, LONG style) noexcept {
     constexpr UINT kFlags = SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED;
@@ -65,7 +65,7 @@ constinit const ClassInfo CListViewExtended::kInfo{
 };
 
 CListViewExtended::~CListViewExtended() {
-    Quietly([&] { Detach(); });
+    Succeeds([&] { Detach(); });
 }
 
 void CListViewExtended::Attach(LONG window) {
@@ -75,20 +75,13 @@ void CListViewExtended::Attach(LONG window) {
     Detach();
     window_ = window;
     bool added = true;
-    for (const LONG message : kHooked) added &= TryAdd(message);
+    for (const LONG message : kHooked) added &= Succeeds([&] { AddHook(window_, message); });
     if (added) attached_ = true;
 }
 
 void CListViewExtended::Detach() {
     if (!attached_) return;
     for (const LONG message : kHooked) RemoveHook(window_, message);
-}
-
-bool CListViewExtended::TryAdd(LONG message) noexcept try {
-    AddHook(window_, message);
-    return true;
-} catch (...) {
-    return false;
 }
 
 HWND CListViewExtended::Window() const {

@@ -36,7 +36,6 @@ class CListViewExtended final : public HookingObject<_CListViewExtended> {
   private:
     void Attach(LONG window);
     void Detach();
-    bool TryAdd(LONG message) noexcept;
 
     HWND Window() const;  // raises that there is none
     void StretchColumns(HWND list);

@@ -1,14 +1,13 @@
 // cIconMenu: menus with icons for a window, drawn through the messages that the window gets about its menus.
 //
-// What a client asks for in a wrong way is its error. What goes wrong while messages are handled has nobody to be
-// raised to: it is shown, and the message goes its usual way.
+// A member that fails raises its error. A message that cannot be handled, for want of memory, is handled by the window
+// as if it were not attached: a message box in the middle of a menu would bring on more messages.
 #pragma once
 
 #include "velksprt.h"
 #include "winhelpers/hooks/hooking_object.h"
 #include "winhelpers/menu/menu_icons.h"
-#include "winhelpers/menu/menu_painter.h"
-#include "winhelpers/menu/open_menus.h"
+#include "winhelpers/menu/menu_messages.h"
 
 namespace velk {
 
@@ -47,24 +46,12 @@ class cIconMenu final : public HookingObject<_cIconMenu> {
     void Hook(LONG window);
     void RemoveHooks(LONG window);
     void Unhook();
-
-    // True when the message is settled, with its result.
-    bool Handle(LONG message, LONG wParam, LONG lParam, LONG* result);
-    void OpenPopup(HMENU menu);
-    bool MeasureItem(MEASUREITEMSTRUCT* measured);
-    bool DrawItem(const DRAWITEMSTRUCT* drawn);
-    bool FindKey(HMENU menu, WORD key, LONG* result);
-    void ForgetGoneMenus() noexcept;
-
     void RequireImage(LONG image) const;
-    const MenuIcon* IconOf(const OpenItem& item) const noexcept;
 
     LONG window_ = 0;
     LONG maskColor_ = kMagenta;
     MenuIcons icons_;
-    MenuPainter painter_;
-    OpenMenus menus_;
-    std::vector<char16_t> keys_;
+    MenuMessages messages_{icons_};
 };
 
 }  // namespace velk

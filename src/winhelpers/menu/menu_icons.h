@@ -46,8 +46,8 @@ struct MenuIcon {
     bool IsNone() const noexcept { return image == kNoImage && !picture; }
 };
 
-// The icons by command identifier or by submenu handle. What is taken out goes when the table is in order again:
-// letting go of a picture can run foreign code.
+// The icons by command identifier or by submenu handle. What is taken out is destroyed when the table is consistent
+// again: releasing a picture can run the client's code.
 template <class Key>
 class IconTable {
   public:
@@ -64,20 +64,20 @@ class IconTable {
         return icon && icon->picture ? icon->picture->get() : nullptr;
     }
 
-    // Each replaces whatever the item had; none takes it away.
+    // Each replaces whatever the item had; no image and no picture remove it.
     void SetImage(Key key, LONG image) { Set(key, {image, nullptr}); }
     void SetPicture(Key key, IUnknown* object) {
         auto picture = object ? std::make_unique<MenuPicture>(object) : nullptr;
         if (picture && picture->IsEmpty()) picture = nullptr;
         Set(key, {MenuIcon::kNoImage, std::move(picture)});
     }
-    void Clear() noexcept { const Icons gone = std::exchange(icons_, {}); }
+    void Clear() noexcept { const Icons removed = std::exchange(icons_, {}); }
 
-    template <class Gone>
-    void RemoveIf(Gone isGone) noexcept {
-        const auto matches = [&](const auto& entry) { return isGone(entry.first); };
+    template <class Predicate>
+    void RemoveIf(Predicate predicate) noexcept {
+        const auto matches = [&](const auto& entry) { return predicate(entry.first); };
         for (auto found = icons_.begin(); (found = std::ranges::find_if(icons_, matches)) != icons_.end();) {
-            const auto gone = icons_.extract(found);
+            const auto removed = icons_.extract(found);
         }
     }
 
@@ -86,7 +86,7 @@ class IconTable {
 
     void Set(Key key, MenuIcon icon) {
         if (icon.IsNone()) {
-            const auto gone = icons_.extract(key);
+            const auto removed = icons_.extract(key);
         } else {
             std::swap(icons_[key], icon);
         }

@@ -92,7 +92,7 @@ MenuPainter::Colours MenuPainter::ColoursFor(UINT state) const noexcept {
     const COLORREF back = GetSysColor(COLOR_MENU), highlight = GetSysColor(COLOR_HIGHLIGHT);
     const COLORREF text = GetSysColor(disabled ? COLOR_GRAYTEXT : COLOR_MENUTEXT);
     if (!(state & ODS_SELECTED)) return {back, text, disabled ? text : highlight, false};
-    if (disabled) return {back, text, text, true};  // a grey text would drown in the highlight
+    if (disabled) return {back, text, text, true};  // grey text is not legible on the highlight
     const COLORREF lit = GetSysColor(COLOR_HIGHLIGHTTEXT);
     return {flat_ ? GetSysColor(COLOR_MENUHILIGHT) : highlight, lit, flat_ ? highlight : lit, flat_};
 }

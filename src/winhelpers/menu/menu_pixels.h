@@ -21,7 +21,7 @@ constexpr std::uint32_t Brightness(std::uint32_t colour) noexcept {
     return ((colour >> 16 & 0xFF) * 77 + (colour >> 8 & 0xFF) * 151 + (colour & 0xFF) * 28) / 256;
 }
 
-// Makes an icon on a plain background look disabled: grey, and half gone. The background stays exactly as it is.
+// Makes an icon on a plain background look disabled: grey, and half transparent. The background stays exactly as it is.
 inline void Fade(std::span<std::uint32_t> pixels, std::uint32_t background) noexcept {
     constexpr unsigned kLeft = 112;  // of 256
     for (std::uint32_t& pixel : pixels) {

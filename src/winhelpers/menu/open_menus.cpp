@@ -64,15 +64,16 @@ OpenMenu& OpenMenus::Begin(HMENU menu) {
     return *opened;
 }
 
-std::optional<MenuItemState> OpenMenus::Read(const OpenMenu& menu, const OpenItem& item) {
+std::optional<MenuItemState> OpenMenus::Read(const OpenItem& item) {
+    const HMENU menu = item.owner->menu;
     const auto isIt = [&](const auto& state) { return state && state->data == TokenOf(item); };
-    auto state = Read(menu.menu, item.position);
-    const int count = isIt(state) ? 0 : GetMenuItemCount(menu.menu);
-    for (int i = 0; i < count && !isIt(state); ++i) state = Read(menu.menu, static_cast<UINT>(i));
+    auto state = Read(menu, item.position);
+    const int count = isIt(state) ? 0 : GetMenuItemCount(menu);
+    for (int i = 0; i < count && !isIt(state); ++i) state = Read(menu, static_cast<UINT>(i));
     return isIt(state) ? state : std::nullopt;
 }
 
-void OpenMenus::TakeOver(const OpenMenu& opened) noexcept {
+void OpenMenus::MakeOwnerDrawn(const OpenMenu& opened) noexcept {
     for (const OpenItem& item : opened.items) {
         SetTypeAndData(opened.menu, item.position, item.type | MFT_OWNERDRAW, TokenOf(item));
     }
@@ -124,14 +125,14 @@ void OpenMenus::RestoreFrom(std::size_t first) noexcept {
     while (open_ > first) Restore(*menus_[--open_]);
 }
 
-OpenMenu* OpenMenus::Find(ULONG_PTR data) noexcept {
+const OpenItem* OpenMenus::FindItem(ULONG_PTR data) const noexcept {
     for (std::size_t i = 0; i < open_; ++i) {
-        if (menus_[i]->Holds(data)) return menus_[i].get();
+        if (menus_[i]->Holds(data)) return reinterpret_cast<const OpenItem*>(data);
     }
     return nullptr;
 }
 
-OpenMenu* OpenMenus::FindMenu(HMENU menu) noexcept {
+OpenMenu* OpenMenus::FindMenu(HMENU menu) const noexcept {
     for (std::size_t i = 0; i < open_; ++i) {
         if (menus_[i]->menu == menu) return menus_[i].get();
     }

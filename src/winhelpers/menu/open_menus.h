@@ -14,8 +14,11 @@
 
 namespace velk {
 
+struct OpenMenu;
+
 // What is kept of one owner-drawn item. Its address is the item's data while the menu is open.
 struct OpenItem {
+    const OpenMenu* owner;
     UINT position;
     UINT id;
     HMENU submenu;
@@ -34,7 +37,6 @@ struct OpenMenu {
     std::vector<std::pair<UINT, ULONG_PTR>> clientsOwn;  // identifier and data of what the client draws itself
 
     bool Holds(ULONG_PTR data) const noexcept;
-    static const OpenItem& ItemOf(ULONG_PTR data) noexcept { return *reinterpret_cast<const OpenItem*>(data); }
 };
 
 // What the platform says of an item now.
@@ -66,11 +68,11 @@ class OpenMenus {
             if (state && state->type & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->id, state->data);
             if (!state || !IsOursToDraw(*state)) continue;
             if (state->type & MFT_RIGHTORDER) return opened.items.clear();
-            opened.items.push_back({position, state->id, state->submenu, state->type, state->data});
+            opened.items.push_back({&opened, position, state->id, state->submenu, state->type, state->data});
             const int accelerator = measure(opened.items.back(), state->state);
             if (accelerator > opened.widestAccelerator) opened.widestAccelerator = accelerator;
         }
-        TakeOver(opened);
+        MakeOwnerDrawn(opened);
     }
     // A menu loop can run inside another one; each gives back the menus that were opened in it.
     void EnterLoop();
@@ -80,20 +82,20 @@ class OpenMenus {
     bool InLoop() const noexcept { return !loops_.empty(); }
     bool AnyOpen() const noexcept { return open_ != 0; }
 
-    // The menu whose item has this data; null when it is none of ours.
-    OpenMenu* Find(ULONG_PTR data) noexcept;
-    OpenMenu* FindMenu(HMENU menu) noexcept;
+    // The item that has this data, and an open menu; null when it is none of ours.
+    const OpenItem* FindItem(ULONG_PTR data) const noexcept;
+    OpenMenu* FindMenu(HMENU menu) const noexcept;
 
     // An item as it is now; nothing when there is none. Its text lies in text() until the next call.
     std::optional<MenuItemState> Read(HMENU menu, UINT position);
     // The same of an item of ours, wherever the client moved it to.
-    std::optional<MenuItemState> Read(const OpenMenu& menu, const OpenItem& item);
+    std::optional<MenuItemState> Read(const OpenItem& item);
     std::wstring_view text() const noexcept { return {text_.data(), textLength_}; }
 
   private:
     OpenMenu& Begin(HMENU menu);
     static bool IsOursToDraw(const MenuItemState& item) noexcept;
-    static void TakeOver(const OpenMenu& opened) noexcept;
+    static void MakeOwnerDrawn(const OpenMenu& opened) noexcept;
     static void Restore(OpenMenu& opened) noexcept;
     void RestoreFrom(std::size_t first) noexcept;
 
