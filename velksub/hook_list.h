@@ -1,7 +1,7 @@
 // The hooks of one window: for each message those that want it, in the order in which they were attached.
 //
-// A hook is found by its place in that order, never by position, so that attaching and detaching while a message is on
-// its way through the hooks disturbs nobody: a place never changes and is never given twice. Has no Windows in it.
+// A hook is found by its place in that order, never by its index: a place never changes and is never used twice, so
+// that hooks may be attached and detached while a message is passed from one to the next. Needs no Windows.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace velk {
 
-// Target is an object's owner; two are the same hook when they compare equal.
+// A Target owns a hook object; two that compare equal are the same hook.
 template <class Target>
 class HookList {
   public:
@@ -43,7 +43,7 @@ class HookList {
         ++next_;
     }
 
-    // What was taken off, for the caller to let go of when all is in order again.
+    // What was removed. The caller destroys it when its own state is consistent again.
     std::optional<Target> Remove(Message message, const Target& target) noexcept {
         const auto found = Find(message, target);
         if (found == hooks_.end()) return std::nullopt;

@@ -22,34 +22,40 @@ HookTarget TargetOf(ISubclass* hook) {
 
 constexpr ClassError kOtherThread{eErrHookManager_OtherThread, L"The window belongs to another thread"};
 
-bool IsOfThisThread(HWND window) noexcept { return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId(); }
+// The window of a client's handle, and the thread and process that own it; 0 when there is no such window.
+class ClientWindow {
+  public:
+    explicit ClientWindow(LONG handle) noexcept : window_(WindowFrom(handle)) {
+        if (!IsShort(handle)) thread_ = GetWindowThreadProcessId(window_, &process_);
+    }
 
-// The platform takes the low word of a handle, extended with or without a sign, for the handle itself. Messages come
-// with the whole one, so that what is attached to the short one would neither be called nor go with its window.
-bool IsShort(LONG handle) noexcept { return HIWORD(handle) == 0 || HIWORD(handle) == 0xFFFF; }
+    HWND RequireOwn() const {
+        if (!thread_) throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
+        if (thread_ != GetCurrentThreadId()) throw kOtherThread;
+        return window_;
+    }
 
-HWND OwnWindow(LONG handle) {
-    const auto window = WindowFrom(handle);
-    if (IsShort(handle) || !IsWindow(window))
-        throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
-    if (!IsOfThisThread(window)) throw kOtherThread;
-    return window;
-}
+    // Only there can a hook be attached that this thread cannot remove.
+    bool IsHookedByAnotherThread() const noexcept {
+        return process_ == GetCurrentProcessId() && thread_ != GetCurrentThreadId() &&
+               HookedWindow::IsSubclassed(window_);
+    }
 
-// Only there can a hook be attached that this thread cannot take off.
-bool IsHookedByAnotherThread(LONG handle) noexcept {
-    const auto window = WindowFrom(handle);
-    DWORD process = 0;
-    const DWORD thread = GetWindowThreadProcessId(window, &process);
-    return !IsShort(handle) && process == GetCurrentProcessId() && thread != GetCurrentThreadId() &&
-           HookedWindow::IsSubclassed(window);
-}
+  private:
+    // The platform takes the low word of a handle, extended with or without a sign, for the handle itself. Messages
+    // come with the whole one: a hook on the short one would never be called, nor be released with its window.
+    static bool IsShort(LONG handle) noexcept { return HIWORD(handle) == 0 || HIWORD(handle) == 0xFFFF; }
+
+    HWND window_;
+    DWORD thread_ = 0;
+    DWORD process_ = 0;
+};
 
 constexpr DISPID kAddHook = 1;
 constexpr DISPID kRemoveHook = 2;
 constexpr UINT kArguments = 3;  // the hook is the first, and so the last of the array
 
-// The hook among the arguments of a late-bound call, if it is an object that has its members by name only.
+// The hook among the arguments of a late-bound call, if it is an object that implements ISubclass by name only.
 ComPtr<ISubclass> ScriptHookIn(DISPID id, const DISPPARAMS* parameters) noexcept {
     const bool takesHook = id == kAddHook || id == kRemoveHook;
     if (!takesHook || !parameters || parameters->cArgs != kArguments || parameters->cNamedArgs) return nullptr;
@@ -83,7 +89,7 @@ IDispatch* HookManager::TheOne() {
     return theOne_;
 }
 
-// The last reference must not go while another thread asks for the object.
+// The last reference must not be released while another thread asks for the object.
 STDMETHODIMP_(ULONG) HookManager::Release() noexcept {
     const Lock lock(oneAtATime);
     return AutomationObject::Release();
@@ -109,7 +115,7 @@ STDMETHODIMP HookManager::Invoke(DISPID id, REFIID reserved, LCID locale, WORD f
 STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
     return Guard(L"AddHook", [&] {
         HookTarget target = TargetOf(Given(Hook));
-        const HWND window = OwnWindow(hWnd);
+        const HWND window = ClientWindow(hWnd).RequireOwn();
         ThreadHooks::Get().Add(std::move(target), window, static_cast<UINT>(iMsg));
     });
 }
@@ -117,9 +123,9 @@ STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexce
 STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
     return Guard(L"RemoveHook", [&] {
         const HookTarget target = TargetOf(Given(Hook));
-        if (IsHookedByAnotherThread(hWnd)) throw kOtherThread;
-        const auto window = WindowFrom(hWnd);
-        if (ThreadHooks* const hooks = ThreadHooks::Current()) hooks->Remove(target, window, static_cast<UINT>(iMsg));
+        if (ClientWindow(hWnd).IsHookedByAnotherThread()) throw kOtherThread;
+        ThreadHooks* const hooks = ThreadHooks::Current();
+        if (hooks) hooks->Remove(target, WindowFrom(hWnd), static_cast<UINT>(iMsg));
     });
 }
 
@@ -134,11 +140,11 @@ STDMETHODIMP HookManager::CallPreviousProc(LONG hWnd, LONG iMsg, LONG wParam, LO
     return Guard(L"CallPreviousProc", result, [&] {
         ThreadHooks* const hooks = ThreadHooks::Current();
         const auto window = WindowFrom(hWnd);
-        LRESULT answer = 0;
-        if (hooks && hooks->CallBelow(window, static_cast<UINT>(iMsg), static_cast<WPARAM>(wParam), lParam, &answer)) {
-            return static_cast<LONG>(answer);
+        LRESULT below = 0;
+        if (hooks && hooks->CallBelow(window, static_cast<UINT>(iMsg), static_cast<WPARAM>(wParam), lParam, &below)) {
+            return static_cast<LONG>(below);
         }
-        OwnWindow(hWnd);
+        ClientWindow(hWnd).RequireOwn();
         throw ClassError(eErrHookManager_NotHooked, L"The window has no hooks");
     });
 }

@@ -1,4 +1,4 @@
-// HookManager: the face of the hooks to clients. The windows' hooks themselves are kept for each thread.
+// HookManager: what clients see of the hooks. It checks what they pass; ThreadHooks does the work.
 #pragma once
 
 #include "frame/object/automation_object.h"
@@ -12,7 +12,7 @@ class HookManager final : public AutomationObject<IHookManager> {
   public:
     static const ClassInfo kInfo;
 
-    // The process's one object, made when it is asked for and nobody holds it. It may be used on any thread, each of
+    // The process's one object, made when it is asked for and does not exist. It may be used on any thread, each of
     // which sees its own windows.
     static IDispatch* TheOne();
 

@@ -20,27 +20,27 @@ bool IsHandle(WNDPROC procedure) noexcept { return HIWORD(reinterpret_cast<ULONG
 
 }  // namespace
 
-bool HookedWindow::Subclass(WNDPROC procedure) noexcept {
+bool HookedWindow::Subclass() noexcept {
     unicode_ = IsWindowUnicode(handle_) != FALSE;
     if (!SetPropW(handle_, kMark, this)) return false;
-    previous_ = SetProcedure(handle_, unicode_, procedure);
-    if (previous_ == procedure) previous_ = unicode_ ? DefWindowProcW : DefWindowProcA;  // put back by another program
+    previous_ = SetProcedure(handle_, unicode_, procedure_);
+    if (previous_ == procedure_) previous_ = unicode_ ? DefWindowProcW : DefWindowProcA;  // put back by another program
     previousIsHandle_ = IsHandle(previous_);
-    if (!previous_) Unmark();
+    if (!previous_) RemoveMark();
     return previous_ != nullptr;
 }
 
-bool HookedWindow::Restore(WNDPROC procedure) noexcept {
-    if (ProcedureOf(handle_, unicode_) != procedure) return false;
+bool HookedWindow::Restore() noexcept {
+    if (ProcedureOf(handle_, unicode_) != procedure_) return false;
     SetProcedure(handle_, unicode_, previous_);
-    Unmark();
+    RemoveMark();
     return true;
 }
 
-void HookedWindow::Unmark() noexcept { RemovePropW(handle_, kMark); }
+void HookedWindow::RemoveMark() noexcept { RemovePropW(handle_, kMark); }
 
-bool HookedWindow::IsStillThere(WNDPROC procedure) const noexcept {
-    return GetPropW(handle_, kMark) == this || ProcedureOf(handle_, unicode_) == procedure;
+bool HookedWindow::IsStillThere() const noexcept {
+    return GetPropW(handle_, kMark) == this || ProcedureOf(handle_, unicode_) == procedure_;
 }
 
 bool HookedWindow::IsSubclassed(HWND window) noexcept { return GetPropW(window, kMark) != nullptr; }

@@ -31,9 +31,9 @@ ComPtr<ISubclass> ScriptHook::For(IDispatch* object) noexcept {
     return ComPtr<ISubclass>::Attach(new (std::nothrow) ScriptHook(std::move(held), response, procedure));
 }
 
-STDMETHODIMP ScriptHook::QueryInterface(REFIID iid, void** face) noexcept {
-    if (iid != __uuidof(ISubclass)) return object_->QueryInterface(iid, face);
-    return HelperObject::QueryInterface(iid, face);
+STDMETHODIMP ScriptHook::QueryInterface(REFIID iid, void** object) noexcept {
+    if (iid != __uuidof(ISubclass)) return object_->QueryInterface(iid, object);
+    return HelperObject::QueryInterface(iid, object);
 }
 
 STDMETHODIMP ScriptHook::get_MsgResponse(LONG* result) noexcept { return Call(response_, {}, result); }
@@ -43,7 +43,7 @@ STDMETHODIMP ScriptHook::WindowProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lPar
     return Call(procedure_, reversed, result);
 }
 
-// A member that answers nothing answers 0.
+// A member without a result gives 0.
 HRESULT ScriptHook::Call(DISPID member, std::span<VARIANT> arguments, LONG* result) noexcept {
     DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
     Variant answer, number;

@@ -9,14 +9,14 @@
 
 namespace velk {
 
-// Stands for an object that has the members of ISubclass by name only, as the objects of scripts do. It counts as the
-// same hook as that object.
+// The ISubclass of an object that has its members by name only, as the objects of scripts do. It counts as the same
+// hook as that object.
 class ScriptHook final : public HelperObject<ISubclass> {
   public:
     // Null for an object that is a hook itself, and for one that is none even by name.
     static ComPtr<ISubclass> For(IDispatch* object) noexcept;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** face) noexcept override;
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override;
     STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override { return object_->GetTypeInfoCount(count); }
     STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) noexcept override {
         return object_->GetTypeInfo(index, locale, info);

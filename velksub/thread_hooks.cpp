@@ -30,6 +30,19 @@ LRESULT CallDefault(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noe
     return call(window, message, wParam, lParam);
 }
 
+// Hooks get 32 bits of a message's values. In a 64-bit process a value that needs more is a pointer or a handle that
+// they could not use.
+bool FitsLong(LPARAM value) noexcept {
+    return value == static_cast<LPARAM>(static_cast<LONG>(value)) ||
+           value == static_cast<LPARAM>(static_cast<ULONG>(value));
+}
+
+// What a hook passes on unchanged is the message's own value again, with its upper half.
+template <class Value>
+void Widen(Value& given, Value own) noexcept {
+    if (static_cast<LONG>(given) == static_cast<LONG>(own)) given = own;
+}
+
 }  // namespace
 
 ThreadHooks* ThreadHooks::Current() noexcept {
@@ -54,14 +67,8 @@ void ThreadHooks::Abandon() noexcept {
     }
 }
 
-ThreadHooks::Step::Step(ThreadHooks& owner, const Call& call, WindowHooks::Place at) noexcept
-    : hooks(owner),
-      outer(owner.step_),
-      window(call.window),
-      message(call.message),
-      wParam(call.wParam),
-      lParam(call.lParam),
-      place(at) {
+ThreadHooks::Step::Step(ThreadHooks& owner, const Call& given, WindowHooks::Place at) noexcept
+    : hooks(owner), outer(owner.step_), call(given), place(at) {
     owner.step_ = this;
 }
 
@@ -70,17 +77,17 @@ const ThreadHooks::Window* ThreadHooks::Find(HWND window) const noexcept {
     return found == windows_.end() ? nullptr : &found->second;
 }
 
-// Subclasses a window that is not yet; one whose handle belonged to another window before counts as new.
+// Subclasses a window unless it is already; one that got the handle of a destroyed window counts as new.
 ThreadHooks::Window ThreadHooks::Subclassed(HWND window) {
     if (const Window* const known = Find(window)) {
         if ((*known)->IsDestroyed()) throw ClassError(eErrHookManager_InvalidWindowHandle, kInvalidWindowHandle);
-        if ((*known)->IsStillThere(&Procedure)) return *known;
+        if ((*known)->IsStillThere()) return *known;
         Forget(Window(*known));
         return Subclassed(window);
     }
-    Window made = std::make_shared<HookedWindow>(window);
+    Window made = std::make_shared<HookedWindow>(window, &Procedure);
     windows_.emplace(window, made);
-    if (made->Subclass(&Procedure)) return made;
+    if (made->Subclass()) return made;
     windows_.erase(window);
     throw ClassError(eErrHookManager_CannotSubclass, L"The window cannot be subclassed");
 }
@@ -99,17 +106,17 @@ void ThreadHooks::Remove(const HookTarget& target, HWND window, UINT message) no
     const Window* const found = Find(window);
     if (!found) return;
     const Window hooked = *found;
-    const auto removed = hooked->hooks().Remove(message, target);  // goes last: that may run foreign code
+    const auto removed = hooked->hooks().Remove(message, target);  // released last: that may run the client's code
     RestoreIfUnused(*hooked);
 }
 
-// A window that another program subclassed after us stays in the table without hooks, so that its messages still find
-// their way.
+// A window that was subclassed again after us stays in the table without hooks: our procedure passes its messages on.
 void ThreadHooks::RestoreIfUnused(HookedWindow& window) noexcept {
-    if (window.hooks().empty() && window.Restore(&Procedure)) windows_.erase(window.handle());
+    if (window.hooks().empty() && window.Restore()) windows_.erase(window.handle());
 }
 
-// The window is no more. It leaves the table last: what the hooks do while they go must not attach to it again.
+// The window was destroyed. It is removed from the table last: hooks must not attach to it again while they are
+// released.
 void ThreadHooks::Forget(const Window& window) noexcept {
     window->SetDestroyed();
     window->hooks().TakeAll();
@@ -130,28 +137,11 @@ LRESULT CALLBACK ThreadHooks::Procedure(HWND window, UINT message, WPARAM wParam
 LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
     const LRESULT result = Below(WindowHooks::kTop, call);
     if (call.message == WM_NCDESTROY) {
-        if (!call.window->Restore(&Procedure)) call.window->Unmark();
+        if (!call.window->Restore()) call.window->RemoveMark();
         Forget(call.window);
     }
     return result;
 }
-
-namespace {
-
-// Hooks get 32 bits of a message's values. In a 64-bit process a value that needs more is a pointer or a handle that
-// they could not use.
-bool FitsLong(LPARAM value) noexcept {
-    return value == static_cast<LPARAM>(static_cast<LONG>(value)) ||
-           value == static_cast<LPARAM>(static_cast<ULONG>(value));
-}
-
-// What a hook passes on unchanged is the message's own value again, with its upper half.
-template <class Value>
-void Widen(Value& given, Value own) noexcept {
-    if (static_cast<LONG>(given) == static_cast<LONG>(own)) given = own;
-}
-
-}  // namespace
 
 LRESULT ThreadHooks::Below(WindowHooks::Place place, const Call& call) noexcept {
     if (!IsWindow(call.window->handle())) return 0;  // a hook destroyed it
@@ -160,11 +150,11 @@ LRESULT ThreadHooks::Below(WindowHooks::Place place, const Call& call) noexcept 
     return hook ? CallHook(*hook, call) : call.window->CallPrevious(call.message, call.wParam, call.lParam);
 }
 
-// A hook that fails, and one that is taken off meanwhile, is passed over.
+// A hook that fails, and one that is removed meanwhile, is passed over.
 LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) noexcept {
     const ComPtr<ISubclass> subclass = hook.target.subclass;
     Step step(*this, call, hook.place);
-    const auto attached = [&] { return call.window->hooks().Holds(step.message, step.place); };
+    const auto attached = [&] { return call.window->hooks().Holds(call.message, step.place); };
     LONG response = 0, result = 0;
     const auto run = [&] {
         return subclass->WindowProc(LongFrom(call.window->handle()), static_cast<LONG>(call.message),
@@ -182,10 +172,10 @@ LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) n
 
 bool ThreadHooks::CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept {
     Step* const step = step_;
-    if (step && step->window->handle() == window && step->message == message) {
-        Widen(wParam, step->wParam);
-        Widen(lParam, step->lParam);
-        *result = step->resultBelow = Below(step->place, {step->window, message, wParam, lParam});
+    if (step && step->call.window->handle() == window && step->call.message == message) {
+        Widen(wParam, step->call.wParam);
+        Widen(lParam, step->call.lParam);
+        *result = step->resultBelow = Below(step->place, {step->call.window, message, wParam, lParam});
         step->handledBelow = true;
         return true;
     }

@@ -1,9 +1,16 @@
-// The hooked windows of one thread, and the way of a message through a window's hooks.
+// The hooked windows of one thread, and how a message is passed through a window's hooks. Who owns what:
 //
-// A window's messages arrive on its own thread only, so each thread has a table of its own and nothing needs a lock.
+//   HookManager   the one object of the process that clients call; it keeps nothing itself
+//   ThreadHooks   one for each thread that attached a hook, in a slot of that thread, deleted at the thread's end;
+//                 owns the thread's HookedWindows
+//   HookedWindow  one subclassed window; shared with the messages that are being dispatched to it, which it outlives
+//   HookList      the hooks of a window; holds a reference to each hook object until it is removed or its window is
+//                 destroyed
 //
-// The hooks for a message stand on the window like layers, the one that was attached last on top. Each layer decides
-// for what is below it: it handles the message alone, or lets what is below handle it first and then sees it.
+// A window's messages arrive on its own thread only, so nothing needs a lock.
+//
+// The hooks for a message lie on the window like layers, the one that was attached last on top. Each layer decides for
+// what is below it: it handles the message alone, or lets what is below handle it first and then sees it.
 #pragma once
 
 #include <memory>
@@ -30,13 +37,13 @@ class ThreadHooks {
     void Remove(const HookTarget& target, HWND window, UINT message) noexcept;
 
     // The hooked message that is being dispatched; 0 while there is none.
-    UINT DispatchedMessage() const noexcept { return step_ ? step_->message : 0; }
+    UINT DispatchedMessage() const noexcept { return step_ ? step_->call.message : 0; }
 
     // What is below the hook that asks; without a hook that is being called, the window's previous procedure. False for
     // a window without hooks.
     bool CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept;
 
-    // At a thread's end its windows are gone without a message, and its objects may not be called any more.
+    // At a thread's end its windows were destroyed without a message, and its objects may not be called any more.
     void Abandon() noexcept;
 
   private:
@@ -49,19 +56,16 @@ class ThreadHooks {
         LPARAM lParam;
     };
 
-    // One hook that is being called: a link of the chain from the outermost dispatched message to the innermost.
+    // One hook that is being called: a link of the chain from the innermost dispatched message to the outermost.
     struct Step {
-        Step(ThreadHooks& owner, const Call& call, WindowHooks::Place at) noexcept;
+        Step(ThreadHooks& owner, const Call& given, WindowHooks::Place at) noexcept;
         Step(const Step&) = delete;
         Step& operator=(const Step&) = delete;
         ~Step() { hooks.step_ = outer; }
 
         ThreadHooks& hooks;
         Step* outer;
-        Window window;
-        UINT message;
-        WPARAM wParam;
-        LPARAM lParam;
+        const Call& call;
         WindowHooks::Place place;
         bool handledBelow = false;
         LRESULT resultBelow = 0;
