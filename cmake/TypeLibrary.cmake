@@ -1,5 +1,6 @@
-# velk_add_type_library(TARGET file.idl): compiles an interface file to TARGET.tlb and TARGET.h and offers them to
-# whoever links to the interface library TARGET. Fragments are found from the source folder given as the include root.
+# velk_add_type_library(TARGET NAME.idl ROOT): compiles a type library to NAME.tlb and to NAME.h, which users get, and each
+# fragment below ROOT, say containers/stack.idl, to a header of its own, containers/stack.idl.h, so that a change reaches only
+# the sources that use it. Whoever links to the interface library TARGET can include them.
 
 # The compiler's base interfaces come with Wine's development files; where they lie is the package's affair.
 function(velk_find_interface_files)
@@ -15,23 +16,41 @@ function(velk_find_interface_files)
     set(VELK_IDL_FLAGS -I${include} -L${libraries} PARENT_SCOPE)
 endfunction()
 
+# velk_compile_interfaces(OUTPUT FILE FLAG...): its dependencies are what the file includes.
+function(velk_compile_interfaces output file)
+    cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY ${out} OUTPUT_VARIABLE source)
+    add_custom_command(
+        OUTPUT ${output}
+        COMMAND ${CMAKE_CXX_COMPILER} -M -MT ${output} -MF ${output}.d -I${root} -x c ${file}
+        # The compiler writes the time into the library unless told another one.
+        COMMAND ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces ${output}
+            ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root} ${ARGN} ${file}
+        WORKING_DIRECTORY ${out}
+        DEPENDS ${source} ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces
+        DEPFILE ${output}.d
+        COMMENT "Interfaces ${output}"
+        VERBATIM)
+endfunction()
+
 function(velk_add_type_library target idl root)
     velk_find_interface_files()
     set(out ${CMAKE_CURRENT_BINARY_DIR}/${target})
     file(MAKE_DIRECTORY ${out})
     get_filename_component(name ${idl} NAME_WE)
-    file(GLOB_RECURSE fragments CONFIGURE_DEPENDS ${root}/*.idl)
-    # The compiler writes the time into the library unless told another one.
-    set(widl ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root})
-    add_custom_command(
-        OUTPUT ${out}/${name}.tlb ${out}/${name}.h
-        COMMAND ${widl} -t -o ${name}.tlb ${idl}
-        COMMAND ${widl} -DVELK_CPP_HEADER -h -o ${name}.h ${idl}
-        WORKING_DIRECTORY ${out}
-        DEPENDS ${idl} ${fragments}
-        COMMENT "Type library ${name}.tlb"
-        VERBATIM)
-    add_custom_target(${target}_files DEPENDS ${out}/${name}.tlb ${out}/${name}.h)
+    velk_compile_interfaces(${out}/${name}.tlb ${idl} -t)
+    velk_compile_interfaces(${out}/${name}.h ${idl} -h -DVELK_CPP_HEADER)
+    set(outputs ${out}/${name}.tlb ${out}/${name}.h)
+    file(GLOB_RECURSE fragments RELATIVE ${root} CONFIGURE_DEPENDS ${root}/*.idl)
+    cmake_path(RELATIVE_PATH idl BASE_DIRECTORY ${root} OUTPUT_VARIABLE library)
+    list(REMOVE_ITEM fragments ${library})
+    foreach(fragment IN LISTS fragments)
+        # A whole file for the compiler; its relative name keeps the folder's name out of the header.
+        file(CONFIGURE OUTPUT ${out}/${fragment} CONTENT
+            "import \"oaidl.idl\";\nimport \"ocidl.idl\";\n#include <${fragment}>\n")
+        velk_compile_interfaces(${out}/${fragment}.h ${fragment} -h -DVELK_CPP_HEADER)
+        list(APPEND outputs ${out}/${fragment}.h)
+    endforeach()
+    add_custom_target(${target}_files DEPENDS ${outputs})
     add_library(${target} INTERFACE)
     add_dependencies(${target} ${target}_files)
     target_include_directories(${target} SYSTEM INTERFACE ${out})

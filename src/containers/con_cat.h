@@ -1,9 +1,9 @@
 // CConCat: builds a long string from many pieces. Append shows a failure and goes on; the properties raise theirs.
 #pragma once
 
+#include "containers/con_cat.idl.h"
 #include "containers/text_buffer.h"
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
 
 namespace velk {
 

@@ -5,9 +5,9 @@
 // list.
 #pragma once
 
+#include "containers/linked_list.idl.h"
 #include "containers/variant_search.h"
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
 
 namespace velk {
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "containers/stack_errors.idl.h"
 #include "containers/stored_variant.h"
 
 namespace velk {

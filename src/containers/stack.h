@@ -1,10 +1,10 @@
 // CStack: a stack of variants. See value_stack.h for its deliberate oddities.
 #pragma once
 
+#include "containers/stack.idl.h"
 #include "containers/value_stack.h"
 #include "frame/object/automation_object.h"
 #include "platform/variant.h"
-#include "velksprt.h"
 
 namespace velk {
 

@@ -2,11 +2,11 @@
 
 #include <optional>
 
+#include "containers/linked_list.idl.h"
 #include "containers/stored_variant.h"
 #include "platform/com_ptr.h"
 #include "platform/system_errors.h"
 #include "platform/text.h"
-#include "velksprt.h"
 
 namespace velk {
 namespace {

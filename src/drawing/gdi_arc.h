@@ -1,6 +1,7 @@
 // CGDIArc: an elliptical arc, given by its box and two points or angles.
 #pragma once
 
+#include "drawing/gdi_arc.idl.h"
 #include "drawing/shape.h"
 
 namespace velk {

@@ -1,6 +1,7 @@
 // CGDIEllipse: an ellipse with a filling.
 #pragma once
 
+#include "drawing/gdi_ellipse.idl.h"
 #include "drawing/shape.h"
 
 namespace velk {

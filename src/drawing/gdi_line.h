@@ -1,6 +1,7 @@
 // CGDILine: a straight line. The device context's current position stays at its end, deliberately.
 #pragma once
 
+#include "drawing/gdi_line.idl.h"
 #include "drawing/shape.h"
 
 namespace velk {

@@ -1,6 +1,7 @@
 // CGDIRectangle: a rectangle with a filling.
 #pragma once
 
+#include "drawing/gdi_rectangle.idl.h"
 #include "drawing/shape.h"
 
 namespace velk {

@@ -1,5 +1,6 @@
 #include "drawing/screenshot.h"
 
+#include "drawing/screenshot_errors.idl.h"
 #include "platform/drawing_handles.h"
 #include "platform/long_handles.h"
 #include "platform/whole_numbers.h"

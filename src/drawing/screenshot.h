@@ -1,8 +1,8 @@
 // CScreenshot: a part of the screen, put on the clipboard as a bitmap.
 #pragma once
 
+#include "drawing/screenshot.idl.h"
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
 
 namespace velk {
 

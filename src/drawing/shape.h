@@ -9,7 +9,6 @@
 #include "frame/object/automation_object.h"
 #include "platform/long_handles.h"
 #include "platform/whole_numbers.h"
-#include "velksprt.h"
 
 namespace velk {
 

@@ -8,8 +8,8 @@
 
 #include "frame/object/automation_object.h"
 #include "frame/object/event_source.h"
+#include "integrity/crc32.idl.h"
 #include "platform/handles.h"
-#include "velksprt.h"
 
 namespace velk {
 

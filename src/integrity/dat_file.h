@@ -9,9 +9,9 @@
 
 #include "frame/object/automation_object.h"
 #include "integrity/dat_entries.h"
+#include "integrity/dat_file.idl.h"
 #include "platform/com_ptr.h"
 #include "platform/text.h"
-#include "velksprt.h"
 
 namespace velk {
 

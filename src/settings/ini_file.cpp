@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "platform/variant.h"
 #include "platform/whole_numbers.h"
+#include "settings/ini_file_errors.idl.h"
 #include "settings/name_list.h"
 
 namespace velk {

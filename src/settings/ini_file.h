@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "settings/ini_file.idl.h"
 
 namespace velk {
 

@@ -12,7 +12,7 @@
 #include "frame/object/automation_object.h"
 #include "platform/long_handles.h"
 #include "platform/text.h"
-#include "velksprt.h"
+#include "settings/program_settings.idl.h"
 
 namespace velk {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "shell/file_dialog.idl.h"
 
 namespace velk {
 

@@ -7,7 +7,7 @@
 
 #include "frame/object/automation_object.h"
 #include "platform/com_ptr.h"
-#include "velksprt.h"
+#include "shell/font_dialog.idl.h"
 
 namespace velk {
 

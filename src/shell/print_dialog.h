@@ -5,7 +5,7 @@
 #pragma once
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "shell/print_dialog.idl.h"
 
 namespace velk {
 

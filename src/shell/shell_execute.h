@@ -4,7 +4,7 @@
 #include <string>
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "shell/shell_execute.idl.h"
 
 namespace velk {
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "sysinfo/api_disks.idl.h"
 
 namespace velk {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "sysinfo/computer_info.idl.h"
 
 namespace velk {
 

@@ -5,6 +5,7 @@
 #include "platform/system_library.h"
 #include "platform/text.h"
 #include "sysinfo/connection_flags.h"
+#include "sysinfo/internet_connection_errors.idl.h"
 
 namespace velk {
 namespace {

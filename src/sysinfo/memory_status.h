@@ -2,7 +2,7 @@
 #pragma once
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "sysinfo/memory_status.idl.h"
 
 namespace velk {
 

@@ -6,8 +6,8 @@
 #include <mmsystem.h>
 
 #include "frame/object/automation_object.h"
+#include "sysinfo/mm_timer.idl.h"
 #include "sysinfo/stopwatch.h"
-#include "velksprt.h"
 
 namespace velk {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "frame/object/automation_object.h"
-#include "velksprt.h"
+#include "sysinfo/os_info.idl.h"
 
 namespace velk {
 

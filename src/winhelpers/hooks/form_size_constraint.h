@@ -4,7 +4,8 @@
 // deliberate: the hook manager takes a second detach for none.
 #pragma once
 
-#include "velksprt.h"
+#include "winhelpers/hooks/form_size_constraint.idl.h"
+#include "winhelpers/hooks/form_size_constraint_errors.idl.h"
 #include "winhelpers/hooks/hooking_object.h"
 #include "winhelpers/hooks/size_range.h"
 

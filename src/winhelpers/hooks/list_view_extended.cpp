@@ -4,6 +4,7 @@
 
 #include "platform/long_handles.h"
 #include "winhelpers/hooks/column_fit.h"
+#include "winhelpers/hooks/list_view_extended_errors.idl.h"
 
 namespace velk {
 namespace {

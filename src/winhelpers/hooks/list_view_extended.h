@@ -4,8 +4,8 @@
 // Kept as described: the attached flag is never cleared, and only the header's ANSI notifications are held back.
 #pragma once
 
-#include "velksprt.h"
 #include "winhelpers/hooks/hooking_object.h"
+#include "winhelpers/hooks/list_view_extended.idl.h"
 
 namespace velk {
 

@@ -4,8 +4,8 @@
 // as if it were not attached: a message box in the middle of a menu would bring on more messages.
 #pragma once
 
-#include "velksprt.h"
 #include "winhelpers/hooks/hooking_object.h"
+#include "winhelpers/menu/icon_menu.idl.h"
 #include "winhelpers/menu/menu_icons.h"
 #include "winhelpers/menu/menu_messages.h"
 
