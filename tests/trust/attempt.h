@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -105,12 +107,21 @@ class Attempt {
 
 inline std::string Where(const Class& one, const Member& member) { return Narrow(one.name + L"." + member.name); }
 
+// std::terminate inside a library takes every trace along but this.
+inline std::string inHand;
+inline void TellWhatEnded(int) {
+    std::printf("The process was ended in %s\n", inHand.c_str());
+    std::fflush(stdout);
+}
+
 // What every class and member is put through.
 template <class Trial>
 void ForEachMember(const wchar_t* library, Trial trial) {
+    std::signal(SIGABRT, TellWhatEnded);
     for (const Class& one : ReadClasses(library)) {
         for (const Member& member : one.members) {
-            SCOPED_TRACE(Where(one, member));
+            inHand = Where(one, member);
+            SCOPED_TRACE(inHand);
             trial(one, member);
         }
     }

@@ -156,6 +156,10 @@ class Campaign {
 
 void RunOn(const wchar_t* library, int calls) {
     SetUnhandledExceptionFilter(&TellWhere);
+    std::signal(SIGABRT, [](int) {
+        inHand = Where();
+        TellWhatEnded(0);
+    });
     const std::vector<Class>& classes = ReadClasses(library);
     ASSERT_FALSE(classes.empty());
     {

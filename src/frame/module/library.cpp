@@ -49,8 +49,10 @@ ComPtr<ITypeLib> TypeLibrary() {
 }
 
 void ReleaseTypeLibraries() noexcept {
-    if (own) own->Release();
-    if (foreign) foreign->Release();
+    // By hand on purpose: a destructor would also run when the process ends, where nothing may be released any more.
+    for (ITypeLib* const kept : {own, foreign}) {
+        if (kept) kept->Release();
+    }
 }
 
 ComPtr<ITypeInfo> TypeInfo(REFGUID guid) {
