@@ -127,7 +127,7 @@ void CCRC32::RaiseStringProgress(std::size_t size) noexcept {
 }
 
 void CCRC32::RaiseProgress(double fraction) noexcept {
-    if (events_.point().HasSinks()) events_.point().Raise(kProgress, static_cast<FLOAT>(fraction));
+    if (events_.point().HasSinks()) events_.point().Raise(kProgress, {ByReference(static_cast<FLOAT>(fraction))});
 }
 
 }  // namespace velk

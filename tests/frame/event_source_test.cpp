@@ -138,5 +138,22 @@ TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers)
     EXPECT_EQ(2u, second->events.size());
 }
 
+TEST_F(EventSourceTest, ArgumentsOfAnyKindArriveInTheirOrder) {
+    EventSource own(source_.get(), __uuidof(__CCRC32));
+    const auto sink = EventSink::Make();
+    DWORD cookie = 0;
+    EXPECT_EQ(S_OK, own.point().Advise(sink.get(), &cookie));
+    const Bstr text(L"net");
+    sink->onEvent = [](VARIANT* last) {
+        EXPECT_EQ(7, last[2].lVal);
+        EXPECT_EQ(VT_BSTR | VT_BYREF, last[1].vt);
+        EXPECT_EQ(S_OK, VarBstrCat(*last[1].pbstrVal, *last[1].pbstrVal, last[1].pbstrVal));
+        EXPECT_EQ(VARIANT_TRUE, last[0].boolVal);
+    };
+    own.point().Raise(3, {7L, ByReference(text.get()), true});
+    EXPECT_EQ(L"net", View(text.get()));
+    EXPECT_EQ(1u, sink->events.size());
+}
+
 }  // namespace
 }  // namespace velk::test

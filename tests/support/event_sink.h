@@ -17,14 +17,14 @@ class EventSink final : public BareDispatch {
         double value;
     };
     std::vector<Event> events;
-    std::function<void(VARIANT* argument)> onEvent;  // runs inside the event
+    std::function<void(VARIANT* last)> onEvent;  // runs inside the event; an earlier argument is last[1]
     HRESULT answer = S_OK;
 
     static ComPtr<EventSink> Make() { return ComPtr<EventSink>::Attach(new EventSink); }
 
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
                         UINT*) noexcept override {
-        VARIANT* const argument = parameters->cArgs == 1 ? &parameters->rgvarg[0] : nullptr;
+        VARIANT* const argument = parameters->rgvarg;
         const bool isSingle = argument && argument->vt == (VT_R4 | VT_BYREF);
         events.push_back({id, isSingle ? static_cast<double>(*argument->pfltVal) : -1.0});
         if (onEvent) onEvent(argument);

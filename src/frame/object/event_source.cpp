@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "frame/object/enumerator.h"
+#include "platform/system_errors.h"
+#include "platform/variant.h"
 
 namespace velk {
 namespace {
@@ -17,6 +19,22 @@ struct ConnectionItem {
     DWORD cookie;
     CONNECTDATA Give() const noexcept { return {ComPtr(sink).Detach(), cookie}; }
 };
+
+void CallSink(IDispatch* sink, DISPID event, std::initializer_list<EventArgument> arguments) {
+    VARIANT passed[ConnectionPoint::kMostArguments];
+    Variant variables[ConnectionPoint::kMostArguments];
+    VARIANT* place = passed + arguments.size();  // the last argument comes first
+    Variant* variable = variables;
+    for (const EventArgument& argument : arguments) {
+        *--place = argument.value;
+        if (!argument.isVariable) continue;
+        ThrowIfFailed(VariantCopy(variable, place));
+        place->vt |= VT_BYREF;
+        place->byref = &variable++->lVal;
+    }
+    DISPPARAMS parameters{passed, nullptr, static_cast<UINT>(arguments.size()), 0};
+    sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
+}
 
 }  // namespace
 
@@ -96,15 +114,8 @@ bool ConnectionPoint::IsConnected(DWORD cookie) const noexcept {
     return std::any_of(sinks_.begin(), sinks_.end(), [cookie](const Sink& sink) { return sink.cookie == cookie; });
 }
 
-void ConnectionPoint::Raise(DISPID event, FLOAT value) noexcept try {
-    const auto call = [&](IDispatch* sink) {
-        FLOAT own = value;
-        VARIANT argument;
-        argument.vt = VT_R4 | VT_BYREF;
-        argument.pfltVal = &own;
-        DISPPARAMS parameters{&argument, nullptr, 1, 0};
-        sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
-    };
+void ConnectionPoint::Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept try {
+    const auto call = [&](IDispatch* sink) { CallSink(sink, event, arguments); };
     if (sinks_.size() == 1) {  // the usual case, without a copy of the list
         const ComPtr<IDispatch> only = sinks_.front().object;
         call(only.get());

@@ -1,12 +1,50 @@
 // Connection points for a class that raises events: one outgoing dispatch interface, any number of sinks.
 #pragma once
 
+#include <initializer_list>
 #include <vector>
 
 #include "platform/com_ptr.h"
 #include "platform/platform.h"
 
 namespace velk {
+
+// What an event carries. The value is the caller's and is only read.
+struct EventArgument {
+    EventArgument(bool truth) noexcept {
+        value.vt = VT_BOOL;
+        value.boolVal = truth ? VARIANT_TRUE : VARIANT_FALSE;
+    }
+    EventArgument(LONG number) noexcept {
+        value.vt = VT_I4;
+        value.lVal = number;
+    }
+    EventArgument(FLOAT number) noexcept {
+        value.vt = VT_R4;
+        value.fltVal = number;
+    }
+    EventArgument(double number) noexcept {
+        value.vt = VT_R8;
+        value.dblVal = number;
+    }
+    EventArgument(BSTR text) noexcept {
+        value.vt = VT_BSTR;
+        value.bstrVal = text;
+    }
+    EventArgument(IDispatch* object) noexcept {
+        value.vt = VT_DISPATCH;
+        value.pdispVal = object;
+    }
+
+    VARIANT value{};
+    bool isVariable = false;
+};
+
+// An [in, out] argument: each sink gets a variable of its own, and nobody sees what it writes there.
+inline EventArgument ByReference(EventArgument argument) noexcept {
+    argument.isVariable = true;
+    return argument;
+}
 
 // Holds the sinks. Its lifetime is its owner's; its identity is its own, as connection points are to have.
 class ConnectionPoint final : public IConnectionPoint {
@@ -17,10 +55,11 @@ class ConnectionPoint final : public IConnectionPoint {
     const IID& events() const noexcept { return events_; }
     bool HasSinks() const noexcept { return !sinks_.empty(); }
 
-    // Calls every sink that is connected now, each with the value in a variable of its own: nobody sees what a sink
-    // writes there. While it is called a sink may connect or disconnect any sink, and drop its last reference to the
+    // Calls every sink that is connected now, with up to kMostArguments arguments in the order of their
+    // declaration. While it is called a sink may connect or disconnect any sink, and drop its last reference to the
     // owner, so the owner holds one itself. What a sink answers, errors included, is its own affair.
-    void Raise(DISPID event, FLOAT value) noexcept;
+    void Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept;
+    static constexpr std::size_t kMostArguments = 8;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override;
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return container_->AddRef(); }
