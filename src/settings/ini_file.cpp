@@ -1,10 +1,7 @@
 #include "settings/ini_file.h"
 
-#include <new>
-#include <utility>
-
+#include "platform/string_array.h"
 #include "platform/text.h"
-#include "platform/variant.h"
 #include "platform/whole_numbers.h"
 #include "settings/ini_file_errors.idl.h"
 #include "settings/name_list.h"
@@ -94,14 +91,10 @@ LONG Fill(SAFEARRAY*& array, const std::string& list, EmptyNames emptyNames) {
     const auto names = SplitNames(list, emptyNames);
     const LONG count = static_cast<LONG>(names.size());
     if (count == 0) return 0;
-    SAFEARRAYBOUND bounds{static_cast<ULONG>(count), 1};
-    Variant made;
-    made.parray = SafeArrayCreate(VT_BSTR, 1, &bounds);
-    if (!made.parray) throw std::bad_alloc();
-    made.vt = VT_ARRAY | VT_BSTR;
-    auto* element = static_cast<BSTR*>(made.parray->pvData);
-    for (const std::string_view name : names) *element++ = Bstr(Wide(FromAnsi(name))).Detach();
-    array = made.Detach().parray;
+    StringArray made(static_cast<ULONG>(count), 1);
+    ULONG offset = 0;
+    for (const std::string_view name : names) made.Put(offset++, Bstr(Wide(FromAnsi(name))));
+    array = made.Detach();
     return count;
 }
 
