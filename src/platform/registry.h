@@ -19,6 +19,7 @@ struct RegistryValue {
 };
 
 // Path and name are in the ANSI code page. Nothing when the key cannot be opened with this access or has no such value.
+// Throws error 75 when the value is another size each time that it is read.
 std::optional<RegistryValue> ReadRegistryValue(HKEY root, const std::string& path, const std::string& name,
                                                REGSAM access);
 

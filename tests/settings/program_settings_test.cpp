@@ -163,10 +163,16 @@ TEST_F(ProgramSettings, GiveDefaultsWhereTheyMayNotWrite) {
     Write(1);
 }
 
-TEST_F(ProgramSettings, ReportWhereMemoryRanOut) {
+TEST_F(ProgramSettings, ReportWhatNeverFitsAndWhereMemoryRanOut) {
     const std::wstring large(100'000, L'x');
     Write(large);
     ReportRecorder recorder(Library());
+    {
+        const Fake more("RegQueryValueExA", &RegQueryValueExA,
+                        [](HKEY, LPCSTR, LPDWORD, LPDWORD, LPBYTE, LPDWORD) { return ERROR_MORE_DATA; });
+        EXPECT_EQ(L"default", Read());
+        EXPECT_EQ(L"GetKeyValue: Error: 75. Path/File access error|", recorder.Shown());
+    }
     const auto useAll = [&](const std::wstring& text, LONG number) {
         const ScarceMemory scarce(100'000, SIZE_MAX);
         EXPECT_EQ(text, Read());
