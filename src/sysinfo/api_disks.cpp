@@ -34,15 +34,21 @@ Space OlderSpaceOf(const std::string& root) noexcept {
 }
 
 // A failure is 0 where the extended query exists and -1 where only the older one does. Deliberate.
-Space SpaceOf(const std::string& root) {
-    const NoDiskPrompts quiet;
-    const ModuleHandle kernel(LoadSystemLibrary(L"kernel32.dll"));
+Space SpaceBy(HMODULE kernel, const std::string& root) noexcept {
     if (!kernel) return {};
-    const auto extended = FindFunction<decltype(GetDiskFreeSpaceExA)>(kernel.get(), "GetDiskFreeSpaceExA");
+    const auto extended = FindFunction<decltype(GetDiskFreeSpaceExA)>(kernel, "GetDiskFreeSpaceExA");
     if (!extended) return OlderSpaceOf(root);
     ULARGE_INTEGER free{}, total{}, freeForAll{};
     extended(root.c_str(), &free, &total, &freeForAll);
     return {Bytes(free), Bytes(total)};
+}
+
+Space SpaceOf(const std::string& root) noexcept {
+    const NoDiskPrompts quiet;
+    const HMODULE kernel = LoadSystemLibrary(L"kernel32.dll");
+    const Space space = SpaceBy(kernel, root);
+    FreeLibrary(kernel);  // by hand on purpose: also when loading failed, which an owning type would pass over
+    return space;
 }
 
 }  // namespace

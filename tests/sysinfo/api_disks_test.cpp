@@ -157,7 +157,9 @@ TEST_F(Disks, GiveSpaceExactlyAndFailInTwoWays) {
         expect(786432, 4294967295.0 * 262144);
     }
     const Fake noLibrary("LoadLibraryExW", &LoadLibraryExW, [](LPCWSTR, HANDLE, DWORD) { return nullptr; });
+    const Fake unload("FreeLibrary", &FreeLibrary, [](HMODULE none) { return none != nullptr; });
     expect(0, 0);
+    EXPECT_EQ(2, unload.calls());
 }
 
 TEST_F(Disks, AreReadyByTheLastErrorAndNotByTheResult) {
