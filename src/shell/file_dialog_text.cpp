@@ -31,7 +31,9 @@ std::u16string TrimNulls(std::u16string_view buffer) {
 
 void DropRemains(std::string& buffer, std::string_view before) {
     const std::size_t end = buffer.find('\0');
-    if (end == std::string::npos || std::string_view(buffer).substr(end + 1) != before.substr(end + 1)) return;
+    if (end == std::string::npos || buffer == before ||
+        std::string_view(buffer).substr(end + 1) != before.substr(end + 1))
+        return;
     std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.end(), '\0');
 }
 

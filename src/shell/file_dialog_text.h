@@ -19,7 +19,7 @@ std::u16string Padded(std::u16string_view text, std::int16_t size);
 std::u16string TrimNulls(std::u16string_view buffer);
 
 // A dialog that writes a name over a longer one leaves that one's end behind it. Such an end, which is as it was
-// `before`, becomes NULs; several chosen names are left alone.
+// `before`, becomes NULs. Several chosen names are left alone, also the ones that stood there already.
 void DropRemains(std::string& buffer, std::string_view before);
 
 }  // namespace velk::file_dialog

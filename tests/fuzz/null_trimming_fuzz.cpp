@@ -23,16 +23,19 @@ static void CheckPadding(const std::u16string& text, int size) try {
     Require(error.number() == 5 && static_cast<int>(text.size()) > size);
 }
 
-// Only an end that was there before goes; the text before the first NUL and the length stay.
+// Only the end of a longer name goes; the text before the first NUL and the length stay.
 static void CheckRemains(const std::u16string& text) {
-    const std::string before(text.begin(), text.end());
-    std::string after = before;
+    const std::string answer(text.begin(), text.end());
+    std::string before = answer, after = answer;
     file_dialog::DropRemains(after, before);
-    Require(after.size() == before.size() && after.c_str() == std::string(before.c_str()));
-    Require(after.find_first_not_of('\0', std::string(before.c_str()).size()) == after.npos);
-    std::string changed = before + 'x';
-    file_dialog::DropRemains(changed, before + 'y');
-    Require(changed == before + 'x');
+    Require(after == answer);
+    const std::size_t end = answer.find('\0');
+    if (end == answer.npos) return;
+    before[end] = 'x';
+    file_dialog::DropRemains(after, before + 'y');
+    Require(after == answer);
+    file_dialog::DropRemains(after, before);
+    Require(after == answer.substr(0, end) + std::string(answer.size() - end, '\0'));
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
