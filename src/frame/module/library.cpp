@@ -32,6 +32,7 @@ std::wstring FilePath() {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
         const DWORD length = GetModuleFileNameW(Module(), path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0) throw FromSystemError(GetLastError());
         if (length < path.size()) return path.substr(0, length);
         path.resize(path.size() * 2);
     }
