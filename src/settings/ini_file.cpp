@@ -1,5 +1,6 @@
 #include "settings/ini_file.h"
 
+#include "platform/safe_array.h"
 #include "platform/string_array.h"
 #include "platform/text.h"
 #include "platform/whole_numbers.h"
@@ -80,8 +81,7 @@ std::string ListNames(const char* section, const std::string& file) {
 }
 
 void Erase(SAFEARRAY*& array) {
-    constexpr USHORT kFixed = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE;
-    if (array && array->fFeatures & kFixed) throw RuntimeError(Error::InvalidProcedureCall);  // not ours to free
+    if (!MayBeReplaced(array)) throw kComponentFailure;
     ThrowIfFailed(SafeArrayDestroy(array));
     array = nullptr;
 }

@@ -20,6 +20,14 @@ Variant ArrayOf(VARTYPE type, LONG from, std::initializer_list<const wchar_t*> t
     return made;
 }
 
+Variant Square(VARTYPE type) {
+    SAFEARRAYBOUND bounds[] = {{1, 0}, {2, 3}};
+    Variant made;
+    made.vt = VT_ARRAY | type;
+    made.parray = SafeArrayCreate(type, 2, bounds);
+    return made;
+}
+
 struct Case {
     Variant held;
     bool referenced;  // passed as a typed reference to the array and not as a script's variable
@@ -36,11 +44,11 @@ TEST_F(DispatchArrays, AreReadAndFilledInTheFormThatTheClientCanIndex) {
         {{}, false, 2, L"no array of 8", L"array of 12 from 1: 8:s1 8:s2"},
         {{}, false, -1, L"no array of 8", L"array of 12 from 0:"},
         {ArrayOf(VT_VARIANT, 0, {L"a", L"b"}), false, 1, L"array of 8 from 0: 8:a 8:b", L"array of 12 from 1: 8:s1"},
-        {ArrayOf(VT_VARIANT, 2, {L"a"}), false, -1, L"array of 8 from 2: 8:a", L"array of 12 from 0:"},
         {ArrayOf(VT_VARIANT, 2, {L"a"}), true, 2, L"array of 8 from 2: 8:a", L"array of 12 from 1: 8:s1 8:s2"},
         {std::move(variantNothing), true, 0, L"no array of 8", L"array of 12 from 1:"},
         {ArrayOf(VT_BSTR, 5, {L"a", L"b"}), false, 1, L"array of 8 from 5: 8:a 8:b", L"array of 8 from 1: 8:s1"},
-        {ArrayOf(VT_BSTR, 0, {L"a"}), true, 1, L"array of 8 from 0: 8:a", L"array of 8 from 1: 8:s1"},
+        {Square(VT_VARIANT), false, 1, L"array of 8 from 3: 8: 8:", L"array of 12 from 1: 8:s1"},
+        {Square(VT_BSTR), true, 1, L"array of 8 from 3: 8: 8:", L"array of 8 from 1: 8:s1"},
         {std::move(typedNothing), true, 1, L"no array of 8", L"array of 8 from 1: 8:s1"},
     };
     for (Case& c : cases) {
@@ -55,40 +63,44 @@ TEST_F(DispatchArrays, AreReadAndFilledInTheFormThatTheClientCanIndex) {
 
 TEST_F(DispatchArrays, StayWhereTheyAreWhenPassedByValueReferredToOrInUse) {
     for (const VARTYPE type : {VT_VARIANT, VT_BSTR}) {
-        const Variant array = ArrayOf(type, 1, {L"a"});
+        Variant array = ArrayOf(type, 1, {L"a"});
         const std::wstring before = Describe(array);
         EXPECT_EQ(L"array of 8 from 1: 8:a", TextOf(Call(shapes_.get(), L"FillStrings", {array, Arg(2L)}).value));
         EXPECT_EQ(before, Describe(array));
+        // As a script's variable looks inside a procedure that received the array by reference.
+        VARIANT variable = Ref(VT_ARRAY | type, &array.parray);
+        Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(2L)});
+        const std::wstring filled =
+            type == VT_BSTR ? L"array of 8 from 1: 8:s1 8:s2" : L"array of 12 from 1: 8:s1 8:s2";
+        EXPECT_EQ(filled, Describe(array));
+        EXPECT_EQ(&array.parray, variable.pparray);
+        // The call of a member that does not ask whether it may replace an array fails and loses nothing.
+        for (const USHORT feature : {0, FADF_FIXEDSIZE}) {
+            if (type == VT_BSTR) break;  // is in the member's own hands
+            array.parray->cLocks = feature ? 0 : 1;
+            array.parray->fFeatures |= feature;
+            for (VARIANT* const held : {&variable, static_cast<VARIANT*>(&array)}) {
+                EXPECT_EQ(DISP_E_ARRAYISLOCKED, Call(shapes_.get(), L"FillStrings", {Arg(held), Arg(1L)}).result);
+                EXPECT_EQ(filled, Describe(array));
+            }
+        }
     }
-    // As a script's variable looks inside a procedure that received the array by reference.
-    Variant array = ArrayOf(VT_VARIANT, 0, {L"a"});
-    VARIANT variable = Ref(VT_ARRAY | VT_VARIANT, &array.parray);
-    EXPECT_EQ(L"array of 8 from 0: 8:a", TextOf(Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(2L)}).value));
-    EXPECT_EQ(L"array of 12 from 1: 8:s1 8:s2", Describe(array));
-    EXPECT_EQ(&array.parray, variable.pparray);
-    // An array cannot be replaced while someone holds a pointer into it. The call fails and loses nothing.
-    SafeArrayLock(array.parray);
-    EXPECT_EQ(DISP_E_ARRAYISLOCKED, Call(shapes_.get(), L"FillStrings", {Arg(&variable), Arg(1L)}).result);
-    EXPECT_EQ(L"array of 12 from 1: 8:s1 8:s2", Describe(array));
-    SafeArrayUnlock(array.parray);
 }
 
 TEST_F(DispatchArrays, OtherContentsAreAMismatch) {
-    SAFEARRAYBOUND square[] = {{2, 0}, {2, 0}};
-    Variant cases[6];
+    SAFEARRAYBOUND two{2, 0};
+    Variant cases[5];
     cases[0] = Text(L"text");
     cases[1].vt = VT_ARRAY | VT_I4;
-    cases[1].parray = SafeArrayCreate(VT_I4, 1, square);
-    cases[2].vt = VT_ARRAY | VT_VARIANT;
-    cases[2].parray = SafeArrayCreate(VT_VARIANT, 2, square);
-    cases[3] = ArrayOf(VT_VARIANT, 0, {L"a", L"b"});
+    cases[1].parray = SafeArrayCreate(VT_I4, 1, &two);
+    cases[2] = ArrayOf(VT_VARIANT, 0, {L"a", L"b"});
     LONG second = 1;
     const auto object = ValueObject::Make(Arg(1L));
     VARIANT element = Arg(object.get());
-    SafeArrayPutElement(cases[3].parray, &second, &element);
-    cases[4].vt = VT_NULL;
-    cases[5].vt = VT_ARRAY | VT_BSTR;  // which it is not
-    cases[5].parray = SafeArrayCreate(VT_I8, 1, square);
+    SafeArrayPutElement(cases[2].parray, &second, &element);
+    cases[3].vt = VT_NULL;
+    cases[4].vt = VT_ARRAY | VT_BSTR;  // which it is not
+    cases[4].parray = SafeArrayCreate(VT_I8, 1, &two);
     for (Variant& c : cases) {
         const std::wstring before = Describe(c);
         for (const VARIANT& given : {VARIANT(c), Arg(&c)}) {

@@ -11,7 +11,6 @@
 #include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/report_recorder.h"
-#include "support/scarce_memory.h"
 
 namespace velk::test {
 namespace {
@@ -58,6 +57,7 @@ std::string ReadIni(std::string bytes) {
 }
 
 constexpr const wchar_t* kArray = L"an array";
+constexpr const wchar_t* kVariable = L"a script's variable";
 
 class IniFile : public testing::Test {
   protected:
@@ -70,7 +70,9 @@ class IniFile : public testing::Test {
         std::vector<VARIANT> arguments;
         held.reserve(texts.size());
         for (const auto& text : texts) {
-            arguments.push_back(text == kArray ? Ref(names_.vt, &names_.parray) : held.emplace_back(Text(text)));
+            arguments.push_back(text == kArray      ? Ref(names_.vt, &names_.parray)
+                                : text == kVariable ? Arg(&variable_)
+                                                    : held.emplace_back(Text(text)));
         }
         return InvokeNamed(ini_.get(), member, DISPATCH_METHOD, std::move(arguments), {});
     }
@@ -106,6 +108,7 @@ class IniFile : public testing::Test {
     ScratchFolder folder_;
     const std::wstring path_ = folder_.Path(L"file.ini");
     Variant names_;
+    Variant variable_;
 };
 
 TEST_F(IniFile, IsBesideTheLibraryAtFirst) {
@@ -175,11 +178,14 @@ TEST_F(IniFile, ChecksInOrder) {
 
     ReportRecorder recorder(Library());
     {
-        const ScarceMemory noPath(520, 600);  // the room for a usual path
+        const Fake noPath("GetModuleFileNameW", &GetModuleFileNameW, [](HMODULE, LPWSTR, DWORD) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return 0;
+        });
         ini_ = CreateObject<IDispatch>(__uuidof(::CIniFile));
     }
     EXPECT_NE(std::wstring::npos, recorder.Shown().find(L": An error has occured in Velk.CIniFile.Class_Initialize "
-                                                        L"\r\n\r\nError:7\r\n"));
+                                                        L"\r\n\r\nError:70\r\n"));
     expectAll([&](const Refusal& refusal) -> auto& { return &refusal.missing == &noName ? noName : notReady; });
 }
 
@@ -190,10 +196,20 @@ TEST_F(IniFile, ExistsWhenASearchFindsIt) {
         EXPECT_EQ(-1, Run(L"GetNumericValue", {L"A", L"k"}).value.iVal) << name;
         EXPECT_EQ(S_OK, Run(L"SaveStringValue", {L"A", L"k", L"v"}).result) << name;
     }
-    for (const wchar_t* name : {L"", L"C:\\", L"x\\"}) {  // too long for the profile functions
-        Run(L"Init", {name + std::wstring(260, L'n')});
-        EXPECT_EQ(eErrIniFile_FileNotFound, Run(L"GetStringValue", {L"A", L"k"}).code) << name;
-        EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"SaveStringValue", {L"A", L"k", L"v"}).code) << name;
+    // The profile functions take 259 characters, in full or as they complete a bare name.
+    wchar_t windows[MAX_PATH] = {};
+    GetWindowsDirectoryW(windows, MAX_PATH);
+    for (const std::wstring& folder : {folder_.path() + L'\\', windows + std::wstring(L"\\")}) {
+        for (const std::size_t length : {259u, 260u}) {
+            const std::wstring path = folder + std::wstring(length - folder.size(), L'n');
+            const bool bare = folder.starts_with(windows), fits = length == 259;
+            Run(L"Init", {bare ? path.substr(folder.size()) : path});
+            EXPECT_EQ(eErrIniFile_FileNotFound, Run(L"GetStringValue", {L"A", L"k"}).code) << path;
+            EXPECT_EQ(fits ? S_OK : HRESULT{eErrIniFile_ComponentFailure},
+                      Run(L"SaveStringValue", {L"A", L"k", L"v"}).code);
+            EXPECT_EQ(fits && !bare ? L"v" : L"<no string>", TextOf(Run(L"GetStringValue", {L"A", L"k"}).value));
+            EXPECT_EQ(fits, DeleteFileW(path.c_str()) != FALSE);
+        }
     }
     Run(L"Init", {folder_.path() + L"\\other.ini"});
     const Fake close("FindClose", &FindClose, [](HANDLE search) { return FindClose(search) && false; });
@@ -242,13 +258,17 @@ TEST_F(IniFile, ReadsNumbersOfSixteenBits) {
 TEST_F(IniFile, LeavesAnArrayThatIsNotToBeReplaced) {
     folder_.Write(L"file.ini", "[A]\r\n[B]\r\nk=1\r\n");
     EXPECT_EQ("[A][B]k=1;", Shown());
-    for (const USHORT feature : {USHORT{0}, USHORT{FADF_FIXEDSIZE}}) {  // locked, then of a fixed size
-        names_.parray->fFeatures |= feature;
-        names_.parray->cLocks = feature ? 0 : 1;
-        EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"EnumerateAllSections", {kArray}).code);
-        ASSERT_TRUE(names_.parray);
-        names_.parray->fFeatures &= ~feature;
+    Run(L"EnumerateAllSections", {kVariable});
+    for (SAFEARRAY* const array : {names_.parray, variable_.parray}) {
+        const std::wstring given = array == names_.parray ? kArray : kVariable;
+        for (const USHORT feature : {0, FADF_AUTO, FADF_STATIC, FADF_EMBEDDED, FADF_FIXEDSIZE}) {  // 0: locked
+            array->fFeatures |= feature;
+            array->cLocks = feature ? 0 : 1;
+            EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"EnumerateAllSections", {given}).code) << feature;
+            array->fFeatures &= ~feature;
+        }
     }
+    ASSERT_TRUE(names_.parray && variable_.parray);
     EXPECT_EQ(std::vector<std::wstring>(), Names(L"EnumerateAllKeys", {L"A", kArray}));
 }
 

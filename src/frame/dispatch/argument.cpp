@@ -144,9 +144,10 @@ bool Argument::PassStraight(const Parameter& parameter) noexcept {
         passed_ = *given_;
         return true;
     }
-    if (!variable_ || variable_->vt != parameter.type) return false;
+    if (!variable_ || (variable_->vt & ~VT_BYREF) != parameter.type) return false;
     passed_.vt = parameter.type | VT_BYREF;
-    passed_.byref = &variable_->byref;  // every value starts where the union starts
+    // A variable may itself refer to a value. One that holds it starts where the union starts.
+    passed_.byref = variable_->vt & VT_BYREF ? variable_->byref : &variable_->byref;
     return true;
 }
 
@@ -155,7 +156,7 @@ HRESULT Argument::Convert(const Parameter& parameter, LCID locale) noexcept {
     VARIANT& value = variable_ ? *variable_ : *given_;
     if (parameter.type == VT_VARIANT) return VariantCopy(&own_, &value);
     if (HoldsObject(value)) return DISP_E_TYPEMISMATCH;  // foreign code put it there since the first step
-    if (IsStringArray(parameter.type)) return StringArrayFrom(&own_, value);
+    if (IsStringArray(parameter.type)) return StringArrayFrom(&own_, value, variable_ != nullptr);
     const HRESULT result = ChangeType(&own_, &value, parameter.type, locale);
     return FAILED(result) ? result : KeepForComparison();
 }

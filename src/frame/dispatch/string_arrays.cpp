@@ -1,5 +1,10 @@
 #include "frame/dispatch/string_arrays.h"
 
+#include <algorithm>
+#include <numeric>
+
+#include "platform/safe_array.h"
+
 namespace velk {
 namespace {
 
@@ -9,27 +14,35 @@ SAFEARRAY* ArrayIn(const VARIANT& value) noexcept {
     return value.vt & VT_BYREF ? *value.pparray : value.parray;
 }
 
-// Whether an array is what its value says, with one dimension and with data.
-bool IsVector(SAFEARRAY* array, VARTYPE element) noexcept {
-    VARTYPE actual = VT_EMPTY;
-    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &actual)) || actual != element) return false;
-    return array->pvData || array->rgsabound[0].cElements == 0;
+ULONG CountOf(const SAFEARRAY& array) noexcept {
+    return std::accumulate(array.rgsabound, array.rgsabound + array.cDims, 1ul,
+                           [](ULONG count, const SAFEARRAYBOUND& bound) { return count * bound.cElements; });
 }
 
-HRESULT MakeArray(VARTYPE type, SAFEARRAYBOUND bounds, Variant* made) noexcept {
-    SAFEARRAY* array = SafeArrayCreate(type, 1, &bounds);
+// Whether an array is what its value says, and with data.
+bool IsArrayOf(SAFEARRAY* array, VARTYPE element) noexcept {
+    VARTYPE actual = VT_EMPTY;
+    if (array->cDims == 0 || FAILED(SafeArrayGetVartype(array, &actual)) || actual != element) return false;
+    return array->pvData || CountOf(*array) == 0;
+}
+
+// An array with the same bounds; for none, one without elements.
+HRESULT MakeArray(VARTYPE type, SAFEARRAY* like, Variant* made) noexcept {
+    SAFEARRAYBOUND none{};
+    SAFEARRAY* array = like ? SafeArrayCreate(type, like->cDims, like->rgsabound) : SafeArrayCreate(type, 1, &none);
     if (!array) return E_OUTOFMEMORY;
+    std::reverse(array->rgsabound, array->rgsabound + array->cDims);  // which takes the dimensions in the other order
     made->vt = VT_ARRAY | type;
     made->parray = array;
     return S_OK;
 }
 
 HRESULT StringsFromVariants(SAFEARRAY* from, Variant* made) noexcept {
-    HRESULT result = MakeArray(VT_BSTR, from->rgsabound[0], made);
+    HRESULT result = MakeArray(VT_BSTR, from, made);
     if (FAILED(result)) return result;
     const auto* elements = static_cast<VARIANT*>(from->pvData);
     auto* strings = static_cast<BSTR*>(made->parray->pvData);
-    for (ULONG i = 0; i < from->rgsabound[0].cElements; ++i) {
+    for (ULONG i = 0; i < CountOf(*from); ++i) {
         Variant text;
         const bool plain =
             elements[i].vt != VT_DISPATCH && elements[i].vt != VT_UNKNOWN && !(elements[i].vt & VT_BYREF);
@@ -41,15 +54,20 @@ HRESULT StringsFromVariants(SAFEARRAY* from, Variant* made) noexcept {
 }
 
 HRESULT VariantsFromStrings(SAFEARRAY* from, Variant* made) noexcept {
-    const SAFEARRAYBOUND bounds = from ? from->rgsabound[0] : SAFEARRAYBOUND{};
-    const HRESULT result = MakeArray(VT_VARIANT, bounds, made);
+    const HRESULT result = MakeArray(VT_VARIANT, from, made);
     if (FAILED(result)) return result;
     auto* elements = static_cast<VARIANT*>(made->parray->pvData);
-    for (ULONG i = 0; i < bounds.cElements; ++i) {
+    for (ULONG i = 0; from && i < CountOf(*from); ++i) {
         elements[i].vt = VT_BSTR;
         std::swap(elements[i].bstrVal, static_cast<BSTR*>(from->pvData)[i]);
     }
     return S_OK;
+}
+
+// Whether what a member puts in an array's place goes into the client's array or variable: not where it was passed by
+// value.
+bool ComesBack(const VARIANT& value, bool isVariable) noexcept {
+    return isVariable || value.vt == (VT_BYREF | VT_ARRAY | VT_VARIANT);
 }
 
 // Replaces the array behind a reference; the variable keeps pointing at the same place.
@@ -66,25 +84,28 @@ bool HoldsStrings(const VARIANT& value) noexcept {
     if (!(value.vt & VT_ARRAY)) return value.vt == VT_EMPTY;
     if (element != VT_BSTR && element != VT_VARIANT) return false;
     SAFEARRAY* const array = ArrayIn(value);
-    return !array || IsVector(array, element);
+    return !array || IsArrayOf(array, element);
 }
 
-HRESULT StringArrayFrom(Variant* strings, const VARIANT& value) noexcept {
+HRESULT StringArrayFrom(Variant* strings, const VARIANT& value, bool isVariable) noexcept {
     strings->vt = VT_ARRAY | VT_BSTR;
     strings->parray = nullptr;
     SAFEARRAY* const array = ArrayIn(value);
     if (!array) return S_OK;
     const bool ofStrings = (value.vt & ~VT_BYREF) == (VT_ARRAY | VT_BSTR);
-    return ofStrings ? SafeArrayCopy(array, &strings->parray) : StringsFromVariants(array, strings);
+    const HRESULT result = ofStrings ? SafeArrayCopy(array, &strings->parray) : StringsFromVariants(array, strings);
+    if (FAILED(result)) return result;
+    if (ComesBack(value, isVariable) && !MayBeReplaced(array)) strings->parray->fFeatures |= FADF_FIXEDSIZE;
+    return S_OK;
 }
 
 HRESULT StringArrayTo(VARIANT* target, bool isVariable, Variant* strings) noexcept {
-    const bool isReferenced = target->vt == (VT_BYREF | VT_ARRAY | VT_VARIANT);
-    if (!isReferenced && !isVariable) return S_OK;
+    if (!ComesBack(*target, isVariable)) return S_OK;
+    if (!MayBeReplaced(ArrayIn(*target))) return DISP_E_ARRAYISLOCKED;
     Variant made;
     HRESULT result = VariantsFromStrings(strings->parray, &made);
     if (FAILED(result)) return result;
-    if (isReferenced) return ReplaceReferenced(target->pparray, &made);
+    if (target->vt & VT_BYREF) return ReplaceReferenced(target->pparray, &made);
     result = VariantClear(target);
     if (SUCCEEDED(result)) *target = made.Detach();
     return result;
