@@ -1,5 +1,6 @@
 #include "settings/ini_file.h"
 
+#include "platform/files.h"
 #include "platform/safe_array.h"
 #include "platform/string_array.h"
 #include "platform/text.h"
@@ -30,6 +31,7 @@ std::wstring LibraryFolder() {
 
 // By a search: a folder exists too, and a pattern if anything matches it.
 bool IniFileExists(const std::string& name) {
+    const NoDiskPrompts quiet;
     WIN32_FIND_DATAA found;
     const HANDLE search = FindFirstFileA(name.c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return false;
@@ -37,8 +39,8 @@ bool IniFileExists(const std::string& name) {
     return true;
 }
 
-// The profile functions take names of up to MAX_PATH and look for a bare name in the Windows folder. Not all versions
-// survive a longer one.
+// The profile functions take names of up to MAX_PATH, the end included, and look for a bare name in the Windows folder.
+// Not all versions survive a longer one.
 void RequireUsable(const std::string& file) {
     const bool isBare = file.find_first_of("\\/:") == file.npos;
     const DWORD length = isBare ? GetWindowsDirectoryA(nullptr, 0) + 1 + static_cast<DWORD>(file.size())
@@ -68,6 +70,7 @@ void RequireKey(BSTR key) {
 // Writes, and flushes the copy of the file that the platform may hold. A null key names the section, a null value
 // removes what is named.
 bool WriteThrough(const char* section, const char* key, const char* value, const std::string& file) noexcept {
+    const NoDiskPrompts quiet;
     const bool written = WritePrivateProfileStringA(section, key, value, file.c_str()) != FALSE;
     WritePrivateProfileStringA(nullptr, nullptr, nullptr, file.c_str());
     return written;

@@ -212,7 +212,10 @@ TEST_F(IniFile, ExistsWhenASearchFindsIt) {
         }
     }
     Run(L"Init", {folder_.path() + L"\\other.ini"});
-    const Fake close("FindClose", &FindClose, [](HANDLE search) { return FindClose(search) && false; });
+    const Fake close("FindClose", &FindClose, [](HANDLE search) {
+        EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
+        return FindClose(search) && false;
+    });
     EXPECT_EQ(eErrIniFile_ComponentFailure, Run(L"GetStringValue", {L"A", L"k"}).code);
 }
 
@@ -313,6 +316,7 @@ TEST_F(IniFile, LeavesAFileThatCannotBeWrittenAsItWas) {
     {
         std::string calls;
         const auto refuse = [&](LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR) {
+            EXPECT_TRUE(GetThreadErrorMode() & SEM_FAILCRITICALERRORS) << "no box asks for a disk";
             for (const LPCSTR text : {section, key, value}) calls.append(text ? text : "-") += ' ';
             return FALSE;
         };
