@@ -10,15 +10,12 @@
 namespace velk {
 namespace {
 
-void WINAPI AbandonThread(void* hooks) {
-    static_cast<ThreadHooks*>(hooks)->Abandon();
-    delete static_cast<ThreadHooks*>(hooks);
-}
+void WINAPI DeleteHooks(void* hooks) { delete static_cast<ThreadHooks*>(hooks); }
 
 DWORD slot = FLS_OUT_OF_INDEXES;
 
 DWORD Slot() {
-    static const DWORD made = slot = FlsAlloc(&AbandonThread);
+    static const DWORD made = slot = FlsAlloc(&DeleteHooks);
     if (made == FLS_OUT_OF_INDEXES) throw std::bad_alloc();
     return made;
 }
@@ -61,7 +58,8 @@ void ThreadHooks::ReleaseAll() noexcept {
     if (slot != FLS_OUT_OF_INDEXES) FlsFree(slot);
 }
 
-void ThreadHooks::Abandon() noexcept {
+// At its thread's end: the windows were destroyed without a message, and hook objects may not be called any more.
+ThreadHooks::~ThreadHooks() {
     for (auto& [handle, window] : windows_) {
         for (auto& hook : window->hooks().TakeAll()) hook.target.subclass.Detach();
     }

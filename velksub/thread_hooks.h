@@ -31,6 +31,7 @@ class ThreadHooks {
     ThreadHooks() noexcept = default;
     ThreadHooks(const ThreadHooks&) = delete;
     ThreadHooks& operator=(const ThreadHooks&) = delete;
+    ~ThreadHooks();
 
     // The window is one of this thread.
     void Add(HookTarget target, HWND window, UINT message);
@@ -42,9 +43,6 @@ class ThreadHooks {
     // What is below the hook that asks; without a hook that is being called, the window's previous procedure. False for
     // a window without hooks.
     bool CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept;
-
-    // At a thread's end its windows were destroyed without a message, and its objects may not be called any more.
-    void Abandon() noexcept;
 
   private:
     using Window = std::shared_ptr<HookedWindow>;

@@ -31,8 +31,6 @@ COLORREF MaskOf(LONG colour) {
     return translated;
 }
 
-ComPtr<IPictureDisp> PictureDisp(IPicture* picture) noexcept { return ComPtr<IPicture>(picture).As<IPictureDisp>(); }
-
 }  // namespace
 
 constinit const ClassInfo cIconMenu::kInfo{
@@ -122,8 +120,7 @@ STDMETHODIMP cIconMenu::put_CommandImage(LONG Command, LONG Image) noexcept {
 }
 
 STDMETHODIMP cIconMenu::get_CommandPicture(LONG Command, IPictureDisp** result) noexcept {
-    return Guard(L"CommandPicture", result,
-                 [&] { return PictureDisp(icons_.commands.Picture(RequireCommand(Command))); });
+    return Guard(L"CommandPicture", result, [&] { return icons_.commands.Picture(RequireCommand(Command)); });
 }
 
 STDMETHODIMP cIconMenu::put_CommandPicture(LONG Command, IPictureDisp* Picture) noexcept {
@@ -146,7 +143,7 @@ STDMETHODIMP cIconMenu::put_SubmenuImage(LONG Menu, LONG Image) noexcept {
 }
 
 STDMETHODIMP cIconMenu::get_SubmenuPicture(LONG Menu, IPictureDisp** result) noexcept {
-    return Guard(L"SubmenuPicture", result, [&] { return PictureDisp(icons_.submenus.Picture(RequireMenu(Menu))); });
+    return Guard(L"SubmenuPicture", result, [&] { return icons_.submenus.Picture(RequireMenu(Menu)); });
 }
 
 STDMETHODIMP cIconMenu::put_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept {

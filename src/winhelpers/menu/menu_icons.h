@@ -21,7 +21,7 @@ class MenuPicture {
     explicit MenuPicture(IUnknown* object);
 
     bool IsEmpty() const noexcept { return kind_ != PICTYPE_BITMAP && kind_ != PICTYPE_ICON && !IsMetafile(); }
-    IPicture* get() const noexcept { return picture_.get(); }
+    ComPtr<IPictureDisp> object() const noexcept { return picture_.As<IPictureDisp>(); }
     Size size() const noexcept { return size_; }                             // pixels
     void Draw(HDC context, const Box& place, COLORREF mask) const noexcept;  // no mask: CLR_INVALID
 
@@ -59,9 +59,9 @@ class IconTable {
         const MenuIcon* const icon = Find(key);
         return icon ? icon->image : MenuIcon::kNoImage;
     }
-    IPicture* Picture(Key key) const noexcept {
+    ComPtr<IPictureDisp> Picture(Key key) const noexcept {
         const MenuIcon* const icon = Find(key);
-        return icon && icon->picture ? icon->picture->get() : nullptr;
+        return icon && icon->picture ? icon->picture->object() : nullptr;
     }
 
     // Each replaces whatever the item had; no image and no picture remove it.
@@ -100,6 +100,10 @@ struct MenuIcons {
     COLORREF mask = CLR_INVALID;  // the transparent colour of bitmap pictures
     IconTable<UINT> commands;
     IconTable<HMENU> submenus;
+
+    const MenuIcon* Find(UINT command, HMENU submenu) const noexcept {
+        return submenu ? submenus.Find(submenu) : commands.Find(command);
+    }
 
     // Pixels; what the list says, else the system's small icons.
     Size CellSize() const noexcept;

@@ -101,15 +101,15 @@ std::optional<LRESULT> MenuMessages::DrawItem(const DRAWITEMSTRUCT* drawn) {
     if (!item) return std::nullopt;
     const auto now = menus_.Read(*item);
     if (!now) return TRUE;  // the client deleted it meanwhile, and its data mean nothing to the client
-    DrawnItem shown{menus_.text(),           drawn->itemState, item->IsSeparator(), (now->type & MFT_RADIOCHECK) != 0,
-                    now->submenu != nullptr, IconOf(*item)};
-    if (now->state & MFS_DEFAULT) shown.state |= ODS_DEFAULT;  // Wine does not say so
+    DrawnItem shown{menus_.text(),
+                    drawn->itemState,
+                    item->IsSeparator(),
+                    (now->fType & MFT_RADIOCHECK) != 0,
+                    now->hSubMenu != nullptr,
+                    icons_.Find(item->id, item->submenu)};
+    if (now->fState & MFS_DEFAULT) shown.state |= ODS_DEFAULT;  // Wine does not say so
     painter_.Draw(shown, icons_, drawn->hDC, drawn->rcItem);
     return TRUE;
-}
-
-const MenuIcon* MenuMessages::IconOf(const OpenItem& item) const noexcept {
-    return item.submenu ? icons_.submenus.Find(item.submenu) : icons_.commands.Find(item.id);
 }
 
 // Items that are not ours are found by the system, or by the client that draws them.
@@ -120,8 +120,8 @@ std::optional<LRESULT> MenuMessages::FindByKey(HWND window, HMENU menu, WORD cha
     std::size_t highlighted = KeyMatch::kNone;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const auto item = menus_.Read(menu, static_cast<UINT>(i));
-        if (item && item->state & MFS_HILITE) highlighted = i;
-        if (!item || !opened->Holds(item->data)) continue;
+        if (item && item->fState & MFS_HILITE) highlighted = i;
+        if (!item || !opened->Holds(item->dwItemData)) continue;
         keys[i] = ItemKeyOf(SplitMenuText(Utf16(menus_.text())).label);
         keys[i].character = UpperCase(keys[i].character);
     }

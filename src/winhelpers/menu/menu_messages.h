@@ -36,7 +36,6 @@ class MenuMessages {
 
     template <class Record>
     const OpenItem* OurItem(const Record* record) const noexcept;
-    const MenuIcon* IconOf(const OpenItem& item) const noexcept;
 
     MenuIcons& icons_;
     MenuPainter painter_;

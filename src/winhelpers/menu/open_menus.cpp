@@ -19,6 +19,41 @@ bool SetTypeAndData(HMENU menu, UINT position, UINT type, ULONG_PTR data) noexce
     return SetMenuItemInfoW(menu, position, TRUE, &info);
 }
 
+template <class Visit>
+void ForEachItem(HMENU menu, Visit visit) noexcept {
+    const int count = GetMenuItemCount(menu);
+    MENUITEMINFOW info = Query(MIIM_FTYPE | MIIM_DATA | MIIM_ID);
+    for (int i = 0; i < count; ++i) {
+        const auto position = static_cast<UINT>(i);
+        if (GetMenuItemInfoW(menu, position, TRUE, &info)) visit(position, info);
+    }
+}
+
+void EndOwnerDrawing(HMENU menu, UINT position, const MENUITEMINFOW& now, OpenItem& item, ULONG_PTR data) noexcept {
+    item.restored = true;
+    SetTypeAndData(menu, position, now.fType & ~UINT{MFT_OWNERDRAW}, data);
+}
+
+// Wherever the client moved the items to.
+void RestoreByData(const OpenMenu& opened) noexcept {
+    ForEachItem(opened.menu, [&](UINT position, const MENUITEMINFOW& now) {
+        if (!opened.Holds(now.dwItemData)) return;
+        auto& item = *reinterpret_cast<OpenItem*>(now.dwItemData);
+        EndOwnerDrawing(opened.menu, position, now, item, item.data);
+    });
+}
+
+// Items to which the client gave data of its own, which they keep.
+void RestoreByIdentifier(OpenMenu& opened) noexcept {
+    ForEachItem(opened.menu, [&](UINT position, const MENUITEMINFOW& now) {
+        const std::pair known(now.wID, now.dwItemData);
+        if (!(now.fType & MFT_OWNERDRAW) || std::ranges::count(opened.clientsOwn, known)) return;
+        const auto lost = std::ranges::find_if(
+            opened.items, [&](const OpenItem& item) { return !item.restored && item.id == now.wID; });
+        if (lost != opened.items.end()) EndOwnerDrawing(opened.menu, position, now, *lost, now.dwItemData);
+    });
+}
+
 ULONG_PTR TokenOf(const OpenItem& item) noexcept { return reinterpret_cast<ULONG_PTR>(&item); }
 
 }  // namespace
@@ -29,11 +64,12 @@ bool OpenMenu::Holds(ULONG_PTR data) const noexcept {
 }
 
 // Bitmaps, and what the client draws itself, stay the client's.
-bool OpenMenus::IsOursToDraw(const MenuItemState& item) noexcept {
-    return !(item.type & (MFT_OWNERDRAW | MFT_BITMAP)) && !item.hasBitmap;
+bool OpenMenus::IsOursToDraw(const MENUITEMINFOW& item) noexcept {
+    const bool hasBitmap = item.hbmpItem || item.hbmpChecked || item.hbmpUnchecked;
+    return !(item.fType & (MFT_OWNERDRAW | MFT_BITMAP)) && !hasBitmap;
 }
 
-std::optional<MenuItemState> OpenMenus::Read(HMENU menu, UINT position) {
+std::optional<MENUITEMINFOW> OpenMenus::Read(HMENU menu, UINT position) {
     for (;;) {
         MENUITEMINFOW info = Query(MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING |
                                    MIIM_BITMAP | MIIM_CHECKMARKS);
@@ -42,8 +78,7 @@ std::optional<MenuItemState> OpenMenus::Read(HMENU menu, UINT position) {
         if (!GetMenuItemInfoW(menu, position, TRUE, &info)) return std::nullopt;
         if (info.cch + 1 < text_.size()) {
             textLength_ = info.cch;
-            const bool hasBitmap = info.hbmpItem || info.hbmpChecked || info.hbmpUnchecked;
-            return MenuItemState{info.fType, info.fState, info.wID, info.hSubMenu, info.dwItemData, hasBitmap};
+            return info;
         }
         text_.resize(2 * text_.size());  // it may have been cut
     }
@@ -64,9 +99,9 @@ OpenMenu& OpenMenus::Begin(HMENU menu) {
     return *opened;
 }
 
-std::optional<MenuItemState> OpenMenus::Read(const OpenItem& item) {
+std::optional<MENUITEMINFOW> OpenMenus::Read(const OpenItem& item) {
     const HMENU menu = item.owner->menu;
-    const auto isIt = [&](const auto& state) { return state && state->data == TokenOf(item); };
+    const auto isIt = [&](const auto& state) { return state && state->dwItemData == TokenOf(item); };
     auto state = Read(menu, item.position);
     const int count = isIt(state) ? 0 : GetMenuItemCount(menu);
     for (int i = 0; i < count && !isIt(state); ++i) state = Read(menu, static_cast<UINT>(i));
@@ -79,33 +114,10 @@ void OpenMenus::MakeOwnerDrawn(const OpenMenu& opened) noexcept {
     }
 }
 
-// Items are known by their data, wherever the client moved them to. What it changed meanwhile stays changed: only the
-// owner-drawing is taken away, also from an item to which the client gave data of its own.
+// What the client changed meanwhile stays changed: only the owner-drawing is taken back.
 void OpenMenus::Restore(OpenMenu& opened) noexcept {
-    const int count = GetMenuItemCount(opened.menu);
-    MENUITEMINFOW info = Query(MIIM_FTYPE | MIIM_DATA | MIIM_ID);
-    const auto forEach = [&](auto restore) {
-        for (int i = 0; i < count; ++i) {
-            const auto position = static_cast<UINT>(i);
-            if (GetMenuItemInfoW(opened.menu, position, TRUE, &info)) restore(position);
-        }
-    };
-    forEach([&](UINT position) {
-        if (!opened.Holds(info.dwItemData)) return;
-        auto& item = *reinterpret_cast<OpenItem*>(info.dwItemData);
-        item.restored = true;
-        SetTypeAndData(opened.menu, position, info.fType & ~UINT{MFT_OWNERDRAW}, item.data);
-    });
-    if (std::ranges::all_of(opened.items, &OpenItem::restored)) return;
-    forEach([&](UINT position) {
-        const std::pair known(info.wID, info.dwItemData);
-        if (!(info.fType & MFT_OWNERDRAW) || std::ranges::count(opened.clientsOwn, known)) return;
-        const auto lost = std::ranges::find_if(
-            opened.items, [&](const OpenItem& item) { return !item.restored && item.id == info.wID; });
-        if (lost == opened.items.end()) return;
-        lost->restored = true;
-        SetTypeAndData(opened.menu, position, info.fType & ~UINT{MFT_OWNERDRAW}, info.dwItemData);
-    });
+    RestoreByData(opened);
+    if (!std::ranges::all_of(opened.items, &OpenItem::restored)) RestoreByIdentifier(opened);
 }
 
 void OpenMenus::EnterLoop() { loops_.push_back(open_); }

@@ -39,16 +39,6 @@ struct OpenMenu {
     bool Holds(ULONG_PTR data) const noexcept;
 };
 
-// What the platform says of an item now.
-struct MenuItemState {
-    UINT type;
-    UINT state;
-    UINT id;
-    HMENU submenu;
-    ULONG_PTR data;
-    bool hasBitmap;
-};
-
 class OpenMenus {
   public:
     OpenMenus() = default;
@@ -65,11 +55,11 @@ class OpenMenus {
         for (int i = 0; i < count; ++i) {
             const auto position = static_cast<UINT>(i);
             const auto state = Read(menu, position);
-            if (state && state->type & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->id, state->data);
+            if (state && state->fType & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->wID, state->dwItemData);
             if (!state || !IsOursToDraw(*state)) continue;
-            if (state->type & MFT_RIGHTORDER) return opened.items.clear();
-            opened.items.push_back({&opened, position, state->id, state->submenu, state->type, state->data});
-            const int accelerator = measure(opened.items.back(), state->state);
+            if (state->fType & MFT_RIGHTORDER) return opened.items.clear();
+            opened.items.push_back({&opened, position, state->wID, state->hSubMenu, state->fType, state->dwItemData});
+            const int accelerator = measure(opened.items.back(), state->fState);
             if (accelerator > opened.widestAccelerator) opened.widestAccelerator = accelerator;
         }
         MakeOwnerDrawn(opened);
@@ -86,15 +76,15 @@ class OpenMenus {
     const OpenItem* FindItem(ULONG_PTR data) const noexcept;
     OpenMenu* FindMenu(HMENU menu) const noexcept;
 
-    // An item as it is now; nothing when there is none. Its text lies in text() until the next call.
-    std::optional<MenuItemState> Read(HMENU menu, UINT position);
+    // All of an item as it is now; nothing when there is none. Its text lies in text() until the next call.
+    std::optional<MENUITEMINFOW> Read(HMENU menu, UINT position);
     // The same of an item of ours, wherever the client moved it to.
-    std::optional<MenuItemState> Read(const OpenItem& item);
+    std::optional<MENUITEMINFOW> Read(const OpenItem& item);
     std::wstring_view text() const noexcept { return {text_.data(), textLength_}; }
 
   private:
     OpenMenu& Begin(HMENU menu);
-    static bool IsOursToDraw(const MenuItemState& item) noexcept;
+    static bool IsOursToDraw(const MENUITEMINFOW& item) noexcept;
     static void MakeOwnerDrawn(const OpenMenu& opened) noexcept;
     static void Restore(OpenMenu& opened) noexcept;
     void RestoreFrom(std::size_t first) noexcept;

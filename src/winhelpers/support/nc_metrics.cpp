@@ -15,6 +15,8 @@ constexpr const wchar_t* kClass = L"cNCMetrics";
 constexpr UINT kRecordSize = 340;
 constexpr LONG kBoldFrom = 401;
 
+bool IsFont(LONG number) noexcept { return number >= kIconTitleFont && number <= kMessageFont; }
+
 // Points. A positive height counts as points without conversion, deliberately.
 double PointsOf(const LOGFONTA& logFont, HDC context) {
     if (logFont.lfHeight >= 1) return logFont.lfHeight;
@@ -78,28 +80,15 @@ ComPtr<IFontDisp> cNCMetrics::Font(HDC context, LONG) const noexcept {
 
 // An empty record for a number that is none.
 LOGFONTA cNCMetrics::LogFontOf(LONG number) const noexcept {
-    switch (number) {
-        case kIconTitleFont:
-            return iconTitle_;
-        case kCaptionFont:
-            return metrics_.lfCaptionFont;
-        case kSmallCaptionFont:
-            return metrics_.lfSmCaptionFont;
-        case kMenuFont:
-            return metrics_.lfMenuFont;
-        case kStatusFont:
-            return metrics_.lfStatusFont;
-        case kMessageFont:
-            return metrics_.lfMessageFont;
-        default:
-            return {};
-    }
+    const LOGFONTA* const fonts[] = {&iconTitle_,          &metrics_.lfCaptionFont, &metrics_.lfSmCaptionFont,
+                                     &metrics_.lfMenuFont, &metrics_.lfStatusFont,  &metrics_.lfMessageFont};
+    return IsFont(number) ? *fonts[number - kIconTitleFont] : LOGFONTA{};
 }
 
 Variant cNCMetrics::plGetFont(LONG number, const LOGFONTA& logFont) noexcept {
     Variant handle;
     Guard(kClass, L"plGetFont", [&] {
-        if (number < kIconTitleFont || number > kMessageFont) throw RuntimeError(Error::SubscriptOutOfRange);
+        if (!IsFont(number)) throw RuntimeError(Error::SubscriptOutOfRange);
         LONG& cached = fonts_[static_cast<std::size_t>(number) - 1];
         if (!cached) cached = LongFrom(CreateFontIndirectA(&logFont));
         handle.vt = VT_I4;
