@@ -85,8 +85,9 @@ bool MeasureAdding() {
     };
     const auto times = bench::MedianTimes<31>(
         ours, [&] { return filled(std::vector<VARIANT>()); }, [&] { return filled(std::list<VARIANT>()); });
-    return bench::Report("1M Longs, std::vector", times[0], times[1], 1.0) &
-           bench::Report("1M Longs, std::list", times[0], times[2], 1 / 0.4);
+    const bool againstVector = bench::Report("1M Longs, std::vector", times[0], times[1], 1.0);
+    const bool againstList = bench::Report("1M Longs, std::list", times[0], times[2], 1 / 0.4);
+    return againstVector && againstList;
 }
 
 bool MeasureAddingStrings() {
@@ -195,8 +196,9 @@ bool MeasureFinding() {
     for (LONG i = 0; i < kMillion; ++i) longs.push_back(LongOf(i));
     const std::vector<Bstr> texts = Texts(kMillion / 4);
     for (const Bstr& text : texts) strings.push_back(TextOf(text.get()));
-    return MeasureFinding("Find last of 1M, VarCmp", longs, 20) &
-           MeasureFinding("Find last string, VarCmp", strings, 40);
+    const bool amongLongs = MeasureFinding("Find last of 1M, VarCmp", longs, 20);
+    const bool amongStrings = MeasureFinding("Find last string, VarCmp", strings, 40);
+    return amongLongs && amongStrings;
 }
 
 void Build(LONG count, BSTR piece) {

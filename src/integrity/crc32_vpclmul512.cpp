@@ -1,8 +1,5 @@
 // Compiled with -mvpclmulqdq -mpclmul -mavx512f -mavx512bw -mavx512vl.
 
-// GCC 12 warns of the registers that its own header leaves undefined on purpose.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-
 #include "integrity/crc32_folding.h"
 
 namespace velk::crc32 {

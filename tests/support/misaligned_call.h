@@ -11,10 +11,9 @@ namespace velk::test {
 
 // Pushes `count` words and calls with the stack pointer `shift` (0, 4, 8 or 12) bytes below the usual 16-byte boundary.
 // The stack pointer is restored from a saved copy, so the callee may pop its arguments or leave them. The callee must
-// not throw: nothing unwinds through here. It is hidden from the compiler, so the compiler must not conclude from this
-// body which registers a call leaves alone.
-[[gnu::noipa]] inline std::uint32_t CallWithShiftedStack(std::uint32_t shift, void* function,
-                                                         const std::uint32_t* words, std::uint32_t count) {
+// not throw: nothing unwinds through here.
+inline std::uint32_t CallWithShiftedStack(std::uint32_t shift, void* function, const std::uint32_t* words,
+                                          std::uint32_t count) {
     std::uint32_t result = shift + (0U - 4 * count) % 16;  // so much above the arguments
     asm volatile(
         "movl %%esp, %%ebx\n\t"
@@ -30,7 +29,8 @@ namespace velk::test {
         "movl %%ebx, %%esp"
         : "+a"(result), "+c"(count), "+d"(words)
         : "S"(function)
-        : "ebx", "memory", "cc");
+        : "ebx", "memory", "cc", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "st", "st(1)", "st(2)",
+          "st(3)", "st(4)", "st(5)", "st(6)", "st(7)");
     return result;
 }
 

@@ -65,7 +65,7 @@ class Reentrancy : public testing::Test {
         return sum;
     }
 
-    const UsedAfterFree freed_;
+    const UsedAfterFree freed_{};
     const ScratchFolder folder_;
     ComPtr<_CCRC32> crc_ = CreateObject<_CCRC32>(__uuidof(CCRC32));
 };
