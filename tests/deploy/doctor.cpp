@@ -14,12 +14,6 @@ std::string Contents(const std::wstring& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::wstring DoctorPath() {
-    std::wstring path = L"Z:" VELK_DOCTOR;
-    for (wchar_t& c : path) c = c == L'/' ? L'\\' : c;
-    return path;
-}
-
 }  // namespace
 
 Answer RunDoctor(const std::wstring& arguments) {
@@ -35,7 +29,7 @@ Answer RunDoctor(const std::wstring& arguments) {
         const FileHandle output(
             CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr));
         startup.hStdOutput = startup.hStdError = output.get();
-        std::wstring command = L"\"" + DoctorPath() + L"\" " + arguments;
+        std::wstring command = L"\"" + BuiltFile(L"velkdoctor.exe") + L"\" " + arguments;
         if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
             return answer;
         const FileHandle running(process.hProcess), thread(process.hThread);

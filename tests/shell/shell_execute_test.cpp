@@ -1,6 +1,5 @@
 // CShellExecute: what a recorded shell is handed, to the last flag, and what its answers become; then the real shell
 // and a program that really runs.
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -206,9 +205,7 @@ TEST_F(RecordedLaunch, LivesThroughALaunchInWhichItsClientDropsIt) {
 
 class RealLaunch : public Launch {
   protected:
-    RealLaunch() { std::ranges::replace(program_, L'/', L'\\'); }
-
-    std::wstring program_ = L"Z:" LAUNCHED_PROGRAM;
+    const std::wstring program_ = BuiltFile(L"tests\\launched_program.exe");
     const std::wstring log_ = scratch_.Path(L"log");
     const ScopedVariable logName_{L"VELK_LAUNCH_LOG", log_.c_str()};
 };

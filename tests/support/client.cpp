@@ -2,22 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace velk::test {
 
-std::wstring LibraryPath() {
-    std::wstring path = L"Z:" VELKSPRT_DLL;
-    for (wchar_t& c : path) {
-        if (c == L'/') c = L'\\';
-    }
-    return path;
+std::wstring BuildFolder() {
+    wchar_t path[MAX_PATH];
+    if (GetEnvironmentVariableW(kBuildFolder, path, MAX_PATH) > 0) return path;
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::filesystem::path(path).parent_path().parent_path().wstring();
 }
 
-std::wstring BuiltFile(const wchar_t* name) {
-    const std::wstring library = LibraryPath();
-    return library.substr(0, library.rfind(L'\\') + 1) + name;
-}
+std::wstring BuiltFile(const wchar_t* name) { return BuildFolder() + L"\\" + name; }
+std::wstring LibraryPath() { return BuiltFile(L"VelkSprt.dll"); }
 
 HMODULE Library() {
     static const HMODULE module = LoadLibraryW(LibraryPath().c_str());

@@ -9,12 +9,14 @@
 
 namespace velk::test {
 
+// The build folder: the one above a test program's own, unless this environment variable names another.
+constexpr const wchar_t* kBuildFolder = L"VELK_BUILD";
+std::wstring BuildFolder();
+std::wstring BuiltFile(const wchar_t* name);
+
 // The path of the DLL under test, and the module, which stays loaded while a test program runs.
 std::wstring LibraryPath();
 HMODULE Library();
-
-// A file that was built beside it.
-std::wstring BuiltFile(const wchar_t* name);
 
 // An exported entry point.
 template <class Function>

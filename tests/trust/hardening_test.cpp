@@ -6,6 +6,7 @@
 
 #include "support/library_copy.h"
 #include "support/procedure_patch.h"
+#include "support/scoped_variable.h"
 #include "trust/attempt.h"
 
 namespace velk::test {
@@ -109,6 +110,7 @@ TEST(Hardening, DecoysBesideTheClientAndInTheCurrentFolderAreNotLoaded) {
     const ScratchFolder folder;
     const std::wstring decoys = folder.MakeFolder(L"decoys");
     const std::wstring self = TextFrom([](DWORD size, wchar_t* text) { GetModuleFileNameW(nullptr, text, size); });
+    const ScopedVariable built(kBuildFolder, BuildFolder().c_str());
     ASSERT_TRUE(CopyFileW(self.c_str(), (decoys + L"\\client.exe").c_str(), TRUE));
     for (const wchar_t* const name : kDecoys) {
         ASSERT_TRUE(CopyFileW(BuiltFile(L"VelkSub.dll").c_str(), (decoys + L"\\" + name).c_str(), TRUE));
