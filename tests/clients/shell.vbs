@@ -26,10 +26,6 @@ On Error Resume Next
 help.OpenContents
 Expect "no file", 53, Err.Number And &HFFFF&
 Err.Clear
-shell.ShowProperties WScript.ScriptFullName
-Expect "the properties sheet, which Wine 8.0 does not have", &H80044678, Err.Number
-Expect "its text", "Can not show properties", Err.Description
-Err.Clear
 On Error GoTo 0
 
 help.ParentHWND = owner

@@ -137,7 +137,7 @@ expect_version "$next"
 uninstall "$folder" /AllUsers
 expect_as_before "for all users"
 
-# Wine knows nothing of classes that are registered for one user only, so here only the keys can be looked at.
+# No client finds these here (docs/departures.md: CLSIDFromProgID), so only the keys can be looked at.
 code 0 run "$setup" /S /CurrentUser
 folder=$(find "$c/users" -type d -path '*/AppData/Local/*/VelkSupport')
 expect_installed "$folder" "$(find "$c/users" -type d -path '*/Start Menu/Programs')"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/text.h"
+#include "support/departures.h"
 #include "support/dialog_driver.h"
 #include "support/facts.h"
 #include "support/fake.h"

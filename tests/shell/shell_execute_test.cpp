@@ -5,8 +5,10 @@
 
 #include "platform/text.h"
 #include "support/client.h"
+#include "support/departures.h"
 #include "support/dialog_driver.h"
 #include "support/facts.h"
+#include "support/own_process.h"
 #include "support/report_recorder.h"
 #include "support/scoped_variable.h"
 #include "support/scratch_folder.h"
@@ -247,10 +249,20 @@ TEST_F(RealLaunch, BadInputGetsTheShellsVerdictAndNoBox) {
         for (const wchar_t* member : {L"LaunchProgram", L"Explore", L"LaunchFolder", L"LaunchURL", L"PrintDocument"}) {
             EXPECT_EQ(seeERROR_FILE_NOT_FOUND, Verdict(member, {Arg(owner), Text(missing)})) << member;
         }
-        // Wine 8.0 itself does not survive a name of more than about a thousand characters.
         EXPECT_EQ(seeERROR_FILE_NOT_FOUND, Verdict(L"LaunchProgram", {Arg(owner), Text(std::wstring(600, L'x'))}));
         EXPECT_FALSE(StillExecuting());
     }
+    EXPECT_EQ(Departs("ShellExecuteEx, long name"), OwnProcess(L"*DISABLED_GetsALongName").Ended() != 42);
+}
+
+TEST_F(RealLaunch, DISABLED_GetsALongName) {
+    EXPECT_NE(-1, Verdict(L"LaunchProgram", {Arg(0L), Text(std::wstring(5000, L'x'))}));
+    std::exit(42);
+}
+
+TEST_F(RealLaunch, ShowsProperties) {
+    const Outcome shown = Call(L"ShowProperties", {Text(scratch_.Write(L"shown.txt", ""))});
+    EXPECT_EQ(Departs("ShellExecuteEx, properties") ? -2147203464 : S_OK, shown.code);
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ HMODULE Library();
 
 // An exported entry point.
 template <class Function>
-Function Export(const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(Library(), name)));
+Function Export(const char* name, HMODULE module = Library()) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
 HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object);

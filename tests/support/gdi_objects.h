@@ -16,10 +16,9 @@ inline int GdiObjects() {
     if (!Departs("GetGuiResources")) return static_cast<int>(counted);
     EXPECT_EQ(0u, counted);
     constexpr DWORD kTableOffset = sizeof(void*) == 4 ? 0x94 : 0xF8;
-    using Function = const std::byte*(WINAPI*)();
-    static const auto kOwnProcess = reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
-    const std::byte* const process = kOwnProcess();
+    const auto ownProcess =
+        FindFunction<const std::byte * WINAPI()>(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb");
+    const std::byte* const process = ownProcess();
     constexpr std::size_t kEntries = 0x4000;
     constexpr std::size_t kEntrySize = 24;
     constexpr std::size_t kTypeOffset = 14;

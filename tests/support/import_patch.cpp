@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <utility>
 
 namespace velk::test {
 namespace {
@@ -38,20 +39,20 @@ void** FindSlot(HMODULE module, const char* function) {
     return nullptr;
 }
 
-void Write(void** slot, void* value) {
+}  // namespace
+
+void* WriteInto(void** slot, void* value) {
     DWORD before = 0;
     VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &before);
-    *slot = value;
+    void* const previous = std::exchange(*slot, value);
     VirtualProtect(slot, sizeof(*slot), before, &before);
+    return previous;
 }
-
-}  // namespace
 
 ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) : slot_(FindSlot(module, function)) {
     EXPECT_NE(nullptr, slot_) << function << " is not imported";
     if (!slot_) return;
-    original_ = *slot_;
-    Write(slot_, replacement);
+    original_ = WriteInto(slot_, replacement);
 }
 
 bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
@@ -59,7 +60,7 @@ bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
 }
 
 ImportPatch::~ImportPatch() {
-    if (slot_) Write(slot_, original_);
+    if (slot_) WriteInto(slot_, original_);
 }
 
 }  // namespace velk::test

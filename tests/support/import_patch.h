@@ -4,6 +4,9 @@
 
 namespace velk::test {
 
+// Exchanges what stands in a read-only place.
+void* WriteInto(void** slot, void* value);
+
 // Redirects one function that a module imports, for as long as the patch lives.
 class ImportPatch {
   public:

@@ -26,8 +26,8 @@ class LibraryCopy {
     ComPtr<IDispatch> Create(REFCLSID clsid) const {
         ComPtr<IClassFactory> factory;
         ComPtr<IDispatch> object;
-        EXPECT_EQ(S_OK, Find<decltype(&DllGetClassObject)>("DllGetClassObject")(clsid, IID_IClassFactory,
-                                                                                factory.ReceiveVoid()));
+        const auto getFactory = Export<decltype(&DllGetClassObject)>("DllGetClassObject", module_);
+        EXPECT_EQ(S_OK, getFactory(clsid, IID_IClassFactory, factory.ReceiveVoid()));
         if (factory) {
             EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()));
         }
@@ -37,7 +37,7 @@ class LibraryCopy {
     // Fails the test when the library says that it is still needed.
     void Unload() {
         if (!module_) return;
-        EXPECT_EQ(S_OK, Find<decltype(&DllCanUnloadNow)>("DllCanUnloadNow")());
+        EXPECT_EQ(S_OK, Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module_)());
         EXPECT_TRUE(FreeLibrary(module_));
         EXPECT_EQ(nullptr, GetModuleHandleW(path_.c_str()));
         EXPECT_TRUE(DeleteFileW(path_.c_str()));
@@ -45,11 +45,6 @@ class LibraryCopy {
     }
 
   private:
-    template <class Function>
-    Function Find(const char* name) const {
-        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
-    }
-
     ScratchFolder folder_;
     std::wstring path_ = folder_.Path(L"VelkSprt.dll");
     HMODULE module_ = nullptr;

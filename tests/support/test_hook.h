@@ -46,17 +46,13 @@ class HookLibrary {
     }
     static bool CanUnload() {
         const HMODULE module = GetModuleHandleW(L"VelkSub.dll");
-        const auto ask = reinterpret_cast<decltype(&DllCanUnloadNow)>(
-            reinterpret_cast<void*>(GetProcAddress(module, "DllCanUnloadNow")));
-        return ask && ask() == S_OK;
+        return module && Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module)() == S_OK;
     }
 
     // An earlier run may have left it registered.
     static void Unregister() {
         const HMODULE module = LoadLibraryW(BuiltFile(L"VelkSub.dll").c_str());
-        const auto unregister = reinterpret_cast<decltype(&DllUnregisterServer)>(
-            reinterpret_cast<void*>(GetProcAddress(module, "DllUnregisterServer")));
-        EXPECT_EQ(S_OK, unregister());
+        EXPECT_EQ(S_OK, Export<decltype(&DllUnregisterServer)>("DllUnregisterServer", module)());
         FreeLibrary(module);
     }
 

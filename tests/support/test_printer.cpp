@@ -6,6 +6,7 @@
 
 #include "platform/handles.h"
 #include "platform/platform.h"
+#include "support/departures.h"
 
 #include <winspool.h>
 
@@ -54,12 +55,12 @@ void AddDriver(std::string description) {
         << GetLastError();
 }
 
-void AddPrinterItself() {
+void AddPrinterWith(std::string driver) {
     std::string name = TestPrinter::kName, port = "FILE:", processor = "winprint", type = "RAW";
     PRINTER_INFO_2A info{};
     info.pPrinterName = name.data();
     info.pPortName = port.data();
-    info.pDriverName = name.data();
+    info.pDriverName = driver.data();
     info.pPrintProcessor = processor.data();
     info.pDatatype = type.data();
     const HANDLE printer = AddPrinterA(nullptr, 2, reinterpret_cast<BYTE*>(&info));
@@ -69,12 +70,19 @@ void AddPrinterItself() {
 
 }  // namespace
 
+// Windows has a driver that needs no device; elsewhere one is made of a description.
 TestPrinter::TestPrinter() {
-    const std::string folder = DriverFolder();
-    CreateDirectoryA(folder.c_str(), nullptr);
-    WriteDescription(folder + "\\velk.ppd");
-    AddDriver(folder + "\\velk.ppd");
-    AddPrinterItself();
+    DWORD size = sizeof before_;
+    GetDefaultPrinterA(before_, &size);
+    if (WineVersion()) {
+        const std::string folder = DriverFolder();
+        CreateDirectoryA(folder.c_str(), nullptr);
+        WriteDescription(folder + "\\velk.ppd");
+        AddDriver(folder + "\\velk.ppd");
+        AddPrinterWith(kName);
+    } else {
+        AddPrinterWith("Microsoft Print To PDF");
+    }
     EXPECT_TRUE(SetDefaultPrinterA(kName)) << GetLastError();
 }
 
@@ -85,7 +93,7 @@ TestPrinter::~TestPrinter() {
     EXPECT_TRUE(OpenPrinterA(name.data(), &printer, &access)) << GetLastError();
     EXPECT_TRUE(DeletePrinter(printer)) << GetLastError();
     ClosePrinter(printer);
-    WriteProfileStringA("windows", "device", nullptr);
+    if (!*before_ || !SetDefaultPrinterA(before_)) WriteProfileStringA("windows", "device", nullptr);
 }
 
 }  // namespace velk::test

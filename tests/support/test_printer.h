@@ -2,7 +2,7 @@
 
 namespace velk::test {
 
-// A PostScript printer that prints to a file, and the default printer for as long as it lives.
+// A printer that prints to a file, and the default printer for as long as it lives.
 class TestPrinter {
   public:
     TestPrinter();
@@ -11,6 +11,9 @@ class TestPrinter {
     ~TestPrinter();
 
     static constexpr const char* kName = "Velk Test Printer";
+
+  private:
+    char before_[256] = "";  // the default printer until now
 };
 
 }  // namespace velk::test

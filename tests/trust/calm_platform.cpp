@@ -6,10 +6,13 @@
 #include "platform/platform.h"
 // clang-format on
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <string>
 
 #include "support/client.h"
+#include "support/departures.h"
 
 namespace velk::test {
 namespace {
@@ -53,10 +56,9 @@ BOOL WINAPI RefuseRecord(Record*) {
     return FALSE;
 }
 
-// This platform takes a small number for any drawing object in that place of its table, and draws into what is none.
-// It believes the bits of a number that tell the kind: selecting into a number of a metafile's kind reads the record of
-// the metafile that is not there.
+// Drawing into what is no context at all.
 bool DoesHarm(HDC context) noexcept {
+    if (!Departs("GetObjectType")) return false;
     constexpr ULONG_PTR kKind = 0x7F, kMetafile = 0x66;
     const ULONG_PTR high = reinterpret_cast<ULONG_PTR>(context) >> 16;
     return high == 0 || ((high & kKind) == kMetafile && GetObjectType(context) == 0);
@@ -80,6 +82,8 @@ auto* OnRealContexts(Function function) {
 }  // namespace
 
 CalmPlatform::CalmPlatform() {
+    const auto low = static_cast<ULONG_PTR>(HandleToLong(GetStockObject(WHITE_BRUSH)) & 0xFFFF);
+    EXPECT_EQ(Departs("GetObjectType"), GetObjectType(reinterpret_cast<HGDIOBJ>(low)) != 0);
     const auto patch = [this](const char* function, auto* replacement) {
         patches_.push_back(std::make_unique<ImportPatch>(Library(), function, reinterpret_cast<void*>(replacement)));
     };

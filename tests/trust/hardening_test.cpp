@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "support/library_copy.h"
+#include "support/own_process.h"
 #include "support/procedure_patch.h"
 #include "support/scoped_variable.h"
 #include "trust/attempt.h"
@@ -91,34 +92,21 @@ TEST(DISABLED_Decoys, AreNotWhatTheLibraryLoads) {
     }
 }
 
-DWORD RunBetweenDecoys(const std::wstring& program, const std::wstring& folder, const wchar_t* test) {
-    std::wstring line = L"\"" + program + L"\" --gtest_also_run_disabled_tests --gtest_filter=DISABLED_Decoys." + test;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION started{};
-    EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
-                               &startup, &started));
-    DWORD ended = STILL_ACTIVE;
-    if (WaitForSingleObject(started.hProcess, 60'000) != WAIT_OBJECT_0) TerminateProcess(started.hProcess, 9);
-    GetExitCodeProcess(started.hProcess, &ended);
-    CloseHandle(started.hThread);
-    CloseHandle(started.hProcess);
-    return ended;
-}
-
 TEST(Hardening, DecoysBesideTheClientAndInTheCurrentFolderAreNotLoaded) {
     const ScratchFolder folder;
     const std::wstring decoys = folder.MakeFolder(L"decoys");
-    const std::wstring self = TextFrom([](DWORD size, wchar_t* text) { GetModuleFileNameW(nullptr, text, size); });
     const ScopedVariable built(kBuildFolder, BuildFolder().c_str());
-    ASSERT_TRUE(CopyFileW(self.c_str(), (decoys + L"\\client.exe").c_str(), TRUE));
+    ASSERT_TRUE(CopyFileW(OwnProgram().c_str(), (decoys + L"\\client.exe").c_str(), TRUE));
     for (const wchar_t* const name : kDecoys) {
         ASSERT_TRUE(CopyFileW(BuiltFile(L"VelkSub.dll").c_str(), (decoys + L"\\" + name).c_str(), TRUE));
     }
     const std::wstring beside = decoys + L"\\client.exe";
-    EXPECT_EQ(0u, RunBetweenDecoys(beside, decoys, L"AreFoundByWhoeverAsksForABareName"));
-    EXPECT_EQ(0u, RunBetweenDecoys(beside, decoys, L"AreNotWhatTheLibraryLoads"));
-    EXPECT_EQ(0u, RunBetweenDecoys(self, decoys, L"AreNotWhatTheLibraryLoads")) << "the current folder alone";
+    const auto run = [&](const std::wstring& program, const wchar_t* test) {
+        return OwnProcess(test, program, decoys.c_str()).Ended();
+    };
+    EXPECT_EQ(0u, run(beside, L"*AreFoundByWhoeverAsksForABareName"));
+    EXPECT_EQ(0u, run(beside, L"*AreNotWhatTheLibraryLoads"));
+    EXPECT_EQ(0u, run(OwnProgram(), L"*AreNotWhatTheLibraryLoads")) << "the current folder alone";
 }
 
 }  // namespace

@@ -41,25 +41,19 @@ Member ReadMember(const Type& type, const FUNCDESC& function) {
     return member;
 }
 
-template <class Function>
-Function Exported(HMODULE library, const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
-}
-
 }  // namespace
 
 ComPtr<IDispatch> Class::MakeObject() const {
     ComPtr<IClassFactory> factory;
     ComPtr<IDispatch> object;
-    Exported<decltype(&DllGetClassObject)>(library, "DllGetClassObject")(clsid, IID_IClassFactory,
-                                                                         factory.ReceiveVoid());
+    Export<decltype(&DllGetClassObject)>("DllGetClassObject", library)(clsid, IID_IClassFactory, factory.ReceiveVoid());
     EXPECT_TRUE(factory && factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()) == S_OK);
     return object;
 }
 
 HMODULE LoadBuilt(const wchar_t* library) { return LoadLibraryW(BuiltFile(library).c_str()); }
 
-bool CanUnload(HMODULE library) { return Exported<decltype(&DllCanUnloadNow)>(library, "DllCanUnloadNow")() == S_OK; }
+bool CanUnload(HMODULE library) { return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", library)() == S_OK; }
 
 const std::vector<Class>& ReadClasses(const wchar_t* library) {
     static std::map<std::wstring, std::vector<Class>> read;

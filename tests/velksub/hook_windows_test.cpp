@@ -7,6 +7,7 @@
 
 #include "platform/text.h"
 #include "support/late_bound.h"
+#include "support/own_process.h"
 #include "velksub/hooks_fixture.h"
 
 namespace velk::test {
@@ -267,22 +268,7 @@ TEST(HooksAtExit, DISABLED_EndWithHooksAttached) {
     std::exit(42);
 }
 
-TEST(HooksAtExit, DoNotDisturbTheEndOfTheProcess) {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring line =
-        L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=HooksAtExit.DISABLED_*";
-    STARTUPINFOW start{};
-    start.cb = sizeof(start);
-    PROCESS_INFORMATION process{};
-    ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process));
-    DWORD code = 0;
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.hProcess, 60000));
-    EXPECT_TRUE(GetExitCodeProcess(process.hProcess, &code));
-    EXPECT_EQ(42u, code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-}
+TEST(HooksAtExit, DoNotDisturbTheEndOfTheProcess) { EXPECT_EQ(42u, OwnProcess(L"HooksAtExit.DISABLED_*").Ended()); }
 
 // Each round takes a slot of the thread's storage, of which a process has few.
 TEST(HooksUnloaded, GiveEverythingBack) {

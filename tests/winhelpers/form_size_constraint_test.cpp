@@ -99,7 +99,8 @@ struct Drag {
 
     static DWORD WINAPI Move(void*) {
         WaitForSingleObject(begun, 5000);
-        for (int i = 0; i < 10; ++i, Sleep(10)) mouse_event(MOUSEEVENTF_MOVE, static_cast<DWORD>(by / 10), 0, 0, 0);
+        POINT at{};
+        for (int i = 0; i < 10; ++i, Sleep(10)) GetCursorPos(&at), SetCursorPos(at.x + by / 10, at.y);
         mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
         return 0;
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <set>
 
+#include "support/departures.h"
 #include "support/gdi_objects.h"
 #include "winhelpers/menu_canvas.h"
 
@@ -125,7 +126,6 @@ BOOL WINAPI CountMetrics(UINT action, UINT parameter, void* value, UINT flags) {
 }
 int WINAPI NoteLabel(HDC, LPCWSTR, int, RECT*, UINT flags) { return textFlags |= flags & DT_NOPREFIX ? 0 : flags, 0; }
 
-// Seen by its flags: Wine underlines mnemonics even when it is told not to.
 TEST_F(IconMenuDrawing, HidesUnderlinesAndShowsDefaultsBold) {
     for (const UINT state : {0, ODS_NOACCEL}) {
         const ImportPatch patch(Library(), "DrawTextW", reinterpret_cast<void*>(&NoteLabel));
@@ -135,6 +135,7 @@ TEST_F(IconMenuDrawing, HidesUnderlinesAndShowsDefaultsBold) {
         EXPECT_NE(0u, textFlags);
         EXPECT_FALSE(textFlags & DT_RIGHT) << "an accelerator has no mnemonic";
     }
+    EXPECT_EQ(Departs("DrawText"), Draw(kOpen) == Draw(kOpen, ODS_NOACCEL));
     const Drawing bold = Draw(kDefault);
     SetMenuDefaultItem(menu_.get(), static_cast<UINT>(-1), TRUE);
     EXPECT_GT(bold.Count(System(COLOR_MENUTEXT)), Draw(kDefault).Count(System(COLOR_MENUTEXT)));

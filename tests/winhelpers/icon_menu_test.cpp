@@ -2,6 +2,7 @@
 #include <optional>
 #include <set>
 
+#include "support/departures.h"
 #include "support/gdi_objects.h"
 #include "support/report_recorder.h"
 #include "winhelpers/menu_fixture.h"
@@ -338,7 +339,6 @@ class ShownMenu : public IconMenu {
         PumpMessages();
         return static_cast<UINT>(command);
     }
-    // Wine leaves the last highlight in a closed menu, whoever draws it.
     std::vector<ItemOfMenu> Unlit() const {
         auto items = ItemsOf(menu);
         for (ItemOfMenu& item : items) item.state &= ~UINT{MFS_HILITE};
@@ -354,6 +354,7 @@ class ShownMenu : public IconMenu {
 TEST_F(ShownMenu, WorksFromTheKeyboardAndMayLoseItsIconsOrItsWindow) {
     EXPECT_EQ(CommandAt(kOpen), Show({Press('O')}));
     EXPECT_EQ(300u, Show({Press('M'), Press('I')}));
+    EXPECT_EQ(Departs("TrackPopupMenu"), (ItemsOf(menu)[kMore].state & MFS_HILITE) != 0);
     EXPECT_EQ(CommandAt(kSave), Show({Press(VK_DOWN), Press(VK_DOWN), Press(VK_RETURN)}));
     EXPECT_EQ(before, Unlit());
     Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
