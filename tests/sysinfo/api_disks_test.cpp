@@ -2,60 +2,13 @@
 #include <cstring>
 #include <string>
 
-#include "platform/handles.h"
 #include "support/facts.h"
 #include "support/fake.h"
 #include "support/procedure_patch.h"
 #include "support/report_recorder.h"
-#include "support/scratch_folder.h"
-
-#include <winioctl.h>
 
 namespace velk::test {
 namespace {
-
-// Drive Q of the Wine prefix, on a folder of its own with a label and a serial number, gone when the test ends.
-// Wine's mount manager makes it, as its configuration program does.
-class PrefixDrive {
-  public:
-    explicit PrefixDrive(ULONG type) {
-        folder_.Write(L".windows-label", "FACTS");
-        folder_.Write(L".windows-serial", "00A1B2C3");
-        using Convert = char*(CDECL*)(LPCWSTR);
-        const auto convert = reinterpret_cast<Convert>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
-        Define(type, convert(folder_.path().c_str()));  // a few bytes that stay until the tests end
-    }
-    PrefixDrive(const PrefixDrive&) = delete;
-    PrefixDrive& operator=(const PrefixDrive&) = delete;
-    ~PrefixDrive() { Define(DRIVE_NO_ROOT_DIR, ""); }
-
-  private:
-    struct Request {
-        ULONG size, type, fileSystem;
-        DWORD serial;
-        ULONGLONG device;
-        WCHAR letter;
-        USHORT folderOffset, deviceOffset, labelOffset;
-    };
-
-    static void Define(ULONG type, const std::string& folder) {
-        Request request{};
-        request.size = static_cast<ULONG>(sizeof request + folder.size() + 1);
-        request.type = type;
-        request.letter = 'q';
-        if (!folder.empty()) request.folderOffset = sizeof request;
-        std::string bytes(reinterpret_cast<const char*>(&request), sizeof request);
-        bytes += folder + '\0';
-        const FileHandle manager(CreateFileW(L"\\\\.\\MountPointManager", GENERIC_READ | GENERIC_WRITE,
-                                             FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
-        constexpr DWORD kDefine = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
-        DWORD got = 0;
-        EXPECT_TRUE(DeviceIoControl(manager.get(), kDefine, bytes.data(), request.size, nullptr, 0, &got, nullptr));
-    }
-
-    ScratchFolder folder_;
-};
 
 const std::string kBlanks(255, ' ');
 
@@ -84,24 +37,24 @@ class Disks : public testing::Test {
 };
 
 TEST_F(Disks, TellTheFactsOfRealDrivesThatComeAndGo) {
-    const std::wstring count = Fact(disks_.get(), L"GetDriveCount");
-    for (const ULONG type : {DRIVE_REMOVABLE, DRIVE_FIXED, DRIVE_REMOTE, DRIVE_CDROM, DRIVE_RAMDISK}) {
-        const PrefixDrive drive(type);
-        wchar_t fileSystem[64];
-        DWORD flags = 0;
-        ASSERT_TRUE(GetVolumeInformationW(L"Q:\\", nullptr, 0, nullptr, nullptr, &flags, fileSystem, 64));
-        EXPECT_EQ(L"FACTS|A1B2C3|" + (fileSystem + (L"|" + std::to_wstring(type))) + L"|" + std::to_wstring(flags) +
-                      L"|True|",
-                  VolumeAt(PositionOf(L"Q:\\")));
-        EXPECT_NE(count, Fact(disks_.get(), L"GetDriveCount"));
+    LONG count = 0;
+    for (std::wstring root; !(root = At(count, L"LogicalDrives")).empty(); ++count) {
+        wchar_t label[64], fileSystem[64], told[200];
+        DWORD serial = 0, flags = 0;
+        if (!GetVolumeInformationW(root.c_str(), label, 64, &serial, nullptr, &flags, fileSystem, 64)) {
+            ExpectUnreadable(count);
+            continue;
+        }
+        swprintf(told, 200, L"%ls|%lX|%ls|%u|%lu|True|", label, serial, fileSystem, GetDriveTypeW(root.c_str()), flags);
+        EXPECT_EQ(told, VolumeAt(count));
     }
-    EXPECT_EQ(-1, PositionOf(L"Q:\\"));
-    EXPECT_EQ(count, Fact(disks_.get(), L"GetDriveCount"));
-    ExpectUnreadable(std::stoi(count));
-    ExpectUnreadable(-1);
+    EXPECT_EQ(std::to_wstring(count), Fact(disks_.get(), L"GetDriveCount"));
+    for (const LONG none : {count, -1L}) ExpectUnreadable(none);
     ASSERT_TRUE(DefineDosDeviceW(0, L"Q:", L"C:\\no such folder"));  // listed, but not readable: as an empty CD drive
+    EXPECT_EQ(std::to_wstring(count + 1), Fact(disks_.get(), L"GetDriveCount"));
     ExpectUnreadable(PositionOf(L"Q:\\"));
     DefineDosDeviceW(DDD_REMOVE_DEFINITION, L"Q:", nullptr);
+    EXPECT_EQ(-1, PositionOf(L"Q:\\"));
 }
 
 TEST_F(Disks, WalkListsOfAnySize) {
