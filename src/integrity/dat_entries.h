@@ -36,13 +36,9 @@ class DatEntries {
         std::uint32_t position = kFree;
     };
 
-    std::size_t ParseBatch(std::size_t at);
-    void Insert(std::uint32_t hash, std::u16string_view key);
-    void Grow();
-    std::size_t Home(std::uint32_t hash) const { return std::uint64_t{hash} * slots_.size() >> 32; }
-    std::size_t After(std::size_t slot) const { return slot + 1 == slots_.size() ? 0 : slot + 1; }
-    bool Holds(const Slot& slot, std::uint32_t hash, std::u16string_view key) const;
-    std::size_t Locate(std::uint32_t hash, std::u16string_view key) const;
+    std::vector<Slot> EntriesInOrder() const;
+    std::u16string_view KeyAt(std::uint32_t position) const;
+    std::size_t Locate(std::uint32_t hash, auto key) const;
 
     std::u16string text_;
     std::vector<Slot> slots_;  // open addressing with linear probing, at most half full

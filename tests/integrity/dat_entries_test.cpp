@@ -61,22 +61,6 @@ TEST(DatEntriesTest, AgreesWithTheRulesReadLiterally) {
     }
 }
 
-// A duplicate counts at whatever distance from the first, whatever the index has grown to between them.
-TEST(DatEntriesTest, KeepsTheEntriesBeforeADuplicateInALongText) {
-    for (int count = 1; count < 200; ++count) {
-        std::u16string text;
-        Entries expected;
-        for (int i = 0; i < count; ++i) {
-            text += Digits(i) + u"=v" + Digits(i) + u"\r\n";
-            expected[Digits(i)] = u"v" + Digits(i);
-        }
-        DatEntries entries;
-        EXPECT_EQ(ParseError(entries, text + Digits(count / 2) + u"=again\r\nnext=1"), 457);
-        ExpectEntries(entries, expected);
-        EXPECT_FALSE(entries.Find(u"next"));
-    }
-}
-
 auto Elapsed(auto work) {
     const auto start = std::chrono::steady_clock::now();
     work();
