@@ -219,6 +219,23 @@ bool MeasureBuilding() {
     return bench::Report("1M appends, std::wstring", times[0], times[1], 1.0);
 }
 
+// Where the stack's memory begins a new block, against where it does not.
+bool MeasureBlockEdge() {
+    const auto pushAndPopFrom = [](LONG depth) {
+        const auto stack = NewStack();
+        for (LONG i = 0; i < depth; ++i) {
+            VARIANT value = LongOf(i);
+            stack->Push(&value);
+        }
+        return [stack] {
+            VARIANT value = LongOf(1);
+            stack->Push(&value);
+            stack->Pop(&value);
+        };
+    };
+    return bench::Compare("Push and Pop at an edge", 0.5, pushAndPopFrom(1024), pushAndPopFrom(1000));
+}
+
 // ---- Cost against size: each line is the cost of one item ----
 
 double ListCost(LONG count) {
@@ -308,6 +325,7 @@ int main(int count, char** arguments) {
     met &= MeasureWalking();
     met &= MeasureFinding();
     met &= MeasureBuilding();
+    met &= MeasureBlockEdge();
     met &= MeasureGrowing();
     if (count > 1 && !DrawChart(arguments[1])) {
         std::printf("%s cannot be written.\n", arguments[1]);

@@ -5,7 +5,7 @@
 // Kept deliberately, since clients see it:
 // - The step may be any number. One of 0 or less makes the next growth fail, or takes away slots that hold values;
 //   Push has raised the count by then, and with no slot for the top only more slots or Clear help.
-// - The number of slots is reckoned before they are made. So a step that asked for too many is still counted by the
+// - The number of slots is computed before they are made. So a step that asked for too many is still counted by the
 //   steps that follow, until Clear.
 #pragma once
 
@@ -66,8 +66,8 @@ class ValueStack {
     }
 
     void Clear() noexcept {
-        const auto dropped = std::move(blocks_);  // they go when all is in order
-        blocks_.clear();
+        const auto dropped = std::exchange(blocks_, {});  // destroyed when all is in order
+        spare_.reset();
         count_ = capacity_ = slots_ = stored_ = 0;
     }
 
@@ -83,7 +83,7 @@ class ValueStack {
     void Grow() {
         SetCapacity(std::int64_t{capacity_} + growBy_);
         if (count_ <= slots_) return;
-        while (stored_ > slots_) TakeLast();  // one by one: a value that goes may change the stack
+        while (stored_ > slots_) TakeLast();  // one by one: a value's destructor may change the stack
         throw RuntimeError(Error::SubscriptOutOfRange);
     }
 
@@ -100,7 +100,8 @@ class ValueStack {
     // Without memory for its place, the Push did not happen.
     void MakePlaces() try {
         for (; stored_ < count_; ++stored_) {
-            if (stored_ % kBlock == 0) blocks_.push_back(std::make_unique<Value[]>(kBlock));
+            if (stored_ % kBlock != 0) continue;
+            blocks_.push_back(spare_ ? std::move(spare_) : std::make_unique<Value[]>(kBlock));
         }
     } catch (...) {
         --count_;
@@ -109,16 +110,20 @@ class ValueStack {
 
     Value TakeLast() {
         Value last = std::exchange(Top(), Value());
-        if (--stored_ % kBlock == 0) blocks_.pop_back();
+        if (--stored_ % kBlock == 0) {
+            spare_ = std::move(blocks_.back());
+            blocks_.pop_back();
+        }
         return last;
     }
 
     Number count_ = 0;
-    Number capacity_ = 0;  // as reckoned
+    Number capacity_ = 0;  // as computed
     Number slots_ = 0;     // as made
     Number growBy_ = 10;
     Number stored_ = 0;  // how many have a place in the blocks: as many as count_, or fewer after a Push that failed
     std::vector<std::unique_ptr<Value[]>> blocks_;
+    std::unique_ptr<Value[]> spare_;  // the last that was emptied: pushing and popping at its edge allocates nothing
 };
 
 }  // namespace velk
