@@ -55,10 +55,12 @@ TEST_F(DispatchValues, ArriveAndReturnAsThroughThePlatform) {
             SCOPED_TRACE(testing::Message() << byValue << " " << Describe(argument));
             const Outcome platform =
                 InvokeByPlatform(shapes_.get(), byValue, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {argument});
+            // Deliberately another text than the platform's "-1".
+            const bool asWord = argument.vt == VT_BOOL && platform.value.vt == VT_BSTR;
             for (const wchar_t* member : {byValue, byReference}) {
                 const Outcome ours = Call(shapes_.get(), member, {argument});
                 EXPECT_EQ(platform.result, ours.result);
-                EXPECT_EQ(Describe(platform.value), Describe(ours.value));
+                EXPECT_EQ(asWord ? L"8:True" : Describe(platform.value), Describe(ours.value));
                 EXPECT_EQ(FAILED(ours.result) ? 0u : static_cast<UINT>(-1), ours.badArgument);
             }
         }

@@ -31,8 +31,9 @@ HRESULT ConversionFailure(HRESULT result) noexcept {
     return known ? result : DISP_E_TYPEMISMATCH;
 }
 
+// A Boolean's text is the word that a script would write.
 HRESULT ChangeType(VARIANT* to, VARIANT* from, VARTYPE type, LCID locale) noexcept {
-    const HRESULT result = VariantChangeTypeEx(to, from, locale, 0, type);
+    const HRESULT result = VariantChangeTypeEx(to, from, locale, VARIANT_ALPHABOOL, type);
     return SUCCEEDED(result) ? S_OK : ConversionFailure(result);
 }
 

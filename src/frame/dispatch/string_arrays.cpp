@@ -46,7 +46,8 @@ HRESULT StringsFromVariants(SAFEARRAY* from, Variant* made) noexcept {
         Variant text;
         const bool plain =
             elements[i].vt != VT_DISPATCH && elements[i].vt != VT_UNKNOWN && !(elements[i].vt & VT_BYREF);
-        result = plain ? VariantChangeType(&text, const_cast<VARIANT*>(&elements[i]), 0, VT_BSTR) : DISP_E_TYPEMISMATCH;
+        result = plain ? VariantChangeType(&text, const_cast<VARIANT*>(&elements[i]), VARIANT_ALPHABOOL, VT_BSTR)
+                       : DISP_E_TYPEMISMATCH;
         if (FAILED(result)) return result;
         strings[i] = text.Detach().bstrVal;
     }
