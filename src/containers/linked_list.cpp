@@ -34,13 +34,19 @@ void CLinkedList::OnCreate() noexcept {
 }
 
 STDMETHODIMP CLinkedList::Add(VARIANT* Value, LONG* Before, LONG* After, LONG* result) noexcept {
-    if (list_.IsFull() && Value && result) {
-        *result = 0;
-        const HRESULT expanded = Guard(kExpandList, [&] { list_.Grow(); });
-        if (FAILED(expanded)) return expanded;
-    }
+    if (list_.IsFull() && Value && result) return GrowAndAdd(*Value, OrZero(Before), OrZero(After), result);
     return Guard(L"CLinkedList.Add", result,
                  [&] { return list_.Add(CopyOf(Given(Value)), OrZero(Before), OrZero(After)); });
+}
+
+// Copies first: growing marks every item as free, and a value that cannot be copied has to leave the links alone.
+HRESULT CLinkedList::GrowAndAdd(const VARIANT& value, LONG before, LONG after, LONG* result) noexcept {
+    *result = 0;
+    Variant copy;
+    HRESULT done = Guard(L"CLinkedList.Add", [&] { copy = CopyOf(value); });
+    if (SUCCEEDED(done)) done = Guard(kExpandList, [&] { list_.Grow(); });
+    if (FAILED(done)) return done;
+    return Guard(L"CLinkedList.Add", result, [&] { return list_.Add(std::move(copy), before, after); });
 }
 
 STDMETHODIMP CLinkedList::CheckIndex(LONG* Index) noexcept {
@@ -121,7 +127,7 @@ STDMETHODIMP CLinkedList::get_Item(LONG* Index, VARIANT* result) noexcept {
 STDMETHODIMP CLinkedList::put_Item(LONG* Index, VARIANT* Value) noexcept {
     return Guard(L"CLinkedList.Item", [&] {
         Variant value = CopyOf(Given(Value));
-        swap(list_.Item(OrZero(Index)), value);  // the old value goes when the new one is in its place
+        swap(list_.Item(OrZero(Index)), value);  // the old value is destroyed when the new one is in its place
     });
 }
 

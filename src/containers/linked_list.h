@@ -41,7 +41,7 @@ class CLinkedList final : public AutomationObject<_CLinkedList> {
     STDMETHODIMP putref_Item(LONG* Index, VARIANT* Value) noexcept override;
 
   private:
-    [[gnu::noinline]] HRESULT AddAnywhere(const VARIANT* value, LONG before, LONG after, LONG* result) noexcept;
+    HRESULT GrowAndAdd(const VARIANT& value, LONG before, LONG after, LONG* result) noexcept;
 
     VariantList list_;
 };

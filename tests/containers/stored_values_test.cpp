@@ -139,6 +139,7 @@ TEST_F(Containers, RefuseReferencesThatLeadNowhere) {
     const std::pair<HRESULT, std::vector<VARIANT>> cases[] = {
         {E_POINTER, {nowhere, Arg(static_cast<VARIANT*>(nullptr)), Arg(&nowhere)}},
         {Runtime(13), {self, Plain(VT_VARIANT, 0), Plain(0x1234, 0)}}};
+    for (LONG i = 0; i < 100; ++i) Add(Arg(i));  // one more would grow the list and so mark these as free
     LONG index = 7;
     for (const auto& [code, values] : cases) {
         for (VARIANT value : values) {
@@ -151,7 +152,8 @@ TEST_F(Containers, RefuseReferencesThatLeadNowhere) {
         EXPECT_EQ(E_POINTER, answer);
     }
     EXPECT_EQ(S_OK, stack->get_Count(&index));
-    EXPECT_EQ(0, index + CountOfList());
+    EXPECT_EQ(100, index + CountOfList());
+    EXPECT_EQ(S_OK, list->CheckIndex(&(index = 1)));
     self.vt = VT_EMPTY;
 }
 
