@@ -41,7 +41,7 @@ class NodeList {
     bool IsFull() const noexcept { return freeHead_ == 0; }
     void Grow() { Expand(nodes_, kChunk); }
 
-    // A list is made empty; what RemoveAll does is the same again. The old values go when all is in order.
+    // A list is made empty; what RemoveAll does is the same again. The old values are destroyed when all is in order.
     void Create() {
         NodeArray<Value> nodes;
         Expand(nodes, kChunk);
@@ -57,7 +57,7 @@ class NodeList {
         freeHead_ = index + 1;
         ++count_;
         using std::swap;
-        swap(*place, value);  // a value that was still there goes when all is in order
+        swap(*place, value);  // a value that was still there is destroyed when all is in order
         return index;
     }
     bool IsItem(Index index) { return index >= 1 && index <= nodes_.upper() && nodes_.At(index).previous() >= 0; }

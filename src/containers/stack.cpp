@@ -44,9 +44,9 @@ STDMETHODIMP CStack::Pop(VARIANT* result) noexcept {
     return Guard(L"Pop", result, [&] { return stack_.Pop(); });
 }
 
-// Deliberate: what goes wrong with the slots is not a component failure, unlike everything else.
+// Deliberate: a failure of the slots is not a component failure, unlike everything else.
 STDMETHODIMP CStack::Push(VARIANT* Value) noexcept {
-    // A step of less than 0 drops values, and with one of them the client may let go of the stack.
+    // A step of less than 0 destroys values, and with one of them the client may release the stack.
     const ComPtr<_CStack> alive(stack_.IsFull() ? this : nullptr);
     Variant copy;
     const HRESULT copied = Guard(L"Push", [&] { copy = CopyOf(Given(Value)); });

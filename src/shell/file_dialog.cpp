@@ -20,7 +20,7 @@ class DialogBuffer {
   public:
     DialogBuffer(std::wstring_view text, SHORT size)
         : bytes_(ToAnsi(Wide(file_dialog::Padded(Utf16(text), size)))),
-          // A code page may have one byte for two characters; the dialog goes by the size.
+          // A code page may have one byte for two characters; the dialog counts bytes.
           length_(std::max(bytes_.size(), static_cast<std::size_t>(size))) {
         bytes_.resize(length_ + kBehind);
         before_ = bytes_;

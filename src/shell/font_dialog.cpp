@@ -144,7 +144,7 @@ STDMETHODIMP CFontDialog::Show(VARIANT_BOOL* result) noexcept {
         FontRecord record = Describe();
         LONG color = color_;
         if (!Choose(record, color)) return false;
-        *result = VARIANT_TRUE;  // whatever goes wrong from here on, the user confirmed
+        *result = VARIANT_TRUE;  // whatever fails from here on, the user confirmed
         TakeOver(record);
         color_ = color;
         return true;
@@ -186,7 +186,7 @@ bool CFontDialog::Choose(FontRecord& record, LONG& color) const {
     return true;
 }
 
-// The weight goes last: setting Bold sets a weight of its own.
+// The weight is written last: setting Bold sets a weight of its own.
 void CFontDialog::TakeOver(const FontRecord& record) const {
     IFont& font = OwnFont();
     const Bstr name = FromAnsiBuffer({record.face, sizeof(record.face)});

@@ -14,7 +14,7 @@ constinit const ClassInfo CHourglass::kInfo{
     .creationFailed = nullptr,
 };
 
-// Whatever this object did: a hourglass that another one set goes too.
+// Whatever this object did: an hourglass that another one set ends too.
 CHourglass::~CHourglass() { pointer_override::Clear(); }
 
 STDMETHODIMP CHourglass::get_Value(VARIANT_BOOL* result) noexcept {

@@ -84,7 +84,7 @@ void AskWindowUnderPointer() noexcept {
 void ShowHourglass() {
     {
         const Lock lock(hooksLock);
-        hooks.clear();  // all anew: threads go, and their numbers come again
+        hooks.clear();  // all anew: threads end, and their numbers are used again
         if (!Hook(GetCurrentThreadId())) ThrowIfFailed(HRESULT_FROM_WIN32(GetLastError()));
         EnumWindows(&HookThreadOf, 0);
     }

@@ -127,7 +127,7 @@ STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, Enum
     });
 }
 
-// What goes wrong by chance is shown; the two errors that belong to this member reach the caller.
+// An unexpected failure is shown; the two errors that belong to this member reach the caller.
 STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) noexcept {
     const ComPtr<_CShellExecute> alive(this);  // the shell dispatches messages, and a handler may drop the object
     bool exists = true;

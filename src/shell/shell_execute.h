@@ -39,7 +39,7 @@ class CShellExecute final : public AutomationObject<_CShellExecute> {
                                  const std::string& folder, int show);
 
     INT_PTR lastInstance_ = 0;  // what the shell answered to the last LaunchDocument or LaunchProgram
-    // Deliberately never closed, neither by the next launch nor when the object goes: the process keeps it.
+    // Deliberately never closed, neither by the next launch nor when the object is destroyed: the process keeps it.
     HANDLE lastProcess_ = nullptr;
 };
 
