@@ -32,6 +32,7 @@ void** FindIn(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const char
 }
 
 void** FindSlot(HMODULE module, const char* function) {
+    if (!Imports(module).Size) return nullptr;
     const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(module, Imports(module).VirtualAddress);
     for (; library->Name; ++library) {
         if (void** slot = FindIn(module, *library, function)) return slot;

@@ -40,7 +40,10 @@ expect drives "$roots"
 expect "work area" "0 0 $(from_screen 'dimensions: *\([0-9x]*\) pixels' | tr x ' ')"
 bits=$(from_screen "depth $(from_screen 'depth of root window: *\([0-9]*\)'), bits_per_pixel \([0-9]*\)")
 expect colours $([ "$bits" = 32 ] && echo -1 || echo $((1 << bits)))
-expect version "$(from_registry CurrentVersion).$(from_registry CurrentBuildNumber) $(from_registry CSDVersion)"
+# Programs without a compatibility manifest, as the script host, are told of Windows 8 at most; not so by Wine before 10.
+told=6.2.9200
+[[ $(wine --version) != wine-[1-9].* ]] || told=$(from_registry CurrentVersion).$(from_registry CurrentBuildNumber)
+expect version "$told $(from_registry CSDVersion)"
 host=$(hostname | cut -d. -f1 | cut -c1-15)
 expect names "$(id -un) ${host^^} 2"
 IFS=';' read -r windows system temporary <<<"${fact[folders]:-}"

@@ -81,8 +81,9 @@ void WriteClass(Scope scope, const ClassInfo& info, const LibraryIdentity& types
 
 void WriteTypeLibrary(Scope scope) {
     std::wstring path = library::FilePath();
-    const auto write = scope == Scope::Machine ? RegisterTypeLib : RegisterTypeLibForUser;
-    ThrowIfFailed(write(library::TypeLibrary().get(), path.data(), nullptr));
+    const ComPtr<ITypeLib> types = library::TypeLibrary();
+    ThrowIfFailed(scope == Scope::Machine ? RegisterTypeLib(types.get(), path.data(), nullptr)
+                                          : RegisterTypeLibForUser(types.get(), path.data(), nullptr));
 }
 
 void Write(Scope scope) {
@@ -91,10 +92,13 @@ void Write(Scope scope) {
 }
 
 void RemoveTypeLibrary(Scope scope) {
-    const LibraryIdentity types = Identity();
-    const auto remove = scope == Scope::Machine ? UnRegisterTypeLib : UnRegisterTypeLibForUser;
+    const auto& [guid, locale, system, major, minor] = Identity();
     // An answer that nothing is registered is as good as success.
-    remove(types.guid, types.major, types.minor, types.locale, types.system);
+    if (scope == Scope::Machine) {
+        UnRegisterTypeLib(guid, major, minor, locale, system);
+    } else {
+        UnRegisterTypeLibForUser(guid, major, minor, locale, system);
+    }
 }
 
 // Whether the library of the other width is registered too. On a 32-bit system there is only one view of the registry,
