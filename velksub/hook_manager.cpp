@@ -70,32 +70,22 @@ constinit const ClassInfo HookManager::kInfo{
     .name = L"HookManager",
     .clsid = __uuidof(::HookManager),
     .iid = __uuidof(IHookManager),
-    .events = nullptr,
     .policy = FailurePolicy::PassOn,
-    .componentFailure = S_OK,
-    .creationFailed = L"",
-    .onAnyThread = true,
 };
 
 HookManager* HookManager::theOne_ = nullptr;
 
 IDispatch* HookManager::TheOne() {
     const Lock lock(oneAtATime);
-    if (theOne_) {
-        theOne_->AddRef();
-    } else {
-        theOne_ = new HookManager;
-    }
+    if (!theOne_ || !theOne_->CountUpIfAlive()) theOne_ = new HookManager;
     return theOne_;
 }
 
-// The last reference must not be released while another thread asks for the object.
-STDMETHODIMP_(ULONG) HookManager::Release() noexcept {
+// Meanwhile there may be another one, made when this one's last reference was gone.
+HookManager::~HookManager() {
     const Lock lock(oneAtATime);
-    return AutomationObject::Release();
+    if (theOne_ == this) theOne_ = nullptr;
 }
-
-HookManager::~HookManager() { theOne_ = nullptr; }
 
 STDMETHODIMP HookManager::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                                  VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
@@ -113,7 +103,7 @@ STDMETHODIMP HookManager::Invoke(DISPID id, REFIID reserved, LCID locale, WORD f
 }
 
 STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
-    return Guard(L"AddHook", [&] {
+    return Guard([&] {
         HookTarget target = TargetOf(Given(Hook));
         const HWND window = ClientWindow(hWnd).RequireOwn();
         ThreadHooks::Get().Add(std::move(target), window, static_cast<UINT>(iMsg));
@@ -121,7 +111,7 @@ STDMETHODIMP HookManager::AddHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexce
 }
 
 STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noexcept {
-    return Guard(L"RemoveHook", [&] {
+    return Guard([&] {
         const HookTarget target = TargetOf(Given(Hook));
         if (ClientWindow(hWnd).IsHookedByAnotherThread()) throw kOtherThread;
         ThreadHooks* const hooks = ThreadHooks::Current();
@@ -130,14 +120,14 @@ STDMETHODIMP HookManager::RemoveHook(ISubclass** Hook, LONG hWnd, LONG iMsg) noe
 }
 
 STDMETHODIMP HookManager::get_DispatchedMessage(LONG* result) noexcept {
-    return Guard(L"DispatchedMessage", result, [] {
+    return Guard(result, [] {
         const ThreadHooks* const hooks = ThreadHooks::Current();
         return hooks ? static_cast<LONG>(hooks->DispatchedMessage()) : 0;
     });
 }
 
 STDMETHODIMP HookManager::CallPreviousProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept {
-    return Guard(L"CallPreviousProc", result, [&] {
+    return Guard(result, [&] {
         ThreadHooks* const hooks = ThreadHooks::Current();
         const auto window = WindowFrom(hWnd);
         LRESULT below = 0;

@@ -8,15 +8,13 @@ namespace velk {
 
 inline constexpr const wchar_t* kInvalidWindowHandle = L"Invalid window handle";
 
-class HookManager final : public AutomationObject<IHookManager> {
+class HookManager final : public AutomationObject<IHookManager, UsedBy::AnyThread> {
   public:
     static const ClassInfo kInfo;
 
     // The process's one object, made when it is asked for and does not exist. It may be used on any thread, each of
     // which sees its own windows.
     static IDispatch* TheOne();
-
-    STDMETHODIMP_(ULONG) Release() noexcept override;
 
     // Takes objects of scripts for hooks too.
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,

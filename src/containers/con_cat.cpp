@@ -10,10 +10,7 @@ constinit const ClassInfo CConCat::kInfo{
     .name = L"CConCat",
     .clsid = __uuidof(::CConCat),
     .iid = __uuidof(_CConCat),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = L"An error has occured in Velk.CConCat.Class_Initialize ",
 };
 
 STDMETHODIMP CConCat::get_Text(BSTR* result) noexcept {
@@ -35,7 +32,7 @@ STDMETHODIMP CConCat::get_Length(LONG* result) noexcept {
 }
 
 STDMETHODIMP CConCat::Append(BSTR* strSource) noexcept {
-    return Guard(L"Append", [&] { buffer_.Append(Utf16(View(Given(strSource)))); });
+    return Guard([&] { buffer_.Append(Utf16(View(Given(strSource)))); });
 }
 
 }  // namespace velk

@@ -7,14 +7,9 @@
 namespace velk {
 namespace {
 
-constexpr wchar_t kExpandList[] = L"CLinkedList.ExpandList";
+constexpr char kExpandList[] = "ExpandList";
 
 LONG OrZero(const LONG* argument) noexcept { return argument ? *argument : 0; }
-
-// Clients pass any number for the condition, whatever the enumeration names.
-LONG NumberOf(const FindConditionConstants* condition) noexcept {
-    return OrZero(reinterpret_cast<const LONG*>(condition));
-}
 
 }  // namespace
 
@@ -22,110 +17,106 @@ constinit const ClassInfo CLinkedList::kInfo{
     .name = L"CLinkedList",
     .clsid = __uuidof(::CLinkedList),
     .iid = __uuidof(_CLinkedList),
-    .events = nullptr,
     .policy = FailurePolicy::ReportAndPassOn,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
+    .reportedPrefix = L"CLinkedList.",
 };
 
 // Unlike other classes' creation, this has the same report as any member.
 void CLinkedList::OnCreate() noexcept {
-    Guard(L"CLinkedList.Class_Initialize", [&] { list_.Create(); });
+    GuardAs("Class_Initialize", [&] { list_.Create(); });
 }
 
 STDMETHODIMP CLinkedList::Add(VARIANT* Value, LONG* Before, LONG* After, LONG* result) noexcept {
     if (list_.IsFull() && Value && result) return GrowAndAdd(*Value, OrZero(Before), OrZero(After), result);
-    return Guard(L"CLinkedList.Add", result,
-                 [&] { return list_.Add(CopyOf(Given(Value)), OrZero(Before), OrZero(After)); });
+    return Guard(result, [&] { return list_.Add(CopyOf(Given(Value)), OrZero(Before), OrZero(After)); });
 }
 
 // Copies first: growing marks every item as free, and a value that cannot be copied has to leave the links alone.
 HRESULT CLinkedList::GrowAndAdd(const VARIANT& value, LONG before, LONG after, LONG* result) noexcept {
     *result = 0;
-    Variant copy;
-    HRESULT done = Guard(L"CLinkedList.Add", [&] { copy = CopyOf(value); });
-    if (SUCCEEDED(done)) done = Guard(kExpandList, [&] { list_.Grow(); });
-    if (FAILED(done)) return done;
-    return Guard(L"CLinkedList.Add", result, [&] { return list_.Add(std::move(copy), before, after); });
+    return GuardAs("Add", [&] {
+        Variant copy = CopyOf(value);
+        const HRESULT grown = GuardAs(kExpandList, [&] { list_.Grow(); });
+        if (SUCCEEDED(grown)) *result = list_.Add(std::move(copy), before, after);
+        return grown;
+    });
 }
 
 STDMETHODIMP CLinkedList::CheckIndex(LONG* Index) noexcept {
-    return Guard(L"CLinkedList.CheckIndex", [&] { list_.CheckIndex(Given(Index)); });
+    return Guard([&] { list_.CheckIndex(Given(Index)); });
 }
 
 STDMETHODIMP CLinkedList::Find(VARIANT* Value, FindConditionConstants* Condition, LONG* StartIndex,
                                VARIANT_BOOL* Descending, LONG* result) noexcept {
-    const ComPtr<_CLinkedList> alive(this);  // asking objects who they are may run the client's code
-    return Guard(L"CLinkedList.Find", result, [&] {
+    return Guard(result, [&] {
         const Variant wanted = CopyOf(Given(Value));
-        return FindVariant(list_, wanted, NumberOf(Condition), OrZero(StartIndex), Descending && *Descending);
+        return FindVariant(list_, wanted, OrZero(AsNumber(Condition)), OrZero(StartIndex), Descending && *Descending);
     });
 }
 
 STDMETHODIMP CLinkedList::Move(LONG* Index) noexcept {
-    return Guard(L"CLinkedList.Move", [&] { list_.Move(Given(Index)); });
+    return Guard([&] { list_.Move(Given(Index)); });
 }
 
 STDMETHODIMP CLinkedList::MoveFirst() noexcept {
-    return Guard(L"CLinkedList.MoveFirst", [&] { list_.MoveFirst(); });
+    return Guard([&] { list_.MoveFirst(); });
 }
 
 STDMETHODIMP CLinkedList::MoveLast() noexcept {
-    return Guard(L"CLinkedList.MoveLast", [&] { list_.MoveLast(); });
+    return Guard([&] { list_.MoveLast(); });
 }
 
 STDMETHODIMP CLinkedList::MoveNext() noexcept {
-    return Guard(L"CLinkedList.MoveNext", [&] { list_.MoveNext(); });
+    return Guard([&] { list_.MoveNext(); });
 }
 
 STDMETHODIMP CLinkedList::MovePrevious() noexcept {
-    return Guard(L"CLinkedList.MovePrevious", [&] { list_.MovePrevious(); });
+    return Guard([&] { list_.MovePrevious(); });
 }
 
 STDMETHODIMP CLinkedList::Remove(LONG* Index) noexcept {
-    return Guard(L"CLinkedList.Remove", [&] { list_.Remove(OrZero(Index)); });
+    return Guard([&] { list_.Remove(OrZero(Index)); });
 }
 
 STDMETHODIMP CLinkedList::RemoveAll() noexcept {
-    return Guard(L"CLinkedList.RemoveAll", [&] { list_.Create(); });
+    return Guard([&] { list_.Create(); });
 }
 
 STDMETHODIMP CLinkedList::SetSize(LONG* numEls, LONG* ChunkSize) noexcept {
-    const HRESULT checked =
-        Guard(L"CLinkedList.SetSize", [&] { VariantList::CheckSize(Given(numEls), OrZero(ChunkSize)); });
-    return FAILED(checked) ? checked : Guard(kExpandList, [&] { list_.SetSize(*numEls, OrZero(ChunkSize)); });
+    const HRESULT checked = Guard([&] { VariantList::CheckSize(Given(numEls), OrZero(ChunkSize)); });
+    return FAILED(checked) ? checked : GuardAs(kExpandList, [&] { list_.SetSize(*numEls, OrZero(ChunkSize)); });
 }
 
 STDMETHODIMP CLinkedList::get_BOL(VARIANT_BOOL* result) noexcept {
-    return Guard(L"CLinkedList.BOL", result, [&] { return list_.AtBeginning(); });
+    return Guard(result, [&] { return list_.AtBeginning(); });
 }
 
 STDMETHODIMP CLinkedList::get_Count(LONG* result) noexcept {
-    return Guard(L"CLinkedList.Count", result, [&] { return list_.count(); });
+    return Guard(result, [&] { return list_.count(); });
 }
 
 STDMETHODIMP CLinkedList::get_CurrIndex(LONG* result) noexcept {
-    return Guard(L"CLinkedList.CurrIndex", result, [&] { return list_.cursor(); });
+    return Guard(result, [&] { return list_.cursor(); });
 }
 
 STDMETHODIMP CLinkedList::put_CurrIndex(LONG* Index) noexcept {
-    return Guard(L"CLinkedList.CurrIndex", [&] { list_.SetCursor(Given(Index)); });
+    return Guard([&] { list_.SetCursor(Given(Index)); });
 }
 
 STDMETHODIMP CLinkedList::get_EOL(VARIANT_BOOL* result) noexcept {
-    return Guard(L"CLinkedList.EOL", result, [&] { return list_.AtEnd(); });
+    return Guard(result, [&] { return list_.AtEnd(); });
 }
 
 STDMETHODIMP CLinkedList::get_IsEmpty(VARIANT_BOOL* result) noexcept {
-    return Guard(L"CLinkedList.IsEmpty", result, [&] { return list_.IsEmpty(); });
+    return Guard(result, [&] { return list_.IsEmpty(); });
 }
 
 STDMETHODIMP CLinkedList::get_Item(LONG* Index, VARIANT* result) noexcept {
-    return Guard(L"CLinkedList.Item", result, [&] { return CopyOf(list_.Item(OrZero(Index))); });
+    return Guard(result, [&] { return CopyOf(list_.Item(OrZero(Index))); });
 }
 
 STDMETHODIMP CLinkedList::put_Item(LONG* Index, VARIANT* Value) noexcept {
-    return Guard(L"CLinkedList.Item", [&] {
+    return Guard([&] {
         Variant value = CopyOf(Given(Value));
         swap(list_.Item(OrZero(Index)), value);  // the old value is destroyed when the new one is in its place
     });

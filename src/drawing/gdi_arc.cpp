@@ -6,15 +6,12 @@ constinit const ClassInfo CGDIArc::kInfo{
     .name = L"CGDIArc",
     .clsid = __uuidof(::CGDIArc),
     .iid = __uuidof(_CGDIArc),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CGDIArc::DrawArc(LONG* lnghDC, LONG lngXStartArc, LONG lngYStartArc, LONG lngXEndArc,
                               LONG lngYEndArc) noexcept {
-    return Guard(L"DrawArc", [&] {
+    return Guard([&] {
         const HDC context = ContextOf(lnghDC);
         DrawOutlined(context, outline_, [&] {
             Arc(context, box_.left, box_.top, box_.right, box_.bottom, lngXStartArc, lngYStartArc, lngXEndArc,
@@ -24,12 +21,11 @@ STDMETHODIMP CGDIArc::DrawArc(LONG* lnghDC, LONG lngXStartArc, LONG lngYStartArc
 }
 
 STDMETHODIMP CGDIArc::DrawArcByAngle(LONG* lnghDC, DOUBLE dblAngleStart, DOUBLE dblAngleEnd) noexcept {
-    return Guard(L"DrawArcByAngle",
-                 [&] { DrawArcByAngleSweep(&Given(lnghDC), dblAngleStart, SweepBetween(dblAngleStart, dblAngleEnd)); });
+    return Guard([&] { DrawArcByAngleSweep(&Given(lnghDC), dblAngleStart, SweepBetween(dblAngleStart, dblAngleEnd)); });
 }
 
 STDMETHODIMP CGDIArc::DrawArcByAngleSweep(LONG* lnghDC, DOUBLE dblAngleStart, DOUBLE dblAngleSweep) noexcept {
-    return Guard(L"DrawArcByAngleSweep", [&] {
+    return Guard([&] {
         LONG& context = Given(lnghDC);
         const auto [start, end] = EndsOfSweep(box_, dblAngleStart, dblAngleSweep);
         DrawArc(&context, start.x, start.y, end.x, end.y);

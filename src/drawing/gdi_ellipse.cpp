@@ -6,18 +6,15 @@ constinit const ClassInfo CGDIEllipse::kInfo{
     .name = L"CGDIEllipse",
     .clsid = __uuidof(::CGDIEllipse),
     .iid = __uuidof(_CGDIEllipse),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CGDIEllipse::DrawEllipse(LONG* lnghDC) noexcept {
-    return Guard(L"DrawEllipse", [&] { DrawFlat(ContextOf(lnghDC), ::Ellipse); });
+    return Guard([&] { DrawFlat(ContextOf(lnghDC), ::Ellipse); });
 }
 
 STDMETHODIMP CGDIEllipse::Draw3DEllipse(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
-    return Guard(L"Draw3DEllipse", [&] { DrawTwice(ContextOf(lnghDC), ::Ellipse, lngShadowColor, lngHighlightColor); });
+    return Guard([&] { DrawTwice(ContextOf(lnghDC), ::Ellipse, lngShadowColor, lngHighlightColor); });
 }
 
 }  // namespace velk

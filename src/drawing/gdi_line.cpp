@@ -6,18 +6,15 @@ constinit const ClassInfo CGDILine::kInfo{
     .name = L"CGDILine",
     .clsid = __uuidof(::CGDILine),
     .iid = __uuidof(_CGDILine),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CGDILine::DrawLine(LONG* lnghDC) noexcept {
-    return Guard(L"DrawLine", [&] { DrawFlat(ContextOf(lnghDC)); });
+    return Guard([&] { DrawFlat(ContextOf(lnghDC)); });
 }
 
 STDMETHODIMP CGDILine::Draw3DLine(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
-    return Guard(L"Draw3DLine", [&] { DrawTwice(ContextOf(lnghDC), lngShadowColor, lngHighlightColor); });
+    return Guard([&] { DrawTwice(ContextOf(lnghDC), lngShadowColor, lngHighlightColor); });
 }
 
 void CGDILine::DrawFlat(HDC context) const noexcept {

@@ -18,14 +18,14 @@ class CGDILine final : public OutlinedShape<LineTypes> {
 
     CGDILine() noexcept : OutlinedShape(kInfo) {}
 
-    STDMETHODIMP get_X1(LONG* result) noexcept override { return Get(L"X1", result, x1_); }
-    STDMETHODIMP put_X1(LONG* Value) noexcept override { return Let(L"X1", Value, x1_); }
-    STDMETHODIMP get_Y1(LONG* result) noexcept override { return Get(L"Y1", result, y1_); }
-    STDMETHODIMP put_Y1(LONG* Value) noexcept override { return Let(L"Y1", Value, y1_); }
-    STDMETHODIMP get_X2(LONG* result) noexcept override { return Get(L"X2", result, x2_); }
-    STDMETHODIMP put_X2(LONG* Value) noexcept override { return Let(L"X2", Value, x2_); }
-    STDMETHODIMP get_Y2(LONG* result) noexcept override { return Get(L"Y2", result, y2_); }
-    STDMETHODIMP put_Y2(LONG* Value) noexcept override { return Let(L"Y2", Value, y2_); }
+    STDMETHODIMP get_X1(LONG* result) noexcept override { return Get(result, x1_); }
+    STDMETHODIMP put_X1(LONG* Value) noexcept override { return Let(Value, x1_); }
+    STDMETHODIMP get_Y1(LONG* result) noexcept override { return Get(result, y1_); }
+    STDMETHODIMP put_Y1(LONG* Value) noexcept override { return Let(Value, y1_); }
+    STDMETHODIMP get_X2(LONG* result) noexcept override { return Get(result, x2_); }
+    STDMETHODIMP put_X2(LONG* Value) noexcept override { return Let(Value, x2_); }
+    STDMETHODIMP get_Y2(LONG* result) noexcept override { return Get(result, y2_); }
+    STDMETHODIMP put_Y2(LONG* Value) noexcept override { return Let(Value, y2_); }
     STDMETHODIMP DrawLine(LONG* lnghDC) noexcept override;
     STDMETHODIMP Draw3DLine(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept override;
 

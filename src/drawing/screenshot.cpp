@@ -69,14 +69,12 @@ constinit const ClassInfo CScreenshot::kInfo{
     .name = L"CScreenshot",
     .clsid = __uuidof(::CScreenshot),
     .iid = __uuidof(_CScreenshot),
-    .events = nullptr,
     .policy = FailurePolicy::ComponentFailure,
     .componentFailure = eErrScreenshot_ComponentFailure,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CScreenshot::CaptureActiveWindow() noexcept {
-    return Guard(L"CaptureActiveWindow", [&] {
+    return Guard([&] {
         const HWND active = GetActiveWindow();
         if (!active) throw kNoActiveWindow;
         Capture(active);
@@ -84,11 +82,11 @@ STDMETHODIMP CScreenshot::CaptureActiveWindow() noexcept {
 }
 
 STDMETHODIMP CScreenshot::CaptureDesktop() noexcept {
-    return Guard(L"CaptureDesktop", [&] { Capture(GetDesktopWindow()); });
+    return Guard([&] { Capture(GetDesktopWindow()); });
 }
 
 STDMETHODIMP CScreenshot::CaptureRectangle(LONG* Left, LONG* Top, LONG* Width, LONG* Height) noexcept {
-    return Guard(L"CaptureRectangle", [&] {
+    return Guard([&] {
         const ScreenArea area{Given(Left), Given(Top), Given(Width), Given(Height)};
         CheckOnScreen(area);
         CaptureToClipboard(area);
@@ -96,7 +94,7 @@ STDMETHODIMP CScreenshot::CaptureRectangle(LONG* Left, LONG* Top, LONG* Width, L
 }
 
 STDMETHODIMP CScreenshot::CaptureWindow(LONG* hWnd) noexcept {
-    return Guard(L"CaptureWindow", [&] { Capture(WindowFrom(Given(hWnd))); });
+    return Guard([&] { Capture(WindowFrom(Given(hWnd))); });
 }
 
 }  // namespace velk

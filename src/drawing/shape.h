@@ -2,8 +2,6 @@
 // a bounding box, a filling. `Types` names a class's interface and its own enumerations.
 #pragma once
 
-#include <type_traits>
-
 #include "drawing/arc_geometry.h"
 #include "drawing/drawing_tools.h"
 #include "frame/object/automation_object.h"
@@ -18,63 +16,39 @@ class OutlinedShape : public AutomationObject<typename Types::Interface> {
     using PenStyle = typename Types::PenStyle;
     using MixModeType = typename Types::MixMode;
 
-    STDMETHODIMP get_BorderColor(LONG* result) noexcept override {
-        return Get(L"BorderColor", result, outline_.colour);
-    }
-    STDMETHODIMP put_BorderColor(LONG* Value) noexcept override { return Let(L"BorderColor", Value, outline_.colour); }
-    STDMETHODIMP get_BorderWidth(SHORT* result) noexcept override {
-        return Get(L"BorderWidth", result, outline_.width);
-    }
-    STDMETHODIMP put_BorderWidth(SHORT* Value) noexcept override { return Let(L"BorderWidth", Value, outline_.width); }
-    STDMETHODIMP get_PenStyle(PenStyle* result) noexcept override { return Get(L"PenStyle", result, outline_.style); }
-    STDMETHODIMP put_PenStyle(PenStyle* Value) noexcept override { return Let(L"PenStyle", Value, outline_.style); }
+    STDMETHODIMP get_BorderColor(LONG* result) noexcept override { return this->Get(result, outline_.colour); }
+    STDMETHODIMP put_BorderColor(LONG* Value) noexcept override { return this->Let(Value, outline_.colour); }
+    STDMETHODIMP get_BorderWidth(SHORT* result) noexcept override { return this->Get(result, outline_.width); }
+    STDMETHODIMP put_BorderWidth(SHORT* Value) noexcept override { return this->Let(Value, outline_.width); }
+    STDMETHODIMP get_PenStyle(PenStyle* result) noexcept override { return this->Get(result, outline_.style); }
+    STDMETHODIMP put_PenStyle(PenStyle* Value) noexcept override { return this->Let(Value, outline_.style); }
     STDMETHODIMP get_ForegroundMixMode(MixModeType* result) noexcept override {
-        return Get(L"ForegroundMixMode", result, outline_.mixMode);
+        return this->Get(result, outline_.mixMode);
     }
     STDMETHODIMP put_ForegroundMixMode(MixModeType* Value) noexcept override {
-        return Let(L"ForegroundMixMode", Value, outline_.mixMode);
+        return this->Let(Value, outline_.mixMode);
     }
 
   protected:
     using AutomationObject<typename Types::Interface>::AutomationObject;
 
-    template <class T, class Field>
-    HRESULT Get(const wchar_t* member, T* result, const Field& field) const noexcept {
-        return this->Guard(member, AsNumber(result), [&] { return field; });
-    }
-    template <class T, class Field>
-    HRESULT Let(const wchar_t* member, T* value, Field& field) noexcept {
-        return this->Guard(member, [&] { field = Given(AsNumber(value)); });
-    }
-
     // A device context as members take it.
     static HDC ContextOf(LONG* handle) { return HandleFrom<HDC>(Given(handle)); }
 
     Outline outline_;
-
-  private:
-    // Clients pass any number for an enumeration, whatever it names.
-    template <class T>
-    static auto* AsNumber(T* place) noexcept {
-        if constexpr (std::is_enum_v<T>) {
-            return reinterpret_cast<LONG*>(place);
-        } else {
-            return place;
-        }
-    }
 };
 
 template <class Types>
 class BoxedShape : public OutlinedShape<Types> {
   public:
-    STDMETHODIMP get_Left(LONG* result) noexcept override { return this->Get(L"Left", result, box_.left); }
-    STDMETHODIMP put_Left(LONG* Value) noexcept override { return this->Let(L"Left", Value, box_.left); }
-    STDMETHODIMP get_Top(LONG* result) noexcept override { return this->Get(L"Top", result, box_.top); }
-    STDMETHODIMP put_Top(LONG* Value) noexcept override { return this->Let(L"Top", Value, box_.top); }
-    STDMETHODIMP get_Right(LONG* result) noexcept override { return this->Get(L"Right", result, box_.right); }
-    STDMETHODIMP put_Right(LONG* Value) noexcept override { return this->Let(L"Right", Value, box_.right); }
-    STDMETHODIMP get_Bottom(LONG* result) noexcept override { return this->Get(L"Bottom", result, box_.bottom); }
-    STDMETHODIMP put_Bottom(LONG* Value) noexcept override { return this->Let(L"Bottom", Value, box_.bottom); }
+    STDMETHODIMP get_Left(LONG* result) noexcept override { return this->Get(result, box_.left); }
+    STDMETHODIMP put_Left(LONG* Value) noexcept override { return this->Let(Value, box_.left); }
+    STDMETHODIMP get_Top(LONG* result) noexcept override { return this->Get(result, box_.top); }
+    STDMETHODIMP put_Top(LONG* Value) noexcept override { return this->Let(Value, box_.top); }
+    STDMETHODIMP get_Right(LONG* result) noexcept override { return this->Get(result, box_.right); }
+    STDMETHODIMP put_Right(LONG* Value) noexcept override { return this->Let(Value, box_.right); }
+    STDMETHODIMP get_Bottom(LONG* result) noexcept override { return this->Get(result, box_.bottom); }
+    STDMETHODIMP put_Bottom(LONG* Value) noexcept override { return this->Let(Value, box_.bottom); }
 
   protected:
     using OutlinedShape<Types>::OutlinedShape;
@@ -88,20 +62,12 @@ class FilledShape : public BoxedShape<Types> {
     using BrushStyle = typename Types::BrushStyle;
     using HatchStyle = typename Types::HatchStyle;
 
-    STDMETHODIMP get_FillColor(LONG* result) noexcept override { return this->Get(L"FillColor", result, fill_.colour); }
-    STDMETHODIMP put_FillColor(LONG* Value) noexcept override { return this->Let(L"FillColor", Value, fill_.colour); }
-    STDMETHODIMP get_BrushStyle(BrushStyle* result) noexcept override {
-        return this->Get(L"BrushStyle", result, fill_.style);
-    }
-    STDMETHODIMP put_BrushStyle(BrushStyle* Value) noexcept override {
-        return this->Let(L"BrushStyle", Value, fill_.style);
-    }
-    STDMETHODIMP get_HatchStyle(HatchStyle* result) noexcept override {
-        return this->Get(L"HatchStyle", result, fill_.hatch);
-    }
-    STDMETHODIMP put_HatchStyle(HatchStyle* Value) noexcept override {
-        return this->Let(L"HatchStyle", Value, fill_.hatch);
-    }
+    STDMETHODIMP get_FillColor(LONG* result) noexcept override { return this->Get(result, fill_.colour); }
+    STDMETHODIMP put_FillColor(LONG* Value) noexcept override { return this->Let(Value, fill_.colour); }
+    STDMETHODIMP get_BrushStyle(BrushStyle* result) noexcept override { return this->Get(result, fill_.style); }
+    STDMETHODIMP put_BrushStyle(BrushStyle* Value) noexcept override { return this->Let(Value, fill_.style); }
+    STDMETHODIMP get_HatchStyle(HatchStyle* result) noexcept override { return this->Get(result, fill_.hatch); }
+    STDMETHODIMP put_HatchStyle(HatchStyle* Value) noexcept override { return this->Let(Value, fill_.hatch); }
 
   protected:
     using BoxedShape<Types>::BoxedShape;

@@ -65,42 +65,35 @@ constinit const ClassInfo CCRC32::kInfo{
     .iid = __uuidof(_CCRC32),
     .events = &__uuidof(__CCRC32),
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 void* CCRC32::ExtraFace(REFIID iid) noexcept {
     return iid == IID_IConnectionPointContainer ? static_cast<IConnectionPointContainer*>(&events_) : nullptr;
 }
 
-STDMETHODIMP CCRC32::get_InputFileName(BSTR* result) noexcept {
-    return Guard(L"InputFileName", result, [&] { return Bstr(inputFileName_); });
-}
+STDMETHODIMP CCRC32::get_InputFileName(BSTR* result) noexcept { return Get(result, inputFileName_); }
 
-STDMETHODIMP CCRC32::put_InputFileName(BSTR strName) noexcept {
-    return Guard(L"InputFileName", [&] { inputFileName_ = View(strName); });
-}
+STDMETHODIMP CCRC32::put_InputFileName(BSTR strName) noexcept { return Let(&strName, inputFileName_); }
 
 STDMETHODIMP CCRC32::GetCRCFromFile(LONG* result) noexcept {
-    return Guard(L"GetCRCFromFile", result, [&] { return ChecksumOfFile(); });
+    return Guard(result, [&] { return ChecksumOfFile(); });
 }
 
 STDMETHODIMP CCRC32::GetCRCFromString(BSTR* strInput, LONG* result) noexcept {
-    return Guard(L"GetCRCFromString", result, [&] {
+    return Guard(result, [&] {
         const std::wstring_view text = View(Given(strInput));
         return ChecksumOf(text.data(), text.size() * sizeof(wchar_t));
     });
 }
 
 STDMETHODIMP CCRC32::GetCRCFromStringAscii(BSTR* strInput, LONG* result) noexcept {
-    return Guard(L"GetCRCFromStringAscii", result, [&] {
+    return Guard(result, [&] {
         const std::string bytes = ToAnsi(View(Given(strInput)));
         return ChecksumOf(bytes.data(), bytes.size());
     });
 }
 
 LONG CCRC32::ChecksumOfFile() {
-    const ComPtr<_CCRC32> alive(this);  // a sink may drop the client's reference
     const FileHandle file = OpenForReading(inputFileName_);
     BlockReader reader(file, events_.point().HasSinks() ? 1 : kBlocksAtOnce);
     std::uint32_t running = crc32::kSeed;
@@ -119,7 +112,6 @@ LONG CCRC32::ChecksumOf(const void* bytes, std::size_t size) noexcept {
 }
 
 void CCRC32::RaiseStringProgress(std::size_t size) noexcept {
-    const ComPtr<_CCRC32> alive(this);
     RaiseProgress(0);
     for (std::size_t i = 0; i < size; ++i) {
         if (i % 4096 != 0) RaiseProgress(static_cast<double>(i) / static_cast<double>(size - 1));

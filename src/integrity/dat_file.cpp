@@ -37,25 +37,22 @@ constinit const ClassInfo CDatFile::kInfo{
     .name = L"CDatFile",
     .clsid = __uuidof(::CDatFile),
     .iid = __uuidof(_CDatFile),
-    .events = nullptr,
     .policy = FailurePolicy::PassOn,
-    .componentFailure = S_OK,
     .creationFailed = L"An error has occured in VelkSupport.CDatFile.Class_Initialize ",
 };
 
 void CDatFile::OnCreate() { resources_ = CreateResources(); }
 
 STDMETHODIMP CDatFile::GetHumanReadable(BSTR* result) noexcept {
-    return Guard(L"GetHumanReadable", result, [&] { return Lookup(L".HR"); });
+    return Guard(result, [&] { return Lookup(L".HR"); });
 }
 
 STDMETHODIMP CDatFile::GetIndicatorReadable(BSTR* result) noexcept {
-    return Guard(L"GetIndicatorReadable", result, [&] { return Lookup(L".IND"); });
+    return Guard(result, [&] { return Lookup(L".IND"); });
 }
 
 STDMETHODIMP CDatFile::Initialize(BSTR* Filename, VARIANT_BOOL* DisplayCRC) noexcept {
-    const ComPtr<_CDatFile> alive(this);  // while the seal is shown the client's code may run
-    return Guard(L"Initialize", [&] {
+    return Guard([&] {
         const std::wstring path(View(Given(Filename)));
         initialised_ = true;
         if (!FileExists(path)) throw kNoSuchFile;
@@ -67,21 +64,21 @@ STDMETHODIMP CDatFile::Initialize(BSTR* Filename, VARIANT_BOOL* DisplayCRC) noex
 }
 
 STDMETHODIMP CDatFile::get_DatFileCRC(BSTR* result) noexcept {
-    return Guard(L"DatFileCRC", result, [&] {
+    return Guard(result, [&] {
         RequireInitialised();
         return Bstr(crc_);
     });
 }
 
 STDMETHODIMP CDatFile::get_Parameter(BSTR* result) noexcept {
-    return Guard(L"Parameter", result, [&] {
+    return Guard(result, [&] {
         RequireInitialised();
         return Bstr(parameter_);
     });
 }
 
 STDMETHODIMP CDatFile::put_Parameter(BSTR* strParameter) noexcept {
-    return Guard(L"Parameter", [&] {
+    return Guard([&] {
         const std::wstring_view parameter = View(Given(strParameter));
         RequireInitialised();
         parameter_ = parameter;

@@ -107,7 +107,6 @@ constinit const ClassInfo CIniFile::kInfo{
     .name = L"CIniFile",
     .clsid = __uuidof(::CIniFile),
     .iid = __uuidof(_CIniFile),
-    .events = nullptr,
     .policy = FailurePolicy::ComponentFailure,
     .componentFailure = eErrIniFile_ComponentFailure,
     .creationFailed = L"An error has occured in Velk.CIniFile.Class_Initialize ",
@@ -117,19 +116,17 @@ constinit const ClassInfo CIniFile::kInfo{
 void CIniFile::OnCreate() { fileName_ = LibraryFolder() + L"\\MyFileSettings.ini"; }
 
 STDMETHODIMP CIniFile::Init(BSTR* Filename) noexcept {
-    return Guard(L"Init", [&] { SetFileName(View(Given(Filename))); });
+    return Guard([&] { SetFileName(View(Given(Filename))); });
 }
 
 STDMETHODIMP CIniFile::put_Filename(BSTR* Value) noexcept {
-    return Guard(L"Filename", [&] { SetFileName(View(Given(Value))); });
+    return Guard([&] { SetFileName(View(Given(Value))); });
 }
 
-STDMETHODIMP CIniFile::get_Filename(BSTR* result) noexcept {
-    return Guard(L"Filename", result, [&] { return Bstr(fileName_); });
-}
+STDMETHODIMP CIniFile::get_Filename(BSTR* result) noexcept { return Get(result, fileName_); }
 
 STDMETHODIMP CIniFile::GetNumericValue(BSTR* Section, BSTR* Key, SHORT* result) noexcept {
-    return Guard(L"GetNumericValue", result, [&] {
+    return Guard(result, [&] {
         const std::string file = ExistingFile();
         return ToInteger(static_cast<INT>(GetPrivateProfileIntA(Passable(ToAnsi(View(Given(Section)))),
                                                                 Passable(ToAnsi(View(Given(Key)))), -1, file.c_str())));
@@ -137,7 +134,7 @@ STDMETHODIMP CIniFile::GetNumericValue(BSTR* Section, BSTR* Key, SHORT* result) 
 }
 
 STDMETHODIMP CIniFile::GetStringValue(BSTR* Section, BSTR* Key, BSTR* result) noexcept {
-    return Guard(L"GetStringValue", result, [&] {
+    return Guard(result, [&] {
         const std::string file = ExistingFile();
         char value[kValueSize] = {};
         const bool found =
@@ -148,7 +145,7 @@ STDMETHODIMP CIniFile::GetStringValue(BSTR* Section, BSTR* Key, BSTR* result) no
 }
 
 STDMETHODIMP CIniFile::EnumerateAllKeys(BSTR* Section, SAFEARRAY** Key, LONG* result) noexcept {
-    return Guard(L"EnumerateAllKeys", result, [&] {
+    return Guard(result, [&] {
         const BSTR section = Given(Section);
         SAFEARRAY*& keys = Given(Key);
         const std::string file = ExistingFile();
@@ -159,7 +156,7 @@ STDMETHODIMP CIniFile::EnumerateAllKeys(BSTR* Section, SAFEARRAY** Key, LONG* re
 }
 
 STDMETHODIMP CIniFile::EnumerateAllSections(SAFEARRAY** Sections, LONG* result) noexcept {
-    return Guard(L"EnumerateAllSections", result, [&] {
+    return Guard(result, [&] {
         SAFEARRAY*& sections = Given(Sections);
         const std::string file = ExistingFile();
         Erase(sections);
@@ -168,15 +165,15 @@ STDMETHODIMP CIniFile::EnumerateAllSections(SAFEARRAY** Sections, LONG* result) 
 }
 
 STDMETHODIMP CIniFile::SaveNumericValue(BSTR* Section, BSTR* Key, SHORT* iData) noexcept {
-    return Guard(L"SaveNumericValue", [&] { Save(Given(Section), Given(Key), std::to_string(Given(iData))); });
+    return Guard([&] { Save(Given(Section), Given(Key), std::to_string(Given(iData))); });
 }
 
 STDMETHODIMP CIniFile::SaveStringValue(BSTR* Section, BSTR* Key, BSTR* sText) noexcept {
-    return Guard(L"SaveStringValue", [&] { Save(Given(Section), Given(Key), ToAnsi(View(Given(sText)))); });
+    return Guard([&] { Save(Given(Section), Given(Key), ToAnsi(View(Given(sText)))); });
 }
 
 STDMETHODIMP CIniFile::DeleteKey(BSTR Section, BSTR* Key, VARIANT_BOOL* result) noexcept {
-    return Guard(L"DeleteKey", result, [&] {
+    return Guard(result, [&] {
         const BSTR key = Given(Key);
         const std::string file = ExistingFile();
         RequireSection(Section);
@@ -186,7 +183,7 @@ STDMETHODIMP CIniFile::DeleteKey(BSTR Section, BSTR* Key, VARIANT_BOOL* result) 
 }
 
 STDMETHODIMP CIniFile::DeleteSection(BSTR Section, VARIANT_BOOL* result) noexcept {
-    return Guard(L"DeleteSection", result, [&] {
+    return Guard(result, [&] {
         const std::string file = ExistingFile();
         RequireSection(Section);
         return WriteThrough(Passable(ToAnsi(View(Section))), nullptr, nullptr, file);

@@ -41,54 +41,31 @@ constinit const ClassInfo CProgramSettings::kInfo{
     .name = L"CProgramSettings",
     .clsid = __uuidof(::CProgramSettings),
     .iid = __uuidof(_CProgramSettings),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
-STDMETHODIMP CProgramSettings::get_MainBranch(BSTR* result) noexcept {
-    return Guard(L"MainBranch", result, [&] { return Bstr(mainBranch_); });
-}
+STDMETHODIMP CProgramSettings::get_MainBranch(BSTR* result) noexcept { return Get(result, mainBranch_); }
 
-STDMETHODIMP CProgramSettings::put_MainBranch(BSTR* Value) noexcept {
-    return Guard(L"MainBranch", [&] { mainBranch_ = View(Given(Value)); });
-}
+STDMETHODIMP CProgramSettings::put_MainBranch(BSTR* Value) noexcept { return Let(Value, mainBranch_); }
 
-STDMETHODIMP CProgramSettings::get_RegBase(BSTR* result) noexcept {
-    return Guard(L"RegBase", result, [&] { return Bstr(regBase_); });
-}
+STDMETHODIMP CProgramSettings::get_RegBase(BSTR* result) noexcept { return Get(result, regBase_); }
 
-STDMETHODIMP CProgramSettings::put_RegBase(BSTR* Value) noexcept {
-    return Guard(L"RegBase", [&] { regBase_ = View(Given(Value)); });
-}
+STDMETHODIMP CProgramSettings::put_RegBase(BSTR* Value) noexcept { return Let(Value, regBase_); }
 
-STDMETHODIMP CProgramSettings::get_Program(BSTR* result) noexcept {
-    return Guard(L"Program", result, [&] { return Bstr(program_); });
-}
+STDMETHODIMP CProgramSettings::get_Program(BSTR* result) noexcept { return Get(result, program_); }
 
-STDMETHODIMP CProgramSettings::put_Program(BSTR* Value) noexcept {
-    return Guard(L"Program", [&] { program_ = View(Given(Value)); });
-}
+STDMETHODIMP CProgramSettings::put_Program(BSTR* Value) noexcept { return Let(Value, program_); }
 
-STDMETHODIMP CProgramSettings::get_Section(BSTR* result) noexcept {
-    return Guard(L"Section", result, [&] { return Bstr(section_); });
-}
+STDMETHODIMP CProgramSettings::get_Section(BSTR* result) noexcept { return Get(result, section_); }
 
-STDMETHODIMP CProgramSettings::put_Section(BSTR* Value) noexcept {
-    return Guard(L"Section", [&] { section_ = View(Given(Value)); });
-}
+STDMETHODIMP CProgramSettings::put_Section(BSTR* Value) noexcept { return Let(Value, section_); }
 
-STDMETHODIMP CProgramSettings::get_RootKey(EnumProgramSettingsRoot* result) noexcept {
-    return Guard(L"RootKey", result, [&] { return rootKey_; });
-}
+STDMETHODIMP CProgramSettings::get_RootKey(EnumProgramSettingsRoot* result) noexcept { return Get(result, rootKey_); }
 
-STDMETHODIMP CProgramSettings::put_RootKey(EnumProgramSettingsRoot* Value) noexcept {
-    return Guard(L"RootKey", [&] { rootKey_ = Given(Value); });
-}
+STDMETHODIMP CProgramSettings::put_RootKey(EnumProgramSettingsRoot* Value) noexcept { return Let(Value, rootKey_); }
 
 STDMETHODIMP CProgramSettings::ReadEntry(BSTR* strEntry, BSTR* strDefault, BSTR* result) noexcept {
-    return Guard(L"ReadEntry", result, [&] {
+    return Guard(result, [&] {
         const std::wstring_view entry = View(Given(strEntry));
         const std::wstring_view other = View(Given(strDefault));
         const Setting setting = GetKeyValue(KeyPath(), entry);
@@ -100,7 +77,7 @@ STDMETHODIMP CProgramSettings::ReadEntry(BSTR* strEntry, BSTR* strDefault, BSTR*
 
 // Deliberate: the members for numbers report under the names of those for strings.
 STDMETHODIMP CProgramSettings::ReadEntryLong(BSTR* strEntry, LONG* lngDefault, LONG* result) noexcept {
-    return Guard(L"ReadEntry", result, [&] {
+    return GuardAs("ReadEntry", result, [&] {
         const std::wstring_view entry = View(Given(strEntry));
         const LONG other = Given(lngDefault);
         const Setting setting = GetKeyValue(KeyPath(), entry);
@@ -111,11 +88,11 @@ STDMETHODIMP CProgramSettings::ReadEntryLong(BSTR* strEntry, LONG* lngDefault, L
 }
 
 STDMETHODIMP CProgramSettings::WriteEntry(BSTR* strEntry, BSTR* strValue) noexcept {
-    return Guard(L"WriteEntry", [&] { SetKeyValue(KeyPath(), View(Given(strEntry)), View(Given(strValue))); });
+    return Guard([&] { SetKeyValue(KeyPath(), View(Given(strEntry)), View(Given(strValue))); });
 }
 
 STDMETHODIMP CProgramSettings::WriteEntryLong(BSTR* strEntry, LONG* lngValue) noexcept {
-    return Guard(L"WriteEntry", [&] { SetKeyValue(KeyPath(), View(Given(strEntry)), Given(lngValue)); });
+    return GuardAs("WriteEntry", [&] { SetKeyValue(KeyPath(), View(Given(strEntry)), Given(lngValue)); });
 }
 
 std::wstring CProgramSettings::KeyPath() const {
@@ -127,7 +104,7 @@ std::wstring CProgramSettings::KeyPath() const {
 CProgramSettings::Setting CProgramSettings::GetKeyValue(std::wstring_view path,
                                                         std::wstring_view entry) const noexcept {
     Setting setting;
-    Guard(L"GetKeyValue", [&] {
+    Guard([&] {
         const auto value = ReadRegistryValue(Root(), ToAnsi(path), ToAnsi(entry), kAccess);
         if (value && value->type == REG_SZ) setting = TextOf(value->text());
         if (value && value->type == REG_DWORD) setting = value->number();
@@ -137,7 +114,7 @@ CProgramSettings::Setting CProgramSettings::GetKeyValue(std::wstring_view path,
 
 void CProgramSettings::SetKeyValue(std::wstring_view path, std::wstring_view entry,
                                    std::wstring_view text) const noexcept {
-    Guard(L"SetKeyValue", [&] {
+    Guard([&] {
         const std::string bytes = ToAnsi(text);
         Store(Root(), path, entry, REG_SZ, bytes.c_str(), bytes.size() + 1);
     });
@@ -145,7 +122,7 @@ void CProgramSettings::SetKeyValue(std::wstring_view path, std::wstring_view ent
 
 // Deliberate: the size is that of the number's decimal text, not 4. What exceeds the number is stored as zeros.
 void CProgramSettings::SetKeyValue(std::wstring_view path, std::wstring_view entry, LONG number) const noexcept {
-    Guard(L"SetKeyValue", [&] {
+    Guard([&] {
         char bytes[16] = {};
         std::memcpy(bytes, &number, sizeof number);
         Store(Root(), path, entry, REG_DWORD, bytes, std::to_string(number).size());

@@ -53,7 +53,7 @@ class CProgramSettings final : public AutomationObject<_CProgramSettings> {
     std::wstring regBase_;
     std::wstring program_;
     std::wstring section_ = L"Settings";
-    EnumProgramSettingsRoot rootKey_ = psrHKEY_LOCAL_MACHINE;
+    LONG rootKey_ = psrHKEY_LOCAL_MACHINE;
 };
 
 }  // namespace velk

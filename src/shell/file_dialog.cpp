@@ -48,98 +48,58 @@ constinit const ClassInfo CFileDialog::kInfo{
     .name = L"CFileDialog",
     .clsid = __uuidof(::CFileDialog),
     .iid = __uuidof(_CFileDialog),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
-STDMETHODIMP CFileDialog::get_DefaultExt(BSTR* result) noexcept {
-    return Guard(L"DefaultExt", result, [&] { return Bstr(defaultExt_); });
-}
+STDMETHODIMP CFileDialog::get_DefaultExt(BSTR* result) noexcept { return Get(result, defaultExt_); }
 
-STDMETHODIMP CFileDialog::put_DefaultExt(BSTR* Value) noexcept {
-    return Guard(L"DefaultExt", [&] { defaultExt_ = View(Given(Value)); });
-}
+STDMETHODIMP CFileDialog::put_DefaultExt(BSTR* Value) noexcept { return Let(Value, defaultExt_); }
 
-STDMETHODIMP CFileDialog::get_DialogTitle(BSTR* result) noexcept {
-    return Guard(L"DialogTitle", result, [&] { return Bstr(dialogTitle_); });
-}
+STDMETHODIMP CFileDialog::get_DialogTitle(BSTR* result) noexcept { return Get(result, dialogTitle_); }
 
-STDMETHODIMP CFileDialog::put_DialogTitle(BSTR* Value) noexcept {
-    return Guard(L"DialogTitle", [&] { dialogTitle_ = View(Given(Value)); });
-}
+STDMETHODIMP CFileDialog::put_DialogTitle(BSTR* Value) noexcept { return Let(Value, dialogTitle_); }
 
-STDMETHODIMP CFileDialog::get_Filename(BSTR* result) noexcept {
-    return Guard(L"Filename", result, [&] { return Bstr(filename_); });
-}
+STDMETHODIMP CFileDialog::get_Filename(BSTR* result) noexcept { return Get(result, filename_); }
 
-STDMETHODIMP CFileDialog::put_Filename(BSTR* Value) noexcept {
-    return Guard(L"Filename", [&] { filename_ = View(Given(Value)); });
-}
+STDMETHODIMP CFileDialog::put_Filename(BSTR* Value) noexcept { return Let(Value, filename_); }
 
-STDMETHODIMP CFileDialog::get_FileTitle(BSTR* result) noexcept {
-    return Guard(L"FileTitle", result, [&] { return Bstr(fileTitle_); });
-}
+STDMETHODIMP CFileDialog::get_FileTitle(BSTR* result) noexcept { return Get(result, fileTitle_); }
 
-STDMETHODIMP CFileDialog::put_FileTitle(BSTR* Value) noexcept {
-    return Guard(L"FileTitle", [&] { fileTitle_ = View(Given(Value)); });
-}
+STDMETHODIMP CFileDialog::put_FileTitle(BSTR* Value) noexcept { return Let(Value, fileTitle_); }
 
-STDMETHODIMP CFileDialog::get_Filter(BSTR* result) noexcept {
-    return Guard(L"Filter", result, [&] { return Bstr(filter_); });
-}
+STDMETHODIMP CFileDialog::get_Filter(BSTR* result) noexcept { return Get(result, filter_); }
 
-STDMETHODIMP CFileDialog::put_Filter(BSTR* Value) noexcept {
-    return Guard(L"Filter", [&] { filter_ = View(Given(Value)); });
-}
+STDMETHODIMP CFileDialog::put_Filter(BSTR* Value) noexcept { return Let(Value, filter_); }
 
-STDMETHODIMP CFileDialog::get_FilterIndex(SHORT* result) noexcept {
-    return Guard(L"FilterIndex", result, [&] { return filterIndex_; });
-}
+STDMETHODIMP CFileDialog::get_FilterIndex(SHORT* result) noexcept { return Get(result, filterIndex_); }
 
-STDMETHODIMP CFileDialog::put_FilterIndex(SHORT* Value) noexcept {
-    return Guard(L"FilterIndex", [&] { filterIndex_ = Given(Value); });
-}
+STDMETHODIMP CFileDialog::put_FilterIndex(SHORT* Value) noexcept { return Let(Value, filterIndex_); }
 
-STDMETHODIMP CFileDialog::get_Flags(EnumFilFlags* result) noexcept {
-    return Guard(L"Flags", result, [&] { return flags_; });
-}
+STDMETHODIMP CFileDialog::get_Flags(EnumFilFlags* result) noexcept { return Get(result, flags_); }
 
-STDMETHODIMP CFileDialog::put_Flags(EnumFilFlags* Value) noexcept {
-    return Guard(L"Flags", [&] { flags_ = Given(Value); });
-}
+STDMETHODIMP CFileDialog::put_Flags(EnumFilFlags* Value) noexcept { return Let(Value, flags_); }
 
-STDMETHODIMP CFileDialog::get_hWndParent(LONG* result) noexcept {
-    return Guard(L"hWndParent", result, [&] { return hWndParent_; });
-}
+STDMETHODIMP CFileDialog::get_hWndParent(LONG* result) noexcept { return Get(result, hWndParent_); }
 
-STDMETHODIMP CFileDialog::put_hWndParent(LONG* Value) noexcept {
-    return Guard(L"hWndParent", [&] { hWndParent_ = Given(Value); });
-}
+STDMETHODIMP CFileDialog::put_hWndParent(LONG* Value) noexcept { return Let(Value, hWndParent_); }
 
 STDMETHODIMP CFileDialog::get_InitialDir(BSTR* result) noexcept {
-    return Guard(L"InitialDir", result, [&] { return Bstr(initialDir_.value_or(L"")); });
+    return Guard(result, [&] { return Bstr(initialDir_.value_or(L"")); });
 }
 
 STDMETHODIMP CFileDialog::put_InitialDir(BSTR* Value) noexcept {
-    return Guard(L"InitialDir", [&] {
+    return Guard([&] {
         const BSTR folder = Given(Value);
         initialDir_ = folder ? std::optional<std::wstring>(View(folder)) : std::nullopt;
     });
 }
 
-STDMETHODIMP CFileDialog::get_MaxFileSize(SHORT* result) noexcept {
-    return Guard(L"MaxFileSize", result, [&] { return maxFileSize_; });
-}
+STDMETHODIMP CFileDialog::get_MaxFileSize(SHORT* result) noexcept { return Get(result, maxFileSize_); }
 
-STDMETHODIMP CFileDialog::put_MaxFileSize(SHORT* Value) noexcept {
-    return Guard(L"MaxFileSize", [&] { maxFileSize_ = Given(Value); });
-}
+STDMETHODIMP CFileDialog::put_MaxFileSize(SHORT* Value) noexcept { return Let(Value, maxFileSize_); }
 
 STDMETHODIMP CFileDialog::Show(VARIANT_BOOL* fOpen, VARIANT_BOOL* result) noexcept {
-    const ComPtr<_CFileDialog> alive(this);  // the client's code runs while the dialog is open
-    return Guard(L"Show", result, [&] { return Choose(Given(fOpen) != VARIANT_FALSE); });
+    return Guard(result, [&] { return Choose(Given(fOpen) != VARIANT_FALSE); });
 }
 
 bool CFileDialog::Choose(bool toOpen) {
@@ -170,7 +130,7 @@ bool CFileDialog::Choose(bool toOpen) {
 
 std::wstring CFileDialog::TrimNulls(std::string_view buffer) const noexcept {
     std::wstring text;
-    Guard(L"TrimNulls", [&] { text = Wide(file_dialog::TrimNulls(FromAnsi(buffer))); });
+    Guard([&] { text = Wide(file_dialog::TrimNulls(FromAnsi(buffer))); });
     return text;
 }
 

@@ -49,7 +49,7 @@ class CFileDialog final : public AutomationObject<_CFileDialog> {
     std::wstring fileTitle_;
     std::wstring filter_;
     SHORT filterIndex_ = 0;
-    EnumFilFlags flags_{};
+    LONG flags_ = 0;
     LONG hWndParent_ = 0;
     std::optional<std::wstring> initialDir_;  // never set is not the same as empty
     SHORT maxFileSize_ = MAX_PATH;

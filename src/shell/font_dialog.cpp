@@ -69,9 +69,7 @@ constinit const ClassInfo CFontDialog::kInfo{
     .name = L"CFontDialog",
     .clsid = __uuidof(::CFontDialog),
     .iid = __uuidof(_CFontDialog),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
     .creationFailed = L"An error has occured in VelkSupport.CFontDialog.Class_Initialize ",
 };
 
@@ -79,68 +77,43 @@ void CFontDialog::OnCreate() {
     ThrowIfFailed(CoCreateInstance(CLSID_StdFont, nullptr, CLSCTX_INPROC_SERVER, IID_IFont, font_.ReceiveVoid()));
 }
 
-STDMETHODIMP CFontDialog::get_Color(LONG* result) noexcept {
-    return Guard(L"Color", result, [&] { return color_; });
-}
+STDMETHODIMP CFontDialog::get_Color(LONG* result) noexcept { return Get(result, color_); }
 
-STDMETHODIMP CFontDialog::put_Color(LONG* Value) noexcept {
-    return Guard(L"Color", [&] { color_ = Given(Value); });
-}
+STDMETHODIMP CFontDialog::put_Color(LONG* Value) noexcept { return Let(Value, color_); }
 
-STDMETHODIMP CFontDialog::put_Flags(EnumFonFlags* Value) noexcept {
-    return Guard(L"Flags", [&] { flags_ = Given(Value); });
-}
+STDMETHODIMP CFontDialog::put_Flags(EnumFonFlags* Value) noexcept { return Let(Value, flags_); }
 
-STDMETHODIMP CFontDialog::get_Flags(EnumFonFlags* result) noexcept {
-    return Guard(L"Flags", result, [&] { return flags_; });
-}
+STDMETHODIMP CFontDialog::get_Flags(EnumFonFlags* result) noexcept { return Get(result, flags_); }
 
 STDMETHODIMP CFontDialog::get_Font(IFontDisp** result) noexcept {
-    return Guard(L"Font", result, [&] {
+    return Guard(result, [&] {
         OwnFont();
         return font_.As<IFontDisp>();
     });
 }
 
 STDMETHODIMP CFontDialog::get_FontType(EnumFonFontType* result) noexcept {
-    return Guard(L"FontType", result, [] { return EnumFonFontType{}; });
+    return Guard(result, [] { return EnumFonFontType{}; });
 }
 
-STDMETHODIMP CFontDialog::get_hWndParent(LONG* result) noexcept {
-    return Guard(L"hWndParent", result, [&] { return hWndParent_; });
-}
+STDMETHODIMP CFontDialog::get_hWndParent(LONG* result) noexcept { return Get(result, hWndParent_); }
 
-STDMETHODIMP CFontDialog::put_hWndParent(LONG* Value) noexcept {
-    return Guard(L"hWndParent", [&] { hWndParent_ = Given(Value); });
-}
+STDMETHODIMP CFontDialog::put_hWndParent(LONG* Value) noexcept { return Let(Value, hWndParent_); }
 
-STDMETHODIMP CFontDialog::get_Max(SHORT* result) noexcept {
-    return Guard(L"Max", result, [&] { return max_; });
-}
+STDMETHODIMP CFontDialog::get_Max(SHORT* result) noexcept { return Get(result, max_); }
 
-STDMETHODIMP CFontDialog::put_Max(SHORT* Value) noexcept {
-    return Guard(L"Max", [&] { max_ = Given(Value); });
-}
+STDMETHODIMP CFontDialog::put_Max(SHORT* Value) noexcept { return Let(Value, max_); }
 
-STDMETHODIMP CFontDialog::get_Min(SHORT* result) noexcept {
-    return Guard(L"Min", result, [&] { return min_; });
-}
+STDMETHODIMP CFontDialog::get_Min(SHORT* result) noexcept { return Get(result, min_); }
 
-STDMETHODIMP CFontDialog::put_Min(SHORT* Value) noexcept {
-    return Guard(L"Min", [&] { min_ = Given(Value); });
-}
+STDMETHODIMP CFontDialog::put_Min(SHORT* Value) noexcept { return Let(Value, min_); }
 
-STDMETHODIMP CFontDialog::get_Style(BSTR* result) noexcept {
-    return Guard(L"Style", result, [&] { return Bstr(style_); });
-}
+STDMETHODIMP CFontDialog::get_Style(BSTR* result) noexcept { return Get(result, style_); }
 
-STDMETHODIMP CFontDialog::put_Style(BSTR* Value) noexcept {
-    return Guard(L"Style", [&] { style_ = View(Given(Value)); });
-}
+STDMETHODIMP CFontDialog::put_Style(BSTR* Value) noexcept { return Let(Value, style_); }
 
 STDMETHODIMP CFontDialog::Show(VARIANT_BOOL* result) noexcept {
-    const ComPtr<_CFontDialog> alive(this);  // the client's code runs while the dialog is open
-    return Guard(L"Show", result, [&] {
+    return Guard(result, [&] {
         FontRecord record = Describe();
         LONG color = color_;
         if (!Choose(record, color)) return false;
@@ -203,15 +176,13 @@ void CFontDialog::TakeOver(const FontRecord& record) const {
 
 SHORT CFontDialog::PointsToHeight(SHORT points) const noexcept {
     SHORT height = 0;
-    Guard(L"PointsToHeight",
-          [&] { height = font_height::FromPoints(points, font_height::PixelsPerInch(ScreenDotsPerInch())); });
+    Guard([&] { height = font_height::FromPoints(points, font_height::PixelsPerInch(ScreenDotsPerInch())); });
     return height;
 }
 
 SHORT CFontDialog::HeightToPoints(LONG height) const noexcept {
     SHORT points = 0;
-    Guard(L"HeightToPoints",
-          [&] { points = font_height::ToPoints(height, font_height::PixelsPerInch(ScreenDotsPerInch())); });
+    Guard([&] { points = font_height::ToPoints(height, font_height::PixelsPerInch(ScreenDotsPerInch())); });
     return points;
 }
 

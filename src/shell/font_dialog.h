@@ -45,7 +45,7 @@ class CFontDialog final : public AutomationObject<_CFontDialog> {
     SHORT HeightToPoints(LONG height) const noexcept;
 
     LONG color_ = 0;
-    EnumFonFlags flags_ = static_cast<EnumFonFlags>(FonBoth | FonInitToLogFontStruct);
+    LONG flags_ = FonBoth | FonInitToLogFontStruct;
     ComPtr<IFont> font_;
     SHORT max_ = 0;
     SHORT min_ = 0;

@@ -30,38 +30,29 @@ constinit const ClassInfo CHtmlHelp::kInfo{
     .name = L"CHtmlHelp",
     .clsid = __uuidof(::CHtmlHelp),
     .iid = __uuidof(_CHtmlHelp),
-    .events = nullptr,
     .policy = FailurePolicy::PassOn,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
-STDMETHODIMP CHtmlHelp::get_HelpFile(BSTR* result) noexcept {
-    return Guard(L"HelpFile", result, [&] { return Bstr(helpFile_); });
-}
+STDMETHODIMP CHtmlHelp::get_HelpFile(BSTR* result) noexcept { return Get(result, helpFile_); }
 
-STDMETHODIMP CHtmlHelp::put_HelpFile(BSTR* strHelpFile) noexcept {
-    return Guard(L"HelpFile", [&] { helpFile_ = View(Given(strHelpFile)); });
-}
+STDMETHODIMP CHtmlHelp::put_HelpFile(BSTR* strHelpFile) noexcept { return Let(strHelpFile, helpFile_); }
 
-STDMETHODIMP CHtmlHelp::put_ParentHWND(LONG* lngParentHWND) noexcept {
-    return Guard(L"ParentHWND", [&] { parent_ = Given(lngParentHWND); });
-}
+STDMETHODIMP CHtmlHelp::put_ParentHWND(LONG* lngParentHWND) noexcept { return Let(lngParentHWND, parent_); }
 
 STDMETHODIMP CHtmlHelp::OpenContents() noexcept {
-    return Guard(L"OpenContents", [&] { Open(HH_DISPLAY_TOC, 0); });
+    return Guard([&] { Open(HH_DISPLAY_TOC, 0); });
 }
 
 STDMETHODIMP CHtmlHelp::OpenContext(LONG* lngContextID) noexcept {
-    return Guard(L"OpenContext", [&] { Open(HH_HELP_CONTEXT, static_cast<DWORD>(Given(lngContextID))); });
+    return Guard([&] { Open(HH_HELP_CONTEXT, static_cast<DWORD>(Given(lngContextID))); });
 }
 
 STDMETHODIMP CHtmlHelp::OpenFinder() noexcept {
-    return Guard(L"OpenFinder", [&] { Open(HH_DISPLAY_INDEX, 0); });
+    return Guard([&] { Open(HH_DISPLAY_INDEX, 0); });
 }
 
 STDMETHODIMP CHtmlHelp::OpenSearch() noexcept {
-    return Guard(L"OpenSearch", [&] {
+    return Guard([&] {
         HH_FTS_QUERY query{};
         query.cbStruct = sizeof(query);
         query.fExecute = TRUE;
@@ -70,7 +61,7 @@ STDMETHODIMP CHtmlHelp::OpenSearch() noexcept {
 }
 
 STDMETHODIMP CHtmlHelp::OpenTopic(BSTR* Topic) noexcept {
-    return Guard(L"OpenTopic", [&] {
+    return Guard([&] {
         const std::string topic = ToAnsiArgument(View(Given(Topic)));
         Open(HH_DISPLAY_TOPIC, reinterpret_cast<DWORD_PTR>(topic.c_str()));
     });

@@ -16,75 +16,41 @@ constinit const ClassInfo CPrintDialog::kInfo{
     .name = L"CPrintDialog",
     .clsid = __uuidof(::CPrintDialog),
     .iid = __uuidof(_CPrintDialog),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
-STDMETHODIMP CPrintDialog::get_Copies(SHORT* result) noexcept {
-    return Guard(L"Copies", result, [&] { return copies_; });
-}
+STDMETHODIMP CPrintDialog::get_Copies(SHORT* result) noexcept { return Get(result, copies_); }
 
-STDMETHODIMP CPrintDialog::put_Copies(SHORT* Value) noexcept {
-    return Guard(L"Copies", [&] { copies_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_Copies(SHORT* Value) noexcept { return Let(Value, copies_); }
 
-STDMETHODIMP CPrintDialog::get_Flags(EnumPriFlags* result) noexcept {
-    return Guard(L"Flags", result, [&] { return flags_; });
-}
+STDMETHODIMP CPrintDialog::get_Flags(EnumPriFlags* result) noexcept { return Get(result, flags_); }
 
-STDMETHODIMP CPrintDialog::put_Flags(EnumPriFlags* Value) noexcept {
-    return Guard(L"Flags", [&] { flags_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_Flags(EnumPriFlags* Value) noexcept { return Let(Value, flags_); }
 
-STDMETHODIMP CPrintDialog::get_FromPage(SHORT* result) noexcept {
-    return Guard(L"FromPage", result, [&] { return fromPage_; });
-}
+STDMETHODIMP CPrintDialog::get_FromPage(SHORT* result) noexcept { return Get(result, fromPage_); }
 
-STDMETHODIMP CPrintDialog::put_FromPage(SHORT* Value) noexcept {
-    return Guard(L"FromPage", [&] { fromPage_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_FromPage(SHORT* Value) noexcept { return Let(Value, fromPage_); }
 
-STDMETHODIMP CPrintDialog::get_ToPage(SHORT* result) noexcept {
-    return Guard(L"ToPage", result, [&] { return toPage_; });
-}
+STDMETHODIMP CPrintDialog::get_ToPage(SHORT* result) noexcept { return Get(result, toPage_); }
 
-STDMETHODIMP CPrintDialog::put_ToPage(SHORT* Value) noexcept {
-    return Guard(L"ToPage", [&] { toPage_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_ToPage(SHORT* Value) noexcept { return Let(Value, toPage_); }
 
-STDMETHODIMP CPrintDialog::get_Min(SHORT* result) noexcept {
-    return Guard(L"Min", result, [&] { return min_; });
-}
+STDMETHODIMP CPrintDialog::get_Min(SHORT* result) noexcept { return Get(result, min_); }
 
-STDMETHODIMP CPrintDialog::put_Min(SHORT* Value) noexcept {
-    return Guard(L"Min", [&] { min_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_Min(SHORT* Value) noexcept { return Let(Value, min_); }
 
-STDMETHODIMP CPrintDialog::get_Max(SHORT* result) noexcept {
-    return Guard(L"Max", result, [&] { return max_; });
-}
+STDMETHODIMP CPrintDialog::get_Max(SHORT* result) noexcept { return Get(result, max_); }
 
-STDMETHODIMP CPrintDialog::put_Max(SHORT* Value) noexcept {
-    return Guard(L"Max", [&] { max_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_Max(SHORT* Value) noexcept { return Let(Value, max_); }
 
-STDMETHODIMP CPrintDialog::get_hWndParent(LONG* result) noexcept {
-    return Guard(L"hWndParent", result, [&] { return hWndParent_; });
-}
+STDMETHODIMP CPrintDialog::get_hWndParent(LONG* result) noexcept { return Get(result, hWndParent_); }
 
-STDMETHODIMP CPrintDialog::put_hWndParent(LONG* Value) noexcept {
-    return Guard(L"hWndParent", [&] { hWndParent_ = Given(Value); });
-}
+STDMETHODIMP CPrintDialog::put_hWndParent(LONG* Value) noexcept { return Let(Value, hWndParent_); }
 
-STDMETHODIMP CPrintDialog::get_HDC(LONG* result) noexcept {
-    return Guard(L"HDC", result, [&] { return hdc_; });
-}
+STDMETHODIMP CPrintDialog::get_HDC(LONG* result) noexcept { return Get(result, hdc_); }
 
 STDMETHODIMP CPrintDialog::Show(VARIANT_BOOL* result) noexcept {
-    const ComPtr<_CPrintDialog> alive(this);  // the client's code runs while the dialog is open
-    return Guard(L"Show", result, [&] { return Choose(); });
+    return Guard(result, [&] { return Choose(); });
 }
 
 bool CPrintDialog::Choose() noexcept {
@@ -102,7 +68,7 @@ bool CPrintDialog::Choose() noexcept {
     fromPage_ = static_cast<SHORT>(record.nFromPage);
     toPage_ = static_cast<SHORT>(record.nToPage);
     copies_ = static_cast<SHORT>(record.nCopies);
-    flags_ = static_cast<EnumPriFlags>(record.Flags);
+    flags_ = static_cast<LONG>(record.Flags);
     return true;
 }
 

@@ -36,7 +36,7 @@ class CPrintDialog final : public AutomationObject<_CPrintDialog> {
     bool Choose() noexcept;
 
     SHORT copies_ = 0;
-    EnumPriFlags flags_{};
+    LONG flags_ = 0;
     SHORT fromPage_ = 0;
     SHORT toPage_ = 0;
     SHORT min_ = 1;

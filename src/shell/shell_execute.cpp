@@ -56,14 +56,11 @@ constinit const ClassInfo CShellExecute::kInfo{
     .name = L"CShellExecute",
     .clsid = __uuidof(::CShellExecute),
     .iid = __uuidof(_CShellExecute),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CShellExecute::get_StillExecuting(VARIANT_BOOL* result) noexcept {
-    return Guard(L"StillExecuting", result, [&] {
+    return Guard(result, [&] {
         DWORD exitCode = 0;
         return lastInstance_ != 0 && GetExitCodeProcess(lastProcess_, &exitCode) && exitCode == STILL_ACTIVE;
     });
@@ -71,7 +68,7 @@ STDMETHODIMP CShellExecute::get_StillExecuting(VARIANT_BOOL* result) noexcept {
 
 STDMETHODIMP CShellExecute::Explore(LONG* lnghWnd, BSTR* strFolder, EnumShellExecuteShowStyles* eShowStyle,
                                     EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"Explore", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Hand(lnghWnd, "explore", Ansi(strFolder), ShowCommand(eShowStyle));
     });
@@ -80,7 +77,7 @@ STDMETHODIMP CShellExecute::Explore(LONG* lnghWnd, BSTR* strFolder, EnumShellExe
 STDMETHODIMP CShellExecute::LaunchDocument(LONG* lnghWnd, BSTR* strDocument, BSTR* strStartIn,
                                            EnumShellExecuteShowStyles* eShowStyle,
                                            EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"LaunchDocument", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Start(lnghWnd, Ansi(strDocument), "", Ansi(strStartIn), ShowCommand(eShowStyle));
     });
@@ -88,7 +85,7 @@ STDMETHODIMP CShellExecute::LaunchDocument(LONG* lnghWnd, BSTR* strDocument, BST
 
 STDMETHODIMP CShellExecute::LaunchEmail(LONG* lnghWnd, BSTR* strAddress, EnumShellExecuteShowStyles* eShowStyle,
                                         EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"LaunchEmail", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Hand(lnghWnd, nullptr, "mailto:" + Ansi(strAddress), ShowCommand(eShowStyle));
     });
@@ -96,7 +93,7 @@ STDMETHODIMP CShellExecute::LaunchEmail(LONG* lnghWnd, BSTR* strAddress, EnumShe
 
 STDMETHODIMP CShellExecute::LaunchFolder(LONG* lnghWnd, BSTR* strFolder, EnumShellExecuteShowStyles* eShowStyle,
                                          EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"LaunchFolder", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Hand(lnghWnd, "open", Ansi(strFolder), ShowCommand(eShowStyle));
     });
@@ -105,7 +102,7 @@ STDMETHODIMP CShellExecute::LaunchFolder(LONG* lnghWnd, BSTR* strFolder, EnumShe
 STDMETHODIMP CShellExecute::LaunchProgram(LONG* lnghWnd, BSTR* strProgram, BSTR* strParameters, BSTR* strStartIn,
                                           EnumShellExecuteShowStyles* eShowStyle,
                                           EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"LaunchProgram", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Start(lnghWnd, Ansi(strProgram), AnsiOrEmpty(strParameters), AnsiOrEmpty(strStartIn),
                      ShowCommand(eShowStyle));
@@ -114,14 +111,14 @@ STDMETHODIMP CShellExecute::LaunchProgram(LONG* lnghWnd, BSTR* strProgram, BSTR*
 
 STDMETHODIMP CShellExecute::LaunchURL(LONG* lnghWnd, BSTR* strURL, EnumShellExecuteShowStyles* eShowStyle,
                                       EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"LaunchURL", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Hand(lnghWnd, nullptr, Ansi(strURL), ShowCommand(eShowStyle));
     });
 }
 
 STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, EnumShellExecuteErrors* result) noexcept {
-    return Guard(L"PrintDocument", result, [&] {
+    return Guard(result, [&] {
         Forget();
         return Hand(lnghWnd, "print", Ansi(strDocument), SW_HIDE);
     });
@@ -129,18 +126,14 @@ STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, Enum
 
 // An unexpected failure is shown; the two errors that belong to this member reach the caller.
 STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) noexcept {
-    const ComPtr<_CShellExecute> alive(this);  // the shell dispatches messages, and a handler may drop the object
-    bool exists = true;
-    bool shown = true;
-    const HRESULT trapped = Guard(L"ShowProperties", [&] {
+    return Guard([&] {
         const std::wstring path(View(Given(PathFileName)));
-        exists = FileExists(path);
-        if (exists) shown = ShellShowsProperties(ToAnsi(path), WindowFrom(HWndOwner ? *HWndOwner : 0));
-    });
-    if (FAILED(trapped)) return trapped;
-    return PassOn([&] {
-        if (!exists) throw RuntimeError(Error::FileNotFound);
-        if (!shown) throw kCanNotShowProperties;
+        const bool exists = FileExists(path);
+        const bool shown = exists && ShellShowsProperties(ToAnsi(path), WindowFrom(HWndOwner ? *HWndOwner : 0));
+        return PassOn([&] {
+            if (!exists) throw RuntimeError(Error::FileNotFound);
+            if (!shown) throw kCanNotShowProperties;
+        });
     });
 }
 
@@ -155,7 +148,6 @@ EnumShellExecuteErrors CShellExecute::Hand(LONG* owner, const char* verb, const 
 
 EnumShellExecuteErrors CShellExecute::Start(LONG* owner, const std::string& file, const std::string& parameters,
                                             const std::string& folder, int show) {
-    const ComPtr<_CShellExecute> alive(this);  // as above
     // Deliberate: a capital letter here, none in the other verbs.
     SHELLEXECUTEINFOA order = Order(LaunchMask(), WindowFrom(Given(owner)), "Open", file.c_str());
     order.lpParameters = parameters.c_str();

@@ -76,15 +76,12 @@ constinit const ClassInfo CAPIDisks::kInfo{
     .name = L"CAPIDisks",
     .clsid = __uuidof(::CAPIDisks),
     .iid = __uuidof(_CAPIDisks),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 std::string CAPIDisks::Root(SHORT position) const noexcept {
     std::string root;
-    Guard(L"LogicalDrives", [&] {
+    GuardAs("LogicalDrives", [&] {
         std::string list = Buffer();
         const DWORD length = GetLogicalDriveStringsA(kBufferSize, list.data());
         root = RootAt(list, length, position);
@@ -94,7 +91,7 @@ std::string CAPIDisks::Root(SHORT position) const noexcept {
 
 std::optional<CAPIDisks::Volume> CAPIDisks::GetDriveInfo(SHORT position) const noexcept {
     std::optional<Volume> volume;
-    Guard(L"GetDriveInfo", [&] {
+    Guard([&] {
         Volume found(Root(position));
         if (found.readable) volume = std::move(found);
     });
@@ -102,75 +99,72 @@ std::optional<CAPIDisks::Volume> CAPIDisks::GetDriveInfo(SHORT position) const n
 }
 
 template <class T, class Fact>
-HRESULT CAPIDisks::Tell(const wchar_t* member, SHORT* position, T* result, Fact fact) const noexcept {
-    return Guard(member, result, [&] {
+HRESULT CAPIDisks::Tell(SHORT* position, T* result, Fact fact, const char* member) const noexcept {
+    return GuardAs(member, result, [&] {
         const auto volume = GetDriveInfo(Given(position));
         return volume ? fact(*volume) : decltype(fact(*volume))();
     });
 }
 
 STDMETHODIMP CAPIDisks::get_DiskFreeSpace(SHORT* intValue, DOUBLE* result) noexcept {
-    return Guard(L"DiskFreeSpace", result, [&] { return SpaceOf(Root(Given(intValue))).free; });
+    return Guard(result, [&] { return SpaceOf(Root(Given(intValue))).free; });
 }
 
 STDMETHODIMP CAPIDisks::get_DiskTotalSpace(SHORT* intValue, DOUBLE* result) noexcept {
-    return Guard(L"DiskTotalSpace", result, [&] { return SpaceOf(Root(Given(intValue))).total; });
+    return Guard(result, [&] { return SpaceOf(Root(Given(intValue))).total; });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFileSystemType(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(L"DriveFileSystemType", intValue, result,
-                [](const Volume& volume) { return FromAnsiBuffer(volume.fileSystem); });
+    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.fileSystem); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFlags(SHORT* intValue, LONG* result) noexcept {
-    return Tell(L"DriveFlags", intValue, result, [](const Volume& volume) { return static_cast<LONG>(volume.flags); });
+    return Tell(intValue, result, [](const Volume& volume) { return static_cast<LONG>(volume.flags); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveLabel(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(L"DriveLabel", intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.label); });
+    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.label); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveSerialNumber(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(L"DriveSerialNumber", intValue, result,
-                [](const Volume& volume) { return FromAnsiBuffer(HexText(volume.serial)); });
+    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(HexText(volume.serial)); });
 }
 
 // The type is asked for only when the volume can be read, so an empty CD drive has type 0.
 STDMETHODIMP CAPIDisks::get_DriveType(SHORT* intValue, LONG* result) noexcept {
-    return Tell(L"DriveType", intValue, result,
+    return Tell(intValue, result,
                 [](const Volume& volume) { return static_cast<LONG>(GetDriveTypeA(volume.root.c_str())); });
 }
 
 STDMETHODIMP CAPIDisks::get_LogicalDrives(SHORT* intValue, BSTR* result) noexcept {
-    return Guard(L"LogicalDrives", result, [&] { return FromAnsiBuffer(Root(Given(intValue))); });
+    return Guard(result, [&] { return FromAnsiBuffer(Root(Given(intValue))); });
 }
 
 STDMETHODIMP CAPIDisks::DriveLetterFromNumber(SHORT* intDrive, BSTR* result) noexcept {
-    return Guard(L"DriveLetterFromNumber", result, [&] {
+    return Guard(result, [&] {
         const char letter = DriveLetter(Given(intDrive));
         return Bstr(Wide(FromAnsi({&letter, 1})));
     });
 }
 
 STDMETHODIMP CAPIDisks::DriveTypeToString(LONG* lngDriveType, BSTR* result) noexcept {
-    return Guard(L"DriveTypeToString", result, [&] { return FromAnsiBuffer(DriveTypeText(Given(lngDriveType))); });
+    return Guard(result, [&] { return FromAnsiBuffer(DriveTypeText(Given(lngDriveType))); });
 }
 
 STDMETHODIMP CAPIDisks::GetDriveCount(SHORT* result) noexcept {
-    return Guard(L"GetDriveCount", result, [&] { return static_cast<SHORT>(CountDrives(GetLogicalDrives())); });
+    return Guard(result, [&] { return static_cast<SHORT>(CountDrives(GetLogicalDrives())); });
 }
 
 STDMETHODIMP CAPIDisks::IsDriveReady(SHORT* intDrive, VARIANT_BOOL* result) noexcept {
-    return Guard(L"IsDriveReady", result, [&] { return Volume(Root(Given(intDrive))).lastError == 0; });
+    return Guard(result, [&] { return Volume(Root(Given(intDrive))).lastError == 0; });
 }
 
 STDMETHODIMP CAPIDisks::VolumeFlagsToString(LONG* lngFlags, BSTR* result) noexcept {
-    return Guard(L"VolumeFlagsToString", result,
-                 [&] { return FromAnsiBuffer(VolumeFlagsText(static_cast<std::uint32_t>(Given(lngFlags)))); });
+    return Guard(result, [&] { return FromAnsiBuffer(VolumeFlagsText(static_cast<std::uint32_t>(Given(lngFlags)))); });
 }
 
 STDMETHODIMP CAPIDisks::WriteVolumeLabel(SHORT* intDrive, BSTR* strLabel) noexcept {
-    return Guard(L"WriteVolumeLabel", [&] {
+    return Guard([&] {
         const NoDiskPrompts quiet;
         const std::string label = ToAnsi(View(Given(strLabel)));
         SetVolumeLabelA(Root(Given(intDrive)).c_str(), label.c_str());

@@ -32,83 +32,76 @@ constinit const ClassInfo CComputerInfo::kInfo{
     .name = L"CComputerInfo",
     .clsid = __uuidof(::CComputerInfo),
     .iid = __uuidof(_CComputerInfo),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CComputerInfo::get_ActiveProcessorMask(LONG* result) noexcept {
-    return Guard(L"ActiveProcessorMask", result, [] { return static_cast<LONG>(System().dwActiveProcessorMask); });
+    return Guard(result, [] { return static_cast<LONG>(System().dwActiveProcessorMask); });
 }
 
 STDMETHODIMP CComputerInfo::get_AllocationGranularity(LONG* result) noexcept {
-    return Guard(L"AllocationGranularity", result, [] { return static_cast<LONG>(System().dwAllocationGranularity); });
+    return Guard(result, [] { return static_cast<LONG>(System().dwAllocationGranularity); });
 }
 
 STDMETHODIMP CComputerInfo::get_CompareExchangeDouble(VARIANT_BOOL* result) noexcept {
-    return Guard(L"CompareExchangeDouble", result,
-                 [] { return IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE_DOUBLE) != FALSE; });
+    return Guard(result, [] { return IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE_DOUBLE) != FALSE; });
 }
 
 STDMETHODIMP CComputerInfo::get_FloatingPointEmulated(VARIANT_BOOL* result) noexcept {
-    return Guard(L"FloatingPointEmulated", result,
-                 [] { return IsProcessorFeaturePresent(PF_FLOATING_POINT_EMULATED) != FALSE; });
+    return Guard(result, [] { return IsProcessorFeaturePresent(PF_FLOATING_POINT_EMULATED) != FALSE; });
 }
 
 STDMETHODIMP CComputerInfo::get_FloatingPointError(VARIANT_BOOL* result) noexcept {
-    return Guard(L"FloatingPointError", result,
-                 [] { return IsProcessorFeaturePresent(PF_FLOATING_POINT_PRECISION_ERRATA) != FALSE; });
+    return Guard(result, [] { return IsProcessorFeaturePresent(PF_FLOATING_POINT_PRECISION_ERRATA) != FALSE; });
 }
 
 STDMETHODIMP CComputerInfo::get_LowMemory(VARIANT_BOOL* result) noexcept {
-    return Guard(L"LowMemory", result, [] { return IsCalled(kLowMemory); });
+    return Guard(result, [] { return IsCalled(kLowMemory); });
 }
 
 STDMETHODIMP CComputerInfo::get_MaxAppAddress(LONG* result) noexcept {
-    return Guard(L"MaxAppAddress", result, [] { return AddressOf(System().lpMaximumApplicationAddress); });
+    return Guard(result, [] { return AddressOf(System().lpMaximumApplicationAddress); });
 }
 
 STDMETHODIMP CComputerInfo::get_MinAppAddress(LONG* result) noexcept {
-    return Guard(L"MinAppAddress", result, [] { return AddressOf(System().lpMinimumApplicationAddress); });
+    return Guard(result, [] { return AddressOf(System().lpMinimumApplicationAddress); });
 }
 
 STDMETHODIMP CComputerInfo::get_MMXAvailable(VARIANT_BOOL* result) noexcept {
-    return Guard(L"MMXAvailable", result,
-                 [] { return IsProcessorFeaturePresent(PF_MMX_INSTRUCTIONS_AVAILABLE) != FALSE; });
+    return Guard(result, [] { return IsProcessorFeaturePresent(PF_MMX_INSTRUCTIONS_AVAILABLE) != FALSE; });
 }
 
 STDMETHODIMP CComputerInfo::get_NumberOfProcessors(LONG* result) noexcept {
-    return Guard(L"NumberOfProcessors", result, [] { return static_cast<LONG>(System().dwNumberOfProcessors); });
+    return Guard(result, [] { return static_cast<LONG>(System().dwNumberOfProcessors); });
 }
 
 STDMETHODIMP CComputerInfo::get_PageSize(LONG* result) noexcept {
-    return Guard(L"PageSize", result, [] { return static_cast<LONG>(System().dwPageSize); });
+    return Guard(result, [] { return static_cast<LONG>(System().dwPageSize); });
 }
 
 STDMETHODIMP CComputerInfo::get_ProcessorArchitecture(EnumProcessorArchitecture* result) noexcept {
-    return Guard(L"ProcessorArchitecture", result,
+    return Guard(result,
                  [] { return static_cast<EnumProcessorArchitecture>(Widened(System().wProcessorArchitecture)); });
 }
 
 STDMETHODIMP CComputerInfo::get_ProcessorLevel(LONG* result) noexcept {
-    return Guard(L"ProcessorLevel", result, [] { return Widened(System().wProcessorLevel); });
+    return Guard(result, [] { return Widened(System().wProcessorLevel); });
 }
 
 STDMETHODIMP CComputerInfo::get_ProcessorRevision(LONG* result) noexcept {
-    return Guard(L"ProcessorRevision", result, [] { return Widened(System().wProcessorRevision); });
+    return Guard(result, [] { return Widened(System().wProcessorRevision); });
 }
 
 STDMETHODIMP CComputerInfo::get_ProcessorType(EnumProcessorType* result) noexcept {
-    return Guard(L"ProcessorType", result, [] { return static_cast<EnumProcessorType>(System().dwProcessorType); });
+    return Guard(result, [] { return static_cast<EnumProcessorType>(System().dwProcessorType); });
 }
 
 STDMETHODIMP CComputerInfo::get_SlowGraphics(VARIANT_BOOL* result) noexcept {
-    return Guard(L"SlowGraphics", result, [] { return IsCalled(kSlowGraphics); });
+    return Guard(result, [] { return IsCalled(kSlowGraphics); });
 }
 
 STDMETHODIMP CComputerInfo::get_SlowMachine(VARIANT_BOOL* result) noexcept {
-    return Guard(L"SlowMachine", result, [] { return IsCalled(kSlowProcessor); });
+    return Guard(result, [] { return IsCalled(kSlowProcessor); });
 }
 
 }  // namespace velk

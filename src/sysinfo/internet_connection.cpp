@@ -53,38 +53,35 @@ constinit const ClassInfo CInternetConnection::kInfo{
     .name = L"CInternetConnection",
     .clsid = __uuidof(::CInternetConnection),
     .iid = __uuidof(_CInternetConnection),
-    .events = nullptr,
     .policy = FailurePolicy::ComponentFailure,
     .componentFailure = eErrInternetConnection_ComponentFailure,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CInternetConnection::get_Connected(VARIANT_BOOL* result) noexcept {
-    return Guard(L"Connected", result, [] { return QueryConnection().connected != FALSE; });
+    return Guard(result, [] { return QueryConnection().connected != FALSE; });
 }
 
 STDMETHODIMP CInternetConnection::get_ConnectionName(BSTR* result) noexcept {
-    return Guard(L"ConnectionName", result, [] { return FromAnsiBuffer(QueryConnection().name); });
+    return Guard(result, [] { return FromAnsiBuffer(QueryConnection().name); });
 }
 
 STDMETHODIMP CInternetConnection::get_ConnectionType(EConnectionType* result) noexcept {
-    return Guard(L"ConnectionType", result,
-                 [] { return static_cast<EConnectionType>(ConnectionOf(QueryConnection().flags)); });
+    return Guard(result, [] { return static_cast<EConnectionType>(ConnectionOf(QueryConnection().flags)); });
 }
 
 STDMETHODIMP CInternetConnection::get_RasInstalled(VARIANT_BOOL* result) noexcept {
-    return Guard(L"RasInstalled", result, [] { return (QueryConnection().flags & kConnectionRasInstalled) != 0; });
+    return Guard(result, [] { return (QueryConnection().flags & kConnectionRasInstalled) != 0; });
 }
 
 STDMETHODIMP CInternetConnection::get_WorkMode(EWorkMode* result) noexcept {
-    return Guard(L"WorkMode", result, [] {
+    return Guard(result, [] {
         return (QueryConnection().flags & kConnectionOffline) != 0 ? eWorkMode_Offline : eWorkMode_Online;
     });
 }
 
 STDMETHODIMP CInternetConnection::put_WorkMode(EWorkMode* eMode) noexcept {
-    return Guard(L"WorkMode", [&] {
-        INTERNET_CONNECTED_INFO request = RequestFor(Given(reinterpret_cast<LONG*>(eMode)));
+    return Guard([&] {
+        INTERNET_CONNECTED_INFO request = RequestFor(Given(AsNumber(eMode)));
         const auto& set = InternetFunction<decltype(InternetSetOptionA)>("InternetSetOptionA");
         if (!set(nullptr, INTERNET_OPTION_CONNECTED_STATE, &request, sizeof request)) throw kCannotSetOption;
     });

@@ -24,38 +24,35 @@ constinit const ClassInfo CMemoryStatus::kInfo{
     .name = L"CMemoryStatus",
     .clsid = __uuidof(::CMemoryStatus),
     .iid = __uuidof(_CMemoryStatus),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP CMemoryStatus::get_AvailablePageFile(LONG* result) noexcept {
-    return Guard(L"AvailablePageFile", result, [] { return Bytes(Memory().dwAvailPageFile); });
+    return Guard(result, [] { return Bytes(Memory().dwAvailPageFile); });
 }
 
 STDMETHODIMP CMemoryStatus::get_AvailablePhysical(LONG* result) noexcept {
-    return Guard(L"AvailablePhysical", result, [] { return Bytes(Memory().dwAvailPhys); });
+    return Guard(result, [] { return Bytes(Memory().dwAvailPhys); });
 }
 
 STDMETHODIMP CMemoryStatus::get_AvailableVirtual(LONG* result) noexcept {
-    return Guard(L"AvailableVirtual", result, [] { return Bytes(Memory().dwAvailVirtual); });
+    return Guard(result, [] { return Bytes(Memory().dwAvailVirtual); });
 }
 
 STDMETHODIMP CMemoryStatus::get_MemoryLoad(LONG* result) noexcept {
-    return Guard(L"MemoryLoad", result, [] { return static_cast<LONG>(Memory().dwMemoryLoad); });
+    return Guard(result, [] { return static_cast<LONG>(Memory().dwMemoryLoad); });
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalPageFile(LONG* result) noexcept {
-    return Guard(L"TotalPageFile", result, [] { return Bytes(Memory().dwTotalPageFile); });
+    return Guard(result, [] { return Bytes(Memory().dwTotalPageFile); });
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalPhysical(LONG* result) noexcept {
-    return Guard(L"TotalPhysical", result, [] { return Bytes(Memory().dwTotalPhys); });
+    return Guard(result, [] { return Bytes(Memory().dwTotalPhys); });
 }
 
 STDMETHODIMP CMemoryStatus::get_TotalVirtual(LONG* result) noexcept {
-    return Guard(L"TotalVirtual", result, [] { return Bytes(Memory().dwTotalVirtual); });
+    return Guard(result, [] { return Bytes(Memory().dwTotalVirtual); });
 }
 
 }  // namespace velk

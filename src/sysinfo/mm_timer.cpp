@@ -15,10 +15,7 @@ constinit const ClassInfo CMMTimer::kInfo{
     .name = L"CMMTimer",
     .clsid = __uuidof(::CMMTimer),
     .iid = __uuidof(_CMMTimer),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 CMMTimer::CMMTimer() noexcept
@@ -32,21 +29,17 @@ LONG CMMTimer::Now() const {
 // An overflow is reported by this procedure and counts as 0; its callers go on.
 LONG CMMTimer::GetCurrentElapsedTime() const noexcept {
     LONG run = 0;
-    Guard(L"GetCurrentElapsedTime", [&] {
+    Guard([&] {
         if (watch_.IsRunning()) run = watch_.RunUntil(Now());
     });
     return run;
 }
 
 STDMETHODIMP CMMTimer::get_ElapsedTime(DOUBLE* result) noexcept {
-    const ComPtr<_CMMTimer> alive(this);  // while an overflow is shown the client may drop the object
-    return Guard(L"ElapsedTime", result,
-                 [&] { return static_cast<double>(watch_.TotalWith(GetCurrentElapsedTime())) / scaleFactor_; });
+    return Guard(result, [&] { return static_cast<double>(watch_.TotalWith(GetCurrentElapsedTime())) / scaleFactor_; });
 }
 
-STDMETHODIMP CMMTimer::get_ScaleFactor(LONG* result) noexcept {
-    return Guard(L"ScaleFactor", result, [&] { return scaleFactor_; });
-}
+STDMETHODIMP CMMTimer::get_ScaleFactor(LONG* result) noexcept { return Get(result, scaleFactor_); }
 
 STDMETHODIMP CMMTimer::put_ScaleFactor(LONG lngFactor) noexcept {
     if (lngFactor > 0) scaleFactor_ = lngFactor;
@@ -54,18 +47,19 @@ STDMETHODIMP CMMTimer::put_ScaleFactor(LONG lngFactor) noexcept {
 }
 
 STDMETHODIMP CMMTimer::StartTimer() noexcept {
-    return Guard(L"StartTimer", [&] { watch_.Start(Now()); });
+    return Guard([&] { watch_.Start(Now()); });
 }
 
 STDMETHODIMP CMMTimer::StopTimer() noexcept {
-    const ComPtr<_CMMTimer> alive(this);  // as above
-    const HRESULT added = Guard(L"StopTimer", [&] { watch_.Add(GetCurrentElapsedTime()); });
-    watch_.Stop();  // also after an overflow
-    return added;
+    return Guard([&] {
+        const LONG run = GetCurrentElapsedTime();
+        watch_.Stop();  // also when the sum overflows
+        watch_.Add(run);
+    });
 }
 
 STDMETHODIMP CMMTimer::ResumeTimer() noexcept {
-    return Guard(L"ResumeTimer", [&] { watch_.Resume(Now()); });
+    return Guard([&] { watch_.Resume(Now()); });
 }
 
 }  // namespace velk

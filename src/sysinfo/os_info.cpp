@@ -86,33 +86,30 @@ constinit const ClassInfo COSInfo::kInfo{
     .name = L"COSInfo",
     .clsid = __uuidof(::COSInfo),
     .iid = __uuidof(_COSInfo),
-    .events = nullptr,
     .policy = FailurePolicy::Report,
-    .componentFailure = S_OK,
-    .creationFailed = nullptr,
 };
 
 STDMETHODIMP COSInfo::get_Beep(VARIANT_BOOL* result) noexcept {
-    return Guard(L"Beep", result, [] { return SystemParameter<BOOL>(SPI_GETBEEP) != FALSE; });
+    return Guard(result, [] { return SystemParameter<BOOL>(SPI_GETBEEP) != FALSE; });
 }
 
 STDMETHODIMP COSInfo::put_Beep(VARIANT_BOOL* blnValue) noexcept {
-    return Guard(L"Beep", [&] { SetSystemParameter(SPI_SETBEEP, Given(blnValue) ? TRUE : FALSE); });
+    return Guard([&] { SetSystemParameter(SPI_SETBEEP, Given(blnValue) ? TRUE : FALSE); });
 }
 
 STDMETHODIMP COSInfo::get_ComputerName(BSTR* result) noexcept {
-    return Guard(L"ComputerName", result, [] {
+    return Guard(result, [] {
         DWORD size = kNameSize;
         return Filled(kNameSize, '\0', [&](char* name) { GetComputerNameA(name, &size); });
     });
 }
 
 STDMETHODIMP COSInfo::put_ComputerName(BSTR* strName) noexcept {
-    return Guard(L"ComputerName", [&] { SetComputerNameA(ToAnsi(View(Given(strName))).c_str()); });
+    return Guard([&] { SetComputerNameA(ToAnsi(View(Given(strName))).c_str()); });
 }
 
 STDMETHODIMP COSInfo::get_CurrentHardwareProfile(BSTR* result) noexcept {
-    return Guard(L"CurrentHardwareProfile", result, [] {
+    return Guard(result, [] {
         HW_PROFILE_INFOA profile{};
         GetCurrentHwProfileA(&profile);
         return FromAnsiBuffer({profile.szHwProfileName, sizeof profile.szHwProfileName});
@@ -120,22 +117,22 @@ STDMETHODIMP COSInfo::get_CurrentHardwareProfile(BSTR* result) noexcept {
 }
 
 STDMETHODIMP COSInfo::get_DefaultCompanyName(BSTR* result) noexcept {
-    return Guard(L"DefaultCompanyName", result, [] { return UserInfo("DefCompany"); });
+    return Guard(result, [] { return UserInfo("DefCompany"); });
 }
 
 STDMETHODIMP COSInfo::get_DefaultUserName(BSTR* result) noexcept {
-    return Guard(L"DefaultUserName", result, [] { return UserInfo("DefName"); });
+    return Guard(result, [] { return UserInfo("DefName"); });
 }
 
 STDMETHODIMP COSInfo::get_DisplayColors(LONG* result) noexcept {
-    return Guard(L"DisplayColors", result, [] {
+    return Guard(result, [] {
         const int bits = ScreenCapability(BITSPIXEL) * ScreenCapability(PLANES);
         return bits == 32 ? -1 : RoundToLong(std::ldexp(1.0, bits));
     });
 }
 
 STDMETHODIMP COSInfo::get_GUID(BSTR* result) noexcept {
-    return Guard(L"GUID", result, [] {
+    return Guard(result, [] {
         ::GUID made{};
         CoCreateGuid(&made);
         return FromAnsiBuffer(IdentifierText(made.Data1, made.Data2, made.Data3, made.Data4));
@@ -143,7 +140,7 @@ STDMETHODIMP COSInfo::get_GUID(BSTR* result) noexcept {
 }
 
 STDMETHODIMP COSInfo::get_Language(BSTR* result) noexcept {
-    return Guard(L"Language", result, [] {
+    return Guard(result, [] {
         return Filled(kNameSize, ' ',
                       [](char* name) { GetLocaleInfoA(GetUserDefaultLCID(), LOCALE_SENGLANGUAGE, name, kNameSize); });
     });
@@ -151,54 +148,52 @@ STDMETHODIMP COSInfo::get_Language(BSTR* result) noexcept {
 
 // Deliberate: finer screens than 120 pixels per inch have no large fonts.
 STDMETHODIMP COSInfo::get_LargeFonts(VARIANT_BOOL* result) noexcept {
-    return Guard(L"LargeFonts", result, [] { return ScreenCapability(LOGPIXELSX) == 120; });
+    return Guard(result, [] { return ScreenCapability(LOGPIXELSX) == 120; });
 }
 
 STDMETHODIMP COSInfo::get_OSAdditional(BSTR* result) noexcept {
-    return Guard(L"OSAdditional", result, [] {
+    return Guard(result, [] {
         const OSVERSIONINFOA version = Version();
         return FromAnsiBuffer({version.szCSDVersion, sizeof version.szCSDVersion});
     });
 }
 
 STDMETHODIMP COSInfo::get_OSBuild(LONG* result) noexcept {
-    return Guard(L"OSBuild", result, [] { return static_cast<LONG>(Version().dwBuildNumber & kBuildMask); });
+    return Guard(result, [] { return static_cast<LONG>(Version().dwBuildNumber & kBuildMask); });
 }
 
 STDMETHODIMP COSInfo::get_OSMajorVersion(LONG* result) noexcept {
-    return Guard(L"OSMajorVersion", result, [] { return static_cast<LONG>(Version().dwMajorVersion); });
+    return Guard(result, [] { return static_cast<LONG>(Version().dwMajorVersion); });
 }
 
 STDMETHODIMP COSInfo::get_OSMinorVersion(LONG* result) noexcept {
-    return Guard(L"OSMinorVersion", result, [] { return static_cast<LONG>(Version().dwMinorVersion); });
+    return Guard(result, [] { return static_cast<LONG>(Version().dwMinorVersion); });
 }
 
 STDMETHODIMP COSInfo::get_ScreenSaverActive(VARIANT_BOOL* result) noexcept {
-    return Guard(L"ScreenSaverActive", result, [] { return SystemParameter<BOOL>(SPI_GETSCREENSAVEACTIVE) != FALSE; });
+    return Guard(result, [] { return SystemParameter<BOOL>(SPI_GETSCREENSAVEACTIVE) != FALSE; });
 }
 
 STDMETHODIMP COSInfo::put_ScreenSaverActive(VARIANT_BOOL* blnValue) noexcept {
-    return Guard(L"ScreenSaverActive",
-                 [&] { SetSystemParameter(SPI_SETSCREENSAVEACTIVE, Given(blnValue) ? TRUE : FALSE); });
+    return Guard([&] { SetSystemParameter(SPI_SETSCREENSAVEACTIVE, Given(blnValue) ? TRUE : FALSE); });
 }
 
 STDMETHODIMP COSInfo::get_ScreenSaverTimeout(LONG* result) noexcept {
-    return Guard(L"ScreenSaverTimeout", result, [] { return SystemParameter<LONG>(SPI_GETSCREENSAVETIMEOUT); });
+    return Guard(result, [] { return SystemParameter<LONG>(SPI_GETSCREENSAVETIMEOUT); });
 }
 
 STDMETHODIMP COSInfo::put_ScreenSaverTimeout(LONG* lngSeconds) noexcept {
-    return Guard(L"ScreenSaverTimeout",
-                 [&] { SetSystemParameter(SPI_SETSCREENSAVETIMEOUT, static_cast<UINT>(Given(lngSeconds))); });
+    return Guard([&] { SetSystemParameter(SPI_SETSCREENSAVETIMEOUT, static_cast<UINT>(Given(lngSeconds))); });
 }
 
 STDMETHODIMP COSInfo::get_SystemDirectory(BSTR* result) noexcept {
-    return Guard(L"SystemDirectory", result,
+    return Guard(result,
                  [] { return Filled(MAX_PATH, '\0', [](char* folder) { GetSystemDirectoryA(folder, MAX_PATH); }); });
 }
 
 // The fixed unique number is deliberate: the platform then only builds the name, the same at every call.
 STDMETHODIMP COSInfo::get_TempFile(BSTR* strPrefix, BSTR* result) noexcept {
-    return Guard(L"TempFile", result, [&] {
+    return Guard(result, [&] {
         const std::string prefix = ToAnsi(View(Given(strPrefix)));
         std::string name(kTempPathSize, ' ');
         name.resize(MAX_PATH);  // what the platform may write
@@ -208,34 +203,33 @@ STDMETHODIMP COSInfo::get_TempFile(BSTR* strPrefix, BSTR* result) noexcept {
 }
 
 STDMETHODIMP COSInfo::get_TempPath(BSTR* result) noexcept {
-    return Guard(L"TempPath", result, [] { return FromAnsiBuffer(TempFolder()); });
+    return Guard(result, [] { return FromAnsiBuffer(TempFolder()); });
 }
 
 STDMETHODIMP COSInfo::get_UserName(BSTR* result) noexcept {
-    return Guard(L"UserName", result, [] {
+    return Guard(result, [] {
         DWORD size = kNameSize;
         return Filled(kNameSize, '\0', [&](char* name) { GetUserNameA(name, &size); });
     });
 }
 
 STDMETHODIMP COSInfo::get_WindowsDirectory(BSTR* result) noexcept {
-    return Guard(L"WindowsDirectory", result,
+    return Guard(result,
                  [] { return Filled(MAX_PATH, '\0', [](char* folder) { GetWindowsDirectoryA(folder, MAX_PATH); }); });
 }
 
 STDMETHODIMP COSInfo::get_WindowsType(EnumWindowsType* result) noexcept {
-    return Guard(L"WindowsType", result, [] { return static_cast<EnumWindowsType>(Version().dwPlatformId); });
+    return Guard(result, [] { return static_cast<EnumWindowsType>(Version().dwPlatformId); });
 }
 
 STDMETHODIMP COSInfo::get_WindowsUpTime(LONG* result) noexcept {
-    return Guard(L"WindowsUpTime", result, [] { return MinutesFromTicks(GetTickCount()); });
+    return Guard(result, [] { return MinutesFromTicks(GetTickCount()); });
 }
 
 // Each of the four is a step of its own: one that does not fit is reported and the others are still given. The reports
 // come last, since the client's code, which runs while one is open, may do what it likes with its variables.
 STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth, SHORT* intHeight) noexcept {
-    const ComPtr<_COSInfo> alive(this);  // or with the object
-    return Guard(L"GetWorkArea", [&] {
+    return Guard([&] {
         const auto area = SystemParameter<RECT>(SPI_GETWORKAREA);
         const std::pair<SHORT&, std::int64_t> answers[] = {
             {Given(intLeft), area.left},
@@ -251,7 +245,7 @@ STDMETHODIMP COSInfo::GetWorkArea(SHORT* intLeft, SHORT* intTop, SHORT* intWidth
                 ++overflows;
             }
         }
-        for (; overflows > 0; --overflows) Guard(L"GetWorkArea", [] { throw RuntimeError(Error::Overflow); });
+        for (; overflows > 0; --overflows) GuardAs("GetWorkArea", [] { throw RuntimeError(Error::Overflow); });
     });
 }
 

@@ -12,7 +12,6 @@ constexpr ClassInfo InfoFor(FailurePolicy policy) {
         .name = L"CShapes",
         .clsid = __uuidof(::CShapes),
         .iid = __uuidof(_CShapes),
-        .events = nullptr,
         .policy = policy,
         .componentFailure = CShapes::kComponentFailure,
         .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize ",
@@ -49,7 +48,7 @@ constinit const ClassInfo CShapes::kWrapping = InfoFor(FailurePolicy::ComponentF
 constinit const ClassInfo CShapes::kReporting = InfoFor(FailurePolicy::Report);
 
 STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result) noexcept {
-    return Guard(L"FillStrings", result, [&] {
+    return Guard(result, [&] {
         Variant was;
         was.vt = VT_ARRAY | VT_BSTR;
         was.parray = std::exchange(Given(strings), NewStrings(count));
@@ -59,7 +58,7 @@ STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result)
 
 STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIANT f, BSTR g, FLOAT h,
                             BSTR* result) noexcept {
-    return Guard(L"Mixed", result, [&] {
+    return Guard(result, [&] {
         wchar_t text[256];
         swprintf(text, 256, L"%d %.3f %d %.3f ", a, b, static_cast<int>(c), *d);
         std::wstring all = text;
@@ -75,7 +74,7 @@ STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIA
 
 STDMETHODIMP CShapes::Optional(LONG first, LONG number, LONG* reference, BSTR text, VARIANT rest, VARIANT* last,
                                BSTR* result) noexcept {
-    return Guard(L"Optional", result, [&] {
+    return Guard(result, [&] {
         std::wstring all = std::to_wstring(first) + L" " + std::to_wstring(number) + L" ";
         all += std::to_wstring(*reference) + L" ";
         all += View(text);
@@ -86,26 +85,26 @@ STDMETHODIMP CShapes::Optional(LONG first, LONG number, LONG* reference, BSTR te
 }
 
 STDMETHODIMP CShapes::put_Step(LONG value) noexcept {
-    return Guard(L"Step", [&] { step_ = value; });
+    return Guard([&] { step_ = value; });
 }
 
 STDMETHODIMP CShapes::get_Item(LONG index, VARIANT* result) noexcept {
-    return Guard(L"Item", result, [&] { return Copy(static_cast<VARIANT&>(items_[index])); });
+    return Guard(result, [&] { return Copy(static_cast<VARIANT&>(items_[index])); });
 }
 
 STDMETHODIMP CShapes::put_Item(LONG index, VARIANT value) noexcept {
-    return Guard(L"Item", [&] { items_[index] = Copy(value); });
+    return Guard([&] { items_[index] = Copy(value); });
 }
 
 STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
-    return Guard(L"Item", [&] {
+    return Guard([&] {
         if (value.vt != VT_DISPATCH) throw RuntimeError(Error::TypeMismatch);
         items_[index] = Copy(value);
     });
 }
 
 STDMETHODIMP CShapes::Fail(EFailure kind, LONG* result) noexcept {
-    return Guard(L"Fail", result, [&]() -> LONG {
+    return Guard(result, [&]() -> LONG {
         if (kind == eFailure_Runtime) throw RuntimeError(Error::Overflow);
         if (kind == eFailure_Class) throw ClassError(static_cast<HRESULT>(0x80044801), L"Own error");
         if (kind == eFailure_Library) {

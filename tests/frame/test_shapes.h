@@ -53,11 +53,11 @@ class CShapes : public AutomationObject<_CShapes> {
   private:
     template <class T>
     HRESULT Echo(T value, T* result) const noexcept {
-        return Guard(L"Echo", result, [&] { return Copy(value); });
+        return Guard(result, [&] { return Copy(value); });
     }
     template <class T>
     HRESULT Bump(T* value, T* result) noexcept {
-        return Guard(L"Bump", result, [&] {
+        return Guard(result, [&] {
             auto was = Copy(Given(value));
             if (step_ != 0) Change(*value);
             return was;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 
 #include "platform/platform.h"
 #include "platform/system_errors.h"
@@ -38,6 +39,16 @@ template <class T>
 T& Given(T* argument) {
     if (!argument) throw NullArgument();
     return *argument;
+}
+
+// Clients pass any number for an enumeration, whatever it names: its arguments are read, and kept, as Longs.
+template <class T>
+auto* AsNumber(T* argument) noexcept {
+    if constexpr (std::is_enum_v<T>) {
+        return reinterpret_cast<LONG*>(argument);
+    } else {
+        return argument;
+    }
 }
 
 struct Failure {

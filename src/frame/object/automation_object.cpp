@@ -1,10 +1,31 @@
 #include "frame/object/automation_object.h"
 
 #include <string>
+#include <string_view>
 
 #include "frame/failure/report.h"
 
 namespace velk {
+namespace {
+
+constexpr ULONG kDestroyed = 0x80000000;  // more references than anybody takes
+
+// The name by which clients know a member: that of the function without "get_", "put_" or "putref_".
+std::wstring NameOf(std::string_view member) {
+    for (const std::string_view accessor : {"get_", "put_", "putref_"}) {
+        if (!member.starts_with(accessor)) continue;
+        member.remove_prefix(accessor.size());
+        break;
+    }
+    return {member.begin(), member.end()};
+}
+
+void Report(const Failure& failure, const wchar_t* prefix, const char* member) noexcept try {
+    ReportFailure(failure, (prefix + NameOf(member)).c_str());
+} catch (...) {  // out of memory: there is nothing left to say it with
+}
+
+}  // namespace
 
 HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
     *info = library::TypeInfo(guid).Detach();
@@ -15,36 +36,46 @@ HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
 
 ULONG ObjectCore::CountDown() noexcept {
     const ULONG left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left != 0) return left;
-    count_ = 1;  // code that runs while the object goes may take and drop references to it
-    delete this;
-    return 0;
+    if (left == 0 && calls_ == 0) Destroy();
+    return left;
 }
 
-HRESULT ObjectCore::Fail(const wchar_t* member, FailurePolicy policy) const noexcept try {
+bool ObjectCore::CountUpIfAlive() noexcept {
+    ULONG count = count_;
+    while (count != 0 && count < kDestroyed && !count_.compare_exchange_weak(count, count + 1)) {
+    }
+    return count != 0 && count < kDestroyed;
+}
+
+// A destructor may run code that takes and drops references to the object.
+void ObjectCore::Destroy() noexcept {
+    count_ = kDestroyed;
+    delete this;
+}
+
+HRESULT ObjectCore::Fail(const char* member, FailurePolicy policy) const noexcept try {
     const Failure failure = CaughtFailure();
-    const ClassInfo& info = info_;  // the object may be gone when its report is closed
     const bool ours = failure.kind != Failure::Kind::Runtime;
     if (failure.kind == Failure::Kind::NullArgument || policy == FailurePolicy::PassOn) {
-        return RaiseToClient(failure, info.name, info.iid);
+        return RaiseToClient(failure, info_.name, info_.iid);
     }
     if (policy != FailurePolicy::ComponentFailure) {
-        ReportFailure(failure, member);
-        return policy == FailurePolicy::Report ? S_OK : RaiseToClient(failure, info.name, info.iid);
+        Report(failure, info_.reportedPrefix, member);
+        return policy == FailurePolicy::Report ? S_OK : RaiseToClient(failure, info_.name, info_.iid);
     }
-    if (ours) return RaiseToClient(failure, info.name, info.iid);
-    const std::wstring description = std::wstring(info.name) + L" component failure";
+    if (ours) return RaiseToClient(failure, info_.name, info_.iid);
+    const std::wstring description = std::wstring(info_.name) + L" component failure";
     return RaiseToClient(
-        {Failure::Kind::Class, info.componentFailure, info.componentFailure, description, ErrorSource::Class},
-        info.name, info.iid);
+        {Failure::Kind::Class, info_.componentFailure, info_.componentFailure, description, ErrorSource::Class},
+        info_.name, info_.iid);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
 
 #ifndef NDEBUG
-HRESULT ObjectCore::CheckThread(const wchar_t* member) const noexcept try {
-    if (info_.onAnyThread || GetCurrentThreadId() == thread_) return S_OK;
-    const std::wstring where = std::wstring(info_.name) + L"." + member;
+HRESULT ObjectCore::CheckThread(const char* member) const noexcept try {
+    if (GetCurrentThreadId() == thread_) return S_OK;
+    const std::wstring where = std::wstring(info_.name) + L"." + NameOf(member);
     OutputDebugStringW((where + L" is called on a thread that did not make the object\n").c_str());
     return RPC_E_WRONG_THREAD;
 } catch (...) {

@@ -2,10 +2,13 @@
 // the guard at the boundary.
 //
 // A member is written as if failure did not exist: its body runs inside Guard, which turns whatever the body throws
-// into what the caller sees, by the policy that the class states once in its ClassInfo.
+// into what the caller sees, by the policy that the class states once in its ClassInfo. And it is written as if nobody
+// else had the object: Guard keeps it alive until the member ends, though the client's code, which a report, an event
+// or an object's own member may run, drops the last reference.
 #pragma once
 
 #include <atomic>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -13,6 +16,7 @@
 #include "frame/failure/failure.h"
 #include "frame/module/library.h"
 #include "platform/platform.h"
+#include "platform/text.h"
 
 namespace velk {
 
@@ -26,13 +30,16 @@ enum class FailurePolicy {
 struct ClassInfo {
     const wchar_t* name;  // "CCRC32"
     const CLSID& clsid;
-    const IID& iid;     // its dispatch interface
-    const IID* events;  // its outgoing interface, or null
+    const IID& iid;               // its dispatch interface
+    const IID* events = nullptr;  // its outgoing interface
     FailurePolicy policy;
-    HRESULT componentFailure;       // for that policy
-    const wchar_t* creationFailed;  // heading of the report of a failed creation
-    bool onAnyThread = false;       // else an object is used by the thread that made it, or through a proxy
+    HRESULT componentFailure = S_OK;          // for that policy
+    const wchar_t* creationFailed = nullptr;  // heading of the report of a failed creation, for a class with OnCreate
+    const wchar_t* reportedPrefix = L"";      // stands before members' names in reports
 };
+
+// Which threads may use an object: the one that made it, where others have a proxy, or any.
+enum class UsedBy { OneThread, AnyThread };
 
 // What needs no knowledge of the class's interface.
 class ObjectCore {
@@ -44,18 +51,49 @@ class ObjectCore {
     explicit ObjectCore(const ClassInfo& info) noexcept : info_(info) {}
     virtual ~ObjectCore() = default;
 
+    // Keeps an object alive while one of its members runs. The calls of one thread are counted, which costs next to
+    // nothing.
+    class OneThreadHold {
+      public:
+        explicit OneThreadHold(const ObjectCore& object) noexcept : object_(const_cast<ObjectCore&>(object)) {
+            ++object_.calls_;
+        }
+        OneThreadHold(const OneThreadHold&) = delete;
+        OneThreadHold& operator=(const OneThreadHold&) = delete;
+        ~OneThreadHold() {
+            if (--object_.calls_ == 0 && object_.count_ == 0) object_.Destroy();
+        }
+
+      private:
+        ObjectCore& object_;
+    };
+
+    // The same by a reference.
+    class AnyThreadHold {
+      public:
+        explicit AnyThreadHold(const ObjectCore& object) noexcept : object_(const_cast<ObjectCore&>(object)) {
+            object_.CountUp();
+        }
+        AnyThreadHold(const AnyThreadHold&) = delete;
+        AnyThreadHold& operator=(const AnyThreadHold&) = delete;
+        ~AnyThreadHold() { object_.CountDown(); }
+
+      private:
+        ObjectCore& object_;
+    };
+
     ULONG CountUp() noexcept { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
     ULONG CountDown() noexcept;
+    bool CountUpIfAlive() noexcept;  // false when the object is being destroyed, by this thread or another
 
-    // Turns the exception that is being handled into the member's answer.
-    HRESULT Fail(const wchar_t* member) const noexcept { return Fail(member, info_.policy); }
-    HRESULT Fail(const wchar_t* member, FailurePolicy policy) const noexcept;
+    // Turns the exception that is being handled into the member's answer. A member is named as its function is.
+    HRESULT Fail(const char* member, FailurePolicy policy) const noexcept;
 
     // Clients that pass an object to another thread without marshalling it are told in a debug build.
 #ifdef NDEBUG
-    static constexpr HRESULT CheckThread(const wchar_t*) noexcept { return S_OK; }
+    static constexpr HRESULT CheckThread(const char*) noexcept { return S_OK; }
 #else
-    HRESULT CheckThread(const wchar_t* member) const noexcept;
+    HRESULT CheckThread(const char* member) const noexcept;
 #endif
 
     HRESULT GetCoclass(ITypeInfo** info) const noexcept;
@@ -64,8 +102,11 @@ class ObjectCore {
     const ClassInfo& info_;
 
   private:
+    void Destroy() noexcept;
+
     library::Use use_;
     std::atomic<ULONG> count_ = 1;
+    unsigned calls_ = 0;  // members that are running
 #ifndef NDEBUG
     const DWORD thread_ = GetCurrentThreadId();
 #endif
@@ -88,7 +129,7 @@ void HandOver(To& to, From&& from) noexcept {
 }  // namespace detail
 
 // The interface comes first, so that its calls arrive without an adjusted pointer.
-template <class Interface>
+template <class Interface, UsedBy kThreads = UsedBy::OneThread>
 class AutomationObject : public DispatchFace<Interface>,
                          public ObjectCore,
                          public ISupportErrorInfo,
@@ -111,49 +152,99 @@ class AutomationObject : public DispatchFace<Interface>,
     STDMETHODIMP GetGUID(DWORD kind, GUID* guid) noexcept override { return GetEventsGuid(kind, guid); }
 
   protected:
+    using Hold = std::conditional_t<kThreads == UsedBy::OneThread, OneThreadHold, AnyThreadHold>;
+
     explicit AutomationObject(const ClassInfo& info) noexcept : ObjectCore(info) {}
 
     // A class with further interfaces adds them here. The pointer is not counted.
     virtual void* ExtraFace(REFIID) noexcept { return nullptr; }
 
+    // A body that gives an HRESULT says itself how the member ends. The name is that of the calling function.
     template <class Body>
-    HRESULT Guard(const wchar_t* member, Body&& body) const noexcept try {
-        if (const HRESULT wrong = CheckThread(member)) return wrong;
-        body();
-        return S_OK;
-    } catch (...) {
-        return Fail(member);
+    HRESULT Guard(Body&& body, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::OfClass>(member, body);
+    }
+    // For a member with a result: what the body gives is handed over; after a failure the result is empty.
+    template <class T, class Body>
+    HRESULT Guard(T* result, Body&& body, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::OfClass>(member, result, body);
     }
 
-    // For a member with a result: what the body returns is handed over; after a failure the result is empty.
+    // For what is deliberately reported under another name than its function's.
+    template <class Body>
+    HRESULT GuardAs(const char* member, Body&& body) const noexcept {
+        return Run<Policy::OfClass>(member, body);
+    }
     template <class T, class Body>
-    HRESULT Guard(const wchar_t* member, T* result, Body&& body) const noexcept try {
-        if (!result) return E_POINTER;
-        *result = T{};
-        if (const HRESULT wrong = CheckThread(member)) return wrong;
-        detail::HandOver(*result, body());
-        return S_OK;
-    } catch (...) {
-        return Fail(member);
+    HRESULT GuardAs(const char* member, T* result, Body&& body) const noexcept {
+        return Run<Policy::OfClass>(member, result, body);
     }
 
     // For a member, or a part of one, whose errors its class leaves as they are, whatever it does with others.
     template <class Body>
-    HRESULT PassOn(Body&& body) const noexcept try {
-        if (const HRESULT wrong = CheckThread(L"A member")) return wrong;
-        body();
-        return S_OK;
-    } catch (...) {
-        return Fail(nullptr, FailurePolicy::PassOn);
+    HRESULT PassOn(Body&& body, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::PassOn>(member, body);
     }
     template <class T, class Body>
-    HRESULT PassOn(T* result, Body&& body) const noexcept {
-        if (!result) return E_POINTER;
-        *result = T{};
-        return PassOn([&] { detail::HandOver(*result, body()); });
+    HRESULT PassOn(T* result, Body&& body, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::PassOn>(member, result, body);
+    }
+
+    // A property that is kept as it is given: a text, a truth value or a number. An enumeration is kept as a Long.
+    template <class T, class Field>
+    HRESULT Get(T* result, const Field& field, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::OfClass>(member, AsNumber(result), [&] {
+            if constexpr (std::is_same_v<Field, std::wstring>) {
+                return Bstr(field);
+            } else {
+                return field;
+            }
+        });
+    }
+    template <class T, class Field>
+    HRESULT Let(T* value, Field& field, const char* member = __builtin_FUNCTION()) const noexcept {
+        return Run<Policy::OfClass>(member, [&] {
+            if constexpr (std::is_same_v<Field, std::wstring>) {
+                field = View(Given(value));
+            } else if constexpr (std::is_same_v<Field, bool>) {
+                field = Given(value) != VARIANT_FALSE;
+            } else {
+                field = Given(AsNumber(value));
+            }
+        });
     }
 
   private:
+    enum class Policy { OfClass, PassOn };
+
+    // The hold stands around all that a member does, its report included.
+    template <Policy kPolicy, class Body>
+    HRESULT Run(const char* member, Body&& body) const noexcept {
+        if constexpr (kThreads == UsedBy::OneThread) {
+            if (const HRESULT wrong = CheckThread(member)) return wrong;
+        }
+        const Hold hold(*this);
+        return Try<kPolicy>(member, body);
+    }
+    template <Policy kPolicy, class T, class Body>
+    HRESULT Run(const char* member, T* result, Body&& body) const noexcept {
+        if (!result) return E_POINTER;
+        *result = T{};
+        return Run<kPolicy>(member, [&] { detail::HandOver(*result, body()); });
+    }
+
+    template <Policy kPolicy, class Body>
+    HRESULT Try(const char* member, Body& body) const noexcept try {
+        if constexpr (std::is_same_v<decltype(body()), HRESULT>) {
+            return body();
+        } else {
+            body();
+            return S_OK;
+        }
+    } catch (...) {
+        return Fail(member, kPolicy == Policy::PassOn ? FailurePolicy::PassOn : info_.policy);
+    }
+
     void* Face(REFIID iid) noexcept {
         if (iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(Interface)) {
             return static_cast<Interface*>(this);

@@ -80,6 +80,7 @@ STDMETHODIMP ConnectionPoint::GetConnectionPointContainer(IConnectionPointContai
 STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) noexcept try {
     if (!sink || !cookie) return E_POINTER;
     *cookie = 0;
+    const ComPtr<IConnectionPointContainer> held(container_);
     const ComPtr<IUnknown> given(sink);
     ComPtr<IDispatch> object = given.As<IDispatch>(events_);
     if (!object) object = given.As<IDispatch>();
@@ -103,6 +104,7 @@ STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) noexcept {
 STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) noexcept try {
     if (!connections) return E_POINTER;
     *connections = nullptr;
+    const ComPtr<IConnectionPointContainer> held(container_);
     std::vector<ConnectionItem> all;
     for (const Sink& sink : sinks_) all.push_back({sink.object, sink.cookie});
     return Enumerator<IEnumConnections, ConnectionItem, CONNECTDATA>::Make(std::move(all), 0, connections);
@@ -115,6 +117,7 @@ bool ConnectionPoint::IsConnected(DWORD cookie) const noexcept {
 }
 
 void ConnectionPoint::Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept try {
+    const ComPtr<IConnectionPointContainer> held(container_);
     const auto call = [&](IDispatch* sink) { CallSink(sink, event, arguments); };
     if (sinks_.size() == 1) {  // the usual case, without a copy of the list
         const ComPtr<IDispatch> only = sinks_.front().object;

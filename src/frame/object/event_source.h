@@ -56,8 +56,8 @@ class ConnectionPoint final : public IConnectionPoint {
     bool HasSinks() const noexcept { return !sinks_.empty(); }
 
     // Calls every sink that is connected now, with up to kMostArguments arguments in the order of their
-    // declaration. While it is called a sink may connect or disconnect any sink, and drop its last reference to the
-    // owner, so the owner holds one itself. What a sink answers, errors included, is its own affair.
+    // declaration. While it is called a sink may connect or disconnect any sink, and drop the last reference to the
+    // owner. What a sink answers, errors included, is its own affair.
     void Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept;
     static constexpr std::size_t kMostArguments = 8;
 

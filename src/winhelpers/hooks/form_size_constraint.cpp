@@ -15,10 +15,8 @@ constinit const ClassInfo CFormSizeConstraint::kInfo{
     .name = L"CFormSizeConstraint",
     .clsid = __uuidof(::CFormSizeConstraint),
     .iid = __uuidof(_CFormSizeConstraint),
-    .events = nullptr,
     .policy = FailurePolicy::ComponentFailure,
     .componentFailure = eErrFormSizeConstraint_ComponentFailure,
-    .creationFailed = L"An error has occured in Velk.CFormSizeConstraint.Class_Initialize ",
 };
 
 CFormSizeConstraint::~CFormSizeConstraint() {
@@ -38,69 +36,67 @@ void CFormSizeConstraint::Detach() {
 }
 
 STDMETHODIMP CFormSizeConstraint::Init(LONG* hWnd) noexcept {
-    return Guard(L"Init", [&] { Attach(Given(hWnd)); });
+    return Guard([&] { Attach(Given(hWnd)); });
 }
 
-STDMETHODIMP CFormSizeConstraint::get_hWnd(LONG* result) noexcept {
-    return Guard(L"hWnd", result, [&] { return window_; });
-}
+STDMETHODIMP CFormSizeConstraint::get_hWnd(LONG* result) noexcept { return Get(result, window_); }
 
 STDMETHODIMP CFormSizeConstraint::put_hWnd(LONG* hWnd) noexcept {
-    return Guard(L"hWnd", [&] { Attach(Given(hWnd)); });
+    return Guard([&] { Attach(Given(hWnd)); });
 }
 
-HRESULT CFormSizeConstraint::Let(const wchar_t* member, const LONG* value, SizeRange& range, SizeRange::Setter set,
-                                 EErrFormSizeConstraint code, const wchar_t* description) noexcept {
-    return Guard(member, [&] { Require((range.*set)(Given(value)), code, description); });
+HRESULT CFormSizeConstraint::LetEdge(LONG* value, SizeRange& range, SizeRange::Setter set, EErrFormSizeConstraint code,
+                                     const wchar_t* description, const char* member) noexcept {
+    return GuardAs(member, [&] { Require((range.*set)(Given(value)), code, description); });
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MaxHeight(LONG* Height) noexcept {
-    return Let(L"MaxHeight", Height, height_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxHeight,
-               L"Invalid maximum height");
+    return LetEdge(Height, height_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxHeight,
+                   L"Invalid maximum height");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MaxHeight(LONG* result) noexcept {
-    return Guard(L"MaxHeight", result, [&] { return height_.most(); });
+    return Guard(result, [&] { return height_.most(); });
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MaxWidth(LONG* Width) noexcept {
-    return Let(L"MaxWidth", Width, width_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxWidth,
-               L"Invalid maximum width");
+    return LetEdge(Width, width_, &SizeRange::SetMost, eErrFormSizeConstraint_InvalidMaxWidth,
+                   L"Invalid maximum width");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MaxWidth(LONG* result) noexcept {
-    return Guard(L"MaxWidth", result, [&] { return width_.most(); });
+    return Guard(result, [&] { return width_.most(); });
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MinHeight(LONG* Height) noexcept {
-    return Let(L"MinHeight", Height, height_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinHeight,
-               L"Invalid minimum height");
+    return LetEdge(Height, height_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinHeight,
+                   L"Invalid minimum height");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MinHeight(LONG* result) noexcept {
-    return Guard(L"MinHeight", result, [&] { return height_.least(); });
+    return Guard(result, [&] { return height_.least(); });
 }
 
 STDMETHODIMP CFormSizeConstraint::put_MinWidth(LONG* Width) noexcept {
-    return Let(L"MinWidth", Width, width_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinWidth,
-               L"Invalid minimum width");
+    return LetEdge(Width, width_, &SizeRange::SetLeast, eErrFormSizeConstraint_InvalidMinWidth,
+                   L"Invalid minimum width");
 }
 
 STDMETHODIMP CFormSizeConstraint::get_MinWidth(LONG* result) noexcept {
-    return Guard(L"MinWidth", result, [&] { return width_.least(); });
+    return Guard(result, [&] { return width_.least(); });
 }
 
 STDMETHODIMP CFormSizeConstraint::ReleaseForm() noexcept {
-    return Guard(L"Release", [&] { Detach(); });
+    return GuardAs("Release", [&] { Detach(); });
 }
 
 HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
-    return Guard(L"MsgResponse", result, [] { return LONG{eMsgResponse_PreviousFirst}; });
+    return Guard(result, [] { return LONG{eMsgResponse_PreviousFirst}; });
 }
 
 // Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
 HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
-    return Guard(L"WindowProc", result, [&] {
+    return Guard(result, [&] {
         auto* const limits = AddressFrom<MINMAXINFO*>(lParam);
         if (!limits) throw RuntimeError(Error::InvalidProcedureCall);
         width_.Apply(limits->ptMinTrackSize.x, limits->ptMaxTrackSize.x);

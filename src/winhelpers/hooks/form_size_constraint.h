@@ -37,8 +37,8 @@ class CFormSizeConstraint final : public HookingObject<_CFormSizeConstraint> {
   private:
     void Attach(LONG window);
     void Detach();
-    HRESULT Let(const wchar_t* member, const LONG* value, SizeRange& range, SizeRange::Setter set,
-                EErrFormSizeConstraint code, const wchar_t* description) noexcept;
+    HRESULT LetEdge(LONG* value, SizeRange& range, SizeRange::Setter set, EErrFormSizeConstraint code,
+                    const wchar_t* description, const char* member = __builtin_FUNCTION()) noexcept;
 
     LONG window_ = 0;
     SizeRange width_;

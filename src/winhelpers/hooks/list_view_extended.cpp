@@ -59,10 +59,8 @@ constinit const ClassInfo CListViewExtended::kInfo{
     .name = L"CListViewExtended",
     .clsid = __uuidof(::CListViewExtended),
     .iid = __uuidof(_CListViewExtended),
-    .events = nullptr,
     .policy = FailurePolicy::ComponentFailure,
     .componentFailure = eErrListViewExtended_ComponentFailure,
-    .creationFailed = L"",
 };
 
 CListViewExtended::~CListViewExtended() {
@@ -93,42 +91,40 @@ HWND CListViewExtended::Window() const {
 }
 
 STDMETHODIMP CListViewExtended::Init(LONG* hWnd) noexcept {
-    return Guard(L"Init", [&] { Attach(Given(hWnd)); });
+    return Guard([&] { Attach(Given(hWnd)); });
 }
 
 STDMETHODIMP CListViewExtended::put_hWnd(LONG* hWnd) noexcept {
-    return Guard(L"hWnd", [&] { Attach(Given(hWnd)); });
+    return Guard([&] { Attach(Given(hWnd)); });
 }
 
-STDMETHODIMP CListViewExtended::get_hWnd(LONG* result) noexcept {
-    return Guard(L"hWnd", result, [&] { return window_; });
-}
+STDMETHODIMP CListViewExtended::get_hWnd(LONG* result) noexcept { return Get(result, window_); }
 
 STDMETHODIMP CListViewExtended::put_PreventColumnResize(VARIANT_BOOL* Value) noexcept {
-    return Guard(L"PreventColumnResize", [&] { preventColumnResize_ = Given(Value) != VARIANT_FALSE; });
+    return Let(Value, preventColumnResize_);
 }
 
 STDMETHODIMP CListViewExtended::get_PreventColumnResize(VARIANT_BOOL* result) noexcept {
-    return Guard(L"PreventColumnResize", result, [&] { return preventColumnResize_; });
+    return Get(result, preventColumnResize_);
 }
 
 STDMETHODIMP CListViewExtended::put_ResizeColumnsToFitWidth(VARIANT_BOOL* Value) noexcept {
-    return Guard(L"ResizeColumnsToFitWidth", [&] { fitWidth_ = Given(Value) != VARIANT_FALSE; });
+    return Let(Value, fitWidth_);
 }
 
 STDMETHODIMP CListViewExtended::get_ResizeColumnsToFitWidth(VARIANT_BOOL* result) noexcept {
-    return Guard(L"ResizeColumnsToFitWidth", result, [&] { return fitWidth_; });
+    return Get(result, fitWidth_);
 }
 
 STDMETHODIMP CListViewExtended::RemoveHeaderStyle(EListViewHeaderStyles* Style) noexcept {
-    return Guard(L"RemoveHeaderStyle", [&] {
+    return Guard([&] {
         const LONG style = Given(Style);
         if (const HWND header = HeaderOf(Window())) ChangeStyle(header, StyleOf(header) & ~style);
     });
 }
 
 STDMETHODIMP CListViewExtended::ResizeColumns(EColumnsSizeStyle* Style) noexcept {
-    return Guard(L"ResizeColumns", [&] {
+    return Guard([&] {
         const bool byItems = Given(Style) == eColumnsSizeStyle_AutosizeByItems;
         const HWND list = Window();
         const HWND header = HeaderOf(list);
@@ -140,14 +136,14 @@ STDMETHODIMP CListViewExtended::ResizeColumns(EColumnsSizeStyle* Style) noexcept
 }
 
 STDMETHODIMP CListViewExtended::SetHeaderStyle(EListViewHeaderStyles* Style) noexcept {
-    return Guard(L"SetHeaderStyle", [&] {
+    return Guard([&] {
         const LONG style = Given(Style);
         if (const HWND header = HeaderOf(Window())) ChangeStyle(header, StyleOf(header) | style);
     });
 }
 
 STDMETHODIMP CListViewExtended::SetSubItemIcon(LONG* Item, LONG* SubItem, LONG* Icon) noexcept {
-    return Guard(L"SetSubItemIcon", [&] {
+    return Guard([&] {
         LVITEMA item{};
         item.mask = LVIF_IMAGE;
         item.iItem = Given(Item);

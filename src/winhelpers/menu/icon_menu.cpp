@@ -37,10 +37,7 @@ constinit const ClassInfo cIconMenu::kInfo{
     .name = L"cIconMenu",
     .clsid = __uuidof(::cIconMenu),
     .iid = __uuidof(_cIconMenu),
-    .events = nullptr,
     .policy = FailurePolicy::PassOn,
-    .componentFailure = S_OK,
-    .creationFailed = L"An error has occured in VelkSupport.cIconMenu.Class_Initialize ",
 };
 
 cIconMenu::~cIconMenu() {
@@ -48,14 +45,14 @@ cIconMenu::~cIconMenu() {
 }
 
 STDMETHODIMP cIconMenu::Attach(LONG hWnd) noexcept {
-    return Guard(L"Attach", [&] {
+    return Guard([&] {
         RequireOwnWindow(hWnd);
         if (hWnd != window_) Hook(hWnd);
     });
 }
 
 STDMETHODIMP cIconMenu::Detach() noexcept {
-    return Guard(L"Detach", [&] { Unhook(); });
+    return Guard([&] { Unhook(); });
 }
 
 // The new window first, so that a failure leaves the old one attached.
@@ -80,24 +77,20 @@ void cIconMenu::Unhook() {
     RemoveHooks(std::exchange(window_, 0));
 }
 
-STDMETHODIMP cIconMenu::get_hWnd(LONG* result) noexcept {
-    return Guard(L"hWnd", result, [&] { return window_; });
-}
+STDMETHODIMP cIconMenu::get_hWnd(LONG* result) noexcept { return Get(result, window_); }
 
 STDMETHODIMP cIconMenu::get_ImageList(LONG* result) noexcept {
-    return Guard(L"ImageList", result, [&] { return icons_.list.handle(); });
+    return Guard(result, [&] { return icons_.list.handle(); });
 }
 
 STDMETHODIMP cIconMenu::put_ImageList(LONG Handle) noexcept {
-    return Guard(L"ImageList", [&] { icons_.list.Set(Handle); });
+    return Guard([&] { icons_.list.Set(Handle); });
 }
 
-STDMETHODIMP cIconMenu::get_MaskColor(LONG* result) noexcept {
-    return Guard(L"MaskColor", result, [&] { return maskColor_; });
-}
+STDMETHODIMP cIconMenu::get_MaskColor(LONG* result) noexcept { return Get(result, maskColor_); }
 
 STDMETHODIMP cIconMenu::put_MaskColor(LONG Color) noexcept {
-    return Guard(L"MaskColor", [&] {
+    return Guard([&] {
         icons_.mask = MaskOf(Color);
         maskColor_ = Color;
     });
@@ -109,22 +102,22 @@ void cIconMenu::RequireImage(LONG image) const {
 }
 
 STDMETHODIMP cIconMenu::get_CommandImage(LONG Command, LONG* result) noexcept {
-    return Guard(L"CommandImage", result, [&] { return icons_.commands.Image(RequireCommand(Command)); });
+    return Guard(result, [&] { return icons_.commands.Image(RequireCommand(Command)); });
 }
 
 STDMETHODIMP cIconMenu::put_CommandImage(LONG Command, LONG Image) noexcept {
-    return Guard(L"CommandImage", [&] {
+    return Guard([&] {
         RequireImage(Image);
         icons_.commands.SetImage(RequireCommand(Command), Image);
     });
 }
 
 STDMETHODIMP cIconMenu::get_CommandPicture(LONG Command, IPictureDisp** result) noexcept {
-    return Guard(L"CommandPicture", result, [&] { return icons_.commands.Picture(RequireCommand(Command)); });
+    return Guard(result, [&] { return icons_.commands.Picture(RequireCommand(Command)); });
 }
 
 STDMETHODIMP cIconMenu::put_CommandPicture(LONG Command, IPictureDisp* Picture) noexcept {
-    return Guard(L"CommandPicture", [&] { icons_.commands.SetPicture(RequireCommand(Command), Picture); });
+    return Guard([&] { icons_.commands.SetPicture(RequireCommand(Command), Picture); });
 }
 
 STDMETHODIMP cIconMenu::putref_CommandPicture(LONG Command, IPictureDisp* Picture) noexcept {
@@ -132,22 +125,22 @@ STDMETHODIMP cIconMenu::putref_CommandPicture(LONG Command, IPictureDisp* Pictur
 }
 
 STDMETHODIMP cIconMenu::get_SubmenuImage(LONG Menu, LONG* result) noexcept {
-    return Guard(L"SubmenuImage", result, [&] { return icons_.submenus.Image(RequireMenu(Menu)); });
+    return Guard(result, [&] { return icons_.submenus.Image(RequireMenu(Menu)); });
 }
 
 STDMETHODIMP cIconMenu::put_SubmenuImage(LONG Menu, LONG Image) noexcept {
-    return Guard(L"SubmenuImage", [&] {
+    return Guard([&] {
         RequireImage(Image);
         icons_.submenus.SetImage(RequireMenu(Menu), Image);
     });
 }
 
 STDMETHODIMP cIconMenu::get_SubmenuPicture(LONG Menu, IPictureDisp** result) noexcept {
-    return Guard(L"SubmenuPicture", result, [&] { return icons_.submenus.Picture(RequireMenu(Menu)); });
+    return Guard(result, [&] { return icons_.submenus.Picture(RequireMenu(Menu)); });
 }
 
 STDMETHODIMP cIconMenu::put_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept {
-    return Guard(L"SubmenuPicture", [&] { icons_.submenus.SetPicture(RequireMenu(Menu), Picture); });
+    return Guard([&] { icons_.submenus.SetPicture(RequireMenu(Menu), Picture); });
 }
 
 STDMETHODIMP cIconMenu::putref_SubmenuPicture(LONG Menu, IPictureDisp* Picture) noexcept {
@@ -155,21 +148,21 @@ STDMETHODIMP cIconMenu::putref_SubmenuPicture(LONG Menu, IPictureDisp* Picture) 
 }
 
 STDMETHODIMP cIconMenu::ClearIcons() noexcept {
-    return Guard(L"ClearIcons", [&] {
+    return Guard([&] {
         icons_.commands.Clear();
         icons_.submenus.Clear();
     });
 }
 
 HRESULT cIconMenu::MsgResponse(LONG* result) noexcept {
-    return Guard(L"MsgResponse", result, [&] {
+    return Guard(result, [&] {
         const bool afterwards = MenuMessages::IsHandledAfterwards(hooks_.DispatchedMessage());
         return static_cast<LONG>(afterwards ? eMsgResponse_PreviousFirst : eMsgResponse_HookAlone);
     });
 }
 
 HRESULT cIconMenu::WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept {
-    return Guard(L"WindowProc", result, [&] {
+    return Guard(result, [&] {
         if (message == WM_DESTROY) return Unhook(), LONG{0};
         const auto handled =
             messages_.Handle(WindowFrom(window), static_cast<UINT>(message), static_cast<WPARAM>(wParam),
