@@ -6,6 +6,8 @@
 
 #include "frame/dispatch/argument.h"
 #include "frame/dispatch/slot_call.h"
+#include "frame/failure/failure.h"
+#include "frame/module/library.h"
 #include "platform/com_ptr.h"
 #include "platform/text.h"
 
@@ -113,6 +115,13 @@ HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& gi
 }
 
 }  // namespace
+
+HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
+    *info = library::TypeInfo(guid).Detach();
+    return S_OK;
+} catch (...) {
+    return CaughtFailure().code;
+}
 
 HRESULT GetIDsOfNames(const InterfacePlan& plan, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids) noexcept {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;

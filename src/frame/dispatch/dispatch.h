@@ -6,6 +6,9 @@
 
 namespace velk::dispatch {
 
+// The description of an interface or a class.
+HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept;
+
 HRESULT GetIDsOfNames(const InterfacePlan& plan, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids) noexcept;
 
 HRESULT InvokeAny(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale, WORD flags,

@@ -7,9 +7,6 @@
 
 namespace velk {
 
-// The description of an interface or a class.
-HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept;
-
 template <class Interface>
 class DispatchFace : public Interface {
   public:
@@ -22,7 +19,7 @@ class DispatchFace : public Interface {
         if (!info) return E_POINTER;
         *info = nullptr;
         if (index != 0) return DISP_E_BADINDEX;
-        return GetTypeInfoOf(__uuidof(Interface), info);
+        return dispatch::GetTypeInfoOf(__uuidof(Interface), info);
     }
     STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) noexcept override {
         const InterfacePlan* const plan = Plan();

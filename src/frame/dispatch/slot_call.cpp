@@ -3,71 +3,20 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
 #include <utility>
 
-#include "frame/dispatch/call_plan.h"
+#ifdef _WIN64
+#include "frame/dispatch/convention_x64.h"
+#else
+#include "frame/dispatch/convention_x86.h"
+#endif
 
 // Every argument is a whole number of machine words, so that a slot can be called through a function type of that many
-// words. This costs a few nanoseconds where the platform's DispCallFunc costs over a hundred. 64-bit code passes
-// floating-point values among the first four arguments in registers of their own, so there the type also says which of
-// them those are.
+// words. This costs a few nanoseconds where the platform's DispCallFunc costs over a hundred.
 namespace velk {
 namespace {
 
-using Word = std::uintptr_t;
-
-#ifdef _WIN64
-constexpr std::size_t kMaxWords = kMaxArguments + 1;
-constexpr unsigned kInRegisters = 3;  // the object itself is the first of the four
-
-// A variant is longer than a word, so the member gets a pointer to it: to one of the call's own, as it may change it.
-std::size_t LayOut(const SlotArgument& argument, Word* words) noexcept {
-    const bool isPointer = argument.value->vt == (VT_BYREF | VT_VARIANT) || argument.type != VT_VARIANT;
-    *words = isPointer ? reinterpret_cast<Word>(argument.value->byref) : reinterpret_cast<Word>(argument.value);
-    return 1;
-}
-
-bool IsFloating(const SlotArgument& argument) noexcept {
-    const bool byReference = (argument.value->vt & VT_BYREF) != 0;
-    return !byReference && (argument.type == VT_R4 || argument.type == VT_R8 || argument.type == VT_DATE);
-}
-
-// What the word at position I is passed as, where bit I of Floating says that it holds a floating-point value.
-template <unsigned Floating, std::size_t I>
-using Passed = std::conditional_t<(I < kInRegisters) && (Floating >> I & 1), double, Word>;
-#else
-constexpr std::size_t kMaxWords = 4 * kMaxArguments + 1;
-constexpr unsigned kInRegisters = 0;
-
-std::size_t SizeOf(const SlotArgument& argument) noexcept {
-    if (argument.value->vt & VT_BYREF && argument.type != VT_VARIANT) return sizeof(void*);
-    switch (argument.type) {
-        case VT_R8:
-        case VT_CY:
-        case VT_DATE:
-        case VT_I8:
-        case VT_UI8:
-            return 8;
-        case VT_VARIANT:
-            return argument.value->vt == (VT_BYREF | VT_VARIANT) ? sizeof(void*) : sizeof(VARIANT);
-        default:
-            return sizeof(Word);
-    }
-}
-
-std::size_t LayOut(const SlotArgument& argument, Word* words) noexcept {
-    const std::size_t size = SizeOf(argument);
-    const void* from = size == sizeof(VARIANT) ? static_cast<const void*>(argument.value) : &argument.value->byref;
-    std::memcpy(words, from, size);
-    return size / sizeof(Word);
-}
-
-bool IsFloating(const SlotArgument&) noexcept { return false; }
-
-template <unsigned, std::size_t>
-using Passed = Word;
-#endif
+using namespace convention;
 
 using Caller = HRESULT (*)(IDispatch*, void*, const Word*) noexcept;
 

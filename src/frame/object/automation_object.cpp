@@ -27,13 +27,6 @@ void Report(const Failure& failure, const wchar_t* prefix, const char* member) n
 
 }  // namespace
 
-HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
-    *info = library::TypeInfo(guid).Detach();
-    return S_OK;
-} catch (...) {
-    return CaughtFailure().code;
-}
-
 ULONG ObjectCore::CountDown() noexcept {
     const ULONG left = count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0 && calls_ == 0) Destroy();
@@ -86,7 +79,7 @@ HRESULT ObjectCore::CheckThread(const char* member) const noexcept try {
 HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept {
     if (!info) return E_POINTER;
     *info = nullptr;
-    return GetTypeInfoOf(info_.clsid, info);
+    return dispatch::GetTypeInfoOf(info_.clsid, info);
 }
 
 HRESULT ObjectCore::GetEventsGuid(DWORD kind, GUID* guid) const noexcept {
