@@ -81,7 +81,7 @@ STDMETHODIMP CCRC32::GetCRCFromFile(LONG* result) noexcept {
 
 STDMETHODIMP CCRC32::GetCRCFromString(BSTR* strInput, LONG* result) noexcept {
     return Guard(result, [&] {
-        const std::wstring_view text = View(Given(strInput));
+        const std::wstring_view text = View(Given(strInput));  // all is read before the first event
         return ChecksumOf(text.data(), text.size() * sizeof(wchar_t));
     });
 }

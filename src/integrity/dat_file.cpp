@@ -53,7 +53,7 @@ STDMETHODIMP CDatFile::GetIndicatorReadable(BSTR* result) noexcept {
 
 STDMETHODIMP CDatFile::Initialize(BSTR* Filename, VARIANT_BOOL* DisplayCRC) noexcept {
     return Guard([&] {
-        const std::wstring path(View(Given(Filename)));
+        const std::wstring path = TextOf(Given(Filename));
         initialised_ = true;
         if (!FileExists(path)) throw kNoSuchFile;
         std::u16string text = GetFile(path);
@@ -79,9 +79,9 @@ STDMETHODIMP CDatFile::get_Parameter(BSTR* result) noexcept {
 
 STDMETHODIMP CDatFile::put_Parameter(BSTR* strParameter) noexcept {
     return Guard([&] {
-        const std::wstring_view parameter = View(Given(strParameter));
+        std::wstring parameter = TextOf(Given(strParameter));
         RequireInitialised();
-        parameter_ = parameter;
+        parameter_ = std::move(parameter);
     });
 }
 

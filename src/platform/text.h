@@ -32,8 +32,13 @@ class Bstr {
     BSTR string_ = nullptr;
 };
 
-// The characters of a counted string, embedded NULs included; a null string is the empty text.
+// The characters of a counted string, embedded NULs included; a null string is the empty text. Only as long as nobody
+// else can change the string.
 inline std::wstring_view View(BSTR text) noexcept { return {text ? text : L"", SysStringLen(text)}; }
+
+// A copy: what a member reads of a by-reference argument after the client's code may have run, as it does while a
+// report is shown, is no longer what was given.
+inline std::wstring TextOf(BSTR text) { return std::wstring(View(text)); }
 
 // Such a text is refused where the platform reads up to the first NUL: it would act on something else than what the
 // client sees.

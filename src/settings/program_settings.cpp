@@ -13,7 +13,7 @@ constexpr REGSAM kAccess =
     KEY_QUERY_VALUE | KEY_SET_VALUE | KEY_CREATE_SUB_KEY | KEY_ENUMERATE_SUB_KEYS | KEY_NOTIFY | KEY_CREATE_LINK;
 
 // The text of a stored string value, whose one final NUL does not belong to it.
-std::u16string TextOf(std::string_view stored) {
+std::u16string StoredText(std::string_view stored) {
     if (stored.ends_with('\0')) stored.remove_suffix(1);
     return FromAnsi(stored);
 }
@@ -66,8 +66,7 @@ STDMETHODIMP CProgramSettings::put_RootKey(EnumProgramSettingsRoot* Value) noexc
 
 STDMETHODIMP CProgramSettings::ReadEntry(BSTR* strEntry, BSTR* strDefault, BSTR* result) noexcept {
     return Guard(result, [&] {
-        const std::wstring_view entry = View(Given(strEntry));
-        const std::wstring_view other = View(Given(strDefault));
+        const std::wstring entry = TextOf(Given(strEntry)), other = TextOf(Given(strDefault));
         const Setting setting = GetKeyValue(KeyPath(), entry);
         if (const LONG* number = std::get_if<LONG>(&setting)) return Bstr(std::to_wstring(*number));
         const auto* text = std::get_if<std::u16string>(&setting);
@@ -78,7 +77,7 @@ STDMETHODIMP CProgramSettings::ReadEntry(BSTR* strEntry, BSTR* strDefault, BSTR*
 // Deliberate: the members for numbers report under the names of those for strings.
 STDMETHODIMP CProgramSettings::ReadEntryLong(BSTR* strEntry, LONG* lngDefault, LONG* result) noexcept {
     return GuardAs("ReadEntry", result, [&] {
-        const std::wstring_view entry = View(Given(strEntry));
+        const std::wstring entry = TextOf(Given(strEntry));
         const LONG other = Given(lngDefault);
         const Setting setting = GetKeyValue(KeyPath(), entry);
         if (const LONG* number = std::get_if<LONG>(&setting)) return *number;
@@ -106,7 +105,7 @@ CProgramSettings::Setting CProgramSettings::GetKeyValue(std::wstring_view path,
     Setting setting;
     Guard([&] {
         const auto value = ReadRegistryValue(Root(), ToAnsi(path), ToAnsi(entry), kAccess);
-        if (value && value->type == REG_SZ) setting = TextOf(value->text());
+        if (value && value->type == REG_SZ) setting = StoredText(value->text());
         if (value && value->type == REG_DWORD) setting = value->number();
     });
     return setting;

@@ -127,7 +127,7 @@ STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, Enum
 // An unexpected failure is shown; the two errors that belong to this member reach the caller.
 STDMETHODIMP CShellExecute::ShowProperties(BSTR* PathFileName, LONG* HWndOwner) noexcept {
     return Guard([&] {
-        const std::wstring path(View(Given(PathFileName)));
+        const std::wstring path = TextOf(Given(PathFileName));
         const bool exists = FileExists(path);
         const bool shown = exists && ShellShowsProperties(ToAnsi(path), WindowFrom(HWndOwner ? *HWndOwner : 0));
         return PassOn([&] {
