@@ -14,6 +14,7 @@
 #include "support/procedure_patch.h"
 #include "support/scoped_variable.h"
 #include "trust/attempt.h"
+#include "winhelpers/test_bitmaps.h"
 
 namespace velk::test {
 namespace {
@@ -140,10 +141,11 @@ TEST_F(Reentrancy, AClientMayLoadAnotherFileAndLetGoWhileASealIsShown) {
 // Another apartment's object, for instance: while it is asked who it is, messages are dispatched.
 class Questioned final : public BareDispatch {
   public:
-    explicit Questioned(std::function<void()> onQuestion) : onQuestion_(std::move(onQuestion)) {}
+    explicit Questioned(std::function<void()> onQuestion, ComPtr<IPictureDisp> picture = nullptr)
+        : onQuestion_(std::move(onQuestion)), picture_(std::move(picture)) {}
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
         onQuestion_();
-        return BareDispatch::QueryInterface(iid, object);
+        return picture_ ? picture_->QueryInterface(iid, object) : BareDispatch::QueryInterface(iid, object);
     }
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
         return DISP_E_MEMBERNOTFOUND;
@@ -151,7 +153,28 @@ class Questioned final : public BareDispatch {
 
   private:
     std::function<void()> onQuestion_;
+    ComPtr<IPictureDisp> picture_;
 };
+
+TEST_F(Reentrancy, APictureThatAMenuAsksMayLetGoOfTheMenu) {
+    const HookLibrary hooks;
+    HMENU const submenu = CreatePopupMenu();
+    crc_ = nullptr;
+    const auto put = [&](auto member, LONG key, ComPtr<IPictureDisp> picture) {
+        ComPtr<_cIconMenu> menu = CreateObject<_cIconMenu>(__uuidof(cIconMenu));
+        const auto given = ComPtr<Questioned>::Attach(new Questioned([&] { menu = nullptr; }, std::move(picture)));
+        const HRESULT answer = (menu.get()->*member)(key, reinterpret_cast<IPictureDisp*>(given.get()));
+        EXPECT_FALSE(menu);
+        EXPECT_TRUE(CanUnload()) << "the menu was destroyed when its member ended";
+        return answer;
+    };
+    for (const auto member : {&_cIconMenu::put_CommandPicture, &_cIconMenu::putref_CommandPicture,
+                              &_cIconMenu::put_SubmenuPicture, &_cIconMenu::putref_SubmenuPicture}) {
+        EXPECT_EQ(S_OK, put(member, HandleToLong(submenu), PictureOf(NewBitmap(0, 4, 4))));
+        EXPECT_EQ(static_cast<HRESULT>(0x800A000D), put(member, HandleToLong(submenu), nullptr));
+    }
+    DestroyMenu(submenu);
+}
 
 TEST_F(Reentrancy, AnObjectThatASearchAsksMayLetGoOfTheList) {
     ComPtr<_CLinkedList> list = CreateObject<_CLinkedList>(__uuidof(CLinkedList));
@@ -216,13 +239,15 @@ TEST_F(Reentrancy, ASinkMayEndEverythingItKnows) {
     }
 }
 
-// While an argument's default property is read, the same member and every parameterless one of the object run.
+// While an argument's default property is read, the same member and every parameterless one of the object run, and the
+// last reference to it goes.
 TEST_F(Reentrancy, DefaultPropertiesMayCallTheMemberThatReadsThem) {
     const CalmPlatform calm;
     int calledBack = 0;
     ForEachMember(kMain, [&](const Class& one, const Member& member) {
         if (member.parameters.empty()) return;
-        const ComPtr<IDispatch> object = one.MakeObject();
+        ComPtr<IDispatch> held = one.MakeObject();
+        IDispatch* const object = held.get();
         const auto value = ValueObject::Make(Arg(2L));
         std::vector<VARIANT> arguments(member.parameters.size(), Arg(value.get()));
         DISPID put = DISPID_PROPERTYPUT;
@@ -243,7 +268,7 @@ TEST_F(Reentrancy, DefaultPropertiesMayCallTheMemberThatReadsThem) {
                 EXPECT_TRUE(IsProper(object->Invoke(other.id, IID_NULL, LOCALE_USER_DEFAULT, other.kind, &none, nullptr,
                                                     nullptr, nullptr)));
             }
-            --depth;
+            if (--depth == 0) held = nullptr;
         };
         EXPECT_TRUE(IsProper(call()));
         value->onRead = nullptr;

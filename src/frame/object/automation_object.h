@@ -145,6 +145,13 @@ class AutomationObject : public DispatchFace<Interface>,
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return CountUp(); }
     STDMETHODIMP_(ULONG) Release() noexcept override { return CountDown(); }
 
+    // Held from the start: what is asked for an argument's value may drop the last reference before the member begins.
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                        EXCEPINFO* exception, UINT* badArgument) noexcept override {
+        const Hold hold(*this);
+        return DispatchFace<Interface>::Invoke(id, reserved, locale, flags, parameters, result, exception, badArgument);
+    }
+
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
         return iid == __uuidof(Interface) ? S_OK : S_FALSE;
     }
