@@ -16,7 +16,7 @@ LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".txt": "te
              ".cmake": "cmake"}
 # Files that have no room for a comment which says what they are.
 DATA = {"scale_parameters.txt": "Parameters to be sealed, for seal_file.vbs.", "window_settings.ini": "Settings for window_settings.vbs."}
-GUIDE = ["languages", "coming_from_scripting_objects", "reports", "deployment", "departures"]
+GUIDE = ["languages", "coming_from_scripting_objects", "reports", "deployment", "platforms", "departures"]
 
 
 def plain(text: str) -> str:
