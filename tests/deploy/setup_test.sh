@@ -111,6 +111,7 @@ for mode in HKLM:/AllUsers HKCU:/CurrentUser; do
 done
 # What Windows has from the start or with the first program.
 for hive in HKLM HKCU; do run reg add "$hive\\${key%\\*}" /reg:32 /f >/dev/null; done
+run reg add 'HKCU\Software\Classes' /f >/dev/null
 for user in "$c"/users/*/AppData/Local; do mkdir -p "$user/Programs"; done
 # The script host registers itself when it first runs.
 echo 'WScript.Echo 1' >"$work/first.vbs"
