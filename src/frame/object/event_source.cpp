@@ -106,6 +106,7 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) no
     *connections = nullptr;
     const ComPtr<IConnectionPointContainer> held(container_);
     std::vector<ConnectionItem> all;
+    all.reserve(sinks_.size());
     for (const Sink& sink : sinks_) all.push_back({sink.object, sink.cookie});
     return Enumerator<IEnumConnections, ConnectionItem, CONNECTDATA>::Make(std::move(all), 0, connections);
 } catch (...) {

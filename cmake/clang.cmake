@@ -1,0 +1,12 @@
+# The same sources as Clang sees them, with mingw-w64's headers and GCC's C++ library: compiled only, never linked.
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=include OUTPUT_VARIABLE runtime OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES ${runtime}/c++ ${runtime}/c++/${triplet})
+foreach(language C CXX)
+    set(CMAKE_${language}_COMPILER_TARGET ${CMAKE_SYSTEM_PROCESSOR}-w64-windows-gnu)
+endforeach()
+set(CMAKE_C_COMPILER clang)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_AR ${triplet}-ar)
+set(CMAKE_SYSROOT /usr/${triplet})
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
