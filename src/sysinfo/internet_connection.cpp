@@ -43,8 +43,9 @@ INTERNET_CONNECTED_INFO RequestFor(LONG mode) {
             return {INTERNET_STATE_DISCONNECTED_BY_USER, ISO_FORCE_DISCONNECTED};
         case eWorkMode_Online:
             return {INTERNET_STATE_CONNECTED, 0};
+        default:
+            throw kInvalidWorkMode;
     }
-    throw kInvalidWorkMode;
 }
 
 }  // namespace

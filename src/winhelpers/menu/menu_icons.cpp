@@ -24,11 +24,13 @@ MenuPicture::MenuPicture(IUnknown* object) : picture_(ComPtr<IUnknown>(object).A
     if (!picture_) throw RuntimeError(Error::TypeMismatch);
     ThrowIfFailed(picture_->get_Type(&kind_));
     if (IsEmpty()) return;
-    ThrowIfFailed(picture_->get_Handle(&handle_));
+    OLE_HANDLE handle = 0;
+    ThrowIfFailed(picture_->get_Handle(&handle));
+    handle_ = HandleFrom<HANDLE>(static_cast<LONG>(handle));
     size_ = ScreenSize(picture_.get());
     if (kind_ != PICTYPE_BITMAP) return;
     BITMAP header{};
-    GetObjectA(HandleFrom<HGDIOBJ>(handle_), sizeof header, &header);
+    GetObjectA(handle_, sizeof header, &header);
     size_ = {header.bmWidth, header.bmHeight};
     bits_.CreateFromPicture(picture_.get());
 }
@@ -37,11 +39,11 @@ void MenuPicture::Draw(HDC context, const Box& place, COLORREF mask) const noexc
     if (kind_ == PICTYPE_BITMAP) {
         DrawBitmap(context, place, mask);
     } else if (kind_ == PICTYPE_ICON) {
-        DrawIconEx(context, place.left, place.top, HandleFrom<HICON>(handle_), place.width(), place.height(), 0,
+        DrawIconEx(context, place.left, place.top, static_cast<HICON>(handle_), place.width(), place.height(), 0,
                    nullptr, DI_NORMAL);
     } else if (kind_ == PICTYPE_ENHMETAFILE) {
         const RECT whole = ToRect(place);
-        PlayEnhMetaFile(context, HandleFrom<HENHMETAFILE>(handle_), &whole);
+        PlayEnhMetaFile(context, static_cast<HENHMETAFILE>(handle_), &whole);
     } else {
         Render(context, place);
     }

@@ -32,7 +32,7 @@ class MenuPicture {
 
     ComPtr<IPicture> picture_;
     SHORT kind_ = PICTYPE_UNINITIALIZED;
-    OLE_HANDLE handle_ = 0;
+    HANDLE handle_ = nullptr;
     Size size_;
     cMemDC bits_;
 };
