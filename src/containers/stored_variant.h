@@ -12,7 +12,7 @@ void CopyInto(Variant* copy, const VARIANT& value);
 // copied, objects are shared.
 inline Variant CopyOf(const VARIANT& value) {
     Variant copy;
-    if (IsPlain(value.vt)) {
+    if (IsSelfContained(value.vt)) {
         static_cast<VARIANT&>(copy) = value;
     } else {
         detail::CopyInto(&copy, value);

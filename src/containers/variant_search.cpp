@@ -13,7 +13,7 @@ namespace {
 
 // Like the platform's own comparison, VARCMP_LT, VARCMP_EQ or VARCMP_GT; a number that is none is greater than any.
 template <class T>
-HRESULT Order(const T& left, const T& right) noexcept {
+HRESULT Comparison(const T& left, const T& right) noexcept {
     return left == right ? VARCMP_EQ : left < right ? VARCMP_LT : VARCMP_GT;
 }
 
@@ -52,17 +52,17 @@ HRESULT OrderOf(const VARIANT& left, const VARIANT& right) {
     if (left.vt != right.vt) return OrderByPlatform(left, right);
     switch (left.vt) {
         case VT_I2:
-            return Order(left.iVal, right.iVal);
+            return Comparison(left.iVal, right.iVal);
         case VT_I4:
-            return Order(left.lVal, right.lVal);
+            return Comparison(left.lVal, right.lVal);
         case VT_R4:
-            return Order(left.fltVal, right.fltVal);
+            return Comparison(left.fltVal, right.fltVal);
         case VT_R8:
-            return Order(left.dblVal, right.dblVal);
+            return Comparison(left.dblVal, right.dblVal);
         case VT_UI1:
-            return Order(left.bVal, right.bVal);
+            return Comparison(left.bVal, right.bVal);
         case VT_BSTR:
-            return Order(View(left.bstrVal).compare(View(right.bstrVal)), 0);
+            return Comparison(View(left.bstrVal).compare(View(right.bstrVal)), 0);
         default:
             return OrderByPlatform(left, right);
     }

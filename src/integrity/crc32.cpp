@@ -67,7 +67,7 @@ constinit const ClassInfo CCRC32::kInfo{
     .policy = FailurePolicy::Report,
 };
 
-void* CCRC32::ExtraFace(REFIID iid) noexcept {
+void* CCRC32::ExtraInterface(REFIID iid) noexcept {
     return iid == IID_IConnectionPointContainer ? static_cast<IConnectionPointContainer*>(&events_) : nullptr;
 }
 

@@ -26,7 +26,7 @@ class CCRC32 final : public AutomationObject<_CCRC32> {
     STDMETHODIMP GetCRCFromStringAscii(BSTR* strInput, LONG* result) noexcept override;
 
   private:
-    void* ExtraFace(REFIID iid) noexcept override;
+    void* ExtraInterface(REFIID iid) noexcept override;
 
     LONG ChecksumOfFile();
     LONG ChecksumOf(const void* bytes, std::size_t size) noexcept;

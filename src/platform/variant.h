@@ -8,7 +8,7 @@
 namespace velk {
 
 // Whether a value of this type is all there is to it: nothing behind it to copy or to give back.
-constexpr bool IsPlain(VARTYPE type) noexcept {
+constexpr bool IsSelfContained(VARTYPE type) noexcept {
     constexpr unsigned kUndefined = 15;
     constexpr unsigned kMore =
         1u << VT_BSTR | 1u << VT_DISPATCH | 1u << VT_VARIANT | 1u << VT_UNKNOWN | 1u << kUndefined;
@@ -25,7 +25,7 @@ class Variant : public VARIANT {
         return *this;
     }
     ~Variant() {
-        if (!IsPlain(vt)) VariantClear(this);  // most hold nothing that needs it, and the call is not free
+        if (!IsSelfContained(vt)) VariantClear(this);  // most hold nothing that needs it, and the call is not free
     }
 
     friend void swap(Variant& one, Variant& other) noexcept {

@@ -27,7 +27,7 @@ class DialogBuffer {
     }
 
     char* data() noexcept { return bytes_.data(); }
-    std::string_view Answer() {
+    std::string_view Filled() {
         file_dialog::DropRemains(bytes_, before_);
         return {bytes_.data(), length_};
     }
@@ -123,8 +123,8 @@ bool CFileDialog::Choose(bool toOpen) {
     record.lpstrFileTitle = title.data();
     record.nMaxFileTitle = static_cast<DWORD>(maxFileSize_);
     if (!(toOpen ? GetOpenFileNameA(&record) : GetSaveFileNameA(&record))) return false;
-    filename_ = TrimNulls(file.Answer());
-    fileTitle_ = TrimNulls(title.Answer());
+    filename_ = TrimNulls(file.Filled());
+    fileTitle_ = TrimNulls(title.Filled());
     return true;
 }
 

@@ -25,14 +25,14 @@ int ShowCommand(const EnumShellExecuteShowStyles* style) noexcept { return style
 std::string Ansi(BSTR* text) { return ToAnsiArgument(View(Given(text))); }
 std::string AnsiOrEmpty(BSTR* text) { return text ? Ansi(text) : std::string(); }
 
-SHELLEXECUTEINFOA Order(ULONG mask, HWND owner, const char* verb, const char* file) noexcept {
-    SHELLEXECUTEINFOA order{};
-    order.cbSize = sizeof(order);
-    order.fMask = mask;
-    order.hwnd = owner;
-    order.lpVerb = verb;
-    order.lpFile = file;
-    return order;
+SHELLEXECUTEINFOA ExecuteInfo(ULONG mask, HWND owner, const char* verb, const char* file) noexcept {
+    SHELLEXECUTEINFOA info{};
+    info.cbSize = sizeof(info);
+    info.fMask = mask;
+    info.hwnd = owner;
+    info.lpVerb = verb;
+    info.lpFile = file;
+    return info;
 }
 
 // The shell's own error boxes would keep a host without a desktop waiting, like ours.
@@ -42,12 +42,12 @@ ULONG LaunchMask() noexcept {
 }
 
 bool ShellShowsProperties(const std::string& file, HWND owner) noexcept {
-    SHELLEXECUTEINFOA order = Order(SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI,
-                                    owner ? owner : GetDesktopWindow(), "properties", file.c_str());
-    order.lpParameters = "";
-    order.lpDirectory = "";
-    ShellExecuteExA(&order);
-    return Number(order.hInstApp) > kLastError;
+    SHELLEXECUTEINFOA info = ExecuteInfo(SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI,
+                                         owner ? owner : GetDesktopWindow(), "properties", file.c_str());
+    info.lpParameters = "";
+    info.lpDirectory = "";
+    ShellExecuteExA(&info);
+    return Number(info.hInstApp) > kLastError;
 }
 
 }  // namespace
@@ -70,7 +70,7 @@ STDMETHODIMP CShellExecute::Explore(LONG* lnghWnd, BSTR* strFolder, EnumShellExe
                                     EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Hand(lnghWnd, "explore", Ansi(strFolder), ShowCommand(eShowStyle));
+        return Execute(lnghWnd, "explore", Ansi(strFolder), ShowCommand(eShowStyle));
     });
 }
 
@@ -79,7 +79,7 @@ STDMETHODIMP CShellExecute::LaunchDocument(LONG* lnghWnd, BSTR* strDocument, BST
                                            EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Start(lnghWnd, Ansi(strDocument), "", Ansi(strStartIn), ShowCommand(eShowStyle));
+        return ExecuteWatched(lnghWnd, Ansi(strDocument), "", Ansi(strStartIn), ShowCommand(eShowStyle));
     });
 }
 
@@ -87,7 +87,7 @@ STDMETHODIMP CShellExecute::LaunchEmail(LONG* lnghWnd, BSTR* strAddress, EnumShe
                                         EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Hand(lnghWnd, nullptr, "mailto:" + Ansi(strAddress), ShowCommand(eShowStyle));
+        return Execute(lnghWnd, nullptr, "mailto:" + Ansi(strAddress), ShowCommand(eShowStyle));
     });
 }
 
@@ -95,7 +95,7 @@ STDMETHODIMP CShellExecute::LaunchFolder(LONG* lnghWnd, BSTR* strFolder, EnumShe
                                          EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Hand(lnghWnd, "open", Ansi(strFolder), ShowCommand(eShowStyle));
+        return Execute(lnghWnd, "open", Ansi(strFolder), ShowCommand(eShowStyle));
     });
 }
 
@@ -104,8 +104,8 @@ STDMETHODIMP CShellExecute::LaunchProgram(LONG* lnghWnd, BSTR* strProgram, BSTR*
                                           EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Start(lnghWnd, Ansi(strProgram), AnsiOrEmpty(strParameters), AnsiOrEmpty(strStartIn),
-                     ShowCommand(eShowStyle));
+        return ExecuteWatched(lnghWnd, Ansi(strProgram), AnsiOrEmpty(strParameters), AnsiOrEmpty(strStartIn),
+                              ShowCommand(eShowStyle));
     });
 }
 
@@ -113,14 +113,14 @@ STDMETHODIMP CShellExecute::LaunchURL(LONG* lnghWnd, BSTR* strURL, EnumShellExec
                                       EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Hand(lnghWnd, nullptr, Ansi(strURL), ShowCommand(eShowStyle));
+        return Execute(lnghWnd, nullptr, Ansi(strURL), ShowCommand(eShowStyle));
     });
 }
 
 STDMETHODIMP CShellExecute::PrintDocument(LONG* lnghWnd, BSTR* strDocument, EnumShellExecuteErrors* result) noexcept {
     return Guard(result, [&] {
         Forget();
-        return Hand(lnghWnd, "print", Ansi(strDocument), SW_HIDE);
+        return Execute(lnghWnd, "print", Ansi(strDocument), SW_HIDE);
     });
 }
 
@@ -142,20 +142,21 @@ void CShellExecute::Forget() noexcept {
     lastProcess_ = nullptr;
 }
 
-EnumShellExecuteErrors CShellExecute::Hand(LONG* owner, const char* verb, const std::string& file, int show) {
+EnumShellExecuteErrors CShellExecute::Execute(LONG* owner, const char* verb, const std::string& file, int show) {
     return Verdict(Number(ShellExecuteA(WindowFrom(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
 }
 
-EnumShellExecuteErrors CShellExecute::Start(LONG* owner, const std::string& file, const std::string& parameters,
-                                            const std::string& folder, int show) {
+EnumShellExecuteErrors CShellExecute::ExecuteWatched(LONG* owner, const std::string& file,
+                                                     const std::string& parameters, const std::string& folder,
+                                                     int show) {
     // Deliberate: a capital letter here, none in the other verbs.
-    SHELLEXECUTEINFOA order = Order(LaunchMask(), WindowFrom(Given(owner)), "Open", file.c_str());
-    order.lpParameters = parameters.c_str();
-    order.lpDirectory = folder.c_str();
-    order.nShow = show;
-    ShellExecuteExA(&order);
-    lastInstance_ = Number(order.hInstApp);
-    lastProcess_ = order.hProcess;
+    SHELLEXECUTEINFOA info = ExecuteInfo(LaunchMask(), WindowFrom(Given(owner)), "Open", file.c_str());
+    info.lpParameters = parameters.c_str();
+    info.lpDirectory = folder.c_str();
+    info.nShow = show;
+    ShellExecuteExA(&info);
+    lastInstance_ = Number(info.hInstApp);
+    lastProcess_ = info.hProcess;
     return Verdict(lastInstance_);
 }
 

@@ -34,9 +34,9 @@ class CShellExecute final : public AutomationObject<_CShellExecute> {
 
   private:
     void Forget() noexcept;
-    EnumShellExecuteErrors Hand(LONG* owner, const char* verb, const std::string& file, int show);
-    EnumShellExecuteErrors Start(LONG* owner, const std::string& file, const std::string& parameters,
-                                 const std::string& folder, int show);
+    EnumShellExecuteErrors Execute(LONG* owner, const char* verb, const std::string& file, int show);
+    EnumShellExecuteErrors ExecuteWatched(LONG* owner, const std::string& file, const std::string& parameters,
+                                          const std::string& folder, int show);
 
     INT_PTR lastInstance_ = 0;  // what the shell answered to the last LaunchDocument or LaunchProgram
     // Deliberately never closed, neither by the next launch nor when the object is destroyed: the process keeps it.

@@ -99,7 +99,7 @@ std::optional<CAPIDisks::Volume> CAPIDisks::GetDriveInfo(SHORT position) const n
 }
 
 template <class T, class Fact>
-HRESULT CAPIDisks::Tell(SHORT* position, T* result, Fact fact, const char* member) const noexcept {
+HRESULT CAPIDisks::ReadVolume(SHORT* position, T* result, Fact fact, const char* member) const noexcept {
     return GuardAs(member, result, [&] {
         const auto volume = GetDriveInfo(Given(position));
         return volume ? fact(*volume) : decltype(fact(*volume))();
@@ -115,25 +115,25 @@ STDMETHODIMP CAPIDisks::get_DiskTotalSpace(SHORT* intValue, DOUBLE* result) noex
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFileSystemType(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.fileSystem); });
+    return ReadVolume(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.fileSystem); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveFlags(SHORT* intValue, LONG* result) noexcept {
-    return Tell(intValue, result, [](const Volume& volume) { return static_cast<LONG>(volume.flags); });
+    return ReadVolume(intValue, result, [](const Volume& volume) { return static_cast<LONG>(volume.flags); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveLabel(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.label); });
+    return ReadVolume(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(volume.label); });
 }
 
 STDMETHODIMP CAPIDisks::get_DriveSerialNumber(SHORT* intValue, BSTR* result) noexcept {
-    return Tell(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(HexText(volume.serial)); });
+    return ReadVolume(intValue, result, [](const Volume& volume) { return FromAnsiBuffer(HexText(volume.serial)); });
 }
 
 // The type is asked for only when the volume can be read, so an empty CD drive has type 0.
 STDMETHODIMP CAPIDisks::get_DriveType(SHORT* intValue, LONG* result) noexcept {
-    return Tell(intValue, result,
-                [](const Volume& volume) { return static_cast<LONG>(GetDriveTypeA(volume.root.c_str())); });
+    return ReadVolume(intValue, result,
+                      [](const Volume& volume) { return static_cast<LONG>(GetDriveTypeA(volume.root.c_str())); });
 }
 
 STDMETHODIMP CAPIDisks::get_LogicalDrives(SHORT* intValue, BSTR* result) noexcept {

@@ -41,7 +41,7 @@ class CAPIDisks final : public AutomationObject<_CAPIDisks> {
 
     // A member that tells a fact of the volume at a position: nothing when it cannot be read.
     template <class T, class Fact>
-    HRESULT Tell(SHORT* position, T* result, Fact fact, const char* member = __builtin_FUNCTION()) const noexcept;
+    HRESULT ReadVolume(SHORT* position, T* result, Fact fact, const char* member = __builtin_FUNCTION()) const noexcept;
 };
 
 }  // namespace velk

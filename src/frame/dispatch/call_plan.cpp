@@ -142,20 +142,20 @@ std::vector<Bstr> ReadNames(ITypeInfo* info, MEMBERID member) {
     return names;
 }
 
-// The description with vtable offsets. A dual interface shows its dispatch face first.
-ComPtr<ITypeInfo> VtableFace(REFIID iid) {
-    const ComPtr<ITypeInfo> dispatchFace = library::TypeInfo(iid);
+// The description with vtable offsets. A dual interface shows its dispinterface first.
+ComPtr<ITypeInfo> VtableInfo(REFIID iid) {
+    const ComPtr<ITypeInfo> dispatchInfo = library::TypeInfo(iid);
     HREFTYPE reference = 0;
-    ComPtr<ITypeInfo> face;
-    ThrowIfFailed(dispatchFace->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
-    ThrowIfFailed(dispatchFace->GetRefTypeInfo(reference, face.Receive()));
-    return face;
+    ComPtr<ITypeInfo> vtable;
+    ThrowIfFailed(dispatchInfo->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
+    ThrowIfFailed(dispatchInfo->GetRefTypeInfo(reference, vtable.Receive()));
+    return vtable;
 }
 
 }  // namespace
 
 InterfacePlan::InterfacePlan(REFIID iid) {
-    const ComPtr<ITypeInfo> info = VtableFace(iid);
+    const ComPtr<ITypeInfo> info = VtableInfo(iid);
     for (UINT i = 0;; ++i) {
         FUNCDESC* raw = nullptr;
         if (FAILED(info->GetFuncDesc(i, &raw))) break;
@@ -175,11 +175,11 @@ void InterfacePlan::Add(ITypeInfo* info, const FUNCDESC& function) {
     }
     if (id >= members_.size()) {
         members_.resize(id + 1);
-        plain_.resize(id + 1);
+        getters_.resize(id + 1);
     }
     CallPlan plan = ReadPlan(info, function);
     if (plan.parameters.empty() && plan.result != VT_EMPTY) {
-        plain_[id] = {plan.slot, plan.result, static_cast<WORD>(function.invkind)};
+        getters_[id] = {plan.slot, plan.result, static_cast<WORD>(function.invkind)};
     }
     for (std::size_t i = 0; i < plan.parameters.size() && i + 1 < names.size(); ++i) {
         plan.parameters[i].name = Utf16(View(names[i + 1].get()));

@@ -34,7 +34,7 @@ struct CallPlan {
 };
 
 // A member with a result and without arguments: what late-bound clients call most.
-struct PlainCall {
+struct GetterCall {
     unsigned slot = 0;
     VARTYPE result = VT_EMPTY;
     WORD flags = 0;  // the DISPATCH_ flag that it answers to; 0 for no such member
@@ -51,8 +51,8 @@ class InterfacePlan {
     // The way to call a member for the DISPATCH_ flags of an Invoke; null when it has none.
     const CallPlan* Find(DISPID id, WORD flags) const noexcept;
 
-    PlainCall Plain(DISPID id) const noexcept {
-        return static_cast<std::size_t>(id) < plain_.size() ? plain_[static_cast<std::size_t>(id)] : PlainCall{};
+    GetterCall Getter(DISPID id) const noexcept {
+        return static_cast<std::size_t>(id) < getters_.size() ? getters_[static_cast<std::size_t>(id)] : GetterCall{};
     }
 
   private:
@@ -62,8 +62,8 @@ class InterfacePlan {
     void Add(ITypeInfo* info, const FUNCDESC& function);
 
     NameTable names_;
-    std::vector<Member> members_;   // by dispatch identifier
-    std::vector<PlainCall> plain_;  // likewise
+    std::vector<Member> members_;      // by dispatch identifier
+    std::vector<GetterCall> getters_;  // likewise
 };
 
 }  // namespace velk

@@ -19,7 +19,7 @@ HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept;
 
 // Calls a member that takes nothing but the place for its result. This needs no calling convention of words: every
 // platform passes two pointers to it as to any function.
-inline HRESULT InvokePlain(const PlainCall& call, IDispatch* object, VARIANT* result, EXCEPINFO* exception) noexcept {
+inline HRESULT InvokeGetter(const GetterCall& call, IDispatch* object, VARIANT* result, EXCEPINFO* exception) noexcept {
     using Function = HRESULT(STDMETHODCALLTYPE*)(IDispatch*, void*);
     const auto function = reinterpret_cast<Function>((*reinterpret_cast<void***>(object))[call.slot]);
     result->vt = VT_EMPTY;
@@ -31,11 +31,11 @@ inline HRESULT InvokePlain(const PlainCall& call, IDispatch* object, VARIANT* re
 
 inline HRESULT Invoke(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale, WORD flags,
                       DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
-    const PlainCall call = plan.Plain(id);
-    const bool plain = (flags & call.flags) && result && parameters && !(parameters->cArgs | parameters->cNamedArgs) &&
-                       InlineIsEqualGUID(reserved, IID_NULL);
-    return plain ? InvokePlain(call, object, result, exception)
-                 : InvokeAny(plan, object, id, reserved, locale, flags, parameters, result, exception, badArgument);
+    const GetterCall call = plan.Getter(id);
+    const bool getter = (flags & call.flags) && result && parameters && !(parameters->cArgs | parameters->cNamedArgs) &&
+                        InlineIsEqualGUID(reserved, IID_NULL);
+    return getter ? InvokeGetter(call, object, result, exception)
+                  : InvokeAny(plan, object, id, reserved, locale, flags, parameters, result, exception, badArgument);
 }
 
 }  // namespace velk::dispatch

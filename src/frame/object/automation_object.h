@@ -12,7 +12,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "frame/dispatch/dispatch_face.h"
+#include "frame/dispatch/dispatch_impl.h"
 #include "frame/failure/failure.h"
 #include "frame/module/library.h"
 #include "platform/platform.h"
@@ -116,7 +116,7 @@ namespace detail {
 
 // Stores what a member's body gave in what the caller gets.
 template <class To, class From>
-void HandOver(To& to, From&& from) noexcept {
+void StoreResult(To& to, From&& from) noexcept {
     if constexpr (std::is_same_v<std::decay_t<From>, bool>) {
         to = from ? VARIANT_TRUE : VARIANT_FALSE;
     } else if constexpr (requires { from.Detach(); }) {
@@ -130,14 +130,14 @@ void HandOver(To& to, From&& from) noexcept {
 
 // The interface comes first, so that its calls arrive without an adjusted pointer.
 template <class Interface, UsedBy kThreads = UsedBy::OneThread>
-class AutomationObject : public DispatchFace<Interface>,
+class AutomationObject : public DispatchImpl<Interface>,
                          public ObjectCore,
                          public ISupportErrorInfo,
                          public IProvideClassInfo2 {
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
         if (!object) return E_POINTER;
-        *object = Face(iid);
+        *object = Find(iid);
         if (!*object) return E_NOINTERFACE;
         AddRef();
         return S_OK;
@@ -149,7 +149,7 @@ class AutomationObject : public DispatchFace<Interface>,
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
         const Hold hold(*this);
-        return DispatchFace<Interface>::Invoke(id, reserved, locale, flags, parameters, result, exception, badArgument);
+        return DispatchImpl<Interface>::Invoke(id, reserved, locale, flags, parameters, result, exception, badArgument);
     }
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
@@ -164,7 +164,7 @@ class AutomationObject : public DispatchFace<Interface>,
     explicit AutomationObject(const ClassInfo& info) noexcept : ObjectCore(info) {}
 
     // A class with further interfaces adds them here. The pointer is not counted.
-    virtual void* ExtraFace(REFIID) noexcept { return nullptr; }
+    virtual void* ExtraInterface(REFIID) noexcept { return nullptr; }
 
     // A body that gives an HRESULT says itself how the member ends. The name is that of the calling function.
     template <class Body>
@@ -237,7 +237,7 @@ class AutomationObject : public DispatchFace<Interface>,
     HRESULT Run(const char* member, T* result, Body&& body) const noexcept {
         if (!result) return E_POINTER;
         *result = T{};
-        return Run<kPolicy>(member, [&] { detail::HandOver(*result, body()); });
+        return Run<kPolicy>(member, [&] { detail::StoreResult(*result, body()); });
     }
 
     template <Policy kPolicy, class Body>
@@ -252,14 +252,14 @@ class AutomationObject : public DispatchFace<Interface>,
         return Fail(member, kPolicy == Policy::PassOn ? FailurePolicy::PassOn : info_.policy);
     }
 
-    void* Face(REFIID iid) noexcept {
+    void* Find(REFIID iid) noexcept {
         if (iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(Interface)) {
             return static_cast<Interface*>(this);
         }
         if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
         if (iid == IID_IProvideClassInfo) return static_cast<IProvideClassInfo*>(this);
         if (iid == IID_IProvideClassInfo2) return static_cast<IProvideClassInfo2*>(this);
-        return ExtraFace(iid);
+        return ExtraInterface(iid);
     }
 };
 

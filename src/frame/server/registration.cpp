@@ -156,7 +156,7 @@ Scope ScopeToWrite() noexcept {
 }
 
 template <class Body>
-HRESULT Answer(Body body) noexcept try {
+HRESULT AsResult(Body body) noexcept try {
     return body();
 } catch (const RegistryError& error) {
     return HRESULT_FROM_WIN32(error.status);
@@ -168,17 +168,17 @@ HRESULT Answer(Body body) noexcept try {
 
 HRESULT RegisterLibrary() noexcept {
     const Scope scope = ScopeToWrite();
-    const HRESULT written = Answer([scope] {
+    const HRESULT written = AsResult([scope] {
         Write(scope);
         return S_OK;
     });
-    if (FAILED(written)) Answer([scope] { return Remove(scope); });  // nothing half registered stays behind
+    if (FAILED(written)) AsResult([scope] { return Remove(scope); });  // nothing half registered stays behind
     return written;
 }
 
 HRESULT UnregisterLibrary() noexcept {
-    const HRESULT user = LimitedTo(L"machine") ? S_OK : Answer([] { return Remove(Scope::User); });
-    const HRESULT machine = LimitedTo(L"user") ? S_OK : Answer([] { return Remove(Scope::Machine); });
+    const HRESULT user = LimitedTo(L"machine") ? S_OK : AsResult([] { return Remove(Scope::User); });
+    const HRESULT machine = LimitedTo(L"user") ? S_OK : AsResult([] { return Remove(Scope::Machine); });
     return FAILED(machine) ? machine : user;
 }
 

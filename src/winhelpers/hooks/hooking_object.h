@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/dispatch/dispatch_face.h"
+#include "frame/dispatch/dispatch_impl.h"
 #include "frame/object/automation_object.h"
 #include "winhelpers/hooks/hook_client.h"
 
@@ -23,7 +23,7 @@ class HookingObject : public AutomationObject<Interface> {
   protected:
     using AutomationObject<Interface>::AutomationObject;
 
-    void* ExtraFace(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &hook_ : nullptr; }
+    void* ExtraInterface(REFIID iid) noexcept override { return iid == __uuidof(ISubclass) ? &hook_ : nullptr; }
 
     void AddHook(LONG window, LONG message) { hooks_.Add(&hook_, window, message); }
     void RemoveHook(LONG window, LONG message) { hooks_.Remove(&hook_, window, message); }
@@ -40,7 +40,7 @@ class HookingObject : public AutomationObject<Interface> {
     HookClient hooks_;
 
   private:
-    class Hook final : public DispatchFace<ISubclass> {
+    class Hook final : public DispatchImpl<ISubclass> {
       public:
         explicit Hook(HookingObject& owner) noexcept : owner_(owner) {}
 

@@ -8,7 +8,7 @@
 namespace velk {
 
 template <class Interface>
-class DispatchFace : public Interface {
+class DispatchImpl : public Interface {
   public:
     STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override {
         if (!count) return E_POINTER;
