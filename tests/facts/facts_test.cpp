@@ -1,0 +1,321 @@
+// Runs the files of facts: what each class does, as lines. They lie beside the other tests of their folder, one file a
+// class. A scenario begins at the margin with a class, "CStack: what
+// it shows", and makes an object; the lines below are done in order, late bound and then once more through the members'
+// slots. The log of platform calls and reports has to be empty after each step.
+//
+//   Member 1, "a"              is called and has to succeed
+//   Member = 2                 ... and gives just this (see values.h)
+//   Member 1 := 2              a property is put; := &object by reference
+//   Member ! 9 "text"          it fails: run-time error 9, or ! 0x80044705 "text" from VelkSprt.CStack
+//   &name = 5                  what a script's variable holds now
+//   let name = 5               a variable; new CStack or a program identifier makes an object; name.Member calls it
+//   3 times Member             a repeated step; {0|2} stands for each of its parts in turn, and all braces of a line go
+//   together shows "title", "text"      the report that the step before showed with F 1 answers 5, 6 error 87 fills 1
+//   "text" fills 2 longs 1 _ 3
+//                              platform calls whose line begins so are answered in the platform's place, and are told
+//                              as
+//   saw F 1, "a"               what the step before asked of the platform
+//   when F 1 answers 5         the same without telling;  without F: the platform lacks it
+//   file "name" = "bytes"      written to the scenario's folder;  file "name" holds "bytes": compared, in Windows-1252
+//   set NAME = "value"         a variable of the environment
+//
+// A title that ends with "(32 bits)" is for the library of that width only.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <list>
+#include <sstream>
+
+#include "facts/platform_log.h"
+#include "facts/values.h"
+#include "platform/text.h"
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/scoped_variable.h"
+#include "support/scratch_folder.h"
+
+namespace velk::facts {
+namespace {
+
+struct Line {
+    int number;
+    std::wstring text;
+};
+
+struct Scenario {
+    std::string file;
+    int line;
+    std::wstring className;
+    std::wstring title;
+    std::vector<Line> lines;
+};
+
+ComPtr<IDispatch> Made(const std::wstring& name) {
+    ComPtr<IDispatch> object;
+    CLSID clsid;
+    if (SUCCEEDED(CLSIDFromProgID(name.c_str(), &clsid))) {
+        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid());
+        return object;
+    }
+    ComPtr<ITypeLib> types;
+    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
+    ComPtr<ITypeInfo> info;
+    MEMBERID member = 0;
+    USHORT found = 1;
+    types->FindName(const_cast<LPOLESTR>(name.c_str()), 0, info.Receive(), &member, &found);
+    TYPEATTR* attributes = nullptr;
+    if (!info || FAILED(info->GetTypeAttr(&attributes))) throw std::runtime_error("no class " + ToAnsi(name));
+    clsid = attributes->guid;
+    info->ReleaseTypeAttr(attributes);
+    return test::CreateObject<IDispatch>(clsid);
+}
+
+class Run : public testing::Test {
+  public:
+    Run(const Scenario& scenario, bool bySlot) : scenario_(scenario), bySlot_(bySlot) {}
+
+    void TestBody() override {
+        for (const Line& line : scenario_.lines) {
+            const testing::ScopedTrace trace(scenario_.file.c_str(), line.number, ToAnsi(line.text));
+            try {
+                for (const std::wstring& one : Alternatives(line.text)) Do(one);
+            } catch (const std::exception& problem) {
+                ADD_FAILURE() << problem.what();
+            }
+            if (HasFatalFailure()) return;
+        }
+        EXPECT_EQ(L"", log_.Next());
+    }
+
+  private:
+    static std::vector<std::wstring> Alternatives(const std::wstring& line) {
+        std::vector<std::wstring> made(1);
+        std::size_t at = 0;
+        for (std::size_t open; (open = line.find(L'{', at)) != line.npos && line.find(L'|', open) != line.npos;) {
+            const std::size_t close = line.find(L'}', open);
+            const auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
+            if (made.size() == 1) made.resize(parts.size(), made[0]);
+            for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);
+            at = close + 1;
+        }
+        for (std::wstring& one : made) one += line.substr(at);
+        return made;
+    }
+
+    void Do(std::wstring line) {
+        for (std::size_t at; (at = line.find(L"$dir")) != line.npos;) line.replace(at, 4, Escaped(folder_.path()));
+        const auto says = [&](std::wstring_view word) {
+            if (!line.starts_with(word)) return false;
+            if (word != L"saw " && word != L"shows ") line = Trim(std::wstring_view(line).substr(word.size()));
+            return true;
+        };
+        if (says(L"saw ") || says(L"shows ")) return ExpectText(line, log_.Next());
+        EXPECT_EQ(L"", log_.Next()) << "is told nowhere";
+        if (says(L"let ")) return Let(line);
+        if (says(L"set ")) return Set(line);
+        if (says(L"file ")) return File(line);
+        if (says(L"with ")) return AddRule(line, true);
+        if (says(L"when ")) return AddRule(line, false);
+        if (says(L"without ")) return Lacks(line);
+        int times = 1;
+        if (const std::size_t at = line.find(L" times "); at < 6) times = std::stoi(line), line.erase(0, at + 7);
+        for (; times > 0; --times) Step(line);
+    }
+
+    static void ExpectText(const std::wstring& wanted, const std::wstring& given) { EXPECT_EQ(wanted, given); }
+
+    void Lacks(const std::wstring& function) {
+        Rule rule;
+        rule.function = ToAnsi(function);
+        rule.missing = true;
+        log_.Add(std::move(rule));
+    }
+
+    void Let(const std::wstring& line) {
+        const auto parts = Split(line, L"=");
+        Variant value;
+        if (parts.at(1).starts_with(L"new ")) {
+            static_cast<VARIANT&>(value) = test::Arg(Made(parts[1].substr(4)).Detach());
+        } else {
+            value = ValueOf(parts[1], variables_);
+        }
+        variables_[parts[0]] = std::move(value);
+    }
+
+    void Set(const std::wstring& line) {
+        const auto parts = Split(line, L"=");
+        environment_.push_back(
+            std::make_unique<test::ScopedVariable>(parts.at(0).c_str(), Unquote(parts.at(1)).c_str()));
+    }
+
+    void File(const std::wstring& line) {
+        if (const auto written = Split(line, L"="); written.size() == 2) {
+            folder_.Write(Unquote(written[0]), ToAnsi(Unquote(written[1])));
+            return;
+        }
+        const auto parts = Split(line, L" holds ");
+        std::ifstream file(std::filesystem::path(folder_.Path(Unquote(parts.at(0)))), std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        EXPECT_EQ(parts.at(1), Quote(Wide(FromAnsi(bytes))));
+    }
+
+    // F 1 answers 5, 6 error 87 fills 1 "text" fills 2 longs 1 2
+    void AddRule(const std::wstring& line, bool logged) {
+        auto parts = Split(line, L" fills ");
+        Rule rule;
+        rule.logged = logged;
+        rule.fillings.assign(parts.begin() + 1, parts.end());
+        parts = Split(parts[0], L" error ");
+        if (parts.size() == 2) rule.error = static_cast<DWORD>(std::stoul(parts[1]));
+        parts = Split(parts[0], L" answers ");
+        if (parts.size() == 2) {
+            for (const auto& answer : Split(parts[1], L","))
+                rule.answers.push_back(static_cast<LONG_PTR>(std::stoll(answer, nullptr, 0)));
+        }
+        const std::size_t name = parts[0].find(L' ');
+        rule.function = ToAnsi(parts[0].substr(0, name));
+        if (name != parts[0].npos) rule.arguments = parts[0].substr(name + 1);
+        log_.Add(std::move(rule));
+    }
+
+    void Step(const std::wstring& line) {
+        auto parts = Split(line, L" ! ");
+        std::wstring wanted = parts.size() == 2 ? L"! " + parts[1] : L"";
+        parts = Split(parts[0], L":=");
+        if (parts.size() == 2) {
+            const bool byReference = parts[1].starts_with(L'&');
+            return Expect(wanted, Call(parts[0], byReference ? DISPATCH_PROPERTYPUTREF : DISPATCH_PROPERTYPUT,
+                                       parts[1].substr(byReference)));
+        }
+        parts = Split(parts[0], L" = ");
+        if (parts.size() == 2) wanted = L"= " + parts[1];
+        if (parts[0].starts_with(L'&')) return ExpectText(wanted, L"= " + Show(variables_[parts[0].substr(1)]));
+        Expect(wanted, Call(parts[0], kAsCalled, L""));
+    }
+
+    static constexpr WORD kAsCalled = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+
+    test::Outcome Call(std::wstring call, WORD flags, const std::wstring& put) {
+        IDispatch* object = object_.get();
+        const std::size_t blank = call.find(L' ');
+        if (const std::size_t dot = call.find(L'.'); dot < blank) {
+            object = variables_.at(call.substr(0, dot)).pdispVal;
+            call.erase(0, dot + 1);
+        }
+        const std::wstring name = call.substr(0, call.find(L' '));
+        std::vector<Variant> values;
+        for (const auto& text : Split(std::wstring_view(call).substr(name.size()), L","))
+            values.push_back(ValueOf(text, variables_));
+        if (!put.empty()) values.push_back(ValueOf(put, variables_));
+        std::vector<VARIANT> arguments(values.begin(), values.end());
+        if (bySlot_) return test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
+        return test::InvokeNamed(object, name.c_str(), flags, arguments,
+                                 put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
+    }
+
+    // A typed variable is handed over as what it holds: the platform's own call converts no script's variables.
+    static std::vector<VARIANT> BySlot(std::vector<VARIANT> arguments) {
+        for (VARIANT& argument : arguments) {
+            if (argument.vt != (VT_BYREF | VT_VARIANT) || argument.pvarVal->vt == VT_EMPTY) continue;
+            argument = test::Ref(argument.pvarVal->vt, &argument.pvarVal->byref);
+        }
+        return arguments;
+    }
+
+    static void Expect(const std::wstring& wanted, const test::Outcome& outcome) {
+        std::wstring given = L"= " + Show(outcome.value);
+        if (FAILED(outcome.result)) {
+            const auto code = static_cast<DWORD>(outcome.result == DISP_E_EXCEPTION ? outcome.code : outcome.result);
+            wchar_t number[16];
+            swprintf(number, 16, code >> 16 == 0x800A ? L"%lu" : L"0x%08lX",
+                     code >> 16 == 0x800A ? code & 0xFFFF : code);
+            given = L"! " + std::wstring(number) + L" " + Quote(outcome.description) + L" from " + outcome.source;
+            EXPECT_EQ(wanted, given.substr(0, std::max<std::size_t>(wanted.size(), 2)));
+        } else if (!wanted.empty()) {
+            EXPECT_EQ(wanted, given);
+        }
+    }
+
+    static std::wstring Escaped(const std::wstring& text) {
+        const std::wstring quoted = Quote(text);
+        return quoted.substr(1, quoted.size() - 2);
+    }
+
+    const Scenario& scenario_;
+    const bool bySlot_;
+    const test::ScopedVariable boxes_{L"VELKSPRT_REPORTS", nullptr};
+    std::vector<std::unique_ptr<test::ScopedVariable>> environment_;
+    test::ScratchFolder folder_;
+    PlatformLog log_;
+    Variables variables_;
+    ComPtr<IDispatch> object_ = Made(scenario_.className);
+};
+
+std::string TestName(std::wstring_view title) {
+    std::string name;
+    for (const wchar_t character : title)
+        name += iswalnum(character) && character < 128 ? static_cast<char>(character) : '_';
+    return name;
+}
+
+std::wstring FromUtf8(const std::string& bytes) {
+    std::wstring text(bytes.size(), L'\0');
+    const int size = static_cast<int>(bytes.size());
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
+    return text;
+}
+
+void Register(const Scenario& scenario, const std::string& folder, const std::string& title) {
+    for (const bool bySlot : {false, true}) {
+        testing::RegisterTest((folder + "_" + ToAnsi(scenario.className) + (bySlot ? "BySlot" : "LateBound")).c_str(),
+                              title.c_str(), nullptr, nullptr, scenario.file.c_str(), scenario.line,
+                              [&scenario, bySlot]() -> testing::Test* { return new Run(scenario, bySlot); });
+    }
+}
+
+std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
+    std::list<Scenario> made;
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes;
+    for (int number = 1; std::getline(file, bytes); ++number) {
+        const std::wstring line = FromUtf8(bytes);
+        const std::wstring_view text = Trim(line);
+        if (text.empty() || text.starts_with(L"//")) continue;
+        if (line.starts_with(L' ')) {
+            made.back().lines.push_back({number, std::wstring(text)});
+        } else {
+            const std::size_t colon = text.find(L':');
+            made.push_back({path.filename().string(),
+                            number,
+                            std::wstring(text.substr(0, colon)),
+                            std::wstring(Trim(text.substr(colon + 1))),
+                            {}});
+        }
+    }
+    return made;
+}
+
+void RegisterAll() {
+    static std::list<Scenario> scenarios;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(test::BuiltFile(L"tests/facts"))) {
+        if (entry.path().extension() != ".facts") continue;
+        std::list<Scenario> made = ScenariosOf(entry.path());
+        const std::string folder = entry.path().parent_path().filename().string();
+        if (sizeof(void*) != 4) made.remove_if([](const Scenario& one) { return one.title.ends_with(L"(32 bits)"); });
+        for (const Scenario& one : made) Register(one, folder, TestName(one.title));
+        scenarios.splice(scenarios.end(), made);
+    }
+}
+
+}  // namespace
+}  // namespace velk::facts
+
+int main(int count, char** arguments) {
+    testing::InitGoogleTest(&count, arguments);
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    velk::facts::RegisterAll();
+    const int result = RUN_ALL_TESTS();
+    CoUninitialize();
+    return result;
+}

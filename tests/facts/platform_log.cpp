@@ -1,0 +1,207 @@
+#include "facts/platform_log.h"
+
+#include <commdlg.h>
+#include <lmcons.h>
+#include <mmsystem.h>
+#include <shellapi.h>
+#include <wininet.h>
+#include <list>
+#include <stdexcept>
+
+#include "facts/values.h"
+#include "platform/text.h"
+#include "support/client.h"
+#include "support/import_patch.h"
+#include "support/procedure_patch.h"
+
+namespace velk::facts {
+
+struct PlatformLog::State {
+    std::list<Rule> rules;
+    std::list<test::ImportPatch> imports;
+    std::list<test::ProcedurePatch> procedures;
+    std::deque<std::wstring> lines;
+};
+
+namespace {
+
+PlatformLog::State* current = nullptr;
+
+// ---- Arguments as text ----
+
+[[maybe_unused]] std::wstring Shown(LPCSTR text) { return text ? Quote(Wide(FromAnsi(text))) : L"null"; }
+[[maybe_unused]] std::wstring Shown(LPCWSTR text) { return text ? Quote(text) : L"null"; }
+template <class Number>
+requires std::is_integral_v<Number> || std::is_enum_v<Number> std::wstring Shown(Number number) {
+    return std::to_wstring(static_cast<LONGLONG>(number));
+}
+// The handles of windows and the like are pointers to records of one number; other pointers lead to places.
+template <class T>
+std::wstring Shown(T* place) {
+    if constexpr (std::is_class_v<T>) {
+        if (sizeof(T) == sizeof(int)) return std::to_wstring(HandleToLong(place));
+    }
+    return place ? L"&" : L"null";
+}
+[[maybe_unused]] std::wstring Shown(char*) { return L"&"; }
+[[maybe_unused]] std::wstring Shown(wchar_t*) { return L"&"; }
+std::wstring Shown(const SHELLEXECUTEINFOA* order) {
+    std::wstring shown = L"{" + std::to_wstring(order->fMask) + L", " + Shown(order->hwnd);
+    for (const LPCSTR text : {order->lpVerb, order->lpFile, order->lpParameters, order->lpDirectory})
+        shown += L", " + Shown(text);
+    return shown + L", " + std::to_wstring(order->nShow) + L"}";
+}
+std::wstring Shown(SHELLEXECUTEINFOA* order) { return Shown(static_cast<const SHELLEXECUTEINFOA*>(order)); }
+
+// ---- One function ----
+
+void Fill(const std::wstring& filling, const std::vector<void*>& places) {
+    std::size_t used = 0;
+    void* const place = places.at(std::stoul(filling, &used));
+    const std::wstring_view what = Trim(std::wstring_view(filling).substr(used));
+    if (what.starts_with(L'"')) {
+        const std::string bytes = ToAnsi(Unquote(what));
+        std::memcpy(place, bytes.data(), bytes.size() + 1);
+        return;
+    }
+    auto* to = static_cast<LONG*>(place);
+    for (const std::wstring& number : Split(what.substr(what.find(L' ') + 1), L" ")) {
+        if (number != L"_") *to = static_cast<LONG>(std::stoll(number, nullptr, 0));
+        ++to;
+    }
+}
+
+const Rule* RuleFor(const char* function, const std::wstring& arguments) {
+    for (const Rule& rule : current->rules) {
+        if (rule.function == function && (arguments + L",").starts_with(rule.arguments)) return &rule;
+    }
+    return nullptr;
+}
+
+template <class T>
+void* PlaceOf(T argument) {
+    if constexpr (std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>) {
+        return const_cast<void*>(static_cast<const void*>(argument));
+    } else {
+        return nullptr;
+    }
+}
+
+struct Watchable {
+    const char* name;
+    void* replacement;
+};
+
+template <auto Function, class = decltype(Function)>
+struct Watch;
+template <auto Function, class Result, class... Arguments>
+struct Watch<Function, Result(WINAPI*)(Arguments...)> {
+    static inline const char* name;
+
+    static Result WINAPI Run(Arguments... arguments) {
+        std::wstring shown;
+        ((shown += (shown.empty() ? L"" : L", ") + Shown(arguments)), ...);
+        auto* const rule = const_cast<Rule*>(RuleFor(name, shown));
+        if (rule && rule->logged) current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + L" " + shown);
+        if (!rule || rule->answers.empty()) return Function(arguments...);
+        for (const std::wstring& filling : rule->fillings) Fill(filling, {PlaceOf(arguments)...});
+        const LONG_PTR answer = rule->answers.front();
+        if (rule->answers.size() > 1) rule->answers.pop_front();
+        SetLastError(rule->error);
+        return (Result)answer;  // a number, a truth or a handle
+    }
+};
+
+template <auto Function>
+Watchable Watched(const char* name) {
+    Watch<Function>::name = name;
+    return {name, reinterpret_cast<void*>(&Watch<Function>::Run)};
+}
+
+const Watchable kWatchable[] = {
+    Watched<&CloseClipboard>("CloseClipboard"),
+    Watched<&DeleteDC>("DeleteDC"),
+    Watched<&EmptyClipboard>("EmptyClipboard"),
+    Watched<&FindClose>("FindClose"),
+    Watched<&GetComputerNameA>("GetComputerNameA"),
+    Watched<&GetCurrentHwProfileA>("GetCurrentHwProfileA"),
+    Watched<&GetDeviceCaps>("GetDeviceCaps"),
+    Watched<&GetDiskFreeSpaceA>("GetDiskFreeSpaceA"),
+    Watched<&GetDiskFreeSpaceExA>("GetDiskFreeSpaceExA"),
+    Watched<&GetDriveTypeA>("GetDriveTypeA"),
+    Watched<&GetLocaleInfoA>("GetLocaleInfoA"),
+    Watched<&GetLogicalDriveStringsA>("GetLogicalDriveStringsA"),
+    Watched<&GetSystemDirectoryA>("GetSystemDirectoryA"),
+    Watched<&GetSystemInfo>("GetSystemInfo"),
+    Watched<&GetSystemMetrics>("GetSystemMetrics"),
+    Watched<&GetTempPathA>("GetTempPathA"),
+    Watched<&GetTickCount>("GetTickCount"),
+    Watched<&GetUserNameA>("GetUserNameA"),
+    Watched<&GetVersionExA>("GetVersionExA"),
+    Watched<&GetVolumeInformationA>("GetVolumeInformationA"),
+    Watched<&GetWindowRect>("GetWindowRect"),
+    Watched<&GetWindowsDirectoryA>("GetWindowsDirectoryA"),
+    Watched<&GlobalMemoryStatus>("GlobalMemoryStatus"),
+    Watched<&InternetGetConnectedStateExA>("InternetGetConnectedStateExA"),
+    Watched<&InternetSetOptionA>("InternetSetOptionA"),
+    Watched<&IsProcessorFeaturePresent>("IsProcessorFeaturePresent"),
+    Watched<&LoadLibraryExW>("LoadLibraryExW"),
+    Watched<&OpenClipboard>("OpenClipboard"),
+    Watched<&RegCreateKeyExA>("RegCreateKeyExA"),
+    Watched<&RegOpenKeyExA>("RegOpenKeyExA"),
+    Watched<&RegSetValueExA>("RegSetValueExA"),
+    Watched<&ReleaseDC>("ReleaseDC"),
+    Watched<&SetClipboardData>("SetClipboardData"),
+    Watched<&SetComputerNameA>("SetComputerNameA"),
+    Watched<&SetVolumeLabelA>("SetVolumeLabelA"),
+    Watched<&ShellExecuteA>("ShellExecuteA"),
+    Watched<&ShellExecuteExA>("ShellExecuteExA"),
+    Watched<&SystemParametersInfoA>("SystemParametersInfoA"),
+    Watched<&WritePrivateProfileStringA>("WritePrivateProfileStringA"),
+    Watched<&timeGetTime>("timeGetTime"),
+};
+
+const Watchable& Find(const std::string& name) {
+    for (const Watchable& one : kWatchable) {
+        if (name == one.name) return one;
+    }
+    throw std::runtime_error(name + " is not among the functions that can be watched");
+}
+
+int WINAPI ShowBox(HWND, LPCWSTR text, LPCWSTR title, UINT) {
+    current->lines.push_back(L"shows " + Quote(title ? title : L"") + L", " + Quote(text));
+    return IDOK;
+}
+
+}  // namespace
+
+PlatformLog::PlatformLog() : state_(std::make_unique<State>()) {
+    current = state_.get();
+    state_->imports.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
+}
+
+PlatformLog::~PlatformLog() {
+    state_.reset();
+    current = nullptr;
+}
+
+// The latest rule counts first.
+void PlatformLog::Add(Rule rule) {
+    const Watchable& function = Find(rule.function);
+    void* const replacement = rule.missing ? nullptr : function.replacement;
+    if (test::ImportPatch::IsImported(test::Library(), function.name)) {
+        state_->imports.emplace_back(test::Library(), function.name, replacement);
+    } else {
+        state_->procedures.emplace_back(test::Library(), function.name, replacement);
+    }
+    state_->rules.push_front(std::move(rule));
+}
+
+std::wstring PlatformLog::Next() {
+    if (state_->lines.empty()) return L"";
+    std::wstring line = std::move(state_->lines.front());
+    state_->lines.pop_front();
+    return line;
+}
+
+}  // namespace velk::facts

@@ -1,0 +1,181 @@
+#include "facts/values.h"
+
+#include <cwchar>
+#include <stdexcept>
+
+#include "platform/text.h"
+#include "support/late_bound.h"
+
+namespace velk::facts {
+namespace {
+
+constexpr std::pair<wchar_t, wchar_t> kEscapes[] = {{L'0', L'\0'}, {L'r', L'\r'}, {L'n', L'\n'},
+                                                    {L't', L'\t'}, {L'"', L'"'},  {L'\\', L'\\'}};
+
+struct Suffix {
+    wchar_t mark;
+    VARTYPE type;
+};
+constexpr Suffix kSuffixes[] = {{L'i', VT_I2}, {L'b', VT_UI1}, {L'f', VT_R4}, {L'c', VT_CY}};
+
+Variant Converted(VARIANT value, VARTYPE type) {
+    Variant made;
+    if (FAILED(VariantChangeTypeEx(&made, &value, LOCALE_INVARIANT, VARIANT_ALPHABOOL, type))) {
+        throw std::runtime_error("a value that does not fit its type");
+    }
+    return made;
+}
+
+Variant NumberOf(std::wstring text) {
+    if (text.starts_with(L"0x"))
+        return Converted(test::Arg(static_cast<LONG>(std::wcstoul(text.c_str(), nullptr, 16))), VT_I4);
+    VARTYPE type = text.find(L'.') != text.npos ? VT_R8 : VT_I4;
+    for (const Suffix& suffix : kSuffixes) {
+        if (text.back() == suffix.mark) type = suffix.type, text.pop_back();
+    }
+    return Converted(test::Text(text), type);
+}
+
+Variant ArrayOf(std::wstring_view inside, Variables& variables) {
+    const auto items = Split(inside, L",");
+    Variant made;
+    made.parray = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(items.size()));
+    made.vt = VT_ARRAY | VT_VARIANT;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        static_cast<VARIANT*>(made.parray->pvData)[i] = ValueOf(items[i], variables).Detach();
+    }
+    return made;
+}
+
+Variant NamedValue(std::wstring_view text, Variables& variables) {
+    Variant made;
+    if (text == L"Empty") return made;
+    if (text == L"Null") return made.vt = VT_NULL, std::move(made);
+    if (text == L"Nothing") return made.vt = VT_DISPATCH, std::move(made);
+    if (text == L"Missing") return static_cast<VARIANT&>(made) = test::Missing(), std::move(made);
+    if (text == L"True" || text == L"False") return Converted(test::Arg(text == L"True"), VT_BOOL);
+    const bool byReference = text.starts_with(L'&');
+    const auto found = variables.find(text.substr(byReference));
+    if (found == variables.end()) throw std::runtime_error("no value: " + ToAnsi(text));
+    if (byReference) {
+        static_cast<VARIANT&>(made) = test::Arg(&found->second);
+    } else {
+        VariantCopy(&made, &found->second);
+    }
+    return made;
+}
+
+std::wstring ItemsOf(SAFEARRAY* array) {
+    if (!array || array->cDims != 1) return L"";
+    std::wstring shown;
+    VARTYPE type = VT_EMPTY;
+    SafeArrayGetVartype(array, &type);
+    for (LONG i = array->rgsabound[0].lLbound, n = 0; n < static_cast<LONG>(array->rgsabound[0].cElements); ++i, ++n) {
+        Variant item;
+        item.vt = type;
+        SafeArrayGetElement(array, &i, type == VT_VARIANT ? static_cast<void*>(&item) : &item.byref);
+        shown += (n ? L", " : L"") + Show(item);
+    }
+    return shown;
+}
+
+}  // namespace
+
+std::wstring_view Trim(std::wstring_view text) {
+    while (text.starts_with(L' ')) text.remove_prefix(1);
+    while (text.ends_with(L' ')) text.remove_suffix(1);
+    return text;
+}
+
+std::vector<std::wstring> Split(std::wstring_view text, std::wstring_view separator) {
+    std::vector<std::wstring> pieces;
+    std::size_t start = 0, depth = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (quoted && text[i] == L'\\') {
+            ++i;
+        } else if (text[i] == L'"') {
+            quoted = !quoted;
+        } else if (!quoted && (text[i] == L'[' || text[i] == L']')) {
+            depth += text[i] == L'[' ? 1 : -1;
+        } else if (!quoted && depth == 0 && text.substr(i).starts_with(separator)) {
+            pieces.emplace_back(Trim(text.substr(start, i - start)));
+            start = i + separator.size();
+            i = start - 1;
+        }
+    }
+    if (const auto last = Trim(text.substr(start)); !last.empty() || !pieces.empty()) pieces.emplace_back(last);
+    return pieces;
+}
+
+std::wstring Unquote(std::wstring_view quoted) {
+    std::wstring text;
+    for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
+        if (quoted[i] != L'\\') {
+            text += quoted[i];
+        } else if (quoted[++i] == L'u') {
+            text += static_cast<wchar_t>(std::wcstoul(std::wstring(quoted.substr(i + 1, 4)).c_str(), nullptr, 16));
+            i += 4;
+        } else {
+            for (const auto& [mark, character] : kEscapes) {
+                if (mark == quoted[i]) text += character;
+            }
+        }
+    }
+    return text;
+}
+
+std::wstring Quote(std::wstring_view text) {
+    std::wstring quoted = L"\"";
+    for (const wchar_t character : text) {
+        const wchar_t* escaped = nullptr;
+        for (const auto& [mark, meant] : kEscapes) {
+            if (meant == character) escaped = &mark;
+        }
+        wchar_t code[8];
+        swprintf(code, 8, L"\\u%04X", static_cast<unsigned>(character));
+        quoted += escaped                                ? std::wstring{L'\\', *escaped}
+                  : character > L'~' || character < L' ' ? code
+                                                         : std::wstring(1, character);
+    }
+    return quoted + L'"';
+}
+
+Variant ValueOf(std::wstring_view text, Variables& variables) {
+    if (const auto parts = Split(text, L"*"); parts.size() == 2) {
+        std::wstring repeated;
+        for (int i = std::stoi(parts[1]); i > 0; --i) repeated += Unquote(parts[0]);
+        return test::Text(repeated);
+    }
+    if (text.starts_with(L'"')) return test::Text(Unquote(text));
+    if (text.starts_with(L'[')) return ArrayOf(text.substr(1, text.size() - 2), variables);
+    if (text.find_first_of(L"-0123456789") == 0) return NumberOf(std::wstring(text));
+    return NamedValue(text, variables);
+}
+
+std::wstring Show(const VARIANT& value) {
+    if (value.vt & VT_ARRAY) return (value.vt & VT_VARIANT ? L"[" : L"typed [") + ItemsOf(value.parray) + L"]";
+    switch (value.vt) {
+        case VT_EMPTY:
+            return L"Empty";
+        case VT_NULL:
+            return L"Null";
+        case VT_BSTR:
+            return Quote(View(value.bstrVal));
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return value.punkVal ? L"object" : L"Nothing";
+        case VT_ERROR:
+            return value.scode == DISP_E_PARAMNOTFOUND ? L"Missing" : L"error";
+        default:
+            break;
+    }
+    std::wstring shown(View(Converted(value, VT_BSTR).bstrVal));
+    if (value.vt == VT_R8 && shown.find_first_of(L".E") == shown.npos) shown += L".0";
+    for (const Suffix& suffix : kSuffixes) {
+        if (value.vt == suffix.type) shown += suffix.mark;
+    }
+    return shown;
+}
+
+}  // namespace velk::facts

@@ -1,0 +1,34 @@
+// Values as facts write them. Each text stands for one type, so that what a member gives is compared as text:
+//   12 Long   12i Integer   12b Byte   1.5 Double   1.5f Single   12c Currency   True False   "text"   Empty Null
+//   Nothing Missing [1, "a"] an array of variants   a name: a variable's value   &name: the variable itself, as scripts
+//   hand it over
+// In a text \0 \r \n \t \" \\ and \u20AC stand for characters, and $dir for the scenario's own folder. "x" * 600
+// repeats a text.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/variant.h"
+
+namespace velk::facts {
+
+using Variables = std::map<std::wstring, Variant, std::less<>>;
+
+// Pieces between separators that stand outside texts and brackets, without the blanks round them.
+std::vector<std::wstring> Split(std::wstring_view text, std::wstring_view separator);
+
+std::wstring_view Trim(std::wstring_view text);
+
+// What the escapes of a quoted text stand for.
+std::wstring Unquote(std::wstring_view quoted);
+std::wstring Quote(std::wstring_view text);
+
+// Throws a text that says what is wrong with the line.
+Variant ValueOf(std::wstring_view text, Variables& variables);
+
+std::wstring Show(const VARIANT& value);
+
+}  // namespace velk::facts
