@@ -1,37 +1,47 @@
 // Runs the files of facts: what each class does, as lines. They lie beside the other tests of their folder, one file a
-// class. A scenario begins at the margin with a class, "CStack: what
-// it shows", and makes an object; the lines below are done in order, late bound and then once more through the members'
-// slots. The log of platform calls and reports has to be empty after each step.
+// class. A scenario begins at the margin with a class, "CStack: what it shows", and makes an object; the lines below
+// are done in order, late bound and then once more through the members' slots. What the platform was asked, what was
+// shown and what events told has to be said by the next line.
 //
 //   Member 1, "a"              is called and has to succeed
 //   Member = 2                 ... and gives just this (see values.h)
 //   Member 1 := 2              a property is put; := &object by reference
 //   Member ! 9 "text"          it fails: run-time error 9, or ! 0x80044705 "text" from VelkSprt.CStack
+//   STEP shows "title", "text" the report that it showed; also in a line of its own
 //   &name = 5                  what a script's variable holds now
 //   let name = 5               a variable; new CStack or a program identifier makes an object; name.Member calls it
-//   3 times Member             a repeated step; {0|2} stands for each of its parts in turn, and all braces of a line go
-//   together shows "title", "text"      the report that the step before showed with F 1 answers 5, 6 error 87 fills 1
-//   "text" fills 2 longs 1 _ 3
-//                              platform calls whose line begins so are answered in the platform's place, and are told
-//                              as
-//   saw F 1, "a"               what the step before asked of the platform
-//   when F 1 answers 5         the same without telling;  without F: the platform lacks it
+//   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together
+//
+//   with F 1 answers 5, 6 error 87 fills 1 "text" fills 2 longs 1 _ 3
+//                              platform calls whose line begins so get these answers, and are told as
+//   saw F 1, "a"               what the step before asked of the platform;  saw 5 times F: so many lines that begin so
+//   when F 1 answers 5         the answers without telling;  without F: the platform lacks it
+//   memory 1000                no block of so many bytes or more can be had from here on;  memory: all can again
 //   file "name" = "bytes"      written to the scenario's folder;  file "name" holds "bytes": compared, in Windows-1252
 //   set NAME = "value"         a variable of the environment
 //
+//   listen                     to the object's events: each is told as "saw Progress 0.5f";  leave: no longer
+//   on Progress 0.5 does STEP  what a handler does in events whose line begins so
+//
+// In the end nothing is left behind: no object, and where texts are not cached (OANOCACHE=1), no text or array.
 // A title that ends with "(32 bits)" is for the library of that width only.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <list>
+#include <optional>
+#include <set>
 #include <sstream>
 
+#include "facts/listener.h"
 #include "facts/platform_log.h"
 #include "facts/values.h"
 #include "platform/text.h"
 #include "support/client.h"
 #include "support/late_bound.h"
+#include "support/malloc_spy.h"
+#include "support/scarce_memory.h"
 #include "support/scoped_variable.h"
 #include "support/scratch_folder.h"
 
@@ -85,7 +95,15 @@ class Run : public testing::Test {
             }
             if (HasFatalFailure()) return;
         }
-        EXPECT_EQ(L"", log_.Next());
+        EXPECT_EQ(L"", log_.Next()) << "is told nowhere";
+        listener_ = std::nullopt;
+        variables_.clear();
+        object_ = nullptr;
+        EXPECT_TRUE(test::CanUnload()) << "an object is left behind";
+        // The platform keeps a text at a class's first call by slot.
+        static std::set<std::wstring> called;
+        if (bySlot_ && !called.insert(scenario_.className).second && std::getenv("OANOCACHE"))
+            EXPECT_EQ(texts_, test::MallocSpy::Alive()) << "texts or arrays are left behind";
     }
 
   private:
@@ -110,17 +128,51 @@ class Run : public testing::Test {
             if (word != L"saw " && word != L"shows ") line = Trim(std::wstring_view(line).substr(word.size()));
             return true;
         };
-        if (says(L"saw ") || says(L"shows ")) return ExpectText(line, log_.Next());
+        if (says(L"saw ") || says(L"shows ")) return Told(line);
         EXPECT_EQ(L"", log_.Next()) << "is told nowhere";
+        if (const auto parts = Split(line, L" shows "); parts.size() == 2) {
+            Do(parts[0]);
+            return Told(L"shows " + parts[1]);
+        }
         if (says(L"let ")) return Let(line);
         if (says(L"set ")) return Set(line);
         if (says(L"file ")) return File(line);
         if (says(L"with ")) return AddRule(line, true);
         if (says(L"when ")) return AddRule(line, false);
         if (says(L"without ")) return Lacks(line);
-        int times = 1;
-        if (const std::size_t at = line.find(L" times "); at < 6) times = std::stoi(line), line.erase(0, at + 7);
-        for (; times > 0; --times) Step(line);
+        if (says(L"memory")) return Memory(line);
+        if (says(L"on ")) return on_.push_back(Split(line, L" does "));
+        for (int times = Times(line); times > 0; --times) Step(line);
+    }
+
+    // Takes "5 times " away.
+    static int Times(std::wstring& line) {
+        const std::size_t at = line.find(L" times ");
+        if (at == line.npos || line.find_first_not_of(L"0123456789") != at) return 1;
+        const int times = std::stoi(line);
+        line.erase(0, at + 7);
+        return times;
+    }
+
+    void Told(const std::wstring& wanted) {
+        std::wstring call = wanted.substr(4);
+        const int times = Times(call);
+        if (times == 1) return ExpectText(wanted, log_.Next());
+        for (int i = 0; i < times && !HasFailure(); ++i) {
+            EXPECT_EQ(L"saw " + call, log_.Next().substr(0, 4 + call.size())) << i << " are told";
+        }
+    }
+
+    void Memory(const std::wstring& line) {
+        scarce_.reset();
+        if (!line.empty()) scarce_.emplace(std::stoul(line), SIZE_MAX);
+    }
+
+    void Heard(const std::wstring& event) {
+        log_.Tell(event);
+        for (const auto& rule : on_) {
+            if (event.starts_with(rule.at(0))) Step(rule.at(1));
+        }
     }
 
     static void ExpectText(const std::wstring& wanted, const std::wstring& given) { EXPECT_EQ(wanted, given); }
@@ -135,12 +187,23 @@ class Run : public testing::Test {
     void Let(const std::wstring& line) {
         const auto parts = Split(line, L"=");
         Variant value;
+        Variant& variable = variables_[parts[0]];
         if (parts.at(1).starts_with(L"new ")) {
             static_cast<VARIANT&>(value) = test::Arg(Made(parts[1].substr(4)).Detach());
         } else {
             value = ValueOf(parts[1], variables_);
         }
-        variables_[parts[0]] = std::move(value);
+        if (!ChangedInPlace(variable, value)) variable = std::move(value);
+    }
+
+    // A text or an array changes where it lies, so that whoever only kept a pointer to it sees that.
+    static bool ChangedInPlace(const VARIANT& variable, const VARIANT& value) {
+        if (variable.vt != value.vt) return false;
+        if (value.vt & VT_ARRAY) return SUCCEEDED(SafeArrayCopyData(value.parray, variable.parray));
+        const UINT size = SysStringByteLen(value.vt == VT_BSTR ? value.bstrVal : nullptr);
+        if (size == 0 || size != SysStringByteLen(variable.bstrVal)) return false;
+        std::memcpy(variable.bstrVal, value.bstrVal, size);
+        return true;
     }
 
     void Set(const std::wstring& line) {
@@ -180,6 +243,8 @@ class Run : public testing::Test {
     }
 
     void Step(const std::wstring& line) {
+        if (line == L"listen") return void(listener_.emplace(object_.get(), [this](auto& event) { Heard(event); }));
+        if (line == L"leave") return listener_.reset();
         auto parts = Split(line, L" ! ");
         std::wstring wanted = parts.size() == 2 ? L"! " + parts[1] : L"";
         parts = Split(parts[0], L":=");
@@ -246,10 +311,14 @@ class Run : public testing::Test {
     const bool bySlot_;
     const test::ScopedVariable boxes_{L"VELKSPRT_REPORTS", nullptr};
     std::vector<std::unique_ptr<test::ScopedVariable>> environment_;
+    const LONG texts_ = test::MallocSpy::Alive();
     test::ScratchFolder folder_;
     PlatformLog log_;
+    std::optional<test::ScarceMemory> scarce_;
     Variables variables_;
     ComPtr<IDispatch> object_ = Made(scenario_.className);
+    std::vector<std::vector<std::wstring>> on_;
+    std::optional<Listener> listener_;
 };
 
 std::string TestName(std::wstring_view title) {

@@ -156,6 +156,7 @@ const Watchable kWatchable[] = {
     Watched<&SetVolumeLabelA>("SetVolumeLabelA"),
     Watched<&ShellExecuteA>("ShellExecuteA"),
     Watched<&ShellExecuteExA>("ShellExecuteExA"),
+    Watched<&SysAllocStringLen>("SysAllocStringLen"),
     Watched<&SystemParametersInfoA>("SystemParametersInfoA"),
     Watched<&WritePrivateProfileStringA>("WritePrivateProfileStringA"),
     Watched<&timeGetTime>("timeGetTime"),
@@ -168,8 +169,12 @@ const Watchable& Find(const std::string& name) {
     throw std::runtime_error(name + " is not among the functions that can be watched");
 }
 
-int WINAPI ShowBox(HWND, LPCWSTR text, LPCWSTR title, UINT) {
-    current->lines.push_back(L"shows " + Quote(title ? title : L"") + L", " + Quote(text));
+// The owner and the type are told where they are not the usual ones.
+int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT type) {
+    std::wstring line = L"shows " + Quote(title) + L", " + Quote(text);
+    if (owner) line += L", owned";
+    if (type != (MB_OK | MB_TASKMODAL)) line += L", " + std::to_wstring(type);
+    current->lines.push_back(std::move(line));
     return IDOK;
 }
 
@@ -196,6 +201,8 @@ void PlatformLog::Add(Rule rule) {
     }
     state_->rules.push_front(std::move(rule));
 }
+
+void PlatformLog::Tell(const std::wstring& event) { state_->lines.push_back(L"saw " + event); }
 
 std::wstring PlatformLog::Next() {
     if (state_->lines.empty()) return L"";

@@ -30,6 +30,7 @@ class PlatformLog {
     ~PlatformLog();
 
     void Add(Rule rule);
+    void Tell(const std::wstring& event);
     std::wstring Next();  // the oldest line that was not asked for yet; empty for none
 
     struct State;

@@ -17,6 +17,10 @@ struct Suffix {
     VARTYPE type;
 };
 constexpr Suffix kSuffixes[] = {{L'i', VT_I2}, {L'b', VT_UI1}, {L'f', VT_R4}, {L'c', VT_CY}};
+constexpr std::pair<std::wstring_view, VARTYPE> kTypes[] = {
+    {L"I1", VT_I1},           {L"UI2", VT_UI2},     {L"UI4", VT_UI4},        {L"I8", VT_I8},
+    {L"UI8", VT_UI8},         {L"Int", VT_INT},     {L"UInt", VT_UINT},      {L"Date", VT_DATE},
+    {L"Decimal", VT_DECIMAL}, {L"Error", VT_ERROR}, {L"Unknown", VT_UNKNOWN}};
 
 Variant Converted(VARIANT value, VARTYPE type) {
     Variant made;
@@ -36,6 +40,33 @@ Variant NumberOf(std::wstring text) {
     return Converted(test::Text(text), type);
 }
 
+// Errors and objects are no numbers: they only get another type.
+Variant TypedValue(const std::wstring& text, std::wstring_view typeName, Variables& variables) {
+    for (const auto& [name, type] : kTypes) {
+        if (name != typeName) continue;
+        if (type != VT_ERROR && type != VT_UNKNOWN) return Converted(test::Text(text), type);
+        Variant made = ValueOf(text, variables);
+        made.vt = type;
+        return made;
+    }
+    throw std::runtime_error("no type: " + ToAnsi(typeName));
+}
+
+Variant BytesOf(std::wstring_view quoted) {
+    const std::string bytes = ToAnsi(Unquote(quoted));
+    Variant made;
+    made.bstrVal = SysAllocStringByteLen(bytes.data(), static_cast<UINT>(bytes.size()));
+    made.vt = VT_BSTR;
+    return made;
+}
+
+std::wstring ShowText(BSTR text) {
+    const UINT size = SysStringByteLen(text);
+    if (!text) return L"NullText";
+    if (size % 2 == 0) return Quote(View(text));
+    return L"bytes " + Quote(Wide(FromAnsi({reinterpret_cast<const char*>(text), size})));
+}
+
 Variant ArrayOf(std::wstring_view inside, Variables& variables) {
     const auto items = Split(inside, L",");
     Variant made;
@@ -52,6 +83,7 @@ Variant NamedValue(std::wstring_view text, Variables& variables) {
     if (text == L"Empty") return made;
     if (text == L"Null") return made.vt = VT_NULL, std::move(made);
     if (text == L"Nothing") return made.vt = VT_DISPATCH, std::move(made);
+    if (text == L"NullText") return made.vt = VT_BSTR, std::move(made);
     if (text == L"Missing") return static_cast<VARIANT&>(made) = test::Missing(), std::move(made);
     if (text == L"True" || text == L"False") return Converted(test::Arg(text == L"True"), VT_BOOL);
     const bool byReference = text.starts_with(L'&');
@@ -147,7 +179,9 @@ Variant ValueOf(std::wstring_view text, Variables& variables) {
         for (int i = std::stoi(parts[1]); i > 0; --i) repeated += Unquote(parts[0]);
         return test::Text(repeated);
     }
+    if (const auto parts = Split(text, L" as "); parts.size() == 2) return TypedValue(parts[0], parts[1], variables);
     if (text.starts_with(L'"')) return test::Text(Unquote(text));
+    if (text.starts_with(L"bytes ")) return BytesOf(text.substr(6));
     if (text.starts_with(L'[')) return ArrayOf(text.substr(1, text.size() - 2), variables);
     if (text.find_first_of(L"-0123456789") == 0) return NumberOf(std::wstring(text));
     return NamedValue(text, variables);
@@ -161,12 +195,13 @@ std::wstring Show(const VARIANT& value) {
         case VT_NULL:
             return L"Null";
         case VT_BSTR:
-            return Quote(View(value.bstrVal));
+            return ShowText(value.bstrVal);
         case VT_DISPATCH:
-        case VT_UNKNOWN:
             return value.punkVal ? L"object" : L"Nothing";
+        case VT_UNKNOWN:
+            return value.punkVal ? L"object as Unknown" : L"Nothing as Unknown";
         case VT_ERROR:
-            return value.scode == DISP_E_PARAMNOTFOUND ? L"Missing" : L"error";
+            return value.scode == DISP_E_PARAMNOTFOUND ? L"Missing" : std::to_wstring(value.scode) + L" as Error";
         default:
             break;
     }
@@ -174,6 +209,9 @@ std::wstring Show(const VARIANT& value) {
     if (value.vt == VT_R8 && shown.find_first_of(L".E") == shown.npos) shown += L".0";
     for (const Suffix& suffix : kSuffixes) {
         if (value.vt == suffix.type) shown += suffix.mark;
+    }
+    for (const auto& [name, type] : kTypes) {
+        if (value.vt == type) shown += L" as " + std::wstring(name);
     }
     return shown;
 }

@@ -1,7 +1,8 @@
 // Values as facts write them. Each text stands for one type, so that what a member gives is compared as text:
 //   12 Long   12i Integer   12b Byte   1.5 Double   1.5f Single   12c Currency   True False   "text"   Empty Null
 //   Nothing Missing [1, "a"] an array of variants   a name: a variable's value   &name: the variable itself, as scripts
-//   hand it over
+//   hand it over   7 as UI4: the other types, by their VT_ names   bytes "abc": a text of an odd number of bytes
+//   NullText
 // In a text \0 \r \n \t \" \\ and \u20AC stand for characters, and $dir for the scenario's own folder. "x" * 600
 // repeats a text.
 #pragma once
