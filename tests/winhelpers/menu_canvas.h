@@ -1,14 +1,13 @@
-// Icons of every kind, and a canvas that a menu's items are drawn on and read back from.
+// Icons of every kind, a system in whose colours and sizes menus are drawn, and a sheet that their items are drawn on.
 #pragma once
 
 #include <algorithm>
-#include <vector>
 
+#include "support/facts.h"
+#include "support/sheet.h"
 #include "winhelpers/menu_fixture.h"
 
 namespace velk::test {
-
-constexpr COLORREF kMagenta = RGB(255, 0, 255);
 
 struct ImageListTraits {
     using Handle = HIMAGELIST;
@@ -17,99 +16,76 @@ struct ImageListTraits {
 };
 using Images = UniqueHandle<ImageListTraits>;
 
-// Image 0 is red, image 1 blue.
+// Image 0 is red, image 1 blue; the lower quarter of both is transparent.
 inline Images TwoImages(int side) {
-    Images images(ImageList_Create(side, side, ILC_COLOR24, 2, 2));
+    Images images(ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, 2, 2));
     for (const COLORREF colour : {kRed, kBlue}) {
-        const GdiObject bitmap(NewBitmap(colour, side, side));
-        ImageList_Add(images.get(), static_cast<HBITMAP>(bitmap.get()), nullptr);
+        const GdiObject bitmap(NewBitmap(colour, side, side, kMagenta, side * 3 / 4));
+        ImageList_AddMasked(images.get(), static_cast<HBITMAP>(bitmap.get()), kMagenta);
     }
     return images;
 }
 
-inline ComPtr<IPictureDisp> IconPicture(int side) {
-    const GdiObject bitmap(NewBitmap(kRed, side, side)), mask(NewBitmap(0, side, side));
-    ICONINFO info{TRUE, 0, 0, static_cast<HBITMAP>(mask.get()), static_cast<HBITMAP>(bitmap.get())};
-    PICTDESC description{};
-    description.picType = PICTYPE_ICON;
-    description.icon.hicon = CreateIconIndirect(&info);
-    return PictureOf(description);
-}
-
-inline ComPtr<IPictureDisp> MetafilePicture() {
-    const HDC recording = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
-    Paint(recording, kRed, {0, 0, 200, 200});
-    PICTDESC description{};
-    description.picType = PICTYPE_ENHMETAFILE;
-    description.emf.hemf = CloseEnhMetaFile(recording);
-    return PictureOf(description);
-}
-
-// Twice as wide as high.
-inline ComPtr<IPictureDisp> OldMetafilePicture() {
-    const HDC recording = CreateMetaFileW(nullptr);
-    SetMapMode(recording, MM_ANISOTROPIC);
-    SetWindowExtEx(recording, 100, 100, nullptr);
-    Paint(recording, kRed, {0, 0, 100, 100});
-    PICTDESC description{};
-    description.picType = PICTYPE_METAFILE;
-    description.wmf = {CloseMetaFile(recording), 2000, 1000};
-    return PictureOf(description);
-}
-
-// One item as it was drawn, with a margin that nothing may be drawn on.
-class Drawing {
+// Colours that all differ, one density, and texts as bars on which no font has a say: three pixels wide and seven high
+// a character, bold ones four and nine.
+class StagedSystem {
   public:
-    static constexpr int kMargin = 4;
-    static constexpr COLORREF kOutside = RGB(1, 2, 3);
+    StagedSystem() { dotsPerInch = 96, flat = TRUE, asked = 0; }
 
-    Drawing(HWND window, HMENU menu, UINT position, UINT state) {
-        const ItemOfMenu item = ItemsOf(menu)[position];
-        MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.id, 0, 0, item.data};
-        EXPECT_EQ(TRUE, SendMessageW(window, WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measured)));
-        width_ = static_cast<int>(measured.itemWidth) + 12;  // the system adds some
-        height_ = static_cast<int>(measured.itemHeight);
-        const ScreenContext screen(GetDC(nullptr));
-        const int fullWidth = width_ + 2 * kMargin, fullHeight = height_ + 2 * kMargin;
-        const CreatedContext context(CreateCompatibleDC(screen.get()));
-        const GdiObject bitmap(NewBitmap(kOutside, fullWidth, fullHeight));
-        const SelectedObject selected(context.get(), bitmap.get());
-        const RECT place{kMargin, kMargin, kMargin + width_, kMargin + height_};
-        DRAWITEMSTRUCT drawn{ODT_MENU,      0,     item.id,  0, state, reinterpret_cast<HWND>(menu),
-                             context.get(), place, item.data};
-        EXPECT_EQ(TRUE, SendMessageW(window, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&drawn)));
-        clipped_ = !RectVisible(context.get(), &drawn.rcItem);
-        for (int i = 0; i < fullWidth * fullHeight; ++i) {
-            pixels_.push_back(GetPixel(context.get(), i % fullWidth, i / fullWidth));
-        }
-    }
-
-    int width() const { return width_; }
-    int height() const { return height_; }
-    bool clipped() const { return clipped_; }
-    COLORREF At(int x, int y) const {
-        return pixels_[static_cast<std::size_t>((y + kMargin) * (width_ + 2 * kMargin) + x + kMargin)];
-    }
-    bool operator==(const Drawing& other) const { return pixels_ == other.pixels_; }
-
-    // Of what has this colour.
-    RECT Bounds(COLORREF colour) const {
-        RECT bounds{width_, height_, 0, 0};
-        for (int i = 0; i < width_ * height_; ++i) {
-            const LONG x = i % width_, y = i / width_;
-            if (At(x, y) != colour) continue;
-            bounds = {std::min(bounds.left, x), std::min(bounds.top, y), std::max(bounds.right, x + 1),
-                      std::max(bounds.bottom, y + 1)};
-        }
-        return bounds;
-    }
-    int Count(COLORREF colour) const { return static_cast<int>(std::ranges::count(pixels_, colour)); }
-    bool MarginIsUntouched() const { return Count(kOutside) == static_cast<int>(pixels_.size()) - width_ * height_; }
+    static inline int dotsPerInch;
+    static inline BOOL flat;
+    static inline int asked;  // how often for the non-client metrics
 
   private:
-    int width_ = 0, height_ = 0;
-    bool clipped_ = false;
-    std::vector<COLORREF> pixels_;
+    static DWORD WINAPI Colour(int index) {
+        constexpr std::pair<int, COLORREF> kColours[] = {
+            {COLOR_MENU, RGB(212, 208, 200)},     {COLOR_MENUTEXT, RGB(0, 0, 0)},
+            {COLOR_GRAYTEXT, RGB(128, 128, 128)}, {COLOR_MENUHILIGHT, RGB(70, 130, 220)},
+            {COLOR_HIGHLIGHT, RGB(0, 90, 60)},    {COLOR_HIGHLIGHTTEXT, RGB(255, 255, 255)}};
+        const auto* const found = std::ranges::find(kColours, index, &std::pair<int, COLORREF>::first);
+        return found == std::end(kColours) ? kMagenta : found->second;
+    }
+    static bool IsBold(HDC context) {
+        LOGFONTW font{};
+        GetObjectW(GetCurrentObject(context, OBJ_FONT), sizeof font, &font);
+        return font.lfWeight >= FW_BOLD;
+    }
+    static BOOL WINAPI Metrics(HDC context, TEXTMETRICW* metrics) {
+        metrics->tmHeight = IsBold(context) ? 9 : 7;
+        metrics->tmAveCharWidth = 3;
+        return TRUE;
+    }
+    static int WINAPI DrawBars(HDC context, LPCWSTR text, int length, RECT* place, UINT flags) {
+        const int step = IsBold(context) ? 4 : 3, height = 2 * step + 1;
+        LONG width = 0, underlined = -step;
+        for (int i = 0; i < length; ++i, width += step) {
+            if (text[i] == L'&' && !(flags & DT_NOPREFIX) && text[++i] != L'&') underlined = width;
+        }
+        if (flags & DT_CALCRECT) return place->right = place->left + width, height;
+        const LONG left = flags & DT_RIGHT ? place->right - width : place->left;
+        const bool centred = flags & DT_VCENTER && flags & DT_SINGLELINE;
+        const LONG top = place->top + (centred ? (place->bottom - place->top - height) / 2 : 0), bottom = top + height;
+        if (GetBkMode(context) == OPAQUE) Paint(context, kMagenta, {left, top, left + width, bottom});
+        for (LONG x = 0; x < width; x += step) {
+            const bool line = x == underlined && !(flags & DT_HIDEPREFIX);
+            Paint(context, GetTextColor(context), {left + x, top, left + x + step - 1, bottom + (line ? 2 : 0)});
+        }
+        return height;
+    }
+    static int WINAPI Capabilities(HDC context, int index) {
+        return index == LOGPIXELSY ? dotsPerInch : GetDeviceCaps(context, index);
+    }
+    static BOOL WINAPI Parameter(UINT action, UINT number, void* value, UINT flags) {
+        asked += action == SPI_GETNONCLIENTMETRICS;
+        if (action == SPI_GETFLATMENU) return *static_cast<BOOL*>(value) = flat, TRUE;
+        return SystemParametersInfoA(action, number, value, flags);
+    }
+
+    const ImportPatch patches_[5]{{Library(), "GetSysColor", Address(&Colour)},
+                                  {Library(), "GetTextMetricsW", Address(&Metrics)},
+                                  {Library(), "DrawTextW", Address(&DrawBars)},
+                                  {Library(), "GetDeviceCaps", Address(&Capabilities)},
+                                  {Library(), "SystemParametersInfoA", Address(&Parameter)}};
 };
 
 class IconMenuDrawing : public IconMenuTest {
@@ -117,17 +93,38 @@ class IconMenuDrawing : public IconMenuTest {
     IconMenuDrawing() {
         EXPECT_EQ(S_OK, Attach(window_.get()));
         EXPECT_EQ(S_OK, icons_->put_ImageList(HandleToLong(images_.get())));
-        for (UINT position = 0; position < kPositions; ++position) {
+        for (const UINT position : {kOpen, kChecked, kDisabled}) {
             EXPECT_EQ(S_OK, icons_->put_CommandImage(static_cast<LONG>(CommandAt(position)), 0));
         }
-        Open(menu_.get());
+        icons_->put_SubmenuImage(HandleOf(ItemsOf(menu)[kMore].submenu), 1);
+        Open(menu);
     }
-    Drawing Draw(UINT position, UINT state = 0) const { return Drawing(window_.get(), menu_.get(), position, state); }
+    void Reopen() { Close(), Open(menu); }
 
-    static constexpr int kSide = 16;
+    SIZE Measure(UINT position) const {
+        const ItemOfMenu item = ItemsOf(menu)[position];
+        MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.id, 0, 0, item.data};
+        EXPECT_EQ(TRUE, SendMessageW(window_.get(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measured)));
+        return {static_cast<LONG>(measured.itemWidth) + 6,
+                static_cast<LONG>(measured.itemHeight)};  // the system's part
+    }
+    // What could still be painted over afterwards becomes magenta.
+    void Draw(const Sheet& sheet, LONG left, LONG top, UINT position, UINT state = 0) const {
+        const ItemOfMenu item = ItemsOf(menu)[position];
+        const SIZE size = Measure(position);
+        const LONG width = item.type & MFT_SEPARATOR ? 90 : size.cx;  // separators take what the others need
+        const RECT place{left, top, left + width, top + size.cy};
+        const int saved = SaveDC(sheet.get());
+        DRAWITEMSTRUCT drawn{ODT_MENU,    0,     item.id,  0, state, reinterpret_cast<HWND>(menu),
+                             sheet.get(), place, item.data};
+        EXPECT_EQ(TRUE, SendMessageW(window_.get(), WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&drawn)));
+        Paint(sheet.get(), kMagenta, place);
+        RestoreDC(sheet.get(), saved);
+    }
+
     static constexpr LONG kCommand = CommandAt(kOpen);
-    Images images_ = TwoImages(kSide);
-    Menu menu_ = FullMenu();
+    StagedSystem system_;
+    Images images_ = TwoImages(16);
 };
 
 }  // namespace velk::test

@@ -34,11 +34,11 @@ struct ItemOfMenu {
     bool operator==(const ItemOfMenu&) const = default;
 };
 
-inline MENUITEMINFOW InfoOf(UINT mask, LPWSTR text = nullptr) {
+inline MENUITEMINFOW InfoOf(UINT mask, LPCWSTR text = nullptr) {
     MENUITEMINFOW info{};
     info.cbSize = sizeof info;
     info.fMask = mask;
-    info.dwTypeData = text;
+    info.dwTypeData = const_cast<LPWSTR>(text);
     return info;
 }
 
@@ -54,13 +54,19 @@ inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
     return items;
 }
 
+inline void Change(HMENU menu, UINT position, MENUITEMINFOW info) {
+    EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
+}
+inline void Rename(HMENU menu, UINT position, std::wstring_view text) {
+    Change(menu, position, InfoOf(MIIM_STRING, std::wstring(text).c_str()));
+}
 inline void SetData(HMENU menu, UINT position, ULONG_PTR data) {
     MENUITEMINFOW info = InfoOf(MIIM_DATA);
     info.dwItemData = data;
-    EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
+    Change(menu, position, info);
 }
 
-// Positions of what FullMenu makes.
+// Positions of what FullMenu makes: one item of every kind.
 enum Position : UINT {
     kOpen,
     kSave,
@@ -75,10 +81,8 @@ enum Position : UINT {
     kLong,
     kPositions
 };
-constexpr UINT kFirstCommand = 100;
-constexpr UINT CommandAt(UINT position) { return kFirstCommand + position; }
+constexpr UINT CommandAt(UINT position) { return 100 + position; }
 
-// One item of every kind.
 inline Menu FullMenu(HBITMAP bitmap = nullptr) {
     const HMENU menu = CreatePopupMenu(), more = CreatePopupMenu();
     AppendMenuW(more, MF_STRING, 300, L"&Inner");
@@ -120,11 +124,23 @@ class IconMenuTest : public testing::Test {
         SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
     }
 
-    static bool IsOwnerDrawn(HMENU menu, UINT position) { return ItemsOf(menu)[position].type & MFT_OWNERDRAW; }
+    void Replace(Menu by) { menu_ = std::move(by), menu = menu_.get(); }
+
+    // A letter an item: d when it is drawn by the library.
+    static std::string Drawn(HMENU menu) {
+        std::string drawn;
+        for (const ItemOfMenu& item : ItemsOf(menu)) {
+            const bool own = item.id == CommandAt(kOwn) || item.id == CommandAt(kBitmap);
+            drawn += item.type & MFT_OWNERDRAW && !own ? 'd' : '.';
+        }
+        return drawn;
+    }
 
     HookLibrary library_;
     TestWindow window_;
     ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
+    Menu menu_ = FullMenu();
+    HMENU menu = menu_.get();
 
   private:
     bool inLoop_ = false;

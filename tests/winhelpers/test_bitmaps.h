@@ -8,7 +8,8 @@
 
 namespace velk::test {
 
-constexpr COLORREF kRed = RGB(255, 0, 0), kBlue = RGB(0, 0, 255), kWhite = RGB(255, 255, 255);
+constexpr COLORREF kRed = RGB(255, 0, 0), kBlue = RGB(0, 0, 255), kWhite = RGB(255, 255, 255),
+                   kMagenta = RGB(255, 0, 255);
 
 inline void Paint(HDC context, COLORREF colour, const RECT& place) {
     const GdiObject brush(CreateSolidBrush(colour));
@@ -26,18 +27,16 @@ inline HBITMAP NewBitmap(COLORREF colour, int width, int height, COLORREF lower 
     return bitmap;
 }
 
-// The picture keeps the handle.
-inline ComPtr<IPictureDisp> PictureOf(PICTDESC description) {
+// The picture keeps the handle; metafiles of the old kind have a size, in hundredths of a millimetre.
+inline ComPtr<IPictureDisp> PictureOf(UINT type, void* handle, int width = 0, int height = 0) {
+    PICTDESC description{};
     description.cbSizeofstruct = sizeof description;
+    description.picType = type;
+    description.wmf = {static_cast<HMETAFILE>(handle), width, height};
     ComPtr<IPictureDisp> picture;
     EXPECT_EQ(S_OK, OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, picture.ReceiveVoid()));
     return picture;
 }
-inline ComPtr<IPictureDisp> PictureOf(HBITMAP bitmap) {
-    PICTDESC description{};
-    description.picType = PICTYPE_BITMAP;
-    description.bmp.hbitmap = bitmap;
-    return PictureOf(description);
-}
+inline ComPtr<IPictureDisp> PictureOf(HBITMAP bitmap) { return PictureOf(PICTYPE_BITMAP, bitmap); }
 
 }  // namespace velk::test
