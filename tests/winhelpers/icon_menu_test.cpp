@@ -7,6 +7,8 @@
 #include "support/scarce_memory.h"
 #include "winhelpers/menu_fixture.h"
 
+#include <oleacc.h>
+
 namespace velk::test {
 namespace {
 
@@ -343,6 +345,34 @@ TEST_F(ShownMenu, WorksFromTheKeyboardAndMayLoseItsIconsOrItsWindow) {
     Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
     EXPECT_EQ(before, Unlit());
     EXPECT_EQ(0, AttachedTo());
+}
+
+// As a screen reader gets it, which runs in another process: from the popup's window through its menu to the record.
+std::wstring Spoken(UINT position) {
+    const HWND popup = FindWindowW(L"#32768", nullptr);
+    const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
+    MSAAMENUINFO record{};
+    const auto* const data = reinterpret_cast<const void*>(ItemsOf(shown).at(position).data);
+    if (!ReadProcessMemory(GetCurrentProcess(), data, &record, sizeof record, nullptr)) return L"unreadable";
+    if (record.dwMSAASignature != MSAA_MENU_SIG) return L"no record";
+    std::wstring text(record.cchWText + 1, L'?');
+    ReadProcessMemory(GetCurrentProcess(), record.pszWText, text.data(), 2 * text.size(), nullptr);
+    return text;
+}
+
+TEST_F(ShownMenu, IsReadAloud) {
+    using namespace std::string_view_literals;
+    std::wstring texts;
+    const auto speak = [&](UINT position) { texts += Spoken(position); };
+    Show({[&] {
+        for (const UINT position : {kOpen, kSave, kLine, kMore}) speak(position);
+        EXPECT_EQ(L"unreadable", Spoken(kOwn)) << "the client's own data";
+        Rename(menu, kOpen, L"&Open a file with a longer name");
+        RedrawWindow(FindWindowW(L"#32768", nullptr), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        speak(kOpen);
+    }});
+    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0&Open a file with a longer name\0"sv, texts);
+    EXPECT_EQ(12345u, ItemsOf(menu)[kOpen].data);
 }
 
 TEST_F(ShownMenu, LeavesNoDrawingObjectsAfterManyOpenings) {

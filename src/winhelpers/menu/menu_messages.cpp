@@ -82,7 +82,7 @@ void MenuMessages::InitPopup(HWND window, HMENU menu) {
 }
 
 template <class Record>
-const OpenItem* MenuMessages::OurItem(const Record* record) const noexcept {
+OpenItem* MenuMessages::OurItem(const Record* record) const noexcept {
     return record && record->CtlType == ODT_MENU ? menus_.FindItem(record->itemData) : nullptr;
 }
 
@@ -97,10 +97,11 @@ std::optional<LRESULT> MenuMessages::MeasureItem(MEASUREITEMSTRUCT* measured) {
 }
 
 std::optional<LRESULT> MenuMessages::DrawItem(const DRAWITEMSTRUCT* drawn) {
-    const OpenItem* const item = OurItem(drawn);
+    OpenItem* const item = OurItem(drawn);
     if (!item) return std::nullopt;
     const auto now = menus_.Read(*item);
     if (!now) return TRUE;  // the client deleted it meanwhile, and its data mean nothing to the client
+    item->owner->Speak(*item, menus_.text());
     DrawnItem shown{menus_.text(),
                     drawn->itemState,
                     item->IsSeparator(),

@@ -35,7 +35,7 @@ class MenuMessages {
     void ForgetDestroyedMenus() noexcept;
 
     template <class Record>
-    const OpenItem* OurItem(const Record* record) const noexcept;
+    OpenItem* OurItem(const Record* record) const noexcept;
 
     MenuIcons& icons_;
     MenuPainter painter_;

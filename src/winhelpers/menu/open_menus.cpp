@@ -63,6 +63,13 @@ bool OpenMenu::Holds(ULONG_PTR data) const noexcept {
     return data >= first && data - first < items.size() * sizeof(OpenItem) && (data - first) % sizeof(OpenItem) == 0;
 }
 
+// The whole text, as of an item that the system draws: readers take mnemonic and accelerator from it.
+void OpenMenu::Speak(OpenItem& item, std::wstring_view text) {
+    std::wstring& own = texts[static_cast<std::size_t>(&item - items.data())];
+    if (own != text) own = text;
+    item.spoken = {MSAA_MENU_SIG, static_cast<DWORD>(own.size()), own.data()};
+}
+
 // Bitmaps, and what the client draws itself, stay the client's.
 bool OpenMenus::IsOursToDraw(const MENUITEMINFOW& item) noexcept {
     const bool hasBitmap = item.hbmpItem || item.hbmpChecked || item.hbmpUnchecked;
@@ -137,9 +144,9 @@ void OpenMenus::RestoreFrom(std::size_t first) noexcept {
     while (open_ > first) Restore(*menus_[--open_]);
 }
 
-const OpenItem* OpenMenus::FindItem(ULONG_PTR data) const noexcept {
+OpenItem* OpenMenus::FindItem(ULONG_PTR data) const noexcept {
     for (std::size_t i = 0; i < open_; ++i) {
-        if (menus_[i]->Holds(data)) return reinterpret_cast<const OpenItem*>(data);
+        if (menus_[i]->Holds(data)) return reinterpret_cast<OpenItem*>(data);
     }
     return nullptr;
 }

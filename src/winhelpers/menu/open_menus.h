@@ -12,13 +12,17 @@
 
 #include "platform/platform.h"
 
+#include <oleacc.h>
+
 namespace velk {
 
 struct OpenMenu;
 
-// What is kept of one owner-drawn item. Its address is the item's data while the menu is open.
+// What is kept of one owner-drawn item. Its address is the item's data while the menu is open, and there screen readers
+// look for the record that says what they cannot see: it comes first.
 struct OpenItem {
-    const OpenMenu* owner;
+    MSAAMENUINFO spoken;
+    OpenMenu* owner;
     UINT position;
     UINT id;
     HMENU submenu;
@@ -35,8 +39,10 @@ struct OpenMenu {
     int widestAccelerator = 0;
     std::vector<OpenItem> items;
     std::vector<std::pair<UINT, ULONG_PTR>> clientsOwn;  // identifier and data of what the client draws itself
+    std::vector<std::wstring> texts;                     // the items', for screen readers; the rest keep their memory
 
     bool Holds(ULONG_PTR data) const noexcept;
+    void Speak(OpenItem& item, std::wstring_view text);
 };
 
 class OpenMenus {
@@ -52,13 +58,16 @@ class OpenMenus {
     void Open(HMENU menu, Measure measure) {
         OpenMenu& opened = Begin(menu);
         const int count = GetMenuItemCount(menu);
+        if (std::cmp_less(opened.texts.size(), count)) opened.texts.resize(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i) {
             const auto position = static_cast<UINT>(i);
             const auto state = Read(menu, position);
             if (state && state->fType & MFT_OWNERDRAW) opened.clientsOwn.emplace_back(state->wID, state->dwItemData);
             if (!state || !IsOursToDraw(*state)) continue;
             if (state->fType & MFT_RIGHTORDER) return opened.items.clear();
-            opened.items.push_back({&opened, position, state->wID, state->hSubMenu, state->fType, state->dwItemData});
+            opened.items.push_back(
+                {{}, &opened, position, state->wID, state->hSubMenu, state->fType, state->dwItemData});
+            opened.Speak(opened.items.back(), text());
             const int accelerator = measure(opened.items.back(), state->fState);
             if (accelerator > opened.widestAccelerator) opened.widestAccelerator = accelerator;
         }
@@ -73,7 +82,7 @@ class OpenMenus {
     bool AnyOpen() const noexcept { return open_ != 0; }
 
     // The item that has this data, and an open menu; null when it is none of ours.
-    const OpenItem* FindItem(ULONG_PTR data) const noexcept;
+    OpenItem* FindItem(ULONG_PTR data) const noexcept;
     OpenMenu* FindMenu(HMENU menu) const noexcept;
 
     // All of an item as it is now; nothing when there is none. Its text lies in text() until the next call.
