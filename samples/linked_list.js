@@ -12,6 +12,6 @@ for (var i = 0; i < arriving.length; i++) {
 }
 
 var text = "";
-for (weights.MoveFirst(); !weights.EOL; weights.MoveNext()) text += " " + weights.Item;
+for (var all = new Enumerator(weights); !all.atEnd(); all.moveNext()) text += " " + all.item();
 WScript.Echo("In order:" + text);
 WScript.Quit(0);

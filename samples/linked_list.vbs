@@ -22,11 +22,9 @@ Sub Opened(name)
 End Sub
 
 Sub Show()
-    Dim text
-    recent.MoveFirst
-    Do Until recent.EOL
-        text = text & " " & recent.Item
-        recent.MoveNext
-    Loop
+    Dim text, name
+    For Each name In recent
+        text = text & " " & name
+    Next
     WScript.Echo "Recently used:" & text
 End Sub

@@ -5,12 +5,18 @@
 #include "platform/text.h"
 
 namespace velk {
+namespace {
+
+constexpr DISPID kTextMember = 1;
+
+}  // namespace
 
 constinit const ClassInfo CConCat::kInfo{
     .name = L"CConCat",
     .clsid = __uuidof(::CConCat),
     .iid = __uuidof(_CConCat),
     .policy = FailurePolicy::Report,
+    .defaultMember = kTextMember,
 };
 
 STDMETHODIMP CConCat::get_Text(BSTR* result) noexcept {

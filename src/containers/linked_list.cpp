@@ -8,6 +8,7 @@ namespace velk {
 namespace {
 
 constexpr char kExpandList[] = "ExpandList";
+constexpr DISPID kItemMember = 17;
 
 LONG OrZero(const LONG* argument) noexcept { return argument ? *argument : 0; }
 
@@ -19,6 +20,7 @@ constinit const ClassInfo CLinkedList::kInfo{
     .iid = __uuidof(_CLinkedList),
     .policy = FailurePolicy::ReportAndPassOn,
     .reportedPrefix = L"CLinkedList.",
+    .defaultMember = kItemMember,
 };
 
 // Unlike other classes' creation, this has the same report as any member.
@@ -120,6 +122,12 @@ STDMETHODIMP CLinkedList::put_Item(LONG* Index, VARIANT* Value) noexcept {
         Variant value = CopyOf(Given(Value));
         swap(list_.Item(OrZero(Index)), value);  // the old value is destroyed when the new one is in its place
     });
+}
+
+std::optional<std::vector<Variant>> CLinkedList::Items() {
+    std::vector<Variant> items;
+    list_.ForEach([&](const Variant& value) { items.push_back(CopyOf(value)); });
+    return items;
 }
 
 // Hosts choose between let and set in their own ways, so both take any value.

@@ -40,6 +40,9 @@ class CLinkedList final : public AutomationObject<_CLinkedList> {
     STDMETHODIMP put_Item(LONG* Index, VARIANT* Value) noexcept override;
     STDMETHODIMP putref_Item(LONG* Index, VARIANT* Value) noexcept override;
 
+  protected:
+    std::optional<std::vector<Variant>> Items() override;
+
   private:
     HRESULT GrowAndAdd(const VARIANT& value, LONG before, LONG after, LONG* result) noexcept;
 

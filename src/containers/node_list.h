@@ -82,6 +82,15 @@ class NodeList {
     Index SearchStart(Index start, bool descending);
     Index Beyond(Index index, bool descending) { return Link(nodes_.At(index), descending ? kBefore : kAfter); }
 
+    // Visits every value in walking order, with the same end to a circle.
+    template <class Visit>
+    void ForEach(Visit&& visit) {
+        Index left = nodes_.upper();
+        for (Index index = head_; index != 0 && left > 0; index = Beyond(index, false), --left) {
+            visit(std::as_const(nodes_.At(index).value()));
+        }
+    }
+
     void Move(Index index) {
         CheckIndex(index);
         cursor_ = index;

@@ -50,4 +50,10 @@ STDMETHODIMP CStack::Push(VARIANT* Value) noexcept {
     });
 }
 
+std::optional<std::vector<Variant>> CStack::Items() {
+    std::vector<Variant> items;
+    stack_.ForEach([&](const Variant& value) { items.push_back(CopyOf(value)); });
+    return items;
+}
+
 }  // namespace velk

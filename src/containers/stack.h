@@ -22,6 +22,9 @@ class CStack final : public AutomationObject<_CStack> {
     STDMETHODIMP Pop(VARIANT* result) noexcept override;
     STDMETHODIMP Push(VARIANT* Value) noexcept override;
 
+  protected:
+    std::optional<std::vector<Variant>> Items() override;
+
   private:
     ValueStack<Variant> stack_;
 };

@@ -65,6 +65,16 @@ class ValueStack {
         return stored_ == count_ ? &Top() : nullptr;
     }
 
+    // Visits every value from the top; one without a place is empty.
+    template <class Visit>
+    void ForEach(Visit&& visit) {
+        if (count_ > 0) RequireTop();
+        const Value none{};
+        for (Number at = count_; at > 0; --at) {
+            visit(at > stored_ ? none : std::as_const(PlaceOf(at)));
+        }
+    }
+
     void Clear() noexcept {
         const auto dropped = std::exchange(blocks_, {});  // destroyed when all is in order
         spare_.reset();
@@ -95,6 +105,10 @@ class ValueStack {
         slots_ = capacity_;
     }
 
+    Value& PlaceOf(Number position) {
+        const auto index = static_cast<std::size_t>(position - 1);
+        return blocks_[index / kBlock][index % kBlock];
+    }
     Value& Top() { return blocks_.back()[static_cast<std::size_t>((stored_ - 1) % kBlock)]; }
 
     // Without memory for its place, the Push did not happen.

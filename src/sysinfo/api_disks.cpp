@@ -163,6 +163,17 @@ STDMETHODIMP CAPIDisks::VolumeFlagsToString(LONG* lngFlags, BSTR* result) noexce
     return Guard(result, [&] { return FromAnsiBuffer(VolumeFlagsText(static_cast<std::uint32_t>(Given(lngFlags)))); });
 }
 
+std::optional<std::vector<Variant>> CAPIDisks::Items() {
+    std::vector<Variant> roots;
+    for (SHORT position = 0;; ++position) {
+        const std::string root = Root(position);
+        if (root.empty()) return roots;
+        roots.emplace_back();
+        roots.back().bstrVal = FromAnsiBuffer(root).Detach();
+        roots.back().vt = VT_BSTR;
+    }
+}
+
 STDMETHODIMP CAPIDisks::WriteVolumeLabel(SHORT* intDrive, BSTR* strLabel) noexcept {
     return Guard([&] {
         const NoDiskPrompts quiet;

@@ -33,6 +33,9 @@ class CAPIDisks final : public AutomationObject<_CAPIDisks> {
     STDMETHODIMP VolumeFlagsToString(LONG* lngFlags, BSTR* result) noexcept override;
     STDMETHODIMP WriteVolumeLabel(SHORT* intDrive, BSTR* strLabel) noexcept override;
 
+  protected:
+    std::optional<std::vector<Variant>> Items() override;
+
   private:
     struct Volume;
 

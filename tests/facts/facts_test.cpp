@@ -8,6 +8,8 @@
 //   Member 1 := 2              a property is put; := &object by reference
 //   Member ! 9 "text"          it fails: run-time error 9, or ! 0x80044705 "text" from VelkSprt.CStack
 //   STEP shows "title", "text" the report that it showed; also in a line of its own
+//   #0 1 = 2                   a member by its dispatch identifier, which the type library need not list
+//   each = [1, 2]              what For Each gives, and so do an enumerator's other ways to walk
 //   &name = 5                  what a script's variable holds now
 //   let name = 5               a variable; new CStack or a program identifier makes an object; name.Member calls it
 //   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together
@@ -242,9 +244,35 @@ class Run : public testing::Test {
         log_.Add(std::move(rule));
     }
 
+    static std::wstring Rest(IEnumVARIANT* all) {
+        std::wstring shown;
+        for (Variant value; all->Next(1, &value, nullptr) == S_OK; value = Variant()) {
+            shown += (shown.empty() ? L"" : L", ") + Show(value);
+        }
+        return shown;
+    }
+
+    void Each(std::wstring_view wanted) {
+        const test::Outcome made = test::Get(object_.get(), L"#-4");
+        ASSERT_EQ(VT_UNKNOWN, made.value.vt);
+        const auto all = ComPtr<IUnknown>(made.value.punkVal).As<IEnumVARIANT>();
+        object_ = nullptr;  // which the enumerator does not need
+        ComPtr<IEnumVARIANT> copy;
+        all->Clone(copy.Receive());
+        EXPECT_EQ(wanted, L"[" + Rest(all.get()) + L"]");
+        EXPECT_EQ(S_FALSE, all->Skip(1));
+        EXPECT_EQ(S_OK, all->Reset());
+        EXPECT_EQ(S_OK, copy->Skip(1));
+        Variant first;
+        ULONG fetched = 0;
+        EXPECT_EQ(S_OK, all->Next(1, &first, &fetched));
+        EXPECT_EQ(wanted, L"[" + Show(first) + L", " + Rest(copy.get()) + L"]");
+    }
+
     void Step(const std::wstring& line) {
         if (line == L"listen") return void(listener_.emplace(object_.get(), [this](auto& event) { Heard(event); }));
         if (line == L"leave") return listener_.reset();
+        if (line.starts_with(L"each = ")) return Each(std::wstring_view(line).substr(7));
         auto parts = Split(line, L" ! ");
         std::wstring wanted = parts.size() == 2 ? L"! " + parts[1] : L"";
         parts = Split(parts[0], L":=");
@@ -274,7 +302,7 @@ class Run : public testing::Test {
             values.push_back(ValueOf(text, variables_));
         if (!put.empty()) values.push_back(ValueOf(put, variables_));
         std::vector<VARIANT> arguments(values.begin(), values.end());
-        if (bySlot_) return test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
+        if (bySlot_ && name[0] != L'#') return test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
         return test::InvokeNamed(object, name.c_str(), flags, arguments,
                                  put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
     }

@@ -64,6 +64,7 @@ Variant Text(std::wstring_view text) {
 
 DISPID IdOf(IDispatch* object, const wchar_t* name) {
     DISPID id = DISPID_UNKNOWN;
+    if (name[0] == L'#') return std::stol(name + 1);
     auto* wanted = const_cast<LPOLESTR>(name);
     object->GetIDsOfNames(IID_NULL, &wanted, 1, LOCALE_USER_DEFAULT, &id);
     return id;

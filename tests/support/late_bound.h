@@ -33,7 +33,7 @@ struct Outcome {
     UINT badArgument = static_cast<UINT>(-1);
 };
 
-DISPID IdOf(IDispatch* object, const wchar_t* name);
+DISPID IdOf(IDispatch* object, const wchar_t* name);  // "#-4" is the identifier itself
 Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments);
 
 // The last arguments are named ones, with these identifiers in reading order.

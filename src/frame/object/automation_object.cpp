@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "frame/failure/report.h"
+#include "frame/object/enumerator.h"
 
 namespace velk {
 namespace {
@@ -19,6 +20,15 @@ std::wstring NameOf(std::string_view member) {
     }
     return {member.begin(), member.end()};
 }
+
+struct EnumeratedValue {
+    Variant value;
+
+    bool Give(VARIANT& given) const noexcept {
+        VariantInit(&given);
+        return SUCCEEDED(VariantCopy(&given, const_cast<Variant*>(&value)));
+    }
+};
 
 void Report(const Failure& failure, const wchar_t* prefix, const char* member) noexcept try {
     ReportFailure(failure, (prefix + NameOf(member)).c_str());
@@ -75,6 +85,23 @@ HRESULT ObjectCore::CheckThread(const char* member) const noexcept try {
     return RPC_E_WRONG_THREAD;
 }
 #endif
+
+HRESULT ObjectCore::InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) noexcept try {
+    if (parameters.cArgs != 0) return DISP_E_BADPARAMCOUNT;
+    auto items = Items();
+    if (!items) return DISP_E_MEMBERNOTFOUND;
+    std::vector<EnumeratedValue> values;
+    values.reserve(items->size());
+    for (Variant& item : *items) values.push_back({std::move(item)});
+    IEnumVARIANT* enumerator = nullptr;
+    const HRESULT made = Enumerator<IEnumVARIANT, EnumeratedValue, VARIANT>::Make(std::move(values), &enumerator);
+    if (FAILED(made) || !result) return made;
+    result->vt = VT_UNKNOWN;
+    result->punkVal = enumerator;
+    return S_OK;
+} catch (...) {
+    return dispatch::Exception(Fail("NewEnum", FailurePolicy::PassOn), exception);
+}
 
 HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept {
     if (!info) return E_POINTER;

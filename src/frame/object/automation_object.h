@@ -8,15 +8,18 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "frame/dispatch/dispatch_impl.h"
 #include "frame/failure/failure.h"
 #include "frame/module/library.h"
 #include "platform/platform.h"
 #include "platform/text.h"
+#include "platform/variant.h"
 
 namespace velk {
 
@@ -36,6 +39,7 @@ struct ClassInfo {
     HRESULT componentFailure = S_OK;          // for that policy
     const wchar_t* creationFailed = nullptr;  // heading of the report of a failed creation, for a class with OnCreate
     const wchar_t* reportedPrefix = L"";      // stands before members' names in reports
+    DISPID defaultMember = DISPID_UNKNOWN;    // what late-bound clients get for the object itself
 };
 
 // Which threads may use an object: the one that made it, where others have a proxy, or any.
@@ -96,6 +100,13 @@ class ObjectCore {
     HRESULT CheckThread(const char* member) const noexcept;
 #endif
 
+    // What late-bound clients ask for without finding it in the type library: an enumerator, "For Each". It gives the
+    // items as they were when it was asked for, so it stays valid whatever becomes of the object.
+    HRESULT InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) noexcept;
+
+    // The items of a class that can be enumerated, in order.
+    virtual std::optional<std::vector<Variant>> Items() { return std::nullopt; }
+
     HRESULT GetCoclass(ITypeInfo** info) const noexcept;
     HRESULT GetEventsGuid(DWORD kind, GUID* guid) const noexcept;
 
@@ -149,7 +160,14 @@ class AutomationObject : public DispatchImpl<Interface>,
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
         const Hold hold(*this);
-        return DispatchImpl<Interface>::Invoke(id, reserved, locale, flags, parameters, result, exception, badArgument);
+        const auto invoke = [&](DISPID member) {
+            return DispatchImpl<Interface>::Invoke(member, reserved, locale, flags, parameters, result, exception,
+                                                   badArgument);
+        };
+        const HRESULT called = invoke(id);
+        if (called != DISP_E_MEMBERNOTFOUND) return called;
+        if (id == DISPID_VALUE && info_.defaultMember != DISPID_UNKNOWN) return invoke(info_.defaultMember);
+        return id == DISPID_NEWENUM ? InvokeEnumerator(*parameters, result, exception) : called;
     }
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -10,25 +11,28 @@
 
 namespace velk {
 
-// An automation enumerator over a snapshot. Item converts to what the interface hands out by Give(), which adds
-// whatever reference the receiver will own.
+// An automation enumerator over a snapshot, which its clones share. An item's Give stores what the interface hands out,
+// with whatever reference the receiver will own; false when there is no memory for it.
 template <class Interface, class Item, class Given>
 class Enumerator final : public HelperObject<Interface> {
   public:
-    static HRESULT Make(std::vector<Item> items, std::size_t next, Interface** made) noexcept {
-        *made = new (std::nothrow) Enumerator(std::move(items), next);
-        return *made ? S_OK : E_OUTOFMEMORY;
+    static HRESULT Make(std::vector<Item> items, Interface** made) noexcept try {
+        *made = new Enumerator(std::make_shared<const std::vector<Item>>(std::move(items)), 0);
+        return S_OK;
+    } catch (...) {
+        return E_OUTOFMEMORY;
     }
 
     STDMETHODIMP Next(ULONG wanted, Given* items, ULONG* fetched) noexcept override {
         if (!items || (!fetched && wanted != 1)) return E_POINTER;
-        const std::size_t count = std::min<std::size_t>(wanted, items_.size() - next_);
-        for (std::size_t i = 0; i < count; ++i) items[i] = items_[next_++].Give();
-        if (fetched) *fetched = static_cast<ULONG>(count);
-        return count == wanted ? S_OK : S_FALSE;
+        ULONG count = 0;
+        for (; count < wanted && left() > 0 && (*items_)[next_].Give(items[count]); ++count) ++next_;
+        if (fetched) *fetched = count;
+        if (count == wanted) return S_OK;
+        return count == 0 && left() > 0 ? E_OUTOFMEMORY : S_FALSE;
     }
     STDMETHODIMP Skip(ULONG wanted) noexcept override {
-        const std::size_t count = std::min<std::size_t>(wanted, items_.size() - next_);
+        const std::size_t count = std::min<std::size_t>(wanted, left());
         next_ += count;
         return count == wanted ? S_OK : S_FALSE;
     }
@@ -36,18 +40,19 @@ class Enumerator final : public HelperObject<Interface> {
         next_ = 0;
         return S_OK;
     }
-    STDMETHODIMP Clone(Interface** copy) noexcept override try {
+    STDMETHODIMP Clone(Interface** copy) noexcept override {
         if (!copy) return E_POINTER;
-        *copy = nullptr;
-        return Make(items_, next_, copy);
-    } catch (...) {
-        return E_OUTOFMEMORY;
+        *copy = new (std::nothrow) Enumerator(items_, next_);
+        return *copy ? S_OK : E_OUTOFMEMORY;
     }
 
   private:
-    Enumerator(std::vector<Item> items, std::size_t next) noexcept : items_(std::move(items)), next_(next) {}
+    using Items = std::shared_ptr<const std::vector<Item>>;
 
-    std::vector<Item> items_;
+    Enumerator(Items items, std::size_t next) noexcept : items_(std::move(items)), next_(next) {}
+    std::size_t left() const noexcept { return items_->size() - next_; }
+
+    const Items items_;
     std::size_t next_;
 };
 

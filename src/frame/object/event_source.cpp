@@ -11,13 +11,19 @@ namespace {
 
 struct PointItem {
     ComPtr<IConnectionPoint> point;
-    IConnectionPoint* Give() const noexcept { return ComPtr(point).Detach(); }
+    bool Give(IConnectionPoint*& given) const noexcept {
+        given = ComPtr(point).Detach();
+        return true;
+    }
 };
 
 struct ConnectionItem {
     ComPtr<IDispatch> sink;
     DWORD cookie;
-    CONNECTDATA Give() const noexcept { return {ComPtr(sink).Detach(), cookie}; }
+    bool Give(CONNECTDATA& given) const noexcept {
+        given = {ComPtr(sink).Detach(), cookie};
+        return true;
+    }
 };
 
 void CallSink(IDispatch* sink, DISPID event, std::initializer_list<EventArgument> arguments) {
@@ -42,7 +48,7 @@ STDMETHODIMP EventSource::EnumConnectionPoints(IEnumConnectionPoints** points) n
     if (!points) return E_POINTER;
     *points = nullptr;
     std::vector<PointItem> all{{ComPtr<IConnectionPoint>(&point_)}};
-    return Enumerator<IEnumConnectionPoints, PointItem, LPCONNECTIONPOINT>::Make(std::move(all), 0, points);
+    return Enumerator<IEnumConnectionPoints, PointItem, LPCONNECTIONPOINT>::Make(std::move(all), points);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
@@ -108,7 +114,7 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) no
     std::vector<ConnectionItem> all;
     all.reserve(sinks_.size());
     for (const Sink& sink : sinks_) all.push_back({sink.object, sink.cookie});
-    return Enumerator<IEnumConnections, ConnectionItem, CONNECTDATA>::Make(std::move(all), 0, connections);
+    return Enumerator<IEnumConnections, ConnectionItem, CONNECTDATA>::Make(std::move(all), connections);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
