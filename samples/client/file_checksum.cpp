@@ -103,6 +103,10 @@ int wmain(int count, wchar_t** arguments) {
         std::puts("Usage: file_checksum FILE [CHECKSUM]");
         return 2;
     }
+    if (GetFileAttributesW(arguments[1]) == INVALID_FILE_ATTRIBUTES) {
+        std::printf("No file %ls\n", arguments[1]);  // whose checksum would be 0
+        return 2;
+    }
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     const int result = Compute(arguments[1], count == 3 ? arguments[2] : nullptr);
     CoUninitialize();

@@ -12,4 +12,5 @@ echo "$right"
 grep -q "100 %" <<<"$right"
 grep -q "^$expected  input.bin" <<<"$right"
 "$root/tools/wine_run" ./file_checksum.exe input.bin 12345678 >refused.txt && exit 1
-grep "not the one" refused.txt && echo PASSED
+"$root/tools/wine_run" ./file_checksum.exe none.bin >>refused.txt && exit 1
+grep -A1 "not the one" refused.txt | grep "No file none.bin" && echo PASSED
