@@ -107,7 +107,7 @@ HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID
     VARIANT& value = variable_ ? *variable_ : *given;
     if (value.vt == VT_VARIANT) return DISP_E_BADVARTYPE;  // exists by reference only
     if (parameter.type == VT_VARIANT || !HoldsObject(value)) return S_OK;
-    const bool inPlace = variable_ ? value.vt == parameter.type : value.vt == (parameter.type | VT_BYREF);
+    const bool inPlace = (value.vt & ~VT_BYREF) == parameter.type && (variable_ || value.vt & VT_BYREF);
     if (parameter.byReference && TakesAnyObject(parameter) && inPlace) return S_OK;
     settled_ = true;
     const HRESULT result =
@@ -183,7 +183,8 @@ HRESULT Argument::WriteBack(const Parameter& parameter, LCID locale) noexcept {
     if (!converted || !given_) return S_OK;
     VARIANT* const target = variable_ ? variable_ : given_;
     if (IsStringArray(parameter.type)) return StringArrayTo(target, variable_ != nullptr, &own_);
-    if (!variable_) return given_->vt & VT_BYREF && !Unchanged() ? Store(*given_, &own_, locale) : S_OK;
+    if (target->vt & VT_BYREF) return Unchanged() || PointsNowhere(*target) ? S_OK : Store(*target, &own_, locale);
+    if (!variable_) return S_OK;
     // A variable that was never set has nothing to keep, and gets a result that happens to be 0 too.
     if (variable_->vt != VT_EMPTY && Unchanged()) return S_OK;
     const HRESULT cleared = VariantClear(variable_);
