@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <stdexcept>
+
 #include "frame/server/class_table.h"
 #include "frame/test_shapes.h"
-#include "support/import_patch.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/misaligned_call.h"
 #include "support/report_recorder.h"
@@ -12,29 +15,22 @@
 namespace velk::test {
 namespace {
 
-TEST(AutomationObject, HasOneIdentityBehindAllItsFaces) {
+TEST(AutomationObject, HasOneIdentityBehindAllItsFacesAndDescribesItsClass) {
     const auto shapes = CShapes::Make();
-    {
-        const auto identity = shapes.As<IUnknown>();
-        const GUID faces[] = {IID_IUnknown,          IID_IDispatch,         __uuidof(_CShapes),
-                              IID_ISupportErrorInfo, IID_IProvideClassInfo, IID_IProvideClassInfo2};
-        for (REFIID from : faces) {
-            const auto face = shapes.As<IUnknown>(from);
-            ASSERT_TRUE(face);
-            for (REFIID to : faces) EXPECT_TRUE(face.As<IUnknown>(to));
-            EXPECT_EQ(identity.get(), face.As<IUnknown>().get());
-            void* unknown = face.get();
-            EXPECT_EQ(E_NOINTERFACE, face->QueryInterface(IID_IStream, &unknown));
-            EXPECT_EQ(nullptr, unknown);
-            EXPECT_EQ(E_POINTER, face->QueryInterface(IID_IUnknown, nullptr));
-        }
+    const GUID faces[] = {IID_IUnknown,          IID_IDispatch,         __uuidof(_CShapes),
+                          IID_ISupportErrorInfo, IID_IProvideClassInfo, IID_IProvideClassInfo2};
+    for (REFIID from : faces) {
+        const auto face = shapes.As<IUnknown>(from);
+        ASSERT_TRUE(face);
+        for (REFIID to : faces) EXPECT_EQ(shapes.As<IUnknown>().get(), face.As<IUnknown>(to).As<IUnknown>().get());
+        void* unknown = face.get();
+        EXPECT_EQ(E_NOINTERFACE, face->QueryInterface(IID_IStream, &unknown));
+        EXPECT_EQ(nullptr, unknown);
+        EXPECT_EQ(E_POINTER, face->QueryInterface(IID_IUnknown, nullptr));
     }
     EXPECT_EQ(2u, shapes->AddRef());
     EXPECT_EQ(1u, shapes->Release());
-}
 
-TEST(AutomationObject, DescribesItsClass) {
-    const auto shapes = CShapes::Make();
     ComPtr<ITypeInfo> info;
     UINT count = 0;
     EXPECT_EQ(S_OK, shapes->GetTypeInfoCount(&count));
@@ -42,94 +38,72 @@ TEST(AutomationObject, DescribesItsClass) {
     ASSERT_EQ(S_OK, shapes->GetTypeInfo(0, 0, info.Receive()));
     EXPECT_EQ(DISP_E_BADINDEX, shapes->GetTypeInfo(1, 0, info.Receive()));
     EXPECT_FALSE(info);
+    constexpr DWORD kEvents = GUIDKIND_DEFAULT_SOURCE_DISP_IID;
     GUID events = IID_IStream;
-    EXPECT_EQ(E_NOTIMPL, shapes->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
+    EXPECT_EQ(E_NOTIMPL, shapes->GetGUID(kEvents, &events));
     EXPECT_EQ(GUID_NULL, events);
-    EXPECT_EQ(E_INVALIDARG, shapes->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID + 1, &events));
+    EXPECT_EQ(E_INVALIDARG, shapes->GetGUID(kEvents + 1, &events));
     EXPECT_EQ(S_OK, shapes->InterfaceSupportsErrorInfo(__uuidof(_CShapes)));
     EXPECT_EQ(S_FALSE, shapes->InterfaceSupportsErrorInfo(IID_IProvideClassInfo));
-    for (const HRESULT answer :
-         {shapes->GetTypeInfoCount(nullptr), shapes->GetTypeInfo(0, 0, nullptr), shapes->GetClassInfo(nullptr),
-          shapes->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, nullptr)}) {
+    for (const HRESULT answer : {shapes->GetTypeInfoCount(nullptr), shapes->GetTypeInfo(0, 0, nullptr),
+                                 shapes->GetClassInfo(nullptr), shapes->GetGUID(kEvents, nullptr)}) {
         EXPECT_EQ(E_POINTER, answer);
     }
 }
 
-struct Raised {
-    EFailure kind;
-    HRESULT code;
-    const wchar_t* source;
-    const wchar_t* description;
-    bool replaced = false;  // by the component failure, where the class has one
-};
-
-constexpr const wchar_t* kLibrary = L"VelkSupport";
-constexpr const wchar_t* kClass = L"frame_tests.CShapes";
-constexpr Raised kComponentFailure{{}, CShapes::kComponentFailure, kClass, L"CShapes component failure"};
-constexpr Raised kRaised[] = {
-    {eFailure_Runtime, kRuntimeErrorBase + 6, kLibrary, L"Overflow", true},
-    {eFailure_Class, static_cast<HRESULT>(0x80044801), kClass, L"Own error"},
-    {eFailure_Library, static_cast<HRESULT>(0x80044802), kLibrary, L"Library's error"},
-    {eFailure_Memory, kRuntimeErrorBase + 7, kLibrary, L"Out of memory", true},
-    {eFailure_Length, kRuntimeErrorBase + 7, kLibrary, L"Out of memory", true},
-    {eFailure_Unknown, kRuntimeErrorBase + 5, kLibrary, L"Invalid procedure call or argument", true},
-    {eFailure_Null, E_POINTER, kLibrary, L"Invalid pointer"}};
-
-void ExpectErrorInfo(const Raised& expected) {
-    ComPtr<IErrorInfo> info;
-    ASSERT_EQ(S_OK, GetErrorInfo(0, info.Receive()));
-    Bstr source, description;
-    GUID guid = {};
-    info->GetSource(source.Receive());
-    info->GetDescription(description.Receive());
-    info->GetGUID(&guid);
-    EXPECT_EQ(expected.source, View(source.get()));
-    EXPECT_EQ(expected.description, View(description.get()));
-    EXPECT_EQ(__uuidof(_CShapes), guid);
+template <class Thrown>
+std::function<void()> Throws(Thrown thrown) {
+    return [thrown] { throw thrown; };
 }
+const auto kOverflow = Throws(RuntimeError(Error::Overflow));
+const auto kOwn = Throws(ClassError(static_cast<HRESULT>(0x80044801), L"Own error"));
 
 TEST(FailurePolicy, RaisesTheErrorItselfOrTheComponentFailure) {
+    constexpr const wchar_t *kLibrary = L"VelkSupport", *kClass = L"frame_tests.CShapes";
+    constexpr HRESULT kLibrarysOwn = static_cast<HRESULT>(0x80044802);
+    struct Case {
+        std::function<void()> fail;
+        HRESULT code;
+        const wchar_t *source, *description;
+        bool replaced = false;  // by the component failure, where the class has one
+    };
+    const Case replacement{{}, CShapes::kComponentFailure, kClass, L"CShapes component failure"};
+    const Case cases[] = {
+        {kOverflow, kRuntimeErrorBase + 6, kLibrary, L"Overflow", true},
+        {kOwn, static_cast<HRESULT>(0x80044801), kClass, L"Own error"},
+        {Throws(ClassError(kLibrarysOwn, L"Its error", ErrorSource::Library)), kLibrarysOwn, kLibrary, L"Its error"},
+        {Throws(std::bad_alloc()), kRuntimeErrorBase + 7, kLibrary, L"Out of memory", true},
+        {Throws(std::length_error("")), kRuntimeErrorBase + 7, kLibrary, L"Out of memory", true},
+        {Throws(5), kRuntimeErrorBase + 5, kLibrary, L"Invalid procedure call or argument", true},
+        {Throws(NullArgument()), E_POINTER, kLibrary, L"Invalid pointer"}};
     for (const ClassInfo* info : {&CShapes::kInfo, &CShapes::kWrapping}) {
         const auto shapes = CShapes::Make(*info);
-        for (const Raised& c : kRaised) {
-            SCOPED_TRACE(c.kind);
-            const Raised& expected = info == &CShapes::kWrapping && c.replaced ? kComponentFailure : c;
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.description);
+            const Case& expected = info == &CShapes::kWrapping && c.replaced ? replacement : c;
             LONG result = 77;
-            shapes->Fail(eFailure_Class, &result);  // whose error must not be taken for the next one's
+            shapes->onStep = kOwn;
+            shapes->get_Step(&result);  // whose error must not be taken for the next one's
+            shapes->onStep = c.fail;
             result = 77;
-            EXPECT_EQ(expected.code, shapes->Fail(c.kind, &result));
+            EXPECT_EQ(expected.code, shapes->get_Step(&result));
             EXPECT_EQ(0, result);
-            ExpectErrorInfo(expected);
-            VARIANT kind = Arg(static_cast<LONG>(c.kind));
-            const Outcome late = Call(shapes.get(), L"Fail", {kind});
+            ComPtr<IErrorInfo> error;
+            GUID guid = {};
+            ASSERT_EQ(S_OK, GetErrorInfo(0, error.Receive()));
+            error->GetGUID(&guid);
+            EXPECT_EQ(__uuidof(_CShapes), guid);
+            const Outcome late = Get(shapes.get(), L"Step");
             EXPECT_EQ(DISP_E_EXCEPTION, late.result);
             EXPECT_EQ(L"0:", Describe(late.value));
             EXPECT_EQ(expected.code, late.code);
             EXPECT_EQ(expected.source, late.source);
             EXPECT_EQ(expected.description, late.description);
-            DISPPARAMS parameters{&kind, nullptr, 1, 0};
-            EXPECT_EQ(DISP_E_EXCEPTION, shapes->Invoke(IdOf(shapes.get(), L"Fail"), IID_NULL, 0, DISPATCH_METHOD,
-                                                       &parameters, nullptr, nullptr, nullptr));
+            DISPPARAMS none{};
+            EXPECT_EQ(DISP_E_EXCEPTION,
+                      shapes->Invoke(20, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr));
         }
     }
-}
-
-TEST(FailurePolicy, ReportShowsABoxAndGoesOn) {
-    const auto shapes = CShapes::Make(CShapes::kReporting);
-    const ReportRecorder recorder(GetModuleHandleW(nullptr));
-    for (const auto& [kind, text] :
-         {std::pair(eFailure_Runtime, L"Error: 6. Overflow"), {eFailure_Class, L"Error: -2147203071. Own error"}}) {
-        LONG result = 77;
-        EXPECT_EQ(S_OK, shapes->Fail(kind, &result));
-        EXPECT_EQ(0, result);
-        const auto& box = recorder.reports().back();
-        EXPECT_EQ(text, box.text);
-        EXPECT_EQ(L"Fail", box.title);
-        EXPECT_EQ(0u, box.type & (MB_TYPEMASK | MB_ICONMASK));  // an OK button, no icon
-    }
-    EXPECT_EQ(E_POINTER, shapes->Fail(eFailure_None, nullptr));
-    EXPECT_EQ(E_POINTER, Call(shapes.get(), L"Fail", {Arg(static_cast<LONG>(eFailure_Null))}).code);
-    EXPECT_EQ(2u, recorder.reports().size());
 }
 
 struct Unfinished : CShapes {
@@ -139,37 +113,48 @@ struct Unfinished : CShapes {
     }
 };
 
-TEST(Reports, AFailedCreationIsShownAndTheObjectExistsAllTheSame) {
-    const ReportRecorder recorder(GetModuleHandleW(nullptr));
+TEST(Reports, ShowABoxAndTheMemberOrTheCreationGoesOn) {
+    ReportRecorder recorder(GetModuleHandleW(nullptr));
+    const auto shapes = CShapes::Make(CShapes::kReporting);
+    for (const auto& fail : {kOverflow, kOwn}) {
+        shapes->onStep = fail;
+        LONG result = 77;
+        EXPECT_EQ(S_OK, shapes->get_Step(&result));
+        EXPECT_EQ(0, result);
+    }
+    shapes->onStep = Throws(NullArgument());
+    EXPECT_EQ(E_POINTER, shapes->get_Step(nullptr));
+    EXPECT_EQ(E_POINTER, Get(shapes.get(), L"Step").code);
     const auto made = ComPtr<IDispatch>::Attach(Make<Unfinished>());
     ASSERT_TRUE(made);
     EXPECT_EQ(5, Get(made.get(), L"Step").value.lVal);
-    ASSERT_EQ(1u, recorder.reports().size());
-    const auto& box = recorder.reports()[0];
-    EXPECT_EQ(L"frame_tests", box.title);
     EXPECT_EQ(
-        L"An error has occured in Shapes.CShapes.Class_Initialize \r\n\r\nError:7\r\nDescription:Out of "
-        L"memory\r\nLine:0",
-        box.text);
-    EXPECT_EQ(UINT{MB_OK | MB_ICONSTOP}, box.type & (MB_TYPEMASK | MB_ICONMASK));
+        L"Step: Error: 6. Overflow|Step: Error: -2147203071. Own error|"
+        L"frame_tests: An error has occured in Shapes.CShapes.Class_Initialize \r\n\r\nError:7\r\nDescription:Out of "
+        L"memory\r\nLine:0|",
+        recorder.Shown());
+    for (const std::size_t i : {0, 1, 2}) {  // with an OK button each
+        const UINT icon = i == 2 ? MB_ICONSTOP : 0;
+        EXPECT_EQ(icon, recorder.reports()[i].type & (MB_TYPEMASK | MB_ICONMASK));
+    }
 }
 
-std::wstring g_debuggerOutput;
-void WINAPI RecordOutput(LPCWSTR text) { g_debuggerOutput += text; }
-
 TEST(Reports, GoToTheDebuggerWhenTheEnvironmentSaysSo) {
-    const ReportRecorder recorder(GetModuleHandleW(nullptr));
-    const ImportPatch output(GetModuleHandleW(nullptr), "OutputDebugStringW", reinterpret_cast<void*>(&RecordOutput));
+    const HMODULE here = GetModuleHandleW(nullptr);
+    ReportRecorder recorder(here);
+    std::wstring said;
+    const Fake output(
+        "OutputDebugStringW", &OutputDebugStringW, [&](LPCWSTR text) { said += text; }, here);
     const auto shapes = CShapes::Make(CShapes::kReporting);
-    LONG result = 0;
-    std::size_t boxes = 0;
+    shapes->onStep = kOverflow;
     for (const wchar_t* value : {L"debugger", L"Debugger", L"", L"debuggers", L"a text longer than the switch"}) {
         const bool boxed = _wcsicmp(value, L"debugger") != 0;
         SetEnvironmentVariableW(L"VELKSPRT_REPORTS", value);
-        g_debuggerOutput.clear();
-        EXPECT_EQ(S_OK, shapes->Fail(eFailure_Runtime, &result));
-        EXPECT_EQ(boxed ? L"" : L"Fail: Error: 6. Overflow\n", g_debuggerOutput) << value;
-        EXPECT_EQ(boxes += boxed, recorder.reports().size()) << value;
+        LONG result = 0;
+        said.clear();
+        EXPECT_EQ(S_OK, shapes->get_Step(&result));
+        EXPECT_EQ(boxed ? L"" : L"Step: Error: 6. Overflow\n", said) << value;
+        EXPECT_EQ(boxed ? L"Step: Error: 6. Overflow|" : L"", recorder.Shown()) << value;
     }
 }
 
@@ -190,17 +175,15 @@ TEST(AutomationObject, ADestructorMayUseReferencesToItsOwnObject) {
 // Old clients keep the stack aligned to 4 bytes only.
 TEST(AutomationObject, WorksOnAMisalignedStack) {
     const auto shapes = CShapes::Make();
+    IDispatch* const object = shapes.get();
     for (const std::uint32_t shift : {0u, 4u, 8u, 12u}) {
         VARIANT argument = Arg(4.5);
         DISPPARAMS parameters{&argument, nullptr, 1, 0};
         Variant result;
-        IDispatch* const object = shapes.get();
         auto* const invoke = (*reinterpret_cast<void (***)()>(object))[6];
-        const GUID none = GUID_NULL;
-        const auto answer =
-            CallMisaligned(shift, invoke, object, IdOf(object, L"EchoDouble"), &none, 0L,
-                           static_cast<LONG>(DISPATCH_METHOD), &parameters, static_cast<VARIANT*>(&result), 0L, 0L);
-        EXPECT_EQ(0u, answer) << shift;
+        EXPECT_EQ(0u, CallMisaligned(shift, invoke, object, IdOf(object, L"EchoDouble"), &IID_NULL, 0L,
+                                     static_cast<LONG>(DISPATCH_METHOD), &parameters, static_cast<VARIANT*>(&result),
+                                     0L, 0L));
         EXPECT_EQ(4.5, result.dblVal) << shift;
     }
 }

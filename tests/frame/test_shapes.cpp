@@ -1,31 +1,20 @@
 #include "frame/test_shapes.h"
 
-#include <new>
-#include <stdexcept>
+#include <sstream>
 #include <utility>
+
+#include "platform/string_array.h"
 
 namespace velk::test {
 namespace {
 
 constexpr ClassInfo InfoFor(FailurePolicy policy) {
-    return {
-        .name = L"CShapes",
-        .clsid = __uuidof(::CShapes),
-        .iid = __uuidof(_CShapes),
-        .policy = policy,
-        .componentFailure = CShapes::kComponentFailure,
-        .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize ",
-    };
-}
-
-SAFEARRAY* NewStrings(LONG count) {
-    if (count < 0) return nullptr;
-    SAFEARRAYBOUND bounds{static_cast<ULONG>(count), 1};
-    SAFEARRAY* const array = SafeArrayCreate(VT_BSTR, 1, &bounds);
-    for (LONG i = 0; i < count; ++i) {
-        static_cast<BSTR*>(array->pvData)[i] = Bstr(L"s" + std::to_wstring(i + 1)).Detach();
-    }
-    return array;
+    return {.name = L"CShapes",
+            .clsid = __uuidof(::CShapes),
+            .iid = __uuidof(_CShapes),
+            .policy = policy,
+            .componentFailure = CShapes::kComponentFailure,
+            .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize "};
 }
 
 std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
@@ -41,6 +30,14 @@ std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
     return text;
 }
 
+// The values with a blank between them.
+template <class... T>
+Bstr Listed(const T&... values) {
+    std::wostringstream list;
+    ((list << values << L' '), ...);
+    return Bstr(list.str().substr(0, list.str().size() - 1));
+}
+
 }  // namespace
 
 constinit const ClassInfo CShapes::kInfo = InfoFor(FailurePolicy::PassOn);
@@ -51,7 +48,12 @@ STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result)
     return Guard(result, [&] {
         Variant was;
         was.vt = VT_ARRAY | VT_BSTR;
-        was.parray = std::exchange(Given(strings), NewStrings(count));
+        was.parray = std::exchange(Given(strings), nullptr);
+        if (count >= 0) {
+            StringArray made(static_cast<ULONG>(count), 1);
+            for (LONG i = 0; i < count; ++i) made.Put(static_cast<ULONG>(i), Bstr(L"s" + std::to_wstring(i + 1)));
+            *strings = made.Detach();
+        }
         return Bstr(Describe(was));
     });
 }
@@ -59,74 +61,43 @@ STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result)
 STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIANT f, BSTR g, FLOAT h,
                             BSTR* result) noexcept {
     return Guard(result, [&] {
-        wchar_t text[256];
-        swprintf(text, 256, L"%d %.3f %d %.3f ", a, b, static_cast<int>(c), *d);
-        std::wstring all = text;
-        all += View(*e);
-        all += L" " + Describe(f) + L" ";
-        all += View(g);
-        swprintf(text, 256, L" %.3f", static_cast<double>(h));
-        *d += step_;
+        Bstr all = Listed(a, b, c, *d, View(*e), Describe(f), View(g), h);
+        Change(*d);
         Change(*e);
-        return Bstr(all + text);
+        return all;
     });
 }
 
 STDMETHODIMP CShapes::Optional(LONG first, LONG number, LONG* reference, BSTR text, VARIANT rest, VARIANT* last,
                                BSTR* result) noexcept {
     return Guard(result, [&] {
-        std::wstring all = std::to_wstring(first) + L" " + std::to_wstring(number) + L" ";
-        all += std::to_wstring(*reference) + L" ";
-        all += View(text);
-        all += L" " + Describe(rest) + L" " + Describe(*last);
+        Bstr all = Listed(first, number, *reference, View(text), Describe(rest), Describe(*last));
         Change(*reference);
-        return Bstr(all);
+        return all;
     });
 }
 
-STDMETHODIMP CShapes::put_Step(LONG value) noexcept {
-    return Guard([&] { step_ = value; });
-}
-
-STDMETHODIMP CShapes::get_Item(LONG index, VARIANT* result) noexcept {
-    return Guard(result, [&] { return Copy(static_cast<VARIANT&>(items_[index])); });
+STDMETHODIMP CShapes::get_Step(LONG* result) noexcept {
+    return Guard(result, [&] {
+        if (onStep) onStep();
+        return step_;
+    });
 }
 
 STDMETHODIMP CShapes::put_Item(LONG index, VARIANT value) noexcept {
-    return Guard([&] { items_[index] = Copy(value); });
+    return Guard([&] { items_[index & 3] = Copy<VARIANT>(value); });
 }
 
 STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
     return Guard([&] {
         if (value.vt != VT_DISPATCH) throw RuntimeError(Error::TypeMismatch);
-        items_[index] = Copy(value);
+        items_[index & 3] = Copy<VARIANT>(value);
     });
-}
-
-STDMETHODIMP CShapes::Fail(EFailure kind, LONG* result) noexcept {
-    return Guard(result, [&]() -> LONG {
-        if (kind == eFailure_Runtime) throw RuntimeError(Error::Overflow);
-        if (kind == eFailure_Class) throw ClassError(static_cast<HRESULT>(0x80044801), L"Own error");
-        if (kind == eFailure_Library) {
-            throw ClassError(static_cast<HRESULT>(0x80044802), L"Library's error", ErrorSource::Library);
-        }
-        if (kind == eFailure_Memory) throw std::bad_alloc();
-        if (kind == eFailure_Length) throw std::length_error("length");
-        if (kind == eFailure_Null) throw NullArgument();
-        throw kind;
-    });
-}
-
-Variant CShapes::Copy(const VARIANT& value) {
-    Variant copy;
-    ThrowIfFailed(VariantCopy(&copy, const_cast<VARIANT*>(&value)));
-    return copy;
 }
 
 void CShapes::Change(BSTR& value) {
-    Bstr changed(std::wstring(View(value)) + L"!");
-    SysFreeString(value);
-    value = changed.Detach();
+    Bstr changed(TextOf(value) + L"!");
+    SysFreeString(std::exchange(value, changed.Detach()));
 }
 
 void CShapes::Change(VARIANT& value) {
@@ -136,13 +107,11 @@ void CShapes::Change(VARIANT& value) {
 }
 
 void CShapes::Change(IDispatch*& value) {
-    if (value) value->Release();
-    value = ComPtr<_CShapes>(this).Detach();
+    const auto before = ComPtr<IDispatch>::Attach(std::exchange(value, ComPtr<_CShapes>(this).Detach()));
 }
 
 void CShapes::Change(IFontDisp*& value) {
-    if (value) value->Release();
-    value = nullptr;
+    const auto before = ComPtr<IFontDisp>::Attach(std::exchange(value, nullptr));
 }
 
 std::wstring Describe(const VARIANT& value) {
@@ -154,7 +123,10 @@ std::wstring Describe(const VARIANT& value) {
     }
     const std::wstring type = std::to_wstring(value.vt & ~VT_BYREF) + L":";
     if (value.vt == VT_ERROR) return value.scode == DISP_E_PARAMNOTFOUND ? L"missing" : type;
-    if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) return type + (value.punkVal ? L"object" : L"nothing");
+    if (type == L"9:" || type == L"13:") {
+        return type +
+               std::to_wstring(reinterpret_cast<ULONG_PTR>(value.vt & VT_BYREF ? *value.ppunkVal : value.punkVal));
+    }
     Variant text;
     VariantChangeTypeEx(&text, const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, VT_BSTR);
     return text.vt == VT_BSTR ? type + std::wstring(View(text.bstrVal)) : type;

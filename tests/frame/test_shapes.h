@@ -1,6 +1,8 @@
 // The class behind shapes.idl. It stands in the test program itself, which embeds the type library.
 #pragma once
 
+#include <functional>
+
 #include "frame/object/automation_object.h"
 #include "platform/text.h"
 #include "platform/variant.h"
@@ -18,6 +20,11 @@ class CShapes : public AutomationObject<_CShapes> {
     explicit CShapes(const ClassInfo& info = kInfo) noexcept : AutomationObject(info) {}
     static ComPtr<CShapes> Make(const ClassInfo& info = kInfo) { return ComPtr<CShapes>::Attach(new CShapes(info)); }
 
+    std::function<void()> onStep;  // runs when Step is read
+
+    using Truth = VARIANT_BOOL;
+    STDMETHODIMP EchoShort(SHORT value, SHORT* result) noexcept override { return Echo(value, result); }
+    STDMETHODIMP EchoBoolean(Truth value, Truth* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoLong(LONG value, LONG* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoDouble(DOUBLE value, DOUBLE* result) noexcept override { return Echo(value, result); }
     STDMETHODIMP EchoString(BSTR value, BSTR* result) noexcept override { return Echo(value, result); }
@@ -27,14 +34,13 @@ class CShapes : public AutomationObject<_CShapes> {
 
     STDMETHODIMP BumpShort(SHORT* value, SHORT* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpLong(LONG* value, LONG* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP BumpBoolean(VARIANT_BOOL* value, VARIANT_BOOL* result) noexcept override {
-        return Bump(value, result);
-    }
+    STDMETHODIMP BumpDouble(DOUBLE* value, DOUBLE* result) noexcept override { return Bump(value, result); }
+    STDMETHODIMP BumpBoolean(Truth* value, Truth* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpString(BSTR* value, BSTR* result) noexcept override { return Bump(value, result); }
     STDMETHODIMP BumpVariant(VARIANT* value, VARIANT* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP BumpKind(EFailure* value, EFailure* result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP SwapObject(IDispatch** value, IDispatch** result) noexcept override { return Bump(value, result); }
-    STDMETHODIMP SwapFont(IFontDisp** value, IFontDisp** result) noexcept override { return Bump(value, result); }
+    STDMETHODIMP BumpKind(EKind* value, EKind* result) noexcept override { return Bump(value, result); }
+    STDMETHODIMP BumpObject(IDispatch** value, IDispatch** result) noexcept override { return Bump(value, result); }
+    STDMETHODIMP BumpFont(IFontDisp** value, IFontDisp** result) noexcept override { return Bump(value, result); }
 
     STDMETHODIMP FillStrings(SAFEARRAY** strings, LONG count, BSTR* result) noexcept override;
     STDMETHODIMP Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIANT f, BSTR g, FLOAT h,
@@ -42,49 +48,53 @@ class CShapes : public AutomationObject<_CShapes> {
     STDMETHODIMP Optional(LONG first, LONG number, LONG* reference, BSTR text, VARIANT rest, VARIANT* last,
                           BSTR* result) noexcept override;
 
-    STDMETHODIMP get_Step(LONG* result) noexcept override { return Echo(step_, result); }
-    STDMETHODIMP put_Step(LONG value) noexcept override;
-    STDMETHODIMP get_Item(LONG index, VARIANT* result) noexcept override;
+    STDMETHODIMP get_Step(LONG* result) noexcept override;
+    STDMETHODIMP put_Step(LONG value) noexcept override { return Let(&value, step_); }
+    STDMETHODIMP get_Item(LONG index, VARIANT* result) noexcept override { return Echo(items_[index & 3], result); }
     STDMETHODIMP put_Item(LONG index, VARIANT value) noexcept override;
     STDMETHODIMP putref_Item(LONG index, VARIANT value) noexcept override;
 
-    STDMETHODIMP Fail(EFailure kind, LONG* result) noexcept override;
-
   private:
-    template <class T>
-    HRESULT Echo(T value, T* result) const noexcept {
-        return Guard(result, [&] { return Copy(value); });
+    template <class Held, class T>
+    HRESULT Echo(const Held& value, T* result) const noexcept {
+        return Guard(result, [&] { return Copy<T>(value); });
     }
     template <class T>
     HRESULT Bump(T* value, T* result) noexcept {
         return Guard(result, [&] {
-            auto was = Copy(Given(value));
+            auto was = Copy<T>(Given(value));
             if (step_ != 0) Change(*value);
             return was;
         });
-    }
-    template <class T>
-    static T Copy(T value) {
-        return value;
-    }
-    static Bstr Copy(BSTR value) { return Bstr(View(value)); }
-    static Variant Copy(const VARIANT& value);
-    static ComPtr<IDispatch> Copy(IDispatch* value) { return ComPtr<IDispatch>(value); }
-    static ComPtr<IFontDisp> Copy(IFontDisp* value) { return ComPtr<IFontDisp>(value); }
-    template <class T>
-    void Change(T& value) {
-        value = static_cast<T>(value + static_cast<T>(step_));
     }
     void Change(BSTR& value);
     void Change(VARIANT& value);
     void Change(IDispatch*& value);
     void Change(IFontDisp*& value);
+    template <class T>
+    void Change(T& value) {
+        value = static_cast<T>(value + static_cast<T>(step_));
+    }
+    template <class T>
+    static auto Copy(const T& value) {
+        if constexpr (std::is_same_v<T, BSTR>) {
+            return Bstr(View(value));
+        } else if constexpr (std::is_same_v<T, VARIANT>) {
+            Variant copy;
+            ThrowIfFailed(VariantCopy(&copy, const_cast<VARIANT*>(&value)));
+            return copy;
+        } else if constexpr (std::is_pointer_v<T>) {
+            return ComPtr(value);
+        } else {
+            return value;
+        }
+    }
 
     LONG step_ = 1;
     Variant items_[4];
 };
 
-// What a value is and holds, locale and address independent, such as "8:text" or "array of 12 from 1: 8:a 8:b".
+// What a value is and holds, independent of the locale, such as "8:text" or "array of 12 from 1: 8:a 8:b".
 std::wstring Describe(const VARIANT& value);
 
 }  // namespace velk::test
