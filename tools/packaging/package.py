@@ -22,7 +22,7 @@ ROOT = Path(__file__).resolve().parents[2]
 EPOCH = int(os.environ["SOURCE_DATE_EPOCH"])
 DATE = datetime.datetime.fromtimestamp(EPOCH, datetime.timezone.utc)
 
-HELP, BILL, SUMS = "VelkSupport.chm", "VelkSupport.spdx.json", "SHA256SUMS"
+HELP, BILL, SUMS, PASCAL_UNIT = "VelkSupport.chm", "VelkSupport.spdx.json", "SHA256SUMS", "VelkSupport_TLB.pas"
 DOC = Path("/usr/share/doc")
 LICENCES = {
     "mingw-w64.txt": DOC / "mingw-w64-common/copyright",
@@ -91,6 +91,7 @@ def stage(tree, docs, builds):
         stage_width(build, tree, width)
         # Where the registered type libraries say that it is.
         copy(docs / "help" / HELP, tree / width / HELP)
+    copy(Path(builds["x86"]) / "pascal" / PASCAL_UNIT, tree / "include" / PASCAL_UNIT)
     shutil.copytree(docs / "site", tree / "docs", copy_function=shutil.copyfile,
                     ignore=shutil.ignore_patterns(".buildinfo", "objects.inv"))
     shutil.copytree(ROOT / "samples", tree / "samples", copy_function=shutil.copyfile)
