@@ -169,6 +169,13 @@ TEST_F(Registration, ThatFailsHalfWayLeavesNothing) {
     const ImportPatch patch(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RefuseTypeLibrary));
     EXPECT_EQ(SELFREG_E_TYPELIB, Register());
     EXPECT_EQ(Lines(), Changed());
+    {
+        const ImportPatch mended(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RegisterTypeLib));
+        Register();
+    }
+    EXPECT_EQ(SELFREG_E_TYPELIB, Register());
+    EXPECT_EQ(S_OK, CreateByName()) << "what was registered before stays";
+    EXPECT_EQ(S_OK, Unregister());
 }
 
 // Use without registration: a program that carries the library and its manifest.

@@ -81,9 +81,11 @@ void WriteClass(Scope scope, const ClassInfo& info, const LibraryIdentity& types
 
 void WriteTypeLibrary(Scope scope) {
     std::wstring path = library::FilePath();
+    // Named, because an earlier registration's folder would stay otherwise.
+    std::wstring helpFolder = path.substr(0, path.rfind(L'\\'));
     const ComPtr<ITypeLib> types = library::TypeLibrary();
-    ThrowIfFailed(scope == Scope::Machine ? RegisterTypeLib(types.get(), path.data(), nullptr)
-                                          : RegisterTypeLibForUser(types.get(), path.data(), nullptr));
+    const auto registers = scope == Scope::Machine ? &RegisterTypeLib : &RegisterTypeLibForUser;
+    ThrowIfFailed(registers(types.get(), path.data(), helpFolder.data()));
 }
 
 void Write(Scope scope) {
@@ -101,13 +103,16 @@ void RemoveTypeLibrary(Scope scope) {
     }
 }
 
+bool HasKey(Scope scope, const std::wstring& key, REGSAM view = 0) noexcept {
+    RegistryKey opened;
+    return RegOpenKeyExW(RootOf(scope), (kClassesKey + key).c_str(), 0, KEY_READ | view, opened.Receive()) ==
+           ERROR_SUCCESS;
+}
+
 // Whether the library of the other width is registered too. On a 32-bit system there is only one view of the registry,
 // so this is asked once the class's own key is gone.
 bool OtherWidthHas(Scope scope, const std::wstring& key) noexcept {
-    constexpr REGSAM kOtherView = sizeof(void*) == 4 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
-    RegistryKey opened;
-    return RegOpenKeyExW(RootOf(scope), (kClassesKey + key).c_str(), 0, KEY_READ | kOtherView, opened.Receive()) ==
-           ERROR_SUCCESS;
+    return HasKey(scope, key, sizeof(void*) == 4 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY);
 }
 
 // Whatever this scope holds goes, but for what both widths share while the other one needs it: names and the
@@ -168,11 +173,13 @@ HRESULT AsResult(Body body) noexcept try {
 
 HRESULT RegisterLibrary() noexcept {
     const Scope scope = ScopeToWrite();
+    const bool before = HasKey(scope, L"CLSID\\" + GuidText(Classes().front().info->clsid));
     const HRESULT written = AsResult([scope] {
         Write(scope);
         return S_OK;
     });
-    if (FAILED(written)) AsResult([scope] { return Remove(scope); });  // nothing half registered stays behind
+    // Nothing half registered stays behind; but what was registered before still leads to a library.
+    if (FAILED(written) && !before) AsResult([scope] { return Remove(scope); });
     return written;
 }
 
