@@ -4,6 +4,8 @@
 #include <filesystem>
 
 #include "platform/com_ptr.h"
+#include "platform/text.h"
+#include "tools/typelib/type_reader.h"
 #include "velkdoctor/registrations.h"
 
 namespace velk {
@@ -18,11 +20,6 @@ constexpr const wchar_t* kHookManager = L"VelkSub.HookManager";
 bool NeedsHooks(const std::wstring& name) {
     constexpr const wchar_t* kHooking[] = {L"CFormSizeConstraint", L"CListViewExtended", L"cIconMenu"};
     return std::ranges::find(kHooking, name) != std::end(kHooking);
-}
-
-bool Exists(const std::wstring& path) {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
 bool SameFile(const std::wstring& one, const std::wstring& other) {
@@ -48,8 +45,8 @@ std::wstring RegisterProgram() {
 }
 
 std::wstring HowToRegister(const std::wstring& file) {
-    return L"Register it: " + RegisterProgram() + L" " + FileToRegister(file) +
-           L" (from an administrator's prompt for all users), or run the installer.";
+    return L"Register it with " + RegisterProgram() + L" " + FileToRegister(file) +
+           L" (from an administrator's prompt for all users), with velkdoctor --fix, or run the installer.";
 }
 
 using Registrations = std::vector<Registration>;
@@ -110,14 +107,20 @@ Finding WhyNotLoaded(HRESULT result, const Registration& used, const std::wstrin
                 L"Run the program without administrative rights, or register the library for all users. " +
                     HowToRegister(file)};
     }
-    return {State::CannotLoad, used.file + L" is registered but does not give the class: " + SystemText(result),
-            L"Replace the file by the delivered one and register it again. " + HowToRegister(file)};
+    return {State::CannotLoad,
+            L"registered, but " + used.file + L" does not give the class (" + SystemText(result) + L").",
+            L"Put the delivered file in its place. " + HowToRegister(file)};
 }
 
 Finding CheckFile(const Registration& used, const KnownLibrary& library) {
     if (!Exists(used.file)) {
-        return {State::MissingFile, L"registered, but the file is missing: " + used.file,
+        return {State::MissingFile, L"registered, but the file " + used.file + L" is missing.",
                 L"Put the file back, or register the library where it is now. " + HowToRegister(library.file)};
+    }
+    if (!IsWhole(used.file)) {
+        return {State::Damaged,
+                L"registered, but the file " + used.file + L" is damaged, for it is no library or not a whole one.",
+                L"Put the delivered file in its place. " + HowToRegister(library.file)};
     }
     const std::optional<WORD> machine = MachineOf(used.file);
     if (!machine || Is32Bit(*machine) != (sizeof(void*) == 4)) {
@@ -126,10 +129,10 @@ Finding CheckFile(const Registration& used, const KnownLibrary& library) {
                     L" library.",
                 HowToRegister(library.file)};
     }
-    const Version version = VersionOf(used.file).value_or(0);
-    if (version < library.version) {
+    const std::optional<Version> version = VersionOf(used.file);
+    if (version && *version < library.version) {
         return {State::OlderVersion,
-                L"registered in an older version: " + used.file + L" is " + VersionText(version) +
+                L"registered in an older version, for " + used.file + L" is " + VersionText(*version) +
                     L", this program belongs to " + VersionText(library.version) + L".",
                 L"Install the newer version. " + HowToRegister(library.file)};
     }
@@ -144,35 +147,63 @@ Finding CheckName(const KnownClass& wanted, const std::wstring& file) {
 
 // The hook library is looked up by name: nothing links to it.
 Finding CheckHooks() {
-    const KnownLibrary hooks{L"VelkSub", L"VelkSub.dll", 0, {}, {}};
+    const KnownLibrary hooks{L"VelkSub", L"VelkSub.dll", 0, {}, 0, 0, {}};
     const std::optional<CLSID> manager = ClassNamed(kHookManager);
     const Finding found =
-        manager ? Examine(hooks, {L"HookManager", kHookManager, *manager}) : WhyNotRegistered({}, hooks.file);
+        manager ? Examine(hooks, {L"HookManager", kHookManager, *manager, {}}) : WhyNotRegistered({}, hooks.file);
     if (found.state == State::Fine || found.state == State::OtherFolder) return {State::Fine, L"", L""};
-    return {State::HooksMissing, L"it can be created but not hook windows; VelkSub.HookManager: " + found.what,
-            found.advice};
+    return {State::HooksMissing,
+            L"it can be created but not hook windows, because VelkSub.HookManager is " + found.what, found.advice,
+            hooks.file};
+}
+
+// Without them compiled clients of another process or width, interop and editors find no description of the classes.
+Finding CheckTypes(const KnownLibrary& library, const KnownClass& wanted) {
+    Bstr path;
+    std::wstring missing;
+    if (library.major && FAILED(QueryPathOfRegTypeLib(library.guid, library.major, library.minor, 0, path.Receive())))
+        missing = L"the type library " + GuidText(library.guid);
+    for (const IID& iid : wanted.interfaces) {
+        const std::wstring key = L"Interface\\" + GuidText(iid);
+        if (!ReadText(HKEY_CLASSES_ROOT, key + L"\\ProxyStubClsid32", nullptr))
+            missing = L"the interface " + GuidText(iid);
+    }
+    if (missing.empty()) return {State::Fine, L"", L""};
+    return {State::TypesMissing, L"it can be created, but the registry's key of " + missing + L" is missing.",
+            HowToRegister(library.file)};
 }
 
 Finding CheckFolder(const Registration& used, const std::wstring& file) {
     const std::wstring beside = OwnFolder() + file;
     if (!Exists(beside) || SameFile(beside, used.file)) return {State::Fine, L"", L""};
-    return {State::OtherFolder, L"it can be created, from another folder than this program's: " + used.file,
-            L"Nothing, if that is meant. If " + InQuotes(beside) + L" is to be used: " + HowToRegister(file)};
+    return {State::OtherFolder, L"it can be created, from another folder than this program's (" + used.file + L").",
+            L"Nothing, if that is meant. " + HowToRegister(file)};
+}
+
+Finding CheckRegistered(const Registration& used, const KnownLibrary& library, const KnownClass& wanted) {
+    Finding finding = CheckFile(used, library);
+    if (finding.state != State::Fine) return finding;
+    if (const HRESULT loaded = Load(wanted.clsid); FAILED(loaded)) return WhyNotLoaded(loaded, used, library.file);
+    finding = CheckName(wanted, library.file);
+    if (finding.state == State::Fine) finding = CheckTypes(library, wanted);
+    if (finding.state == State::Fine && NeedsHooks(wanted.name)) finding = CheckHooks();
+    if (finding.state == State::Fine) finding = CheckFolder(used, library.file);
+    if (finding.state == State::Fine) finding.what = L"can be created here (" + used.file + L").";
+    return finding;
 }
 
 }  // namespace
 
+bool Exists(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
 Finding Examine(const KnownLibrary& library, const KnownClass& wanted) {
     const Registrations all = RegistrationsOf(wanted.clsid);
     const Registration* const used = InForce(all);
-    if (!used) return WhyNotRegistered(all, library.file);
-    Finding finding = CheckFile(*used, library);
-    if (finding.state != State::Fine) return finding;
-    if (const HRESULT loaded = Load(wanted.clsid); FAILED(loaded)) return WhyNotLoaded(loaded, *used, library.file);
-    finding = CheckName(wanted, library.file);
-    if (finding.state == State::Fine && NeedsHooks(wanted.name)) finding = CheckHooks();
-    if (finding.state == State::Fine) finding = CheckFolder(*used, library.file);
-    if (finding.state == State::Fine) finding.what = L"can be created here (" + used->file + L").";
+    Finding finding = used ? CheckRegistered(*used, library, wanted) : WhyNotRegistered(all, library.file);
+    if (finding.file.empty()) finding.file = library.file;
     return finding;
 }
 

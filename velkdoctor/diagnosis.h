@@ -20,14 +20,20 @@ enum class State {
     OtherFolder = 9,
     NameTaken = 10,
     HooksMissing = 11,
-    CannotLoad = 12
+    CannotLoad = 12,
+    // 13 is the program's own: the registry may not be written.
+    Damaged = 14,
+    TypesMissing = 15
 };
 
 struct Finding {
     State state;
     std::wstring what;    // one sentence
     std::wstring advice;  // what to do; empty when all is well
+    std::wstring file{};  // the library whose registration mends it, by its file's name
 };
+
+bool Exists(const std::wstring& path);
 
 Finding Examine(const KnownLibrary& library, const KnownClass& wanted);
 

@@ -22,14 +22,27 @@ bool IsCreatable(const Type& type) {
     return attributes->typekind == TKIND_COCLASS && (attributes->wTypeFlags & TYPEFLAG_FCANCREATE);
 }
 
+std::vector<IID> InterfacesOf(const Type& type) {
+    std::vector<IID> interfaces;
+    for (UINT i = 0; i < AttributesOf(type)->cImplTypes; ++i)
+        interfaces.push_back(AttributesOf(Implemented(type, i))->guid);
+    return interfaces;
+}
+
 KnownLibrary Read(const Shipped& shipped, int resource) {
     const TypeLib types = LoadTypes((library::FilePath() + L"\\" + std::to_wstring(resource)).c_str());
-    KnownLibrary known{
-        DocumentationOf(types, -1).name, shipped.file, ParsedVersion(shipped.version), AttributesOf(types)->guid, {}};
+    const auto attributes = AttributesOf(types);
+    KnownLibrary known{DocumentationOf(types, -1).name,
+                       shipped.file,
+                       ParsedVersion(shipped.version),
+                       attributes->guid,
+                       attributes->wMajorVerNum,
+                       attributes->wMinorVerNum,
+                       {}};
     for (const Type& type : TypesOf(types)) {
         if (!IsCreatable(type)) continue;
         const std::wstring name = NameOf(type);
-        known.classes.push_back({name, known.name + L"." + name, AttributesOf(type)->guid});
+        known.classes.push_back({name, known.name + L"." + name, AttributesOf(type)->guid, InterfacesOf(type)});
     }
     return known;
 }

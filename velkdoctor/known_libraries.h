@@ -12,13 +12,15 @@ struct KnownClass {
     std::wstring name;  // "CStack"
     std::wstring progId;
     CLSID clsid;
+    std::vector<IID> interfaces;  // that of its members, and that of its events if it has any
 };
 
 struct KnownLibrary {
     std::wstring name;  // "VelkSupport"
     std::wstring file;  // "VelkSprt.dll"
     Version version;
-    GUID guid;
+    GUID guid;  // of the type library
+    WORD major, minor;
     std::vector<KnownClass> classes;
 };
 

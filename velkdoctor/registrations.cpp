@@ -3,6 +3,7 @@
 #include <sddl.h>
 
 #include "platform/handles.h"
+#include "platform/system_library.h"
 #include "tools/typelib/type_reader.h"
 
 namespace velk {
@@ -76,6 +77,14 @@ std::optional<std::wstring> ReadText(HKEY root, const std::wstring& path, const 
     return text.c_str();
 }
 
+LSTATUS WriteText(HKEY root, const std::wstring& path, const wchar_t* name, const std::wstring& text, REGSAM view) {
+    RegistryKey key;
+    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    const LSTATUS made =
+        RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_WRITE | view, nullptr, key.Receive(), nullptr);
+    return made ? made : RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
+}
+
 std::vector<Registration> RegistrationsOf(REFCLSID clsid) {
     std::vector<Registration> found;
     const std::wstring path = kClassesKey + (L"CLSID\\" + GuidText(clsid)) + L"\\InprocServer32";
@@ -91,6 +100,13 @@ std::vector<Registration> RegistrationsOf(REFCLSID clsid) {
 std::optional<CLSID> ClassNamed(const std::wstring& progId) {
     CLSID clsid;
     return SUCCEEDED(CLSIDFromProgID(progId.c_str(), &clsid)) ? std::optional(clsid) : std::nullopt;
+}
+
+HRESULT RegisterLibraryFile(const std::wstring& path) {
+    const ModuleHandle library(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    if (!library) return HRESULT_FROM_WIN32(GetLastError());
+    const auto registers = FindFunction<HRESULT STDAPICALLTYPE()>(library.get(), "DllRegisterServer");
+    return registers ? registers() : E_NOINTERFACE;
 }
 
 bool IsElevated() {

@@ -29,7 +29,7 @@ class Switch {
             const bool has = ReadText(root, key, kAppId).has_value();
             if (ReadText(root, key + L"\\InprocServer32", nullptr) && (wanted || has)) {
                 any |= wanted;
-                if (wanted ? Write(root, key, kAppId, id_) : RemoveValue(root, key))
+                if (wanted ? Note(WriteText(root, key, kAppId, id_)) : RemoveValue(root, key))
                     result_.classes.push_back(each.name);
             }
             otherWidth |= ReadText(root, key, kAppId, kOtherView).has_value();
@@ -37,22 +37,13 @@ class Switch {
         const std::wstring application = kClassesKey + (L"AppID\\" + id_);
         if (any) {
             // The empty name is the platform's own surrogate program.
-            Write(root, application, nullptr, library_.name);
-            Write(root, application, L"DllSurrogate", L"");
+            Note(WriteText(root, application, nullptr, library_.name));
+            Note(WriteText(root, application, L"DllSurrogate", L""));
         } else if (!on_ && !otherWidth) {
             Note(RegDeleteTreeW(root, application.c_str()));
             // A user's part has no such key from the start. Only an empty one can be deleted this way.
             if (root == HKEY_CURRENT_USER) RegDeleteKeyW(root, (std::wstring(kClassesKey) + kAppId).c_str());
         }
-    }
-
-    bool Write(HKEY root, const std::wstring& path, const wchar_t* name, const std::wstring& text) {
-        RegistryKey key;
-        const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-        LSTATUS status = RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Receive(), nullptr);
-        if (!status)
-            status = RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
-        return Note(status);
     }
 
     bool RemoveValue(HKEY root, const std::wstring& path) {

@@ -15,9 +15,9 @@ struct Answer {
     std::string text;
 };
 
-Answer RunDoctor(const std::wstring& arguments);
+Answer RunDoctor(const std::wstring& arguments, const std::string& typed = "");
 
-void SetText(HKEY root, const std::wstring& key, const wchar_t* name, const std::wstring& text, REGSAM view = 0);
+std::string Contents(const std::wstring& path);
 
 // A copy of a DLL in which one 32-bit number, found by the number before it, has another value.
 std::wstring Altered(const ScratchFolder& folder, const std::wstring& name, const std::string& before, DWORD value);

@@ -17,7 +17,7 @@ using namespace std::string_literals;
 
 const std::wstring kClassKey = L"Software\\Classes\\CLSID\\" + GuidText(__uuidof(CStack));
 const std::wstring kServerKey = kClassKey + L"\\InprocServer32";
-constexpr REGSAM kOtherView = sizeof(void*) == 4 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+const std::wstring kTypesKey = L"TypeLib\\" + GuidText(AttributesOf(LoadTypes(LibraryPath().c_str()))->guid);
 
 class Doctor : public Deployed {
   protected:
@@ -25,11 +25,14 @@ class Doctor : public Deployed {
         const Answer answer = RunDoctor(name);
         EXPECT_EQ(static_cast<int>(state), answer.code) << answer.text;
         EXPECT_NE(std::string::npos, answer.text.find(words)) << answer.text;
-        EXPECT_EQ(state != State::Fine, answer.text.find("What to do: ") != std::string::npos) << answer.text;
+        const std::size_t advice = answer.text.find("What to do: ");
+        EXPECT_EQ(state != State::Fine, advice != std::string::npos) << answer.text;
+        EXPECT_EQ(std::string::npos, answer.text.find(": ", advice == std::string::npos ? 0 : advice + 12))
+            << answer.text;
     }
     static void RegisterFile(const std::wstring& path) {
         ASSERT_EQ(S_OK, Register());
-        SetText(HKEY_LOCAL_MACHINE, kServerKey, nullptr, path);
+        WriteText(HKEY_LOCAL_MACHINE, kServerKey, nullptr, path);
     }
     const ScratchFolder folder_;
 };
@@ -39,21 +42,38 @@ TEST_F(Doctor, NamesTheStateOfTheRegisteredFile) {
     Expect(State::Fine, "can be created here");
     EXPECT_EQ(0, RunDoctor(L"velksupport.cstack").code) << "names are found without regard to case";
 
-    RegisterFile(folder_.Path(L"gone.dll"));
-    Expect(State::MissingFile, "gone.dll");
-    RegisterFile(L"\"" + folder_.Write(L"text.dll", "no library") + L"\"");
-    Expect(State::WrongWidth, "text.dll");
-    const DWORD otherMachine =
-        sizeof(void*) == 4 ? 0x60000 | IMAGE_FILE_MACHINE_AMD64 : 0x60000 | IMAGE_FILE_MACHINE_I386;
-    RegisterFile(Altered(folder_, L"wide.dll", "PE\0\0"s, otherMachine));
-    Expect(State::WrongWidth, "wide.dll");
+    const DWORD otherMachine = 0x60000 | (sizeof(void*) == 4 ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386);
     // A file version starts with a signature and the version of its own layout.
-    RegisterFile(Altered(folder_, L"old.dll", "\xBD\x04\xEF\xFE\0\0\1\0"s, 0x00010000));
-    Expect(State::OlderVersion, "old.dll is 1.0.0.1, this program belongs to 1.1.0.1");
-    RegisterFile(Altered(folder_, L"elsewhere.dll", "\xBD\x04\xEF\xFE\0\0\1\0"s, 0x00010001));
-    Expect(State::OtherFolder, "elsewhere.dll");
-    RegisterFile(L"C:\\windows\\system32\\version.dll");
-    Expect(State::CannotLoad, "version.dll");
+    const std::string version = "\xBD\x04\xEF\xFE\0\0\1\0"s;
+    const std::string whole = Contents(LibraryPath());
+    const struct {
+        State state;
+        std::wstring file;
+        std::string words;
+    } cases[] = {
+        {State::MissingFile, folder_.Path(L"gone.dll"), "gone.dll"},
+        {State::Damaged, L"\"" + folder_.Write(L"text.dll", "no library") + L"\"", "text.dll is damaged"},
+        {State::Damaged, folder_.Write(L"half.dll", whole.substr(0, whole.size() / 2)), "half.dll is damaged"},
+        {State::WrongWidth, Altered(folder_, L"wide.dll", "PE\0\0"s, otherMachine), "wide.dll"},
+        {State::OlderVersion, Altered(folder_, L"old.dll", version, 0x00010000),
+         "old.dll is 1.0.0.1, this program belongs to 1.1.0.1"},
+        {State::OtherFolder, Altered(folder_, L"elsewhere.dll", version, 0x00010001), "elsewhere.dll"},
+        {State::CannotLoad, L"C:\\windows\\system32\\version.dll", "version.dll"},
+    };
+    for (const auto& [state, file, words] : cases) {
+        RegisterFile(file);
+        Expect(state, words);
+    }
+    const std::string report = RunDoctor(L"--report").text;
+    EXPECT_NE(std::string::npos, report.find("System: ")) << report;
+    wchar_t name[64] = {};
+    GetEnvironmentVariableW(L"USERNAME", name, ARRAYSIZE(name));
+    RegisterFile(L"C:\\users\\" + std::wstring(name) + L"\\gone.dll");
+    EXPECT_NE(std::string::npos, RunDoctor(L"--report").text.find("%USERPROFILE%\\gone.dll"));
+
+    EXPECT_NE(0, RunDoctor(L"--fix", "no\n").code) << "asks first";
+    EXPECT_EQ(0, RunDoctor(L"--fix", "y\ny\n").code);
+    Expect(State::Fine, "can be created here");
 }
 
 TEST_F(Doctor, NamesWhatIsMissing) {
@@ -63,18 +83,44 @@ TEST_F(Doctor, NamesWhatIsMissing) {
         EXPECT_NE(std::string::npos, all.find(library)) << "each class names its own library: " << all;
     }
     ASSERT_EQ(S_OK, Register());
+    for (const std::wstring& key : {L"Interface\\" + GuidText(__uuidof(_CStack)), kTypesKey}) {
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, (L"Software\\Classes\\" + key).c_str());
+        Expect(State::TypesMissing, "is missing");
+        EXPECT_EQ(0, RunDoctor(L"--fix --yes").code) << key;
+    }
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\VelkSupport.CStack");
     Expect(State::NameTaken, "VelkSupport.CStack is missing");
-    SetText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\VelkSupport.CStack\\CLSID", nullptr, GuidText(__uuidof(CCRC32)));
+    WriteText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\VelkSupport.CStack\\CLSID", nullptr, GuidText(__uuidof(CCRC32)));
     Expect(State::NameTaken, "leads to another class");
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClassKey.c_str());
     Expect(State::NotRegistered, "not registered");
     EXPECT_EQ(2, RunDoctor(L"").code) << "the state that hinders most decides";
 }
 
+TEST_F(Doctor, TheHelpFolderIsThatOfTheLibraryRegisteredLast) {
+    const std::wstring copy = folder_.Write(L"VelkSprt.dll", Contents(LibraryPath()));
+    for (const std::wstring& file : {copy, LibraryPath()}) {
+        ASSERT_EQ(S_OK, RegisterLibraryFile(file));
+        EXPECT_EQ(file.substr(0, file.rfind(L'\\')),
+                  ReadText(HKEY_CLASSES_ROOT, kTypesKey + L"\\1.1\\HELPDIR", nullptr).value_or(L""));
+    }
+}
+
+// As after a double click.
+TEST_F(Doctor, AConsoleOfItsOwnStaysOpenUntilEnter) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(CreateProcessW(BuiltFile(L"velkdoctor.exe").c_str(), nullptr, nullptr, nullptr, FALSE,
+                               CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &process));
+    const FileHandle running(process.hProcess), thread(process.hThread);
+    EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(running.get(), 5000));
+    TerminateProcess(running.get(), 0);
+}
+
 TEST_F(Doctor, NamesForWhomItIsRegistered) {
     const std::wstring other = L".DEFAULT\\";  // the system's own
-    SetText(HKEY_USERS, other + kServerKey, nullptr, LibraryPath());
+    WriteText(HKEY_USERS, other + kServerKey, nullptr, LibraryPath());
     Expect(State::OtherUserOnly, "registered for another user only");
     RegDeleteTreeW(HKEY_USERS, (other + kClassKey).c_str());
     Expect(State::NotRegistered, "not registered");
@@ -93,13 +139,13 @@ TEST_F(Doctor, NamesTheMissingHookLibrary) {
     const auto call = [hooks](const char* name) { return Export<decltype(&DllRegisterServer)>(name, hooks)(); };
     ASSERT_EQ(S_OK, Register());
     call("DllUnregisterServer");
-    Expect(State::HooksMissing, "VelkSub.HookManager: not registered", L"CFormSizeConstraint");
+    Expect(State::HooksMissing, "VelkSub.HookManager is not registered", L"CFormSizeConstraint");
     Expect(State::Fine, "can be created here");
 
     EXPECT_EQ(S_OK, call("DllRegisterServer"));
     EXPECT_EQ(0, RunDoctor(L"").code);
-    SetText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\" + GuidText(__uuidof(HookManager)) + L"\\InprocServer32",
-            nullptr, folder_.Path(L"gone.dll"));
+    WriteText(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\" + GuidText(__uuidof(HookManager)) + L"\\InprocServer32",
+              nullptr, folder_.Path(L"gone.dll"));
     Expect(State::HooksMissing, "gone.dll", L"CFormSizeConstraint");
     EXPECT_EQ(S_OK, call("DllUnregisterServer"));
     FreeLibrary(hooks);
@@ -109,7 +155,7 @@ TEST_F(Doctor, NamesTheOtherWidth) {
     BOOL emulated = FALSE;
     IsWow64Process(GetCurrentProcess(), &emulated);
     if (sizeof(void*) == 4 && !emulated) GTEST_SKIP() << "a 32-bit system has one view of the registry";
-    SetText(HKEY_LOCAL_MACHINE, kServerKey, nullptr, L"C:\\other\\VelkSprt.dll", kOtherView);
+    WriteText(HKEY_LOCAL_MACHINE, kServerKey, nullptr, L"C:\\other\\VelkSprt.dll", kOtherView);
     Expect(State::OtherWidthOnly, "programs only (C:\\other\\VelkSprt.dll)");
 
     // What both widths share stays as long as one of them is registered.
