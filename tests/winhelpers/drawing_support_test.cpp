@@ -1,6 +1,7 @@
 // cMemDC, cNCMetrics and cDottedBrush, whose pixels are read back.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <string>
 #include <utility>
@@ -112,38 +113,17 @@ TEST_F(DrawingSupport, FadingCanvasGrowsInBothDirections) {
     EXPECT_EQ(CLR_INVALID, GetPixel(canvas.get(), 30, 19));
 }
 
-constexpr struct {
-    int NONCLIENTMETRICSA::*field;
-    LONG (cNCMetrics::*member)() const noexcept;
-} kSizes[] = {{&NONCLIENTMETRICSA::iBorderWidth, &cNCMetrics::BorderWidth},
-              {&NONCLIENTMETRICSA::iScrollWidth, &cNCMetrics::ScrollWidth},
-              {&NONCLIENTMETRICSA::iScrollHeight, &cNCMetrics::ScrollHeight},
-              {&NONCLIENTMETRICSA::iCaptionWidth, &cNCMetrics::CaptionWIdth},
-              {&NONCLIENTMETRICSA::iCaptionHeight, &cNCMetrics::CaptionHeight},
-              {&NONCLIENTMETRICSA::iSmCaptionWidth, &cNCMetrics::SMCaptionWIdth},
-              {&NONCLIENTMETRICSA::iSmCaptionHeight, &cNCMetrics::SMCaptionHeight},
-              {&NONCLIENTMETRICSA::iMenuWidth, &cNCMetrics::MenuWidth},
-              {&NONCLIENTMETRICSA::iMenuHeight, &cNCMetrics::MenuHeight}};
-
-// Every size and font gets a number of its own, so that a mix-up shows.
+// Every size and font gets its place in the record as its number, so that a mix-up shows.
 class NCMetrics : public testing::Test {
   protected:
     static BOOL WINAPI Numbered(UINT action, UINT parameter, void* record, UINT flags) {
         EXPECT_EQ(0u, parameter + flags);
         if (action == refused_) return FALSE;
-        if (action == SPI_GETICONTITLELOGFONT) return static_cast<LOGFONTA*>(record)->lfHeight = 21, TRUE;
-        auto& metrics = *static_cast<NONCLIENTMETRICSA*>(record);
-        EXPECT_EQ(340u, metrics.cbSize);
-        int number = 0;
-        for (const auto& size : kSizes) metrics.*size.field = ++number;
-        number = 21;
-        for (LOGFONTA* font : {&metrics.lfCaptionFont, &metrics.lfSmCaptionFont, &metrics.lfMenuFont,
-                               &metrics.lfStatusFont, &metrics.lfMessageFont}) {
-            font->lfHeight = ++number;
-        }
-        metrics.lfMenuFont.lfWeight = 400;
-        metrics.lfStatusFont.lfWeight = 700;
-        return TRUE;
+        auto* const words = static_cast<UINT*>(record);
+        if (action == SPI_GETICONTITLELOGFONT) return words[0] = 99, TRUE;
+        EXPECT_EQ(340u, words[0]);
+        for (UINT i = 1; i < 340 / sizeof(UINT); ++i) words[i] = i;
+        return words[59] = 700, TRUE;  // the status font's weight
     }
     static LOGFONTA Read(LONG font) {
         LOGFONTA logFont{};
@@ -161,8 +141,10 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecords) {
         refused_ = refused;
         EXPECT_EQ(refused == 0, metrics_.GetMetrics()) << refused;
     }
-    LONG number = 0;
-    for (const auto& size : kSizes) EXPECT_EQ(++number, (metrics_.*size.member)());
+    const std::array sizes{metrics_.BorderWidth(),     metrics_.ScrollWidth(),   metrics_.ScrollHeight(),
+                           metrics_.CaptionWIdth(),    metrics_.CaptionHeight(), metrics_.SMCaptionWIdth(),
+                           metrics_.SMCaptionHeight(), metrics_.MenuWidth(),     metrics_.MenuHeight()};
+    EXPECT_EQ((std::array{1L, 2L, 3L, 4L, 5L, 21L, 22L, 38L, 39L}), sizes);
 }
 
 TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
@@ -180,8 +162,9 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
 TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     ASSERT_TRUE(metrics_.GetMetrics());
     for (LONG number = 1; number <= 6; ++number) {
+        constexpr LONG kPlaces[] = {99, 6, 23, 40, 55, 70};
         const LONG font = metrics_.FontHandle(number);
-        EXPECT_EQ(20 + number, Read(font).lfHeight);
+        EXPECT_EQ(kPlaces[number - 1], Read(font).lfHeight);
         EXPECT_EQ(font, metrics_.FontHandle(number));
     }
     const LONG second = metrics_.FontHandle(2);
@@ -202,7 +185,7 @@ TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     }
     CY size{};
     EXPECT_EQ(S_OK, metrics_.Font(nullptr, 2).As<IFont>()->get_Size(&size));
-    EXPECT_NEAR(240000, size.int64, 8000) << "always the menu font; the platform rounds its size to what it has";
+    EXPECT_NEAR(400000, size.int64, 12000) << "always the menu font; the platform rounds its size to what it has";
 }
 
 // A font that notes what it is set to, in order: the platform's own rounds sizes and replaces faces by what it has.

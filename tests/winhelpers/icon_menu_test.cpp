@@ -1,13 +1,9 @@
 // cIconMenu as its clients see it: what happens to their menus and windows, and what it refuses.
 #include <optional>
 
-#include "support/departures.h"
-#include "support/gdi_objects.h"
 #include "support/report_recorder.h"
 #include "support/scarce_memory.h"
 #include "winhelpers/menu_fixture.h"
-
-#include <oleacc.h>
 
 namespace velk::test {
 namespace {
@@ -15,8 +11,6 @@ namespace {
 class IconMenu : public IconMenuTest {
   protected:
     IconMenu() { EXPECT_EQ(S_OK, Attach(window_.get())); }
-
-    LONG AttachedTo() const { return Get(icons_.get(), L"hWnd").value.lVal; }
 };
 
 TEST_F(IconMenu, DrawsItemsOnlyWhileTheyAreShownAndKeepsThemAsTheyWere) {
@@ -186,19 +180,11 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     window_.handler = nullptr;
 }
 
-TEST_F(IconMenu, FindsItemsByTheirKeys) {
+TEST_F(IconMenu, FindsItemsByWhatIsTheirsAlone) {
     Open(menu);
     const auto key = [&](wchar_t pressed) {
         return SendMessageW(window_.get(), WM_MENUCHAR, MAKEWPARAM(pressed, MF_POPUP), reinterpret_cast<LPARAM>(menu));
     };
-    for (const auto& [pressed, position] : {std::pair{L'o', kOpen},
-                                            {L'O', kOpen},
-                                            {L'k', kChecked},
-                                            {L'm', kMore},
-                                            {L'X', kLong},
-                                            {L'\u0161', kSave}}) {  // two by their first letter
-        EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << int{pressed};
-    }
     Rename(menu, kOwn, L"&Zoom");
     for (const wchar_t none : {L'z', L'#'}) EXPECT_EQ(0, HIWORD(key(none))) << "the client's own item is the client's";
     Close();
@@ -297,92 +283,6 @@ TEST_F(IconMenu, LeavesAMenuToTheSystemWhenMemoryRunsOut) {
     EXPECT_TRUE(recorder.reports().empty()) << "no box in the middle of a message";
     Open(menu);
     EXPECT_EQ("dddddddd..d", Drawn(menu));
-}
-
-// A real menu loop. Does one step each time that it waits for input; then closes it.
-class ShownMenu : public IconMenu {
-  protected:
-    UINT Show(const std::vector<std::function<void()>>& steps) {
-        std::size_t next = 0;
-        window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-            if (message != WM_ENTERIDLE) return std::nullopt;
-            if (next == steps.size()) return EndMenu(), 0;
-            steps[next++]();
-            PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);  // so that it waits once more
-            return 0;
-        };
-        ShowWindow(window_.get(), SW_SHOW);
-        const auto command = TrackPopupMenu(menu, TPM_RETURNCMD, 5, 5, 0, window_.get(), nullptr);
-        window_.handler = nullptr;
-        PumpMessages();
-        return static_cast<UINT>(command);
-    }
-    std::vector<ItemOfMenu> Unlit() const {
-        auto items = ItemsOf(menu);
-        for (ItemOfMenu& item : items) item.state &= ~UINT{MFS_HILITE};
-        return items;
-    }
-    std::function<void()> Press(UINT key) const {
-        return [=, this] { PostMessageW(window_.get(), WM_KEYDOWN, key, 1); };
-    }
-
-    const std::vector<ItemOfMenu> before = Unlit();
-};
-
-TEST_F(ShownMenu, WorksFromTheKeyboardAndMayLoseItsIconsOrItsWindow) {
-    EXPECT_EQ(CommandAt(kOpen), Show({Press('O')}));
-    EXPECT_EQ(300u, Show({Press('M'), Press('I')}));
-    EXPECT_EQ(Departs("TrackPopupMenu"), (ItemsOf(menu)[kMore].state & MFS_HILITE) != 0);
-    EXPECT_EQ(CommandAt(kSave), Show({Press(VK_DOWN), Press(VK_DOWN), Press(VK_RETURN)}));
-    EXPECT_EQ(before, Unlit());
-    Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
-    EXPECT_EQ(before, Unlit());
-    std::string drawn;
-    const HMENU more = before[kMore].submenu;
-    Show({[&] { Attach(window_.get()); }, Press('M'), [&] { drawn = Drawn(more); }});
-    EXPECT_EQ("d", drawn) << "attached in the middle of a loop";
-    EXPECT_EQ(".", Drawn(more));
-    Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
-    EXPECT_EQ(before, Unlit());
-    EXPECT_EQ(0, AttachedTo());
-}
-
-// As a screen reader gets it, which runs in another process: from the popup's window through its menu to the record.
-std::wstring Spoken(UINT position) {
-    const HWND popup = FindWindowW(L"#32768", nullptr);
-    const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
-    MSAAMENUINFO record{};
-    const auto* const data = reinterpret_cast<const void*>(ItemsOf(shown).at(position).data);
-    if (!ReadProcessMemory(GetCurrentProcess(), data, &record, sizeof record, nullptr)) return L"unreadable";
-    if (record.dwMSAASignature != MSAA_MENU_SIG) return L"no record";
-    std::wstring text(record.cchWText + 1, L'?');
-    ReadProcessMemory(GetCurrentProcess(), record.pszWText, text.data(), 2 * text.size(), nullptr);
-    return text;
-}
-
-TEST_F(ShownMenu, IsReadAloud) {
-    using namespace std::string_view_literals;
-    std::wstring texts;
-    const auto speak = [&](UINT position) { texts += Spoken(position); };
-    Show({[&] {
-        for (const UINT position : {kOpen, kSave, kLine, kMore}) speak(position);
-        EXPECT_EQ(L"unreadable", Spoken(kOwn)) << "the client's own data";
-        Rename(menu, kOpen, L"&Open a file with a longer name");
-        RedrawWindow(FindWindowW(L"#32768", nullptr), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-        speak(kOpen);
-    }});
-    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0&Open a file with a longer name\0"sv, texts);
-    EXPECT_EQ(12345u, ItemsOf(menu)[kOpen].data);
-}
-
-TEST_F(ShownMenu, LeavesNoDrawingObjectsAfterManyOpenings) {
-    for (int i = 0; i < 3; ++i) Show({Press(VK_DOWN)});
-    const int objects = GdiObjects();
-    for (int i = 0; i < 100; ++i) Show({Press(VK_DOWN)});
-    EXPECT_EQ(objects, GdiObjects());
-    icons_->Detach();
-    icons_ = nullptr;
-    EXPECT_LT(GdiObjects(), objects);
 }
 
 }  // namespace

@@ -112,6 +112,8 @@ class IconMenuTest : public testing::Test {
         return icons_->Attach(HandleToLong(window));
     }
 
+    LONG AttachedTo() const { return Get(icons_.get(), L"hWnd").value.lVal; }
+
     // What the system sends when a popup menu opens, the first one of a menu loop or another, and when the last one
     // closes.
     void Open(HMENU menu) { OpenIn(window_.get(), menu, !std::exchange(inLoop_, true)); }
