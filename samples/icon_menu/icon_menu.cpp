@@ -183,8 +183,7 @@ HICON MakeIcon(const Icon& icon, int side) {
     return made;
 }
 
-HIMAGELIST MakeImages() {
-    const int side = GetSystemMetrics(SM_CXSMICON);
+HIMAGELIST MakeImages(int side) {
     const HIMAGELIST images = ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, 16, 4);
     for (const Icon& icon : Icons()) {
         const HICON made = MakeIcon(icon, side);
@@ -252,7 +251,35 @@ void PressKeys(HWND window) {
     if (pressRight) PostMessageW(window, WM_KEYDOWN, VK_RIGHT, 1);
 }
 
+// ---- Each screen's density: the menus follow it by themselves, the image list has to be one of the right size ----
+
+_cIconMenu* icons;
+HIMAGELIST images;
+
+// Windows 10 knows these two; before it all screens have the system's density.
+template <class Function>
+Function* UserFunction(const char* name) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
+}
+
+void MindDensities() {
+    const auto set = UserFunction<BOOL WINAPI(HANDLE)>("SetProcessDpiAwarenessContext");
+    const HANDLE perMonitor = LongToHandle(-4);          // DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2
+    if (!set || !set(perMonitor)) SetProcessDPIAware();  // or the system would show 96 dots per inch everywhere
+}
+
+void UseImages(HWND window) {
+    const auto density = UserFunction<UINT WINAPI(HWND)>("GetDpiForWindow");
+    const int side = density ? MulDiv(16, static_cast<int>(density(window)), 96) : GetSystemMetrics(SM_CXSMICON);
+    const HIMAGELIST before = images;
+    images = MakeImages(side);
+    icons->put_ImageList(HandleToLong(images));
+    ImageList_Destroy(before);
+}
+
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    constexpr UINT kDensityChanged = 0x02E0;  // WM_DPICHANGED
+    if (message == kDensityChanged) UseImages(window);
     if (message == WM_COMMAND && LOWORD(wParam) == kExit) return DestroyWindow(window);
     if (message == WM_COMMAND && (LOWORD(wParam) == kToolbar || LOWORD(wParam) == kStatus)) {
         const UINT state = GetMenuState(GetMenu(window), LOWORD(wParam), MF_BYCOMMAND);
@@ -265,15 +292,14 @@ LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 
 // ---- The icons: this is all that a program has to do ----
 
-_cIconMenu* AttachIcons(HWND window, HIMAGELIST images) {
-    _cIconMenu* icons = nullptr;
+bool AttachIcons(HWND window) {
     CLSID clsid;
     if (FAILED(CLSIDFromProgID(L"VelkSupport.cIconMenu", &clsid)) ||
         FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(_cIconMenu),
                                 reinterpret_cast<void**>(&icons)))) {
-        return nullptr;
+        return false;
     }
-    icons->put_ImageList(HandleToLong(images));
+    UseImages(window);
     const std::pair<LONG, LONG> commands[] = {
         {kNew, kImageNew},         {kOpen, kImageOpen},     {kSave, kImageSave},     {kPrint, kImagePrint},
         {kReport, kImageText},     {kLetter, kImageMail},   {kUndo, kImageUndo},     {kCut, kImageCut},
@@ -282,14 +308,13 @@ _cIconMenu* AttachIcons(HWND window, HIMAGELIST images) {
     };
     for (const auto& [command, image] : commands) icons->put_CommandImage(command, image);
     icons->put_SubmenuImage(HandleToLong(sendTo), kImageMail);
-    if (FAILED(icons->Attach(HandleToLong(window)))) return nullptr;
-    return icons;
+    return SUCCEEDED(icons->Attach(HandleToLong(window)));
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    SetProcessDPIAware();  // or the system would show 96 dots per inch everywhere
+    MindDensities();
     OleInitialize(nullptr);
     InitCommonControls();
     WNDCLASSW description{};
@@ -300,9 +325,7 @@ int main(int count, char** arguments) {
     RegisterClassW(&description);
     const HWND window = CreateWindowExW(0, L"IconMenuSample", L"Menus with icons", WS_OVERLAPPEDWINDOW, 10, 10, 520,
                                         420, nullptr, MakeBar(), nullptr, nullptr);
-    const HIMAGELIST images = MakeImages();
-    _cIconMenu* const icons = AttachIcons(window, images);
-    if (!icons) {
+    if (!AttachIcons(window)) {
         MessageBoxW(nullptr, L"VelkSprt.dll and VelkSub.dll have to be beside this program.", L"Menus with icons",
                     MB_ICONSTOP);
         return 1;

@@ -17,22 +17,28 @@ constexpr UINT kStates[] = {0,
                             ODS_GRAYED | ODS_SELECTED,
                             ODS_NOACCEL};
 
-// An item a row, a state a column; a flat system, one that is not, and one of twice the density.
+// An item a row, a state a column. Without a message the window comes to a screen of another density.
 TEST_F(IconMenuDrawing, ShowsEachKindOfItemInEachState) {
     const struct {
         const wchar_t* picture;
         BOOL flat;
-        int dotsPerInch;
-    } systems[] = {{L"menu_flat", TRUE, 96}, {L"menu_classic", FALSE, 96}, {L"menu_dense", TRUE, 192}};
-    for (const auto& [picture, flat, dotsPerInch] : systems) {
-        system_.flat = flat, system_.dotsPerInch = dotsPerInch;
-        SendMessageW(window_.get(), WM_SETTINGCHANGE, 0, 0);
+        int density;
+        LONG fontHeight;
+        bool contrast;
+        int wide, high;
+    } systems[] = {{L"menu_flat", TRUE, 96, -9, false, 115, 28},
+                   {L"menu_classic", FALSE, 96, -9, false, 115, 28},
+                   {L"menu_dense", TRUE, 192, -9, false, 230, 56},
+                   {L"menu_contrast", TRUE, 96, -24, true, 190, 36}};
+    for (const auto& [picture, flat, density, fontHeight, contrast, wide, high] : systems) {
+        system_.flat = flat, system_.density = density, system_.fontHeight = fontHeight, system_.contrast = contrast;
+        if (density == 96) SendMessageW(window_.get(), WM_SETTINGCHANGE, 0, 0);
         Reopen();
-        const int wide = 115 * dotsPerInch / 96, high = 28 * dotsPerInch / 96;
         const Sheet sheet(4 + 7 * wide, 4 + 8 * high);
         for (const UINT position : {kOpen, kSave, kLine, kChecked, kRadio, kDisabled, kDefault, kMore}) {
-            for (int i = 0; i < 7; ++i)
+            for (int i = 0; i < 7; ++i) {
                 Draw(sheet, 4 + i * wide, 4 + static_cast<int>(position) * high, position, kStates[i]);
+            }
         }
         sheet.ExpectIs(picture);
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "support/facts.h"
+#include "support/procedure_patch.h"
 #include "support/sheet.h"
 #include "winhelpers/menu_fixture.h"
 
@@ -26,37 +27,47 @@ inline Images TwoImages(int side) {
     return images;
 }
 
-// Colours that all differ, one density, and texts as bars on which no font has a say: three pixels wide and seven high
-// a character, bold ones four and nine.
+// Colours that all differ, densities, and texts as bars that show their font by its height alone: in the usual one
+// three pixels wide and seven high a character, in its bold one four and nine.
 class StagedSystem {
   public:
-    StagedSystem() { dotsPerInch = 96, flat = TRUE, asked = 0; }
+    StagedSystem() { density = 96, fontHeight = -9, flat = TRUE, contrast = false, asked = 0; }
 
-    static inline int dotsPerInch;
+    static inline int density;  // of the window's screen; the system says 96 to programs like this one
+    static inline LONG fontHeight;
     static inline BOOL flat;
-    static inline int asked;  // how often for the non-client metrics
+    static inline bool contrast;  // a scheme of high contrast, white on black
+    static inline int asked;      // how often for the non-client metrics
 
   private:
     static DWORD WINAPI Colour(int index) {
-        constexpr std::pair<int, COLORREF> kColours[] = {
-            {COLOR_MENU, RGB(212, 208, 200)},     {COLOR_MENUTEXT, RGB(0, 0, 0)},
-            {COLOR_GRAYTEXT, RGB(128, 128, 128)}, {COLOR_MENUHILIGHT, RGB(70, 130, 220)},
-            {COLOR_HIGHLIGHT, RGB(0, 90, 60)},    {COLOR_HIGHLIGHTTEXT, RGB(255, 255, 255)}};
-        const auto* const found = std::ranges::find(kColours, index, &std::pair<int, COLORREF>::first);
-        return found == std::end(kColours) ? kMagenta : found->second;
+        constexpr struct {
+            int index;
+            COLORREF usual, contrast;
+        } kColours[] = {{COLOR_MENU, RGB(212, 208, 200), RGB(0, 0, 0)},
+                        {COLOR_MENUTEXT, RGB(0, 0, 0), RGB(255, 255, 255)},
+                        {COLOR_GRAYTEXT, RGB(128, 128, 128), RGB(0, 240, 0)},
+                        {COLOR_MENUHILIGHT, RGB(70, 130, 220), kMagenta},
+                        {COLOR_HIGHLIGHT, RGB(0, 90, 60), RGB(26, 235, 255)},
+                        {COLOR_HIGHLIGHTTEXT, RGB(255, 255, 255), RGB(55, 0, 110)}};
+        for (const auto& colour : kColours) {
+            if (colour.index == index) return contrast ? colour.contrast : colour.usual;
+        }
+        return kMagenta;
     }
-    static bool IsBold(HDC context) {
+    static LOGFONTW FontOf(HDC context) {
         LOGFONTW font{};
         GetObjectW(GetCurrentObject(context, OBJ_FONT), sizeof font, &font);
-        return font.lfWeight >= FW_BOLD;
+        return font;
     }
+    static LONG WidthIn(const LOGFONTW& font) { return -font.lfHeight / 3 + (font.lfWeight >= FW_BOLD ? 1 : 0); }
     static BOOL WINAPI Metrics(HDC context, TEXTMETRICW* metrics) {
-        metrics->tmHeight = IsBold(context) ? 9 : 7;
-        metrics->tmAveCharWidth = 3;
+        metrics->tmAveCharWidth = WidthIn(FontOf(context));
+        metrics->tmHeight = 2 * metrics->tmAveCharWidth + 1;
         return TRUE;
     }
     static int WINAPI DrawBars(HDC context, LPCWSTR text, int length, RECT* place, UINT flags) {
-        const int step = IsBold(context) ? 4 : 3, height = 2 * step + 1;
+        const LONG step = WidthIn(FontOf(context)), height = 2 * step + 1;
         LONG width = 0, underlined = -step;
         for (int i = 0; i < length; ++i, width += step) {
             if (text[i] == L'&' && !(flags & DT_NOPREFIX) && text[++i] != L'&') underlined = width;
@@ -72,19 +83,22 @@ class StagedSystem {
         }
         return height;
     }
-    static int WINAPI Capabilities(HDC context, int index) {
-        return index == LOGPIXELSY ? dotsPerInch : GetDeviceCaps(context, index);
-    }
+    static UINT WINAPI DensityOf(HWND) { return static_cast<UINT>(density); }
     static BOOL WINAPI Parameter(UINT action, UINT number, void* value, UINT flags) {
-        asked += action == SPI_GETNONCLIENTMETRICS;
-        if (action == SPI_GETFLATMENU) return *static_cast<BOOL*>(value) = flat, TRUE;
-        return SystemParametersInfoA(action, number, value, flags);
+        const BOOL read = SystemParametersInfoA(action, number, value, flags);
+        if (action == SPI_GETFLATMENU) *static_cast<BOOL*>(value) = flat;
+        if (action == SPI_GETHIGHCONTRAST)
+            static_cast<HIGHCONTRASTA*>(value)->dwFlags = contrast ? HCF_HIGHCONTRASTON : 0;
+        if (action != SPI_GETNONCLIENTMETRICS) return read;
+        ++asked;
+        LOGFONTA& font = static_cast<NONCLIENTMETRICSA*>(value)->lfMenuFont;
+        return font.lfHeight = fontHeight, font.lfWeight = FW_NORMAL, read;
     }
 
-    const ImportPatch patches_[5]{{Library(), "GetSysColor", Address(&Colour)},
+    const ProcedurePatch densityOf_{Library(), "GetDpiForWindow", Address(&DensityOf)};
+    const ImportPatch patches_[4]{{Library(), "GetSysColor", Address(&Colour)},
                                   {Library(), "GetTextMetricsW", Address(&Metrics)},
                                   {Library(), "DrawTextW", Address(&DrawBars)},
-                                  {Library(), "GetDeviceCaps", Address(&Capabilities)},
                                   {Library(), "SystemParametersInfoA", Address(&Parameter)}};
 };
 
@@ -105,8 +119,8 @@ class IconMenuDrawing : public IconMenuTest {
         const ItemOfMenu item = ItemsOf(menu)[position];
         MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.id, 0, 0, item.data};
         EXPECT_EQ(TRUE, SendMessageW(window_.get(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measured)));
-        return {static_cast<LONG>(measured.itemWidth) + 6,
-                static_cast<LONG>(measured.itemHeight)};  // the system's part
+        const LONG added = -2 * MulDiv(system_.fontHeight, system_.density, 96) / 3;  // by the system
+        return {static_cast<LONG>(measured.itemWidth) + added, static_cast<LONG>(measured.itemHeight)};
     }
     // What could still be painted over afterwards becomes magenta.
     void Draw(const Sheet& sheet, LONG left, LONG top, UINT position, UINT state = 0) const {

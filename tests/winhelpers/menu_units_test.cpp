@@ -68,13 +68,13 @@ std::string Describe(const MenuLayout& layout, Size icon) {
 }
 
 // Icon cell, icon, text, arrow and separator line of an item at 5, 7 with a label of 100 pixels and accelerators of 40.
-// All but icon and texts grow with the density.
+// All but icon and texts grow with the density, and with a high text.
 TEST(MenuLayout, PlacesThePartsOfAnItem) {
     EXPECT_EQ("206x24 separator 22x7 | 6 8 28 30 | 9 11 25 27 | 34 7 194 31 | 200 15 204 22 | 34 19 210 20",
               Describe({96, {16, 16}, 16}, {16, 16}));
-    EXPECT_EQ("251x58 separator 56x9 | 6 8 62 64 | 10 26 58 46 | 70 7 235 65 | 242 31 247 40 | 70 36 255 37",
+    EXPECT_EQ("271x58 separator 56x9 | 6 8 62 64 | 10 26 58 46 | 70 7 235 65 | 250 26 260 45 | 70 36 275 37",
               Describe({120, {48, 20}, 40}, {48, 20}));
-    EXPECT_EQ("260x52 separator 32x13 | 7 17 39 49 | 15 25 31 41 | 51 7 231 59 | 243 25 251 40 | 51 33 263 34",
+    EXPECT_EQ("288x56 separator 52x13 | 7 9 59 61 | 25 27 41 43 | 71 7 251 63 | 266 25 276 44 | 71 35 291 36",
               Describe({192, {16, 20}, 40}, {16, 16}));
     EXPECT_EQ(
         60, MenuLayout(96, {16, 16}, 16).ItemSize(100, 40).width - MenuLayout(96, {16, 16}, 16).ItemSize(100, 0).width);

@@ -47,4 +47,10 @@ void FadingCanvas::Clear(COLORREF background) noexcept { std::ranges::fill(Pixel
 
 void FadingCanvas::MakeGrey(COLORREF background) noexcept { Fade(Pixels(), PixelOf(background)); }
 
+void FadingCanvas::MakePlain(COLORREF background, COLORREF colour) noexcept {
+    velk::MakePlain(Pixels(), PixelOf(background), PixelOf(colour));
+}
+
+bool FadingCanvas::StandsOut(COLORREF background) noexcept { return velk::StandsOut(Pixels(), PixelOf(background)); }
+
 }  // namespace velk

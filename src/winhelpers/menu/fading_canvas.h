@@ -8,7 +8,7 @@
 
 namespace velk {
 
-// Where the icon of a disabled item is drawn before it is made grey. Grows and never shrinks.
+// Where an icon is drawn on a plain background before it is made grey or put to the menu. Grows and never shrinks.
 class FadingCanvas {
   public:
     FadingCanvas() noexcept = default;
@@ -22,6 +22,8 @@ class FadingCanvas {
     HDC get() const noexcept { return context_.get(); }
     void Clear(COLORREF background) noexcept;
     void MakeGrey(COLORREF background) noexcept;
+    void MakePlain(COLORREF background, COLORREF colour) noexcept;
+    bool StandsOut(COLORREF background) noexcept;
 
   private:
     std::span<std::uint32_t> Pixels() noexcept;

@@ -2,6 +2,7 @@
 
 #include "platform/long_handles.h"
 #include "platform/system_errors.h"
+#include "winhelpers/menu/density.h"
 
 namespace velk {
 namespace {
@@ -69,10 +70,11 @@ void MenuPicture::Render(HDC context, const Box& place) const noexcept {
     picture_->Render(context, place.left, place.top, place.width(), place.height(), 0, height, width, -height, nullptr);
 }
 
-Size MenuIcons::CellSize() const noexcept {
+Size MenuIcons::CellSize(int density) const noexcept {
     const Size size = list.IconSize();
-    return size.width > 0 && size.height > 0 ? size
-                                             : Size{GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)};
+    if (size.width > 0 && size.height > 0) return size;
+    const auto small = [&](int metric) { return MulDiv(GetSystemMetrics(metric), density, SystemDensity()); };
+    return {small(SM_CXSMICON), small(SM_CYSMICON)};
 }
 
 Size MenuIcons::DrawnSize(const MenuIcon& icon, const MenuLayout& layout) const noexcept {

@@ -105,8 +105,8 @@ struct MenuIcons {
         return submenu ? submenus.Find(submenu) : commands.Find(command);
     }
 
-    // Pixels; what the list says, else the system's small icons.
-    Size CellSize() const noexcept;
+    // Pixels; what the list says, else the system's small icons, in their size for that many dots per inch.
+    Size CellSize(int density) const noexcept;
 
     // How large an icon is drawn, and drawing it there.
     Size DrawnSize(const MenuIcon& icon, const MenuLayout& layout) const noexcept;

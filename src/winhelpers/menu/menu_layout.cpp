@@ -8,12 +8,12 @@ namespace {
 
 // At 96 dots per inch.
 constexpr int kEdge = 1;         // round the icon cell, and at the right
-constexpr int kIconPadding = 3;  // between the icon and the frame that shows a check
+constexpr int kIconPadding = 3;  // round icon and text; the frame that shows a check lies there
 constexpr int kTextGap = 6;      // between the icon cell and the label
-constexpr int kTextPadding = 3;  // above and below the text
 constexpr int kColumnGap = 20;   // between label and accelerator
 constexpr int kArrowWidth = 16;
 constexpr int kSeparatorPadding = 3;
+constexpr int kTextHeight = 16;  // the highest that is usual
 
 }  // namespace
 
@@ -22,14 +22,19 @@ MenuLayout::MenuLayout(int dotsPerInch, Size icon, int textHeight) noexcept
 
 int MenuLayout::Scaled(int pixels) const noexcept { return (pixels * dotsPerInch_ + 48) / 96; }
 
-int MenuLayout::CellSide() const noexcept { return std::max(icon_.width, icon_.height) + 2 * Scaled(kIconPadding); }
+int MenuLayout::Grown(int pixels) const noexcept {
+    return std::max(Scaled(pixels), textHeight_ * pixels / kTextHeight);
+}
+
+int MenuLayout::CellSide() const noexcept {
+    return std::max({icon_.width, icon_.height, textHeight_}) + 2 * Scaled(kIconPadding);
+}
 
 int MenuLayout::TextLeft() const noexcept { return Scaled(kEdge) + CellSide() + Scaled(kTextGap); }
 
 Size MenuLayout::ItemSize(int labelWidth, int widestAccelerator) const noexcept {
     const int accelerator = widestAccelerator ? Scaled(kColumnGap) + widestAccelerator : 0;
-    return {TextLeft() + labelWidth + accelerator + Scaled(kArrowWidth) + Scaled(kEdge),
-            std::max(CellSide() + 2 * Scaled(kEdge), textHeight_ + 2 * Scaled(kTextPadding))};
+    return {TextLeft() + labelWidth + accelerator + Grown(kArrowWidth) + Scaled(kEdge), CellSide() + 2 * Scaled(kEdge)};
 }
 
 Size MenuLayout::SeparatorSize() const noexcept { return {CellSide(), 2 * Scaled(kSeparatorPadding) + 1}; }
@@ -41,15 +46,20 @@ Box MenuLayout::IconCell(const Box& item) const noexcept {
 
 Box MenuLayout::Icon(const Box& item, Size icon) const noexcept { return Centred(IconCell(item), icon); }
 
+Box MenuLayout::Plate(const Box& icon) const noexcept {
+    const int edge = Scaled(kEdge);
+    return {icon.left - edge, icon.top - edge, icon.right + edge, icon.bottom + edge};
+}
+
 Box MenuLayout::Text(const Box& item) const noexcept {
-    return {item.left + TextLeft(), item.top, item.right - Scaled(kEdge) - Scaled(kArrowWidth), item.bottom};
+    return {item.left + TextLeft(), item.top, item.right - Scaled(kEdge) - Grown(kArrowWidth), item.bottom};
 }
 
 // A triangle twice as high as wide, of odd height so that it has a tip.
 Box MenuLayout::Arrow(const Box& item) const noexcept {
-    const Box column{item.right - Scaled(kEdge) - Scaled(kArrowWidth), item.top, item.right - Scaled(kEdge),
+    const Box column{item.right - Scaled(kEdge) - Grown(kArrowWidth), item.top, item.right - Scaled(kEdge),
                      item.bottom};
-    const int width = Scaled(4);
+    const int width = Grown(4);
     return Centred(column, {width, 2 * width - 1});
 }
 

@@ -1,5 +1,5 @@
 // Where the parts of a drawn menu item lie. All sizes are in device pixels; the ones that are given here for 96 dots
-// per inch grow with the screen's resolution.
+// per inch grow with the density, and marks with a text that is higher than usual.
 //
 //   | edge | icon cell | gap | label ... gap ... accelerator | arrow | edge |
 #pragma once
@@ -20,6 +20,7 @@ class MenuLayout {
     // Parts of an item in its coordinates.
     Box IconCell(const Box& item) const noexcept;         // the square that a check mark or a frame round an icon fills
     Box Icon(const Box& item, Size icon) const noexcept;  // an icon of that size in the middle of its cell
+    Box Plate(const Box& icon) const noexcept;            // what an icon that would not be seen is put on
     Box Text(const Box& item) const noexcept;             // labels to the left, accelerators to the right
     Box Arrow(const Box& item) const noexcept;
     Box SeparatorLine(const Box& item) const noexcept;
@@ -28,9 +29,10 @@ class MenuLayout {
     Size Fit(Size picture) const noexcept;
 
     Size icon() const noexcept { return icon_; }
-    int Scaled(int pixels) const noexcept;
+    int Grown(int pixels) const noexcept;  // with the density and the text
 
   private:
+    int Scaled(int pixels) const noexcept;
     int CellSide() const noexcept;
     int TextLeft() const noexcept;
 

@@ -5,6 +5,7 @@
 
 #include "platform/long_handles.h"
 #include "platform/text.h"
+#include "winhelpers/menu/density.h"
 #include "winhelpers/menu/menu_keys.h"
 #include "winhelpers/menu/menu_text.h"
 
@@ -72,7 +73,7 @@ std::optional<LRESULT> MenuMessages::Handle(HWND window, UINT message, WPARAM wP
 void MenuMessages::InitPopup(HWND window, HMENU menu) {
     if (!menus_.InLoop() && !InMenuMode()) return;
     if (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) return;
-    if (!menus_.AnyOpen()) painter_.Prepare(icons_.CellSize());
+    if (!menus_.AnyOpen()) painter_.Prepare(icons_, DensityOf(window));
     menus_.Open(menu, [this](OpenItem& item, UINT state) {
         if (item.IsSeparator()) return 0;
         const TextWidths widths = painter_.Measure(menus_.text(), state & MFS_DEFAULT);

@@ -4,6 +4,7 @@
 
 #include "platform/long_handles.h"
 #include "platform/text.h"
+#include "winhelpers/menu/density.h"
 #include "winhelpers/menu/menu_glyphs.h"
 #include "winhelpers/menu/menu_pixels.h"
 #include "winhelpers/menu/menu_text.h"
@@ -40,39 +41,47 @@ int WidthOf(HDC context, std::u16string_view text, UINT format) noexcept {
     return measured.right;
 }
 
-}  // namespace
-
-void MenuPainter::Prepare(Size icon) {
-    if (stale_) ReadSettings();
-    layout_ = MenuLayout(dotsPerInch_, icon, textHeight_);
+TEXTMETRICW MetricsOf(HDC context, HGDIOBJ font) noexcept {
+    const SelectedObject selected(context, font);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(context, &metrics);
+    return metrics;
 }
 
-void MenuPainter::ReadSettings() {
-    auto metrics = std::make_unique<cNCMetrics>();
-    metrics->GetMetrics();
-    font_ = HandleFrom<HGDIOBJ>(metrics->FontHandle(kMenuFont));
-    boldFont_ = GdiObject(HandleFrom<HGDIOBJ>(metrics->BoldenedFontHandle(kMenuFont)));
-    metrics_ = std::move(metrics);
-    stale_ = false;
+// The system gives its fonts in the size for its own density.
+GdiObject Scaled(HGDIOBJ font, int density) noexcept {
+    LOGFONTW record{};
+    GetObjectW(font, sizeof record, &record);
+    record.lfHeight = MulDiv(record.lfHeight, density, SystemDensity());
+    return GdiObject(CreateFontIndirectW(&record));
+}
+
+}  // namespace
+
+void MenuPainter::Prepare(const MenuIcons& icons, int density) {
+    if (density_ != density) ReadSettings(density);
+    layout_ = MenuLayout(density, icons.CellSize(density), textHeight_);
+}
+
+void MenuPainter::ReadSettings(int density) {
+    cNCMetrics metrics;
+    metrics.GetMetrics();
+    const GdiObject bold(HandleFrom<HGDIOBJ>(metrics.BoldenedFontHandle(kMenuFont)));
+    font_ = Scaled(HandleFrom<HGDIOBJ>(metrics.FontHandle(kMenuFont)), density);
+    boldFont_ = Scaled(bold.get(), density);
 
     ruler_.SetWidth(1);
     ruler_.SetHeight(1);
-    const HDC context = ruler_.HDC();
-    dotsPerInch_ = GetDeviceCaps(context, LOGPIXELSY);
-    TEXTMETRICW normal{}, bold{};
-    {
-        const SelectedObject selected(context, font_);
-        GetTextMetricsW(context, &normal);
-    }
-    {
-        const SelectedObject selected(context, boldFont_.get());
-        GetTextMetricsW(context, &bold);
-    }
-    textHeight_ = static_cast<int>(std::max(normal.tmHeight, bold.tmHeight));
+    const TEXTMETRICW normal = MetricsOf(ruler_.HDC(), font_.get());
+    textHeight_ = static_cast<int>(std::max(normal.tmHeight, MetricsOf(ruler_.HDC(), boldFont_.get()).tmHeight));
     systemMargin_ = 2 * static_cast<int>(normal.tmAveCharWidth);
     BOOL flat = FALSE;
     SystemParametersInfoA(SPI_GETFLATMENU, 0, &flat, 0);
-    flat_ = flat != FALSE;
+    HIGHCONTRASTA contrast{sizeof contrast, 0, nullptr};
+    SystemParametersInfoA(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0);
+    highContrast_ = contrast.dwFlags & HCF_HIGHCONTRASTON;
+    flat_ = flat && !highContrast_;  // of the highlight's colours only one pair is sure to be legible
+    density_ = density;
 }
 
 TextWidths MenuPainter::Measure(std::wstring_view text, bool bold) const noexcept {
@@ -124,35 +133,43 @@ void MenuPainter::DrawSeparator(HDC canvas, const Box& box, const Colours& colou
                    static_cast<LONG>(GetSysColor(COLOR_GRAYTEXT)));
 }
 
-// A checked item has a tinted square behind its icon, or behind a tick or a bullet when it has no icon.
+// A checked item has a tinted square behind its icon, or behind a tick or a bullet when it has no icon. High contrast
+// leaves the tint out.
 void MenuPainter::DrawMark(HDC canvas, const Box& box, const DrawnItem& item, const MenuIcons& icons,
                            Colours colours) noexcept {
-    constexpr unsigned kTint = 40, kEdge = 150;  // of 256
+    const unsigned tint = highContrast_ ? 0 : 40, edge = highContrast_ ? 256 : 150;  // of 256
     const Box cell = layout_.IconCell(box);
     COLORREF back = colours.back;
     if (item.state & ODS_CHECKED) {
-        const COLORREF tone = item.state & ODS_SELECTED ? colours.text : colours.accent;
-        back = Mix(tone, colours.back, kTint);
+        const COLORREF tone = highContrast_ || item.state & ODS_SELECTED ? colours.text : colours.accent;
+        back = Mix(tone, colours.back, tint);
         Fill(canvas, cell, back);
-        Frame(canvas, cell, Mix(tone, colours.back, kEdge));
+        Frame(canvas, cell, Mix(tone, colours.back, edge));
     }
     const auto put = [&](const Box& part) { Fill(canvas, part, colours.text); };
     if (item.icon) {
-        DrawIcon(canvas, layout_.Icon(box, icons.DrawnSize(*item.icon, layout_)), item, icons, back);
+        DrawIcon(canvas, layout_.Icon(box, icons.DrawnSize(*item.icon, layout_)), item, icons, back, colours.text);
     } else if (item.state & ODS_CHECKED) {
-        item.radio ? Bullet(cell, layout_.Scaled(6), put) : CheckMark(cell, layout_.Scaled(7), put);
+        item.radio ? Bullet(cell, layout_.Grown(6), put) : CheckMark(cell, layout_.Grown(7), put);
     }
 }
 
-// A disabled item's icon is drawn apart, on the same background, and made grey there.
-void MenuPainter::DrawIcon(HDC canvas, const Box& place, const DrawnItem& item, const MenuIcons& icons,
-                           COLORREF back) noexcept {
-    if (!(item.state & (ODS_DISABLED | ODS_GRAYED))) return icons.Draw(*item.icon, canvas, place);
+// A disabled item's icon is drawn apart, on the same background, and made grey there; with high contrast, of the text's
+// colour. So is any icon then, to see whether it stands out: one that does not is put on a plate of the text's colour.
+void MenuPainter::DrawIcon(HDC canvas, const Box& place, const DrawnItem& item, const MenuIcons& icons, COLORREF back,
+                           COLORREF text) noexcept {
+    const bool disabled = item.state & (ODS_DISABLED | ODS_GRAYED);
     const Box all{0, 0, place.width(), place.height()};
-    if (!fading_.Require({all.right, all.bottom})) return;
+    if (!(disabled || highContrast_) || !fading_.Require({all.right, all.bottom})) {
+        return icons.Draw(*item.icon, canvas, place);
+    }
     fading_.Clear(back);
     icons.Draw(*item.icon, fading_.get(), all);
-    fading_.MakeGrey(back);
+    if (!disabled) {
+        if (!fading_.StandsOut(back)) Fill(canvas, layout_.Plate(place), text);
+        return icons.Draw(*item.icon, canvas, place);
+    }
+    highContrast_ ? fading_.MakePlain(back, text) : fading_.MakeGrey(back);
     BitBlt(canvas, place.left, place.top, all.right, all.bottom, fading_.get(), 0, 0, SRCCOPY);
 }
 

@@ -36,10 +36,11 @@ class MenuPainter {
     MenuPainter& operator=(const MenuPainter&) = delete;
 
     // Fonts and sizes are read again at the next Prepare: what is open keeps those that it was measured with.
-    void ForgetSettings() noexcept { stale_ = true; }
+    void ForgetSettings() noexcept { density_ = 0; }
 
-    // Before menus are measured; not while some are open.
-    void Prepare(Size icon);
+    // Before menus are measured; not while some are open. `density` is that of the window whose menus they are, in dots
+    // per inch.
+    void Prepare(const MenuIcons& icons, int density);
 
     TextWidths Measure(std::wstring_view text, bool bold) const noexcept;
     Size ItemSize(int labelWidth, int widestAccelerator) const noexcept;
@@ -54,22 +55,22 @@ class MenuPainter {
         bool framed;
     };
 
-    void ReadSettings();
-    HGDIOBJ FontFor(bool bold) const noexcept { return bold ? boldFont_.get() : font_; }
+    void ReadSettings(int density);
+    HGDIOBJ FontFor(bool bold) const noexcept { return (bold ? boldFont_ : font_).get(); }
     Colours ColoursFor(UINT state) const noexcept;
     void DrawSeparator(HDC canvas, const Box& box, const Colours& colours) noexcept;
     void DrawMark(HDC canvas, const Box& box, const DrawnItem& item, const MenuIcons& icons, Colours colours) noexcept;
-    void DrawIcon(HDC canvas, const Box& place, const DrawnItem& item, const MenuIcons& icons, COLORREF back) noexcept;
+    void DrawIcon(HDC canvas, const Box& place, const DrawnItem& item, const MenuIcons& icons, COLORREF back,
+                  COLORREF text) noexcept;
     void DrawTexts(HDC canvas, const Box& box, const DrawnItem& item, COLORREF colour) const noexcept;
 
-    bool stale_ = true;
-    std::unique_ptr<cNCMetrics> metrics_;  // a new one each time: it is to be read once, before its fonts are used
-    HGDIOBJ font_ = nullptr;               // of metrics_
+    int density_ = 0;  // that the settings were read for; 0 when they have to be read
+    GdiObject font_;
     GdiObject boldFont_;
-    int dotsPerInch_ = 96;
     int textHeight_ = 0;
     int systemMargin_ = 0;
     bool flat_ = false;
+    bool highContrast_ = false;  // nothing may have a colour that the scheme does not have
     MenuLayout layout_;
     cDottedBrush dots_;
     cMemDC buffer_;
