@@ -16,9 +16,9 @@ class EventSourceTest : public testing::Test {
         EXPECT_EQ(S_OK, source_->put_InputFileName(Bstr(folder_.Write(L"empty", "")).get()));
         EXPECT_EQ(S_OK, container_->FindConnectionPoint(__uuidof(__CCRC32), point_.Receive()));
     }
-    DWORD Advise(EventSink* sink) {
+    DWORD Advise(const ComPtr<EventSink>& sink) {
         DWORD cookie = 0;
-        EXPECT_EQ(S_OK, point_->Advise(sink, &cookie));
+        EXPECT_EQ(S_OK, point_->Advise(sink.get(), &cookie));
         return cookie;
     }
     // An empty file gives one event, 0.
@@ -31,6 +31,7 @@ class EventSourceTest : public testing::Test {
     const ScratchFolder folder_;
     const ComPtr<_CCRC32> source_ = CreateObject<_CCRC32>(__uuidof(CCRC32));
     const ComPtr<IConnectionPointContainer> container_ = source_.As<IConnectionPointContainer>();
+    const ComPtr<EventSink> first_ = EventSink::Make(), second_ = EventSink::Make(), third_ = EventSink::Make();
     ComPtr<IConnectionPoint> point_;
 };
 
@@ -49,10 +50,18 @@ TEST_F(EventSourceTest, ContainerSharesTheObjectsIdentityAndThePointHasItsOwn) {
     EXPECT_EQ(CONNECT_E_NOCONNECTION, container_->FindConnectionPoint(IID_IDispatch, &other));
     EXPECT_FALSE(other);
 
+    DWORD cookie = 9;
+    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, point_->Advise(point_.get(), &cookie));  // has no IDispatch
+    EXPECT_EQ(0u, cookie);
+    cookie = Advise(first_);
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, point_->Unadvise(cookie + 1));
+    for (const HRESULT answer : {S_OK, CONNECT_E_NOCONNECTION}) EXPECT_EQ(answer, point_->Unadvise(cookie));
+    EXPECT_EQ(1u, first_->count());
     for (const HRESULT answer :
          {point_->QueryInterface(IID_IUnknown, nullptr), container_->FindConnectionPoint(__uuidof(__CCRC32), nullptr),
           container_->EnumConnectionPoints(nullptr), point_->GetConnectionPointContainer(nullptr),
-          point_->GetConnectionInterface(nullptr), point_->EnumConnections(nullptr)}) {
+          point_->GetConnectionInterface(nullptr), point_->EnumConnections(nullptr), point_->Advise(nullptr, &cookie),
+          point_->Advise(first_.get(), nullptr)}) {
         EXPECT_EQ(E_POINTER, answer);
     }
 }
@@ -70,8 +79,7 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
     EXPECT_EQ(E_POINTER, points->Next(2, point, nullptr));
     EXPECT_EQ(E_POINTER, points->Next(1, nullptr, &fetched));
 
-    const auto one = EventSink::Make(), two = EventSink::Make(), three = EventSink::Make();
-    const DWORD cookies[] = {Advise(one.get()), Advise(two.get()), Advise(three.get())};
+    const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     ComPtr<IEnumConnections> connections, copy;
     ASSERT_EQ(S_OK, point_->EnumConnections(connections.Receive()));
     EXPECT_EQ(S_OK, point_->Unadvise(cookies[1]));
@@ -80,71 +88,56 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
     CONNECTDATA found[3] = {};
     EXPECT_EQ(S_FALSE, connections->Next(3, found, &fetched));
     EXPECT_EQ(2u, fetched);
-    EXPECT_EQ(cookies[1], found[0].dwCookie);
-    EXPECT_EQ(two.get(), found[0].pUnk);
-    EXPECT_EQ(cookies[2], found[1].dwCookie);
-    for (int i = 0; i < 2; ++i) found[i].pUnk->Release();
+    for (const int i : {0, 1}) {
+        EXPECT_EQ(cookies[1 + i], found[i].dwCookie);
+        EXPECT_EQ(i ? third_.get() : second_.get(), found[i].pUnk);
+        found[i].pUnk->Release();
+    }
     EXPECT_EQ(S_FALSE, connections->Skip(1));
     EXPECT_EQ(S_OK, connections->Reset());
     EXPECT_EQ(S_OK, connections->Skip(3));
     EXPECT_EQ(S_OK, copy->Skip(2));  // the copy stood where it was taken
     EXPECT_EQ(E_POINTER, copy->Clone(nullptr));
     copy = connections = nullptr;
-    EXPECT_EQ(1u, two->count());
-}
-
-TEST_F(EventSourceTest, RefusesWhatIsNoSink) {
-    const auto sink = EventSink::Make();
-    DWORD cookie = 9;
-    EXPECT_EQ(E_POINTER, point_->Advise(nullptr, &cookie));
-    EXPECT_EQ(E_POINTER, point_->Advise(sink.get(), nullptr));
-    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, point_->Advise(point_.get(), &cookie));  // has no IDispatch
-    EXPECT_EQ(0u, cookie);
-    const DWORD real = Advise(sink.get());
-    EXPECT_EQ(CONNECT_E_NOCONNECTION, point_->Unadvise(real + 1));
-    EXPECT_EQ(S_OK, point_->Unadvise(real));
-    EXPECT_EQ(CONNECT_E_NOCONNECTION, point_->Unadvise(real));
-    EXPECT_EQ(1u, sink->count());
+    EXPECT_EQ(1u, second_->count());
 }
 
 TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers) {
-    const auto first = EventSink::Make(), second = EventSink::Make(), third = EventSink::Make(),
-               late = EventSink::Make();
-    const DWORD cookies[] = {Advise(first.get()), Advise(second.get()), Advise(third.get())};
+    const auto late = EventSink::Make();
+    const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     ULONG held = 0;
-    first->answer = DISP_E_EXCEPTION;
-    first->onEvent = [&](VARIANT* argument) {
+    first_->answer = DISP_E_EXCEPTION;
+    first_->onEvent = [&](VARIANT* argument) {
         for (const int i : {0, 2}) point_->Unadvise(cookies[i]);  // the second must not be skipped for it
-        held = first->count();                                    // by the event alone
+        held = first_->count();                                   // by the event alone
         *argument->pfltVal = 0.25f;                               // the next sink does not see it
-        Advise(late.get());
+        Advise(late);
     };
     Raise();
     EXPECT_EQ(2u, held);
-    ASSERT_EQ(1u, second->events.size());
-    EXPECT_EQ(1, second->events[0].id);
-    EXPECT_EQ(0, second->events[0].value);
-    EXPECT_TRUE(third->events.empty() && late->events.empty());
-    for (EventSink* gone : {first.get(), third.get()}) EXPECT_EQ(1u, gone->count());
+    ASSERT_EQ(1u, second_->events.size());
+    EXPECT_EQ(1, second_->events[0].id);
+    EXPECT_EQ(0, second_->events[0].value);
+    EXPECT_TRUE(third_->events.empty() && late->events.empty());
+    EXPECT_EQ(2u, first_->count() + third_->count());
 
     point_->Unadvise(cookies[1]);
     late->onEvent = [&](VARIANT*) {  // now the only sink
-        if (late->events.size() == 1) Advise(second.get());
+        if (late->events.size() == 1) Advise(second_);
     };
     Raise();
-    EXPECT_EQ(1u, second->events.size());
+    EXPECT_EQ(1u, second_->events.size());
     Raise();
     EXPECT_EQ(2u, late->events.size());
-    EXPECT_EQ(2u, second->events.size());
+    EXPECT_EQ(2u, second_->events.size());
 }
 
 TEST_F(EventSourceTest, ArgumentsOfAnyKindArriveInTheirOrder) {
     EventSource own(source_.get(), __uuidof(__CCRC32));
-    const auto sink = EventSink::Make();
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, own.point().Advise(sink.get(), &cookie));
+    EXPECT_EQ(S_OK, own.point().Advise(first_.get(), &cookie));
     const Bstr text(L"net");
-    sink->onEvent = [](VARIANT* last) {
+    first_->onEvent = [](VARIANT* last) {
         EXPECT_EQ(7, last[2].lVal);
         EXPECT_EQ(VT_BSTR | VT_BYREF, last[1].vt);
         EXPECT_EQ(S_OK, VarBstrCat(*last[1].pbstrVal, *last[1].pbstrVal, last[1].pbstrVal));
@@ -152,7 +145,7 @@ TEST_F(EventSourceTest, ArgumentsOfAnyKindArriveInTheirOrder) {
     };
     own.point().Raise(3, {7L, ByReference(text.get()), true});
     EXPECT_EQ(L"net", View(text.get()));
-    EXPECT_EQ(1u, sink->events.size());
+    EXPECT_EQ(1u, first_->events.size());
 }
 
 }  // namespace

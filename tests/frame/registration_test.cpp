@@ -6,9 +6,8 @@
 
 #include "platform/handles.h"
 #include "support/activation.h"
-#include "support/client.h"
 #include "support/departures.h"
-#include "support/import_patch.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/scratch_folder.h"
 #include "tools/typelib/type_reader.h"
@@ -38,8 +37,7 @@ void AddLines(HKEY key, const std::wstring& path, Lines& lines) {
 Lines Dump() {
     Lines lines;
     for (const auto& [root, name] : {std::pair(HKEY_LOCAL_MACHINE, L"HKLM"), {HKEY_CURRENT_USER, L"HKCU"}}) {
-        RegistryKey key;
-        // Made if it is missing.
+        RegistryKey key;  // made if it is missing
         RegCreateKeyExW(root, L"Software\\Classes", 0, nullptr, 0, KEY_READ, nullptr, key.Receive(), nullptr);
         AddLines(key.get(), name, lines);
     }
@@ -49,22 +47,23 @@ Lines Dump() {
 HRESULT Register() { return Export<decltype(&DllRegisterServer)>("DllRegisterServer")(); }
 HRESULT Unregister() { return Export<decltype(&DllUnregisterServer)>("DllUnregisterServer")(); }
 
-// Makes the machine's part of the registry read-only for the library, as it is for users without administrative rights.
-class MachineIsClosed {
-    static LSTATUS WINAPI Open(HKEY root, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) {
-        const bool writes = (access & (KEY_WRITE & ~STANDARD_RIGHTS_WRITE)) != 0;
-        if (root == HKEY_LOCAL_MACHINE && writes) return ERROR_ACCESS_DENIED;
-        return RegOpenKeyExW(root, path, options, access, key);
-    }
-    static LSTATUS WINAPI Create(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR type, DWORD options, REGSAM access,
-                                 const SECURITY_ATTRIBUTES* security, PHKEY key, LPDWORD made) {
-        if (root == HKEY_LOCAL_MACHINE) return ERROR_ACCESS_DENIED;
-        return RegCreateKeyExW(root, path, reserved, type, options, access, const_cast<SECURITY_ATTRIBUTES*>(security),
-                               key, made);
-    }
-    ImportPatch open_{Library(), "RegOpenKeyExW", reinterpret_cast<void*>(&Open)};
-    ImportPatch create_{Library(), "RegCreateKeyExW", reinterpret_cast<void*>(&Create)};
-};
+// As it is for users without administrative rights, who may only read the machine's part of the registry.
+HRESULT RegisterWhileTheMachineIsClosed() {
+    const auto isOpen = [](HKEY root, REGSAM access) {
+        return root != HKEY_LOCAL_MACHINE || (access & (KEY_WRITE & ~STANDARD_RIGHTS_WRITE)) == 0;
+    };
+    const Fake open(
+        "RegOpenKeyExW", &RegOpenKeyExW, [&](HKEY root, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) {
+            return isOpen(root, access) ? RegOpenKeyExW(root, path, options, access, key) : ERROR_ACCESS_DENIED;
+        });
+    const Fake create("RegCreateKeyExW", &RegCreateKeyExW,
+                      [&](HKEY root, auto path, auto reserved, auto type, auto options, REGSAM access, auto... rest) {
+                          return isOpen(root, access)
+                                     ? RegCreateKeyExW(root, path, reserved, type, options, access, rest...)
+                                     : ERROR_ACCESS_DENIED;
+                      });
+    return Register();
+}
 
 class Registration : public testing::Test {
   protected:
@@ -80,40 +79,38 @@ class Registration : public testing::Test {
         return changed;
     }
 
-    void ExpectClasses(const std::wstring& root) const {
+    static void ExpectClasses(const std::wstring& root) {
+        const TypeLib types = LoadTypes(LibraryPath().c_str());
         const Lines made = Changed();
-        const auto expect = [&](const std::wstring& key, const std::wstring& value, const wchar_t* name = L"") {
-            const std::wstring line = root + L"\\" + key + L"|" + name + L"|" + value + L'\0';
-            EXPECT_TRUE(made.contains(line)) << line;
+        const std::wstring library = GuidText(AttributesOf(types)->guid);
+        const bool elsewhere = Departs("RegisterTypeLibForUser");
+        const auto expect = [&](const std::wstring& key, const std::wstring& value) {
+            const bool isThere = std::ranges::any_of(made, [&](const std::wstring& line) {
+                return (line.starts_with(root) || (elsewhere && key.starts_with(library))) &&
+                       line.ends_with(L"\\" + key + L"|" + value + L'\0');
+            });
+            EXPECT_TRUE(isThere) << key;
         };
-        const std::wstring library = GuidText(AttributesOf(types_)->guid);
-        for (const Type& type : TypesOf(types_)) {
+        expect(library + L"\\1.1|", L"Velk Support Functions");
+        expect(library + (sizeof(void*) == 4 ? L"\\1.1\\0\\win32|" : L"\\1.1\\0\\win64|"), LibraryPath());
+        for (const Type& type : TypesOf(types)) {
             if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
             const std::wstring progId = L"VelkSupport." + NameOf(type), guid = GuidText(AttributesOf(type)->guid);
-            const std::wstring key = L"CLSID\\" + guid;
-            expect(key, progId);
-            expect(key + L"\\InprocServer32", LibraryPath());
-            expect(key + L"\\InprocServer32", L"Apartment", L"ThreadingModel");
-            expect(key + L"\\ProgID", progId);
-            expect(key + L"\\Programmable", L"");
-            expect(key + L"\\TypeLib", library);
-            expect(key + L"\\VERSION", L"1.1");
-            expect(progId, progId);
-            expect(progId + L"\\CLSID", guid);
+            const std::pair<const wchar_t*, std::wstring> values[] = {
+                {L"|", progId},
+                {L"\\InprocServer32|", LibraryPath()},
+                {L"\\InprocServer32|ThreadingModel", L"Apartment"},
+                {L"\\ProgID|", progId},
+                {L"\\Programmable|", L""},
+                {L"\\TypeLib|", library},
+                {L"\\VERSION|", L"1.1"}};
+            for (const auto& [key, value] : values) expect(L"CLSID\\" + guid + key, value);
+            expect(progId + L"|", progId);
+            expect(progId + L"\\CLSID|", guid);
         }
-        const std::wstring rootOfTypes = Departs("RegisterTypeLibForUser") ? L"HKLM" : root;
-        const auto expectTypes = [&](const std::wstring& key, const std::wstring& value) {
-            EXPECT_TRUE(std::ranges::any_of(made, [&](const std::wstring& line) {
-                return line.starts_with(rootOfTypes) && line.find(library + key) != line.npos &&
-                       line.ends_with(value + L'\0');
-            })) << value;
-        };
-        expectTypes(L"\\1.1||", L"Velk Support Functions");
-        expectTypes(sizeof(void*) == 4 ? L"\\1.1\\0\\win32||" : L"\\1.1\\0\\win64||", LibraryPath());
     }
 
     static inline Lines before_;
-    const TypeLib types_ = LoadTypes(LibraryPath().c_str());
 };
 
 // What creating it by name answers, and with what it begins to work.
@@ -131,68 +128,48 @@ HRESULT CreateByName() {
 TEST_F(Registration, WritesWhatIsNeededForTheMachineOrElseTheUserAndRemovesBoth) {
     EXPECT_EQ(S_OK, Unregister()) << "nothing is registered";
     EXPECT_EQ(CO_E_CLASSSTRING, CreateByName());
-    {
-        const MachineIsClosed closed;
-        ASSERT_EQ(S_OK, Register());
-        ExpectClasses(L"HKCU");
-        const bool isSeen = !IsElevated() && !Departs("CLSIDFromProgID");
-        EXPECT_EQ(isSeen ? S_OK : CO_E_CLASSSTRING, CreateByName());
-        EXPECT_EQ(S_OK, Unregister());
-    }
+    ASSERT_EQ(S_OK, RegisterWhileTheMachineIsClosed());
+    ExpectClasses(L"HKCU");
+    const bool isSeen = !IsElevated() && !Departs("CLSIDFromProgID");
+    EXPECT_EQ(isSeen ? S_OK : CO_E_CLASSSTRING, CreateByName());
+    EXPECT_EQ(S_OK, Unregister());
     EXPECT_EQ(Lines(), Changed());
     for (int time = 0; time < 2; ++time) ASSERT_EQ(S_OK, Register());
     ExpectClasses(L"HKLM");
     EXPECT_EQ(S_OK, CreateByName());
-    {
-        const MachineIsClosed closed;
-        ASSERT_EQ(S_OK, Register());
-    }
+    ASSERT_EQ(S_OK, RegisterWhileTheMachineIsClosed());
     EXPECT_EQ(S_OK, Unregister());
     EXPECT_EQ(Lines(), Changed());
 }
-
-int valuesLeft = 0;
-
-LSTATUS WINAPI SetValueUntilFull(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size) {
-    return valuesLeft-- > 0 ? RegSetValueExW(key, name, reserved, type, data, size) : ERROR_REGISTRY_IO_FAILED;
-}
-
-HRESULT WINAPI RefuseTypeLibrary(ITypeLib*, OLECHAR*, OLECHAR*) { return TYPE_E_REGISTRYACCESS; }
 
 TEST_F(Registration, ThatFailsHalfWayLeavesNothing) {
-    for (const int values : {5, 13}) {  // each class takes nine
-        valuesLeft = values;
-        const ImportPatch patch(Library(), "RegSetValueExW", reinterpret_cast<void*>(&SetValueUntilFull));
-        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_REGISTRY_IO_FAILED), Register()) << values;
+    for (int left : {5, 13}) {  // each class takes nine
+        const Fake set("RegSetValueExW", &RegSetValueExW,
+                       [&](auto... rest) { return left-- > 0 ? RegSetValueExW(rest...) : ERROR_REGISTRY_IO_FAILED; });
+        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_REGISTRY_IO_FAILED), Register());
         EXPECT_EQ(Lines(), Changed());
     }
-    const ImportPatch patch(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RefuseTypeLibrary));
-    EXPECT_EQ(SELFREG_E_TYPELIB, Register());
-    EXPECT_EQ(Lines(), Changed());
-    {
-        const ImportPatch mended(Library(), "RegisterTypeLib", reinterpret_cast<void*>(&RegisterTypeLib));
-        Register();
+    for (const bool before : {false, true}) {
+        EXPECT_EQ(S_OK, before ? Register() : S_OK);
+        const Fake types("RegisterTypeLib", &RegisterTypeLib, [](auto...) { return TYPE_E_REGISTRYACCESS; });
+        EXPECT_EQ(SELFREG_E_TYPELIB, Register());
+        EXPECT_EQ(before ? S_OK : CO_E_CLASSSTRING, CreateByName()) << "what was registered before stays";
+        EXPECT_EQ(before, !Changed().empty());
     }
-    EXPECT_EQ(SELFREG_E_TYPELIB, Register());
-    EXPECT_EQ(S_OK, CreateByName()) << "what was registered before stays";
     EXPECT_EQ(S_OK, Unregister());
 }
 
-// Use without registration: a program that carries the library and its manifest.
-std::wstring CopyInto(const ScratchFolder& folder, const std::wstring& name) {
-    const std::wstring copy = folder.Path(name);
-    EXPECT_TRUE(CopyFileW(BuiltFile(name.c_str()).c_str(), copy.c_str(), TRUE)) << name;
-    return copy;
-}
-
+// A program that carries the library and its manifest.
 TEST(Activation, TheManifestReplacesRegistration) {
     Unregister();
     const ScratchFolder folder;
-    const std::wstring library = CopyInto(folder, L"VelkSprt.dll");
-    const std::wstring manifest = CopyInto(folder, L"VelkSupport.manifest");
+    for (const wchar_t* name : {L"VelkSprt.dll", L"VelkSupport.manifest"}) {
+        EXPECT_TRUE(CopyFileW(BuiltFile(name).c_str(), folder.Path(name).c_str(), TRUE)) << name;
+    }
+    const std::wstring library = folder.Path(L"VelkSprt.dll");
     ASSERT_EQ(CO_E_CLASSSTRING, CreateByName());
     {
-        const Activation active(manifest);
+        const Activation active(folder.Path(L"VelkSupport.manifest"));
         EXPECT_EQ(S_OK, CreateByName());
         EXPECT_NE(nullptr, GetModuleHandleW(library.c_str())) << "another library answered";
     }

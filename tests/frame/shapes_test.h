@@ -1,4 +1,4 @@
-// The fixture of the dispatch tests: an object with every shape of member, and a check that nothing is left behind.
+// An object with every shape of member, and a check that nothing is left behind.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -25,8 +25,6 @@ class ShapesTest : public testing::Test {
     }
 
     ComPtr<CShapes> shapes_ = CShapes::Make();
-
-  private:
     LONG alive_ = 0;
 };
 

@@ -8,15 +8,6 @@
 namespace velk::test {
 namespace {
 
-constexpr ClassInfo InfoFor(FailurePolicy policy) {
-    return {.name = L"CShapes",
-            .clsid = __uuidof(::CShapes),
-            .iid = __uuidof(_CShapes),
-            .policy = policy,
-            .componentFailure = CShapes::kComponentFailure,
-            .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize "};
-}
-
 std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
     if (!array) return L"no array of " + std::to_wstring(type);
     std::wstring text =
@@ -30,19 +21,7 @@ std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
     return text;
 }
 
-// The values with a blank between them.
-template <class... T>
-Bstr Listed(const T&... values) {
-    std::wostringstream list;
-    ((list << values << L' '), ...);
-    return Bstr(list.str().substr(0, list.str().size() - 1));
-}
-
 }  // namespace
-
-constinit const ClassInfo CShapes::kInfo = InfoFor(FailurePolicy::PassOn);
-constinit const ClassInfo CShapes::kWrapping = InfoFor(FailurePolicy::ComponentFailure);
-constinit const ClassInfo CShapes::kReporting = InfoFor(FailurePolicy::Report);
 
 STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result) noexcept {
     return Guard(result, [&] {
@@ -58,22 +37,14 @@ STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result)
     });
 }
 
-STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIANT f, BSTR g, FLOAT h,
+STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG* c, BSTR d, VARIANT e, VARIANT* f, FLOAT g, BSTR* h,
                             BSTR* result) noexcept {
     return Guard(result, [&] {
-        Bstr all = Listed(a, b, c, *d, View(*e), Describe(f), View(g), h);
-        Change(*d);
-        Change(*e);
-        return all;
-    });
-}
-
-STDMETHODIMP CShapes::Optional(LONG first, LONG number, LONG* reference, BSTR text, VARIANT rest, VARIANT* last,
-                               BSTR* result) noexcept {
-    return Guard(result, [&] {
-        Bstr all = Listed(first, number, *reference, View(text), Describe(rest), Describe(*last));
-        Change(*reference);
-        return all;
+        std::wostringstream all;
+        all << a << L' ' << b << L' ' << *c << L' ' << View(d) << L' ' << Describe(e) << L' ' << Describe(*f) << L' '
+            << g << L' ' << View(*h);
+        Change(*c);
+        return Bstr(all.str());
     });
 }
 
@@ -104,14 +75,6 @@ void CShapes::Change(VARIANT& value) {
     VariantClear(&value);
     value.vt = VT_BSTR;
     value.bstrVal = Bstr(L"changed").Detach();
-}
-
-void CShapes::Change(IDispatch*& value) {
-    const auto before = ComPtr<IDispatch>::Attach(std::exchange(value, ComPtr<_CShapes>(this).Detach()));
-}
-
-void CShapes::Change(IFontDisp*& value) {
-    const auto before = ComPtr<IFontDisp>::Attach(std::exchange(value, nullptr));
 }
 
 std::wstring Describe(const VARIANT& value) {

@@ -12,10 +12,17 @@ namespace velk::test {
 
 class CShapes : public AutomationObject<_CShapes> {
   public:
-    static const ClassInfo kInfo;  // passes failures on
-    static const ClassInfo kWrapping;
-    static const ClassInfo kReporting;
     static constexpr HRESULT kComponentFailure = static_cast<HRESULT>(0x80044999);
+    template <FailurePolicy kPolicy>
+    static constexpr ClassInfo kInfoFor = {
+        .name = L"CShapes",
+        .clsid = __uuidof(::CShapes),
+        .iid = __uuidof(_CShapes),
+        .policy = kPolicy,
+        .componentFailure = kComponentFailure,
+        .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize ",
+    };
+    static constexpr const ClassInfo& kInfo = kInfoFor<FailurePolicy::PassOn>;
 
     explicit CShapes(const ClassInfo& info = kInfo) noexcept : AutomationObject(info) {}
     static ComPtr<CShapes> Make(const ClassInfo& info = kInfo) { return ComPtr<CShapes>::Attach(new CShapes(info)); }
@@ -43,10 +50,8 @@ class CShapes : public AutomationObject<_CShapes> {
     STDMETHODIMP BumpFont(IFontDisp** value, IFontDisp** result) noexcept override { return Bump(value, result); }
 
     STDMETHODIMP FillStrings(SAFEARRAY** strings, LONG count, BSTR* result) noexcept override;
-    STDMETHODIMP Mixed(SHORT a, DOUBLE b, LONG c, DOUBLE* d, BSTR* e, VARIANT f, BSTR g, FLOAT h,
+    STDMETHODIMP Mixed(SHORT a, DOUBLE b, LONG* c, BSTR d, VARIANT e, VARIANT* f, FLOAT g, BSTR* h,
                        BSTR* result) noexcept override;
-    STDMETHODIMP Optional(LONG first, LONG number, LONG* reference, BSTR text, VARIANT rest, VARIANT* last,
-                          BSTR* result) noexcept override;
 
     STDMETHODIMP get_Step(LONG* result) noexcept override;
     STDMETHODIMP put_Step(LONG value) noexcept override { return Let(&value, step_); }
@@ -67,13 +72,20 @@ class CShapes : public AutomationObject<_CShapes> {
             return was;
         });
     }
+    template <class T>
+    static void Replace(T*& value, std::type_identity_t<T*> by) {
+        if (T* const before = std::exchange(value, by)) before->Release();
+    }
     void Change(BSTR& value);
     void Change(VARIANT& value);
-    void Change(IDispatch*& value);
-    void Change(IFontDisp*& value);
+    void Change(IDispatch*& value) { Replace(value, ComPtr<_CShapes>(this).Detach()); }
     template <class T>
     void Change(T& value) {
-        value = static_cast<T>(value + static_cast<T>(step_));
+        if constexpr (std::is_pointer_v<T>) {
+            Replace(value, nullptr);
+        } else {
+            value = static_cast<T>(value + static_cast<T>(step_));
+        }
     }
     template <class T>
     static auto Copy(const T& value) {

@@ -109,7 +109,7 @@ class Room:
     suites: list[str]
 
 
-FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "unload", "settings"])
+FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "settings"])
 ROOMS = {
     "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
