@@ -56,6 +56,7 @@ Function* Platforms(const char* name, Function*) {
 TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     cMemDC memory;
     EXPECT_EQ(nullptr, memory.HDC());
+    EXPECT_EQ(0, memory.Width() | memory.Height());
     memory.SetWidth(20);
     memory.SetHeight(10);
     Paint(memory.HDC(), kRed, {0, 0, 20, 10});

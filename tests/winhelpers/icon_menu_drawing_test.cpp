@@ -46,7 +46,7 @@ TEST_F(IconMenuDrawing, ShowsEachKindOfItemInEachState) {
 
 // The same item after each change, from the top down.
 TEST_F(IconMenuDrawing, FollowsChanges) {
-    const Sheet sheet(120, 332);
+    const Sheet sheet(120, 360);
     int top = 4;
     const auto draw = [&](UINT position) {
         Draw(sheet, 4, std::exchange(top, top + Measure(position).cy + 4), position);
@@ -75,6 +75,11 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
     draw(kOpen + 1);
     Reopen();
     draw(kOpen + 1);  // measured bold
+    {
+        const ProcedurePatch none(Library(), "GetDpiForWindow", nullptr);
+        Reopen();
+        draw(kOpen + 1);  // of the system's density
+    }
     sheet.ExpectIs(L"menu_changes");
     Rename(menu, 0, std::wstring(100, L'x'));
     Reopen();
