@@ -1,5 +1,5 @@
 // Shapes and captures through the DLL, as an early-bound client calls them, against the same platform calls by hand.
-#include "drawing/canvas.h"
+#include "platform/drawing_handles.h"
 #include "ratio.h"
 #include "support/client.h"
 
@@ -47,9 +47,11 @@ void FilledByHand(HDC context, Draw&& draw) {
 }
 
 bool MeasureShapes() {
-    const test::Canvas canvas;
-    const HDC context = canvas.get();
-    LONG handle = canvas.handle();
+    const GdiObject bitmap(CreateCompatibleBitmap(ScreenContext(GetDC(nullptr)).get(), 80, 80));
+    const CreatedContext memory(CreateCompatibleDC(nullptr));
+    const HDC context = memory.get();
+    const SelectedObject selected(context, bitmap.get());
+    LONG handle = HandleToLong(context);
     const auto arc = New<_CGDIArc>(__uuidof(CGDIArc));
     const auto ellipse = New<_CGDIEllipse>(__uuidof(CGDIEllipse));
     const auto line = New<_CGDILine>(__uuidof(CGDILine));

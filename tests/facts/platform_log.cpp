@@ -5,7 +5,10 @@
 #include <mmsystem.h>
 #include <shellapi.h>
 #include <wininet.h>
+#include <algorithm>
 #include <list>
+#include <map>
+#include <optional>
 #include <stdexcept>
 
 #include "facts/values.h"
@@ -21,6 +24,7 @@ struct PlatformLog::State {
     std::list<test::ImportPatch> imports;
     std::list<test::ProcedurePatch> procedures;
     std::deque<std::wstring> lines;
+    std::map<std::wstring, std::vector<HGDIOBJ>> drawing;  // the objects of each kind that were told
 };
 
 namespace {
@@ -35,9 +39,29 @@ template <class Number>
 requires std::is_integral_v<Number> || std::is_enum_v<Number> std::wstring Shown(Number number) {
     return std::to_wstring(static_cast<LONGLONG>(number));
 }
+// "pen 1": drawing objects and device contexts have numbers in the order in which a scenario sees them.
+std::wstring DrawingName(HGDIOBJ object) {
+    constexpr std::pair<DWORD, const wchar_t*> kKinds[] = {
+        {OBJ_PEN, L"pen "}, {OBJ_BRUSH, L"brush "}, {OBJ_BITMAP, L"bitmap "}, {OBJ_DC, L"dc "}, {OBJ_MEMDC, L"dc "}};
+    const DWORD type = HandleToULong(object) > 0xFFFF ? GetObjectType(object) : 0;
+    for (const auto& [kind, name] : kKinds) {
+        if (type != kind) continue;
+        auto& seen = current->drawing[name];
+        const auto place = std::ranges::find(seen, object);
+        const auto number = place - seen.begin() + 1;
+        if (place == seen.end()) seen.push_back(object);
+        return name + std::to_wstring(number);
+    }
+    return L"";
+}
 // The handles of windows and the like are pointers to records of one number; other pointers lead to places.
 template <class T>
 std::wstring Shown(T* place) {
+    if constexpr (std::is_void_v<T> || std::is_same_v<T, HDC__> || std::is_same_v<T, HWND__>) {
+        const bool window = std::is_same_v<T, HWND__> && IsWindow(reinterpret_cast<HWND>(place));
+        const std::wstring name = window ? L"" : DrawingName(place);
+        if (!name.empty()) return name;
+    }
     if constexpr (std::is_class_v<T>) {
         if (sizeof(T) == sizeof(int)) return std::to_wstring(HandleToLong(place));
     }
@@ -51,6 +75,10 @@ std::wstring Shown(const SHELLEXECUTEINFOA* order) {
         shown += L", " + Shown(text);
     return shown + L", " + std::to_wstring(order->nShow) + L"}";
 }
+std::wstring Shown(const LOGBRUSH* brush) {
+    return L"{" + Shown(brush->lbStyle) + L", " + Shown(brush->lbColor) + L", " + Shown(brush->lbHatch) + L"}";
+}
+std::wstring Shown(LARGE_INTEGER number) { return Shown(number.QuadPart); }
 std::wstring Shown(SHELLEXECUTEINFOA* order) { return Shown(static_cast<const SHELLEXECUTEINFOA*>(order)); }
 
 // ---- One function ----
@@ -102,13 +130,23 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
         std::wstring shown;
         ((shown += (shown.empty() ? L"" : L", ") + Shown(arguments)), ...);
         auto* const rule = const_cast<Rule*>(RuleFor(name, shown));
-        if (rule && rule->logged) current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + L" " + shown);
-        if (!rule || rule->answers.empty()) return Function(arguments...);
-        for (const std::wstring& filling : rule->fillings) Fill(filling, {PlaceOf(arguments)...});
-        const LONG_PTR answer = rule->answers.front();
+        const std::wstring call = shown.empty() ? shown : L" " + shown;
+        if (rule && rule->logged) current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + call);
+        if (!rule) return Function(arguments...);
+        const auto own = rule->answers.empty() ? std::optional<LONG_PTR>() : rule->answers.front();
         if (rule->answers.size() > 1) rule->answers.pop_front();
-        SetLastError(rule->error);
-        return (Result)answer;  // a number, a truth or a handle
+        const auto fill = [&] {
+            for (const std::wstring& filling : rule->fillings) Fill(filling, {PlaceOf(arguments)...});
+        };
+        if constexpr (std::is_void_v<Result>) {
+            if (!own) Function(arguments...);
+            fill();
+        } else {
+            const Result answer = own ? (Result)*own : Function(arguments...);  // a number, a truth or a handle
+            fill();
+            if (own) SetLastError(rule->error);
+            return answer;
+        }
     }
 };
 
@@ -119,16 +157,30 @@ Watchable Watched(const char* name) {
 }
 
 const Watchable kWatchable[] = {
+    Watched<&Arc>("Arc"),
+    Watched<&BitBlt>("BitBlt"),
+    Watched<&CLSIDFromProgID>("CLSIDFromProgID"),
     Watched<&CloseClipboard>("CloseClipboard"),
+    Watched<&CloseHandle>("CloseHandle"),
+    Watched<&CreateBrushIndirect>("CreateBrushIndirect"),
+    Watched<&CreateCompatibleBitmap>("CreateCompatibleBitmap"),
+    Watched<&CreateCompatibleDC>("CreateCompatibleDC"),
+    Watched<&CreateDCA>("CreateDCA"),
+    Watched<&CreatePen>("CreatePen"),
     Watched<&DeleteDC>("DeleteDC"),
+    Watched<&DeleteObject>("DeleteObject"),
+    Watched<&Ellipse>("Ellipse"),
     Watched<&EmptyClipboard>("EmptyClipboard"),
     Watched<&FindClose>("FindClose"),
+    Watched<&GetActiveWindow>("GetActiveWindow"),
     Watched<&GetComputerNameA>("GetComputerNameA"),
     Watched<&GetCurrentHwProfileA>("GetCurrentHwProfileA"),
     Watched<&GetDeviceCaps>("GetDeviceCaps"),
+    Watched<&GetDesktopWindow>("GetDesktopWindow"),
     Watched<&GetDiskFreeSpaceA>("GetDiskFreeSpaceA"),
     Watched<&GetDiskFreeSpaceExA>("GetDiskFreeSpaceExA"),
     Watched<&GetDriveTypeA>("GetDriveTypeA"),
+    Watched<&GetFileSizeEx>("GetFileSizeEx"),
     Watched<&GetLocaleInfoA>("GetLocaleInfoA"),
     Watched<&GetLogicalDriveStringsA>("GetLogicalDriveStringsA"),
     Watched<&GetSystemDirectoryA>("GetSystemDirectoryA"),
@@ -136,6 +188,7 @@ const Watchable kWatchable[] = {
     Watched<&GetSystemMetrics>("GetSystemMetrics"),
     Watched<&GetTempPathA>("GetTempPathA"),
     Watched<&GetTickCount>("GetTickCount"),
+    Watched<&GetUserDefaultLCID>("GetUserDefaultLCID"),
     Watched<&GetUserNameA>("GetUserNameA"),
     Watched<&GetVersionExA>("GetVersionExA"),
     Watched<&GetVolumeInformationA>("GetVolumeInformationA"),
@@ -145,14 +198,22 @@ const Watchable kWatchable[] = {
     Watched<&InternetGetConnectedStateExA>("InternetGetConnectedStateExA"),
     Watched<&InternetSetOptionA>("InternetSetOptionA"),
     Watched<&IsProcessorFeaturePresent>("IsProcessorFeaturePresent"),
+    Watched<&IsWindow>("IsWindow"),
+    Watched<&LineTo>("LineTo"),
     Watched<&LoadLibraryExW>("LoadLibraryExW"),
+    Watched<&MoveToEx>("MoveToEx"),
     Watched<&OpenClipboard>("OpenClipboard"),
+    Watched<&ReadFile>("ReadFile"),
+    Watched<&Rectangle>("Rectangle"),
     Watched<&RegCreateKeyExA>("RegCreateKeyExA"),
     Watched<&RegOpenKeyExA>("RegOpenKeyExA"),
     Watched<&RegSetValueExA>("RegSetValueExA"),
     Watched<&ReleaseDC>("ReleaseDC"),
+    Watched<&SelectObject>("SelectObject"),
     Watched<&SetClipboardData>("SetClipboardData"),
     Watched<&SetComputerNameA>("SetComputerNameA"),
+    Watched<&SetFilePointerEx>("SetFilePointerEx"),
+    Watched<&SetROP2>("SetROP2"),
     Watched<&SetVolumeLabelA>("SetVolumeLabelA"),
     Watched<&ShellExecuteA>("ShellExecuteA"),
     Watched<&ShellExecuteExA>("ShellExecuteExA"),

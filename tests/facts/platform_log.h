@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,11 +15,11 @@ namespace velk::facts {
 // How one function answers for a while.
 struct Rule {
     std::string function;
-    std::wstring arguments;              // only for calls whose line begins with these; empty for all
-    bool logged = false;                 // each call is a line that the facts have to tell
-    bool missing = false;                // the platform has no such function
-    std::deque<LONG_PTR> answers;        // the last one stays; none: the platform answers itself
-    DWORD error = 0;                     // the thread's last error afterwards
+    std::wstring arguments;                       // only for calls whose line begins with these; empty for all
+    bool logged = false;                          // each call is a line that the facts have to tell
+    bool missing = false;                         // the platform has no such function
+    std::deque<std::optional<LONG_PTR>> answers;  // the last one stays; none, or no number: the platform answers itself
+    DWORD error = 0;                              // the thread's last error afterwards
     std::vector<std::wstring> fillings;  // "1 "text"" or "2 longs 5 6": what is written where the argument points
 };
 

@@ -114,7 +114,7 @@ ROOMS = {
     "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
     "src/frame": FRAME,
-    "src/integrity": Room(["VelkSprt"], ["facts:integrity", "integrity"]),
+    "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
     "src/platform": FRAME,
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell", "dialogs"]),
