@@ -29,8 +29,8 @@ class EventSourceTest : public testing::Test {
     }
 
     const ScratchFolder folder_;
-    const ComPtr<_CCRC32> source_ = CreateObject<_CCRC32>(__uuidof(CCRC32));
-    const ComPtr<IConnectionPointContainer> container_ = source_.As<IConnectionPointContainer>();
+    ComPtr<_CCRC32> source_ = CreateObject<_CCRC32>(__uuidof(CCRC32));
+    ComPtr<IConnectionPointContainer> container_ = source_.As<IConnectionPointContainer>();
     const ComPtr<EventSink> first_ = EventSink::Make(), second_ = EventSink::Make(), third_ = EventSink::Make();
     ComPtr<IConnectionPoint> point_;
 };
@@ -66,32 +66,41 @@ TEST_F(EventSourceTest, ContainerSharesTheObjectsIdentityAndThePointHasItsOwn) {
     }
 }
 
+// Each part keeps the library, and the source with its sinks, as long as somebody holds it.
 TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
+    const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     ComPtr<IEnumConnectionPoints> points;
     ASSERT_EQ(S_OK, container_->EnumConnectionPoints(points.Receive()));
-    IConnectionPoint* point[2] = {};
+    point_ = nullptr;
+    container_ = nullptr;
+    source_ = nullptr;
+    EXPECT_FALSE(CanUnload()) << "the enumerator of connection points alone";
+    IConnectionPoint* found[2] = {};
     ULONG fetched = 9;
-    EXPECT_EQ(S_FALSE, points->Next(2, point, &fetched));
+    EXPECT_EQ(S_FALSE, points->Next(2, found, &fetched));
     EXPECT_EQ(1u, fetched);
-    EXPECT_EQ(point_.get(), point[0]);
-    point[0]->Release();
-    EXPECT_EQ(S_FALSE, points->Next(1, point, nullptr));
-    EXPECT_EQ(E_POINTER, points->Next(2, point, nullptr));
+    point_ = ComPtr<IConnectionPoint>::Attach(found[0]);
+    EXPECT_EQ(S_FALSE, points->Next(1, found, nullptr));
+    EXPECT_EQ(E_POINTER, points->Next(2, found, nullptr));
     EXPECT_EQ(E_POINTER, points->Next(1, nullptr, &fetched));
+    points = nullptr;
 
-    const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     ComPtr<IEnumConnections> connections, copy;
     ASSERT_EQ(S_OK, point_->EnumConnections(connections.Receive()));
     EXPECT_EQ(S_OK, point_->Unadvise(cookies[1]));
+    EXPECT_FALSE(CanUnload()) << "the connection point alone";
+    point_ = nullptr;
+    EXPECT_FALSE(CanUnload()) << "the enumerator of connections alone";
+    EXPECT_EQ(2u, first_->count()) << "the source has let its sinks go";
     EXPECT_EQ(S_OK, connections->Skip(1));
     ASSERT_EQ(S_OK, connections->Clone(copy.Receive()));
-    CONNECTDATA found[3] = {};
-    EXPECT_EQ(S_FALSE, connections->Next(3, found, &fetched));
+    CONNECTDATA given[3] = {};
+    EXPECT_EQ(S_FALSE, connections->Next(3, given, &fetched));
     EXPECT_EQ(2u, fetched);
     for (const int i : {0, 1}) {
-        EXPECT_EQ(cookies[1 + i], found[i].dwCookie);
-        EXPECT_EQ(i ? third_.get() : second_.get(), found[i].pUnk);
-        found[i].pUnk->Release();
+        EXPECT_EQ(cookies[1 + i], given[i].dwCookie);
+        EXPECT_EQ(i ? third_.get() : second_.get(), given[i].pUnk);
+        given[i].pUnk->Release();
     }
     EXPECT_EQ(S_FALSE, connections->Skip(1));
     EXPECT_EQ(S_OK, connections->Reset());
@@ -99,7 +108,8 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
     EXPECT_EQ(S_OK, copy->Skip(2));  // the copy stood where it was taken
     EXPECT_EQ(E_POINTER, copy->Clone(nullptr));
     copy = connections = nullptr;
-    EXPECT_EQ(1u, second_->count());
+    EXPECT_EQ(3u, first_->count() + second_->count() + third_->count());
+    EXPECT_TRUE(CanUnload());
 }
 
 TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers) {
