@@ -1,4 +1,5 @@
-# velk_add_type_library(TARGET NAME.idl ROOT): compiles a type library to NAME.tlb and to NAME.h, which users get, and each
+# velk_add_type_library(TARGET NAME.idl ROOT): compiles a type library to NAME.tlb, to NAME.h and to NAME_i.c, the identifiers for
+# clients in C, which users get, and each
 # fragment below ROOT, say containers/stack.idl, to a header of its own, containers/stack.idl.h, so that a change reaches only
 # the sources that use it. Whoever links to the interface library TARGET can include them.
 
@@ -16,17 +17,19 @@ function(velk_find_interface_files)
     set(VELK_IDL_FLAGS -I${include} -L${libraries} PARENT_SCOPE)
 endfunction()
 
-# velk_compile_interfaces(OUTPUT FILE FLAG...): its dependencies are what the file includes.
+# velk_compile_interfaces(OUTPUT FILE FLAG...): its dependencies are what the file includes. VELK_HELP_TEXTS are those of the constants
+# in a type library.
 function(velk_compile_interfaces output file)
     cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY ${out} OUTPUT_VARIABLE source)
     add_custom_command(
         OUTPUT ${output}
         COMMAND ${CMAKE_CXX_COMPILER} -M -MT ${output} -MF ${output}.d -I${root} -x c ${file}
         # The compiler writes the time into the library unless told another one.
-        COMMAND ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces ${output}
+        COMMAND ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 HELP_TEXTS=${VELK_HELP_TEXTS} ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces ${output}
             ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root} ${ARGN} ${file}
         WORKING_DIRECTORY ${out}
-        DEPENDS ${source} ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces
+        DEPENDS ${source} ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces ${PROJECT_SOURCE_DIR}/tools/typelib/help_texts.py
+            ${VELK_HELP_TEXTS}
         DEPFILE ${output}.d
         COMMENT "Interfaces ${output}"
         VERBATIM)
@@ -37,9 +40,12 @@ function(velk_add_type_library target idl root)
     set(out ${CMAKE_CURRENT_BINARY_DIR}/${target})
     file(MAKE_DIRECTORY ${out})
     get_filename_component(name ${idl} NAME_WE)
+    set(VELK_HELP_TEXTS ${root}/${name}_constants.txt)
     velk_compile_interfaces(${out}/${name}.tlb ${idl} -t)
+    unset(VELK_HELP_TEXTS)
     velk_compile_interfaces(${out}/${name}.h ${idl} -h -DVELK_CPP_HEADER)
-    set(outputs ${out}/${name}.tlb ${out}/${name}.h)
+    velk_compile_interfaces(${out}/${name}_i.c ${idl} -u)
+    set(outputs ${out}/${name}.tlb ${out}/${name}.h ${out}/${name}_i.c)
     file(GLOB_RECURSE fragments RELATIVE ${root} CONFIGURE_DEPENDS ${root}/*.idl)
     cmake_path(RELATIVE_PATH idl BASE_DIRECTORY ${root} OUTPUT_VARIABLE library)
     list(REMOVE_ITEM fragments ${library})

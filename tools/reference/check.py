@@ -7,7 +7,7 @@ wide and narrow, light and dark, are left for whoever changes how they look.
 
 import sys
 from pathlib import Path
-from urllib.parse import unquote, urldefrag, urlparse
+from urllib.parse import quote_plus, unquote, urldefrag, urlparse
 
 from selenium import webdriver
 from selenium.webdriver.common.by import By
@@ -68,12 +68,19 @@ def dead_links(page: Path, links: list[str], anchors: dict[Path, set[str]]) -> l
     return dead
 
 
+# What people type, and the page that they have to be led to.
+SEARCHES = {"GetCRCFromFile": "CCRC32.html#", "save a setting": "tasks.html#", "copy list": "tasks.html", "unicode": "tasks.html#"}
+
+
 def search_problems(driver: webdriver.Chrome, site: Path) -> list[str]:
-    """A member's name has to lead to the member."""
-    driver.get((site / "search.html").as_uri() + "?q=GetCRCFromFile")
+    problems = []
     driver.implicitly_wait(10)
-    found = driver.find_elements(By.CSS_SELECTOR, '#search-results li a[href*="CCRC32.html#"]')
-    problems = [] if found else ["search.html does not find a member"]
+    for words, page in SEARCHES.items():
+        driver.get((site / "search.html").as_uri() + "?q=" + quote_plus(words))
+        if not driver.find_elements(By.CSS_SELECTOR, f'#search-results li a[href*="{page}"]'):
+            problems.append(f"search.html: \"{words}\" does not lead to {page}")
+        elif not driver.find_elements(By.CSS_SELECTOR, "#search-results .excerpt"):
+            problems.append(f"search.html: no excerpts for \"{words}\"")
     return problems + [f"search.html: console: {entry['message']}" for entry in driver.get_log("browser")]
 
 

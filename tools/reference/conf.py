@@ -1,10 +1,13 @@
 """Sphinx: the reference as web pages that work from disk, and as the source of the compiled help file."""
 
+import json
 import re
 from pathlib import Path
 
+from docutils import nodes
+
 project = "VelkSupport"
-author = "the VelkSupport developers"
+author = "The VelkSupport authors"
 version = release = "1.1.0.1"
 copyright = ""
 
@@ -18,12 +21,13 @@ html_theme = "furo"
 html_title = "VelkSupport 1.1"
 html_static_path = ["static"]
 html_css_files = ["velk.css"]
+html_js_files = ["excerpts.js"]  # made below
 html_show_sourcelink = False
 html_show_copyright = False
 html_show_sphinx = False
 html_copy_source = False
 html_use_index = False
-html_show_search_summary = False  # it is fetched page by page, which browsers refuse from disk
+html_show_search_summary = False  # it is fetched page by page, which browsers refuse from disk; excerpts.js has texts instead
 html_theme_options = {
     "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
     "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
@@ -32,7 +36,7 @@ pygments_style = "tango"
 pygments_dark_style = "github-dark"
 htmlhelp_basename = "VelkSupport"
 if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its own contents and search
-    html_theme, html_theme_options, html_css_files = "nonav", {}, ["help.css"]
+    html_theme, html_theme_options, html_css_files, html_js_files = "nonav", {}, ["help.css"], []
     extensions.remove("sphinx_copybutton")
 
 
@@ -48,6 +52,7 @@ def bundle(app, failure):
     if app.builder.name != "html":
         return
     static = Path(app.outdir) / "_static"
+    (static / "excerpts.js").write_text(f"const EXCERPTS = {json.dumps(excerpts(app), sort_keys=True)};{SHOW_EXCERPTS}")
     script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
     modules = part.read_text() + script.read_text().replace('import Gumshoe from "./gumshoe-patched.js";\n', "")
     script.write_text("(function () {\n" + modules + "\n}).call(window);\n")
@@ -57,6 +62,34 @@ def bundle(app, failure):
     chosen = re.search(r"@media not print \{.*?\n?\}\s*\}", rules, re.S)[0]
     dark = chosen.replace("not print", "screen and (prefers-color-scheme: dark)").replace('"dark"', '"auto"')
     style.write_text(rules.replace(chosen, chosen + "\n" + dark))
+
+
+SHOW_EXCERPTS = """
+new MutationObserver(() => {
+    for (const link of document.querySelectorAll("#search-results li > a:only-of-type")) {
+        const [page, anchor] = link.getAttribute("href").split("?")[0].split("#");
+        const texts = EXCERPTS[page] || {};
+        const text = texts[anchor || ""] || texts[""];
+        if (!text || link.parentNode.querySelector(".excerpt")) continue;
+        const shown = document.createElement("p");
+        shown.className = "excerpt";
+        shown.textContent = text;
+        link.after(shown);
+    }
+}).observe(document, {childList: true, subtree: true});
+"""
+
+
+def excerpts(app):
+    """The first words of each page, and of each of its sections by anchor: what a search shows of what it found."""
+    found = {}
+    for name in app.env.found_docs:
+        texts = found[name + ".html"] = {}
+        for section in app.env.get_doctree(name).findall(nodes.section):
+            words = next((part.astext() for part in section.findall(nodes.paragraph)), "")
+            for identifier in ["", *section["ids"]]:
+                texts.setdefault(identifier, " ".join(words.split())[:160])
+    return found
 
 
 def setup(app):

@@ -12,11 +12,13 @@ from type_library import Argument, Class, Enumeration, Incomplete, Member, TypeL
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 DOCS, SAMPLES = ROOT / "docs", ROOT / "samples"
-LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".txt": "text", ".ini": "ini", ".manifest": "xml",
+LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".c": "c", ".txt": "text", ".ini": "ini", ".manifest": "xml",
              ".cmake": "cmake"}
+# What the repository has in another place than the site.
+SITE_PAGES = {"../README.md#classes": "classes.md", "classes/": "errors.md"}
 # Files that have no room for a comment which says what they are.
 DATA = {"scale_parameters.txt": "Parameters to be sealed, for seal_file.vbs.", "window_settings.ini": "Settings for window_settings.vbs."}
-GUIDE = ["languages", "coming_from_scripting_objects", "reports", "deployment", "platforms", "departures"]
+GUIDE = ["tasks", "languages", "coming_from_scripting_objects", "reports", "deployment", "platforms", "departures"]
 
 
 def plain(text: str) -> str:
@@ -46,7 +48,7 @@ class Site:
             e.name: c.name for library in libraries for e in library.enumerations
             for c in reversed(library.classes + library.interfaces) if c.uses(e)}
         self.error_names = {hexadecimal(value): name for e in self.enumerations.values() if e.is_errors
-                            for name, value in e.constants}
+                            for name, value, _ in e.constants}
         self.errors = self.described_errors()
 
     # --- Texts that link to each other
@@ -98,8 +100,8 @@ class Site:
 
     def enumeration(self, e: Enumeration) -> str:
         text = f"({label(e.name)})=\n### {e.name}\n\n{self.help_text(e.help)}\n\n"
-        rows = [[f"`{name}`", str(value), hexadecimal(value)] for name, value in e.constants]
-        return text + table(["constant", "value", "hexadecimal"], rows)
+        rows = [[f"`{name}`", str(value), hexadecimal(value), plain(meaning)] for name, value, meaning in e.constants]
+        return text + table(["constant", "value", "hexadecimal", "meaning"], rows)
 
     def identifiers(self, c: Class) -> str:
         rows = [["program identifier", f"`{c.program_id}`"], ["class", f"`{c.class_id}`"]] if c.program_id else []
@@ -279,13 +281,24 @@ def adapted(path: Path) -> str:
         page = "samples" if target.is_dir() or not target.exists() else "samples/" + sample_page(target)
         return f"{match[1]}({'../' * (up.count('../') - 1)}{page}.md)"
 
+    for there, here in SITE_PAGES.items():
+        text = text.replace(f"]({there})", f"]({here})")
     text = re.sub(r"(\[[^\]]*\])\(" + re.escape(up) + r"samples/([^)#]*)\)", sample, text)
     return re.sub(r"\[([^\]]*)\]\(" + re.escape(up) + r"(?:src|tests|tools|bench|velksub|[A-Z]+\.md)[^)]*\)", r"\1", text)
+
+
+def check_repository_links() -> None:
+    """Pages are read where the repository is browsed, too; anchors are the site's check's affair."""
+    for page in [*ROOT.glob("*.md"), *DOCS.rglob("*.md")]:
+        for target in re.findall(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)", page.read_text(encoding="utf-8")):
+            if not (page.parent / target).exists():
+                raise Incomplete(f"{page.relative_to(ROOT)}: dead link {target}")
 
 
 def main() -> int:
     out, *libraries = sys.argv[1:]
     try:
+        check_repository_links()
         Site(Path(out), [TypeLibrary(Path(path)) for path in libraries]).write()
     except Incomplete as problem:
         print(f"reference: {problem}", file=sys.stderr)

@@ -53,6 +53,7 @@ class Accessor:
     kind: str
     slot: int | None
     help: str
+    context: int
     arguments: list[Argument]
     result: str | None
 
@@ -60,7 +61,7 @@ class Accessor:
     def read(cls, raw: dict) -> "Accessor":
         arguments = [p for p in raw["parameters"] if "retval" not in p["flags"]]
         results = [basic_type(p["type"][:-1]) for p in raw["parameters"] if "retval" in p["flags"]]
-        return cls(raw["kind"], raw.get("slot"), raw["help"], [Argument.read(p) for p in arguments],
+        return cls(raw["kind"], raw.get("slot"), raw["help"], raw["context"], [Argument.read(p) for p in arguments],
                    results[0] if results else None)
 
 
@@ -93,6 +94,10 @@ class Member:
         return self.accessors[0].help
 
     @property
+    def context(self) -> int:
+        return self.accessors[0].context
+
+    @property
     def signature(self) -> str:
         arguments = ", ".join(a.in_signature() for a in self.arguments)
         if self.is_property:
@@ -113,6 +118,8 @@ def members_of(interface: dict) -> list[Member]:
         accessor = Accessor.read(raw)
         if not accessor.help.strip():
             raise Incomplete(f"{interface['name']}.{raw['name']} has no help text")
+        if not accessor.context:
+            raise Incomplete(f"{interface['name']}.{raw['name']} has no place in the help file")
         members.setdefault(raw["id"], Member(raw["name"], raw["id"], [])).accessors.append(accessor)
     return list(members.values())
 
@@ -121,7 +128,7 @@ def members_of(interface: dict) -> list[Member]:
 class Enumeration:
     name: str
     help: str
-    constants: list[tuple[str, int]]
+    constants: list[tuple[str, int, str]]  # name, value, what it means
 
     @property
     def is_errors(self) -> bool:
@@ -156,9 +163,13 @@ class TypeLibrary:
         self.name, self.help, self.guid, self.version = raw["name"], raw["help"], raw["guid"], raw["version"]
         types = {t["name"]: t for t in raw["types"]}
         self.enumerations = [
-            Enumeration(t["name"], t["help"], [(c["name"], int(c["value"])) for c in t["constants"]])
+            Enumeration(t["name"], t["help"], [(c["name"], int(c["value"]), c["help"]) for c in t["constants"]])
             for t in raw["types"] if t["kind"] == "enum"]
-        self.names = {(e.name, value): name for e in self.enumerations for name, value in reversed(e.constants)}
+        for enumeration in self.enumerations:
+            for name, _, text in enumeration.constants:
+                if not text.strip():
+                    raise Incomplete(f"the constant {name} has no help text")
+        self.names = {(e.name, value): name for e in self.enumerations for name, value, _ in reversed(e.constants)}
         self.classes = [self._class(t, types) for t in raw["types"] if t["kind"] == "coclass"]
         named = {i["name"] for t in raw["types"] if t["kind"] == "coclass" for i in t["implements"]}
         self.interfaces = [self._interface(t) for t in raw["types"]
