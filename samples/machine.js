@@ -13,8 +13,8 @@ function megabytes(bytes) {
 var connections = ["", "by modem", "by network", "through a proxy", "not at all"];
 WScript.Echo(system.UserName + " on " + system.ComputerName + ", Windows " + system.OSMajorVersion + "." +
     system.OSMinorVersion + " build " + system.OSBuild + ", " + system.Language);
-WScript.Echo(computer.NumberOfProcessors + " processors, " + megabytes(memory.TotalPhysical) + " MB of memory, " +
-    memory.MemoryLoad + " % in use");
+WScript.Echo(computer.NumberOfProcessors + " processors; " + memory.MemoryLoad + " % of the memory in use, of which a program like " +
+    "this one sees " + megabytes(memory.TotalPhysical) + " MB");
 WScript.Echo("Running for " + system.WindowsUpTime + " minutes, temporary files in " + system.TempPath);
 WScript.Echo("Connected " + connections[internet.ConnectionType] + (internet.Connected ? ": " + internet.ConnectionName : ""));
 WScript.Quit(0);

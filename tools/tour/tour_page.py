@@ -18,7 +18,11 @@ figure { margin: .8rem 0; } figcaption { color: var(--quiet); font-size: .9rem; 
 img { max-width: 100%; border-radius: 4px; } iframe { width: 100%; height: 44rem; border: 1px solid var(--line); border-radius: 6px; }
 .pictures { display: flex; flex-wrap: wrap; gap: 1rem; align-items: flex-start; } .pictures figure { flex: 0 1 auto; min-width: 0; }
 @media (min-width: 60rem) { .pictures { flex-wrap: nowrap; } }
+@media (max-width: 40rem) { main { padding: 1rem .5rem; } section { padding: .8rem; } pre { white-space: pre-wrap; overflow-wrap: anywhere; } }
 """
+
+# A page inside the page is shown whole.
+FIT = "this.style.height = this.contentDocument.documentElement.scrollHeight + 4 + 'px'"
 
 
 class Page:
@@ -42,7 +46,7 @@ class Page:
         self.sections[-1].append(f'<div class="pictures">{figures}</div>')
 
     def frame(self, document: str, title: str) -> None:
-        self.sections[-1].append(f'<iframe title="{html.escape(title)}" srcdoc="{html.escape(document)}"></iframe>')
+        self.sections[-1].append(f'<iframe title="{html.escape(title)}" srcdoc="{html.escape(document)}" onload="{FIT}"></iframe>')
 
     def write(self, path: Path) -> None:
         sections = "\n".join("<section>\n" + "\n".join(parts) + "\n</section>" for parts in self.sections)
