@@ -21,7 +21,7 @@ function(velk_for_shipped)
         math(EXPR number "${number} + 1")
         string(APPEND entries "    {L\"${target}.dll\", L\"${VERSION}\"},\n")
         string(APPEND resources "${number} TYPELIB \"${TYPES}.tlb\"\n")
-        string(APPEND lines "library ${ASSEMBLY} $<TARGET_FILE:${target}>\ntypes - ${TYPES}.tlb\nheader - ${TYPES}.h\n")
+        string(APPEND lines "library ${ASSEMBLY} $<TARGET_FILE:${target}>\ntypes - ${TYPES}.tlb\nheader - ${TYPES}.h\nheader - ${TYPES}_i.c\n")
         list(APPEND type_libraries ${TYPES}.tlb)
         list(APPEND manifests ${CMAKE_BINARY_DIR}/${ASSEMBLY}.manifest)
         add_custom_command(

@@ -64,7 +64,7 @@ expect_installed() {
     (cd "$1" && { [ -n "$both" ] && cat SHA256SUMS || grep -v '  x64/' SHA256SUMS; } | sha256sum --quiet -c) ||
         fail "the installed files differ from the list"
     [ -n "$both" ] || [ ! -e "$1/x64" ] || fail "64-bit files on a 32-bit system"
-    for link in Reference Samples; do
+    for link in Reference Samples 'Doctor (32-bit)'; do
         [ -s "$2/VelkSupport/$link.lnk" ] || fail "no shortcut: $link"
     done
     tr -d '\0' <"$2/VelkSupport/Reference.lnk" | grep -qaF 'docs\index.html' || fail "the shortcut does not lead to the reference"
@@ -120,15 +120,30 @@ for folder_of_host in "$narrow" 'C:\windows\system32'; do
 done
 snapshot before
 
+VELK_SETUP_FAULT='fail entry' code 6 run "$later" /S /AllUsers
+expect_as_before "a first installation that failed"
 code 0 run "$setup" /S /AllUsers
 expect_version "$version"
+[ "$(value HKLM Publisher)" = 'The VelkSupport authors' ] || fail "no publisher in the list of programs"
 expect_installed "$folder" "$menu"
 expect_usable "$folder"
 code 0 run "$folder/x86/velkdoctor.exe" --surrogate on
 [ -z "$both" ] || expect_surrogate "$folder"
 
+# An upgrade that fails leaves the former version; one that is stopped leaves it usable, and the next run puts its files back.
+for step in unpacking copying 'replacing x86\VelkSprt.dll' VelkSprt.dll VelkSub.dll shortcuts entry; do
+    VELK_SETUP_FAULT="fail $step" code 6 run "$later" /S /AllUsers
+    expect_version "$version"
+    expect_installed "$folder" "$menu"
+    VELK_SETUP_FAULT="end $step" code 9 run "$later" /S /AllUsers
+    expect_usable "$folder"
+done
+expect_version "$next"
+[ ! -e "$folder/setup~" ] && fail "was not stopped"
+
 code 0 run "$later" /S /AllUsers
 expect_version "$next"
+[ ! -e "$folder/setup~" ] || fail "files of an upgrade stay behind"
 expect_installed "$folder" "$menu"
 expect_usable "$folder"
 check "the surrogate outlives an upgrade" run reg query 'HKLM\Software\Classes\AppID\{50D87946-EA72-430F-AB13-E65E0E8C222D}' /v DllSurrogate

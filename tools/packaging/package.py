@@ -23,6 +23,8 @@ EPOCH = int(os.environ["SOURCE_DATE_EPOCH"])
 DATE = datetime.datetime.fromtimestamp(EPOCH, datetime.timezone.utc)
 
 HELP, BILL, SUMS, PASCAL_UNIT = "VelkSupport.chm", "VelkSupport.spdx.json", "SHA256SUMS", "VelkSupport_TLB.pas"
+AUTHORS, LICENCE = "The VelkSupport authors", "MIT"
+COPYRIGHT = next(line for line in (ROOT / "LICENSE").read_text().splitlines() if line.startswith("Copyright"))
 DOC = Path("/usr/share/doc")
 LICENCES = {
     "mingw-w64.txt": DOC / "mingw-w64-common/copyright",
@@ -74,6 +76,8 @@ def stage_width(build, tree, width):
             header.write_text(text)
             continue
         copy(path, tree / width / path.name)
+        if kind in ("library", "program"):
+            subprocess.run([ROOT / "tools/packaging/sign", tree / width / path.name], check=True)
         if kind == "library":
             copy(Path(build) / "manifests" / f"{assembly}.manifest", tree / width / f"{assembly}.manifest")
 
@@ -86,7 +90,7 @@ def read_me(tree):
     return re.sub(r"\[([^]]*)\]\(([^):#]+)(#[^)]*)?\)", lambda m: m[0] if (tree / m[2]).exists() else m[1], text)
 
 
-def stage(tree, docs, builds):
+def stage(tree, docs, version, builds):
     for width, build in builds.items():
         stage_width(build, tree, width)
         # Where the registered type libraries say that it is.
@@ -96,7 +100,10 @@ def stage(tree, docs, builds):
                     ignore=shutil.ignore_patterns(".buildinfo", "objects.inv"))
     shutil.copytree(ROOT / "samples", tree / "samples", copy_function=shutil.copyfile)
     (tree / "README.md").write_text(read_me(tree))
-    copy(ROOT / "CHANGELOG.md", tree / "CHANGELOG.md")
+    subprocess.run([ROOT / "tools/packaging/cmake_package", tree.resolve()], check=True)
+    subprocess.run([ROOT / "tools/packaging/constants.py", tree / "include", version, *sorted(docs.glob("*.json"))], check=True)
+    for name in ("CHANGELOG.md", "LICENSE"):
+        copy(ROOT / name, tree / name)
     for name, source in LICENCES.items():
         copy(source, tree / "licences" / name)
 
@@ -118,9 +125,18 @@ def identifier(name):
     return "SPDXRef-" + re.sub(r"[^A-Za-z0-9.-]", "-", name)
 
 
+def licence_of(name):
+    """Ours, but for the texts and style sheets that came from elsewhere."""
+    if name.startswith(("licences/", "docs/_static/")):
+        return "NOASSERTION"
+    parts = [LICENCE] + [part for _, _, part, _ in LINKED if name.endswith((".dll", ".exe"))]
+    return " AND ".join(f"({part})" if " " in part else part for part in dict.fromkeys(parts))
+
+
 def spdx_file(tree, number, path):
     name = path.relative_to(tree).as_posix()
-    kind = {".dll": "BINARY", ".exe": "BINARY", ".tlb": "BINARY", ".h": "SOURCE", ".vbs": "SOURCE", ".js": "SOURCE",
+    kind = {".dll": "BINARY", ".exe": "BINARY", ".tlb": "BINARY", ".h": "SOURCE", ".c": "SOURCE", ".vbs": "SOURCE",
+            ".js": "SOURCE", ".cpp": "SOURCE", ".pas": "SOURCE", ".bas": "SOURCE",
             ".md": "DOCUMENTATION", ".html": "DOCUMENTATION",
             ".chm": "DOCUMENTATION", ".svg": "IMAGE", ".png": "IMAGE"}.get(path.suffix, "TEXT")
     return {
@@ -128,13 +144,13 @@ def spdx_file(tree, number, path):
         "fileName": f"./{name}",
         "fileTypes": [kind],
         "checksums": [{"algorithm": a, "checksumValue": checksum(path, a.lower())} for a in ("SHA1", "SHA256")],
-        "licenseConcluded": "NOASSERTION",
+        "licenseConcluded": licence_of(name),
         "licenseInfoInFiles": ["NOASSERTION"],
-        "copyrightText": "NOASSERTION",
+        "copyrightText": COPYRIGHT if licence_of(name).startswith(LICENCE) else "NOASSERTION",
     }
 
 
-def spdx_package(name, version, licence, home, **more):
+def spdx_package(name, version, licence, home, owner="NOASSERTION", **more):
     return {
         "SPDXID": identifier(f"Package-{name}"),
         "name": name,
@@ -142,7 +158,7 @@ def spdx_package(name, version, licence, home, **more):
         "downloadLocation": home,
         "licenseConcluded": licence,
         "licenseDeclared": licence,
-        "copyrightText": "NOASSERTION",
+        "copyrightText": owner,
         **more,
     }
 
@@ -151,7 +167,8 @@ def bill_of_materials(tree, name, version):
     files = [spdx_file(tree, number, path) for number, path in enumerate(files_of(tree))]
     sums = sorted(f["checksums"][0]["checksumValue"] for f in files)
     code = hashlib.sha1("".join(sums).encode()).hexdigest()
-    own = spdx_package("VelkSupport", version, "NOASSERTION", "NOASSERTION", primaryPackagePurpose="LIBRARY",
+    own = spdx_package("VelkSupport", version, LICENCE, "NOASSERTION", COPYRIGHT, primaryPackagePurpose="LIBRARY",
+                       supplier=f"Organization: {AUTHORS}",
                        packageVerificationCode={"packageVerificationCodeValue": code,
                                                 "packageVerificationCodeExcludedFiles": [f"./{BILL}", f"./{SUMS}"]},
                        licenseInfoFromFiles=["NOASSERTION"])
@@ -200,22 +217,26 @@ def write_zip(tree, path):
 
 def installer_list(tree, path):
     """What the installer puts, where, and what the uninstaller takes away: those files and no others."""
-    folders = {}
-    for file in files_of(tree):
-        folders.setdefault(str(file.parent.relative_to(tree)).replace("/", "\\").removeprefix("."), []).append(file)
-    install, delete = [], []
-    for folder, files in sorted(folders.items()):
-        only_64 = folder.split("\\")[0] == "x64"
-        target = ("$INSTDIR\\" + folder).rstrip("\\")
-        install += ["${If} ${RunningX64}"] if only_64 else []
-        install += [f'SetOutPath "{target}"'] + [f'File "{f.relative_to(tree.parent)}"' for f in files]
-        install += ["${EndIf}"] if only_64 else []
-        delete += [f'Delete "{target}\\{f.name}"' for f in files]
-    parents = {p for f in files_of(tree) for p in f.relative_to(tree).parents} - {Path(".")}
-    delete += ['RMDir "$INSTDIR\\' + p.as_posix().replace("/", "\\") + '"' for p in sorted(parents, reverse=True)]
-    each = [f"!insertmacro ${{DO}} {p.name}" for p in sorted((tree / "x86").glob("*.dll"))]
-    macros = [("InstallFiles", install), ("DeleteFiles", ['SetOutPath "$TEMP"', *delete]), ("ForEachLibrary DO", each)]
-    text = "".join(f"!macro {name}\n" + "".join(f"    {l}\n" for l in lines) + "!macroend\n" for name, lines in macros)
+    def windows(path, folder=""):
+        return "\\".join([folder, *path.relative_to(tree).parts]).lstrip("\\")
+
+    def macro(name, lines):
+        return f"!macro {name}\n" + "".join(f"    {line}\n" for line in lines) + "!macroend\n"
+
+    def each(command, files):
+        """The 64-bit files exist on 64-bit systems only."""
+        wide = [command(f) for f in files if windows(f).startswith("x64\\")]
+        return [command(f) for f in files if not windows(f).startswith("x64\\")] + ["${If} ${RunningX64}", *wide, "${EndIf}"]
+
+    files = files_of(tree)
+    folders = sorted({tree / p for f in files for p in f.relative_to(tree).parents}, reverse=True)
+    text = f'!define STAGED "{tree.name}"\n'
+    text += macro("UnpackFiles TARGET", each(
+        lambda f: f'SetOutPath "{windows(f.parent, "${TARGET}")}"\n    File "{f.relative_to(tree.parent)}"', files))
+    text += macro("CallForEachFile FUNCTION", each(lambda f: f'StrCpy $File "{windows(f)}"\n    Call ${{FUNCTION}}', files))
+    text += macro("DeleteFiles", [f'Delete "{windows(f, "$INSTDIR")}"' for f in files])
+    text += macro("RemoveEmptyFolders", [f'RMDir "{windows(p, "$INSTDIR")}"' for p in folders])
+    text += macro("ForEachLibrary DO", [f"!insertmacro ${{DO}} {p.name}" for p in sorted((tree / "x86").glob("*.dll"))])
     path.write_text(text)
 
 
@@ -226,7 +247,7 @@ def main():
     name = f"VelkSupport-{version}"
     tree = target / name
     tree.mkdir(parents=True)
-    stage(tree, Path(docs), dict(b.split("=", 1) for b in builds))
+    stage(tree, Path(docs), version, dict(b.split("=", 1) for b in builds))
     describe(tree, name, version)
     write_zip(tree, target / f"{name}.zip")
     installer_list(tree, target / "files.nsh")
