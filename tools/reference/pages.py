@@ -12,8 +12,8 @@ from type_library import Argument, Class, Enumeration, Incomplete, Member, TypeL
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 DOCS, SAMPLES = ROOT / "docs", ROOT / "samples"
-LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".c": "c", ".txt": "text", ".ini": "ini", ".manifest": "xml",
-             ".cmake": "cmake"}
+LANGUAGES = {".vbs": "vbscript", ".js": "javascript", ".cpp": "cpp", ".c": "c", ".dpr": "pascal", ".txt": "text", ".ini": "ini",
+             ".manifest": "xml", ".cmake": "cmake"}
 # What the repository has in another place than the site.
 SITE_PAGES = {"../README.md#classes": "classes.md", "classes/": "errors.md"}
 # Files that have no room for a comment which says what they are.
@@ -262,7 +262,7 @@ def first_comment(path: Path) -> str:
     for line in path.read_text(encoding="utf-8").splitlines():
         if line.startswith("<?xml"):
             continue
-        comment = re.match(r"\s*(?:'|//|#|<!--)\s?(.*?)(?: -->)?$", line)
+        comment = re.match(r"\s*(?:'|//|#|<!--|\{)\s?(.*?)(?: -->)?$", line)
         if not comment or not comment[1].strip():
             break
         lines.append(comment[1].strip())
