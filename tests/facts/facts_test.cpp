@@ -40,12 +40,12 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <sstream>
 
 #include "facts/listener.h"
+#include "facts/objects.h"
 #include "facts/platform_log.h"
+#include "facts/scenario.h"
 #include "facts/values.h"
-#include "platform/drawing_handles.h"
 #include "platform/text.h"
 #include "support/client.h"
 #include "support/late_bound.h"
@@ -56,60 +56,6 @@
 
 namespace velk::facts {
 namespace {
-
-struct Line {
-    int number;
-    std::wstring text;
-};
-
-struct Scenario {
-    std::string file;
-    int line;
-    std::wstring className;
-    std::wstring title;
-    std::vector<Line> lines;
-};
-
-// A picture in memory.
-struct Canvas {
-    static constexpr int kSize = 80;
-    GdiObject bitmap{CreateCompatibleBitmap(ScreenContext(GetDC(nullptr)).get(), kSize, kSize)};
-    CreatedContext context{CreateCompatibleDC(nullptr)};
-    SelectedObject selected{context.get(), bitmap.get()};
-};
-
-// An object that does something when its last reference is released.
-class Farewell final : public test::BareDispatch {
-  public:
-    explicit Farewell(std::function<void()> onGone) : onGone_(std::move(onGone)) {}
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-        return DISP_E_MEMBERNOTFOUND;
-    }
-
-  private:
-    ~Farewell() override { onGone_(); }
-    std::function<void()> onGone_;
-};
-
-ComPtr<IDispatch> Made(const std::wstring& name) {
-    ComPtr<IDispatch> object;
-    CLSID clsid;
-    if (SUCCEEDED(CLSIDFromProgID(name.c_str(), &clsid))) {
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid());
-        return object;
-    }
-    ComPtr<ITypeLib> types;
-    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
-    ComPtr<ITypeInfo> info;
-    MEMBERID member = 0;
-    USHORT found = 1;
-    types->FindName(const_cast<LPOLESTR>(name.c_str()), 0, info.Receive(), &member, &found);
-    TYPEATTR* attributes = nullptr;
-    if (!info || FAILED(info->GetTypeAttr(&attributes))) throw std::runtime_error("no class " + ToAnsi(name));
-    clsid = attributes->guid;
-    info->ReleaseTypeAttr(attributes);
-    return test::CreateObject<IDispatch>(clsid);
-}
 
 class Run : public testing::Test {
   public:
@@ -139,20 +85,6 @@ class Run : public testing::Test {
     }
 
   private:
-    static std::vector<std::wstring> Alternatives(const std::wstring& line) {
-        std::vector<std::wstring> made(1);
-        std::size_t at = 0;
-        for (std::size_t open; (open = line.find(L'{', at)) != line.npos && line.find(L'|', open) != line.npos;) {
-            const std::size_t close = line.find(L'}', open);
-            const auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
-            if (made.size() == 1) made.resize(parts.size(), made[0]);
-            for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);
-            at = close + 1;
-        }
-        for (std::wstring& one : made) one += line.substr(at);
-        return made;
-    }
-
     void Do(std::wstring line) {
         for (std::size_t at; (at = line.find(L"$dir")) != line.npos;) line.replace(at, 4, Escaped(folder_.path()));
         const auto says = [&](std::wstring_view word) {
@@ -430,41 +362,12 @@ std::string TestName(std::wstring_view title) {
     return name;
 }
 
-std::wstring FromUtf8(const std::string& bytes) {
-    std::wstring text(bytes.size(), L'\0');
-    const int size = static_cast<int>(bytes.size());
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
-    return text;
-}
-
 void Register(const Scenario& scenario, const std::string& folder, const std::string& title) {
     for (const bool bySlot : {false, true}) {
         testing::RegisterTest((folder + "_" + ToAnsi(scenario.className) + (bySlot ? "BySlot" : "LateBound")).c_str(),
                               title.c_str(), nullptr, nullptr, scenario.file.c_str(), scenario.line,
                               [&scenario, bySlot]() -> testing::Test* { return new Run(scenario, bySlot); });
     }
-}
-
-std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
-    std::list<Scenario> made;
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes;
-    for (int number = 1; std::getline(file, bytes); ++number) {
-        const std::wstring line = FromUtf8(bytes);
-        const std::wstring_view text = Trim(line);
-        if (text.empty() || text.starts_with(L"//")) continue;
-        if (line.starts_with(L' ')) {
-            made.back().lines.push_back({number, std::wstring(text)});
-        } else {
-            const std::size_t colon = text.find(L':');
-            made.push_back({path.filename().string(),
-                            number,
-                            std::wstring(text.substr(0, colon)),
-                            std::wstring(Trim(text.substr(colon + 1))),
-                            {}});
-        }
-    }
-    return made;
 }
 
 void RegisterAll() {

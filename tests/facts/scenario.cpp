@@ -1,0 +1,57 @@
+#include "facts/scenario.h"
+
+#include <fstream>
+#include <string_view>
+
+#include "facts/values.h"
+#include "platform/platform.h"
+
+namespace velk::facts {
+namespace {
+
+std::wstring FromUtf8(const std::string& bytes) {
+    std::wstring text(bytes.size(), L'\0');
+    const int size = static_cast<int>(bytes.size());
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
+    return text;
+}
+
+}  // namespace
+
+std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
+    std::list<Scenario> made;
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes;
+    for (int number = 1; std::getline(file, bytes); ++number) {
+        const std::wstring line = FromUtf8(bytes);
+        const std::wstring_view text = Trim(line);
+        if (text.empty() || text.starts_with(L"//")) continue;
+        if (line.starts_with(L' ')) {
+            made.back().lines.push_back({number, std::wstring(text)});
+        } else {
+            const std::size_t colon = text.find(L':');
+            made.push_back({path.filename().string(),
+                            number,
+                            std::wstring(text.substr(0, colon)),
+                            std::wstring(Trim(text.substr(colon + 1))),
+                            {}});
+        }
+    }
+    return made;
+}
+
+std::vector<std::wstring> Alternatives(const std::wstring& line) {
+    std::vector<std::wstring> made(1);
+    std::size_t at = 0;
+    for (std::size_t open; (open = line.find(L'{', at)) != line.npos && line.find(L'|', open) != line.npos;) {
+        const std::size_t close = line.find(L'}', open);
+        const auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
+        if (made.size() == 1) made.resize(parts.size(), made[0]);
+        for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);
+        at = close + 1;
+    }
+    for (std::wstring& one : made) one += line.substr(at);
+    return made;
+}
+
+}  // namespace velk::facts
