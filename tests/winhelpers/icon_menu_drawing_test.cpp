@@ -2,6 +2,7 @@
 #include <array>
 #include <string>
 
+#include "support/fake.h"
 #include "support/gdi_objects.h"
 #include "support/scarce_memory.h"
 #include "winhelpers/menu_canvas.h"
@@ -179,6 +180,10 @@ TEST_F(IconMenuDrawing, RefusesBadIconsAndKeepsTheOldOnes) {
     EXPECT_EQ(list + L"|16711935|", Facts(icons_.get(), {L"ImageList", L"MaskColor"}));
     EXPECT_EQ(L"0", Fact(icons_.get(), L"CommandImage", {Arg(kCommand)}));
     EXPECT_EQ(L"-1", Fact(icons_.get(), L"CommandImage", {Arg(99999L)})) << "in no menu yet";
+    {
+        const Fake none("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
+        EXPECT_EQ(RunTime(5), Let(icons_.get(), L"ImageList", {Arg(HandleToLong(images_.get()))}).code);
+    }
     EXPECT_EQ(S_OK, Let(icons_.get(), L"ImageList", {Arg(0L)}).result);
     EXPECT_EQ(S_OK, Let(icons_.get(), L"CommandImage", {Arg(kCommand), Arg(5000L)}).result) << "no list to count in";
 }
