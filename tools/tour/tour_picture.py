@@ -1,36 +1,34 @@
 """The README's picture: parts of what the tour showed, arranged on a page and taken by a browser."""
 
 import html
-import re
 import subprocess
 import textwrap
 from pathlib import Path
 
+# Each part ends where something ends: nothing is cut through.
 PAGE = """<!DOCTYPE html><meta charset="utf-8"><style>
 body {{ margin: 0; background: #e8ebef; }}
 body > * {{ position: absolute; box-sizing: border-box; overflow: hidden; margin: 0; border-radius: 4px; background: #fff;
   box-shadow: 0 2px 10px #0003; object-fit: cover; object-position: left top; }}
-iframe {{ border: 0; width: 914px; height: 471px; left: 24px; top: 24px; transform: scale(.7); transform-origin: left top; }}
-.gallery {{ left: 24px; top: 378px; width: 640px; height: 418px; }}
-.menu {{ left: 690px; top: 24px; width: 262px; height: 260px; object-fit: none; }}
-pre {{ left: 972px; top: 24px; width: 204px; height: 260px; padding: 14px 12px; background: #14181d; color: #e3e8ee;
-  font: 11.5px/1.45 "DejaVu Sans Mono", monospace; }}
-.form {{ left: 690px; top: 308px; width: 486px; height: 176px; }}
-.dialog {{ left: 690px; top: 508px; width: 486px; height: 288px; }}
+iframe {{ border: 0; width: 914px; height: 240px; left: 24px; top: 24px; transform: scale(.7); transform-origin: left top; }}
+.gallery {{ left: 24px; top: 216px; width: 640px; height: 264px; }}
+pre {{ left: 690px; top: 24px; width: 486px; height: 168px; padding: 10px 14px; background: #14181d; color: #e3e8ee;
+  font: 11.5px/1.42 "DejaVu Sans Mono", monospace; }}
+.menu {{ left: 690px; top: 216px; width: 236px; height: 264px; object-fit: none; }}
+.checks {{ left: 940px; top: 216px; width: 236px; height: 264px; object-fit: none; }}
+.form {{ left: 24px; top: 504px; width: 640px; height: auto; }}
+.dialog {{ left: 690px; top: 504px; width: 486px; height: 288px; }}
 </style>
-<iframe srcdoc="{report}"></iframe><img class="gallery" src="gallery.png"><img class="menu" src="icon-menu.png"><pre>{terminal}</pre>
+<iframe srcdoc="{report}"></iframe><img class="gallery" src="gallery.png"><pre>{terminal}</pre>
+<img class="menu" src="icon-menu.png"><img class="checks" src="icon-menu-view.png">
 <img class="form" src="widest.png"><img class="dialog" src="font-dialog.png">
 """
 
 
 def terminal_text(outputs: list[str]) -> str:
-    """The sealed file, the broken seal and the checksum, as the tour printed them, in a narrow window."""
+    """The sealed file, the broken seal and the checksum, as the tour printed them."""
     sealed, broken, checksum = (next(text for text in outputs if mark in text) for mark in ("WT.GROSS", "corrupt", "100 %"))
-    rows = [re.split(r"  +", line) for line in sealed.splitlines() if line.startswith("WT.")]
-    lines = [text for name, _, meaning in rows[:2] for text in (name, f"  {meaning}")]
-    lines += ["", *textwrap.wrap(broken.partition(": ")[2].strip(), 24), ""]
-    lines += ["[##########] 100 %", *checksum.split("\n")[1:2]]
-    return "\n".join(lines)
+    return "\n".join([*sealed.splitlines()[:4], "", *textwrap.wrap(broken.strip(), 64), "", *checksum.splitlines()[:2]])
 
 
 def take_picture(tour: Path, outputs: list[str], picture: Path) -> None:
