@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/com_ptr.h"
+#include "platform/text.h"
+
 namespace velk {
 namespace {
 
@@ -56,6 +59,21 @@ constexpr ComErrorNumber kComErrors[] = {
     {REGDB_E_CLASSNOTREG, Error::CannotCreateObject},
 };
 
+const ComErrorNumber* Find(HRESULT result) noexcept {
+    const auto* const end = std::end(kComErrors);
+    const auto* const found = std::find_if(std::begin(kComErrors), end,
+                                           [result](const ComErrorNumber& entry) { return entry.result == result; });
+    return found == end ? nullptr : found;
+}
+
+// Only what an object with this interface says it sets: what else the thread has is of an earlier failure.
+ComPtr<IErrorInfo> ErrorInfoOf(IUnknown* object, REFIID iid) noexcept {
+    ComPtr<IErrorInfo> info;
+    const auto speaks = ComPtr<IUnknown>(object).As<ISupportErrorInfo>();
+    if (speaks && speaks->InterfaceSupportsErrorInfo(iid) == S_OK) GetErrorInfo(0, info.Receive());
+    return info;
+}
+
 }  // namespace
 
 RuntimeError FromSystemError(DWORD error) noexcept {
@@ -65,9 +83,19 @@ RuntimeError FromSystemError(DWORD error) noexcept {
 }
 
 RuntimeError FromComError(HRESULT result) noexcept {
-    const auto* found = std::find_if(std::begin(kComErrors), std::end(kComErrors),
-                                     [result](const ComErrorNumber& entry) { return entry.result == result; });
-    return RuntimeError(found == std::end(kComErrors) ? Error::InvalidProcedureCall : found->number);
+    const ComErrorNumber* const found = Find(result);
+    return RuntimeError(found ? found->number : Error::InvalidProcedureCall);
+}
+
+void ThrowIfMemberFailed(HRESULT result, IUnknown* object, REFIID iid) {
+    if (SUCCEEDED(result)) return;
+    const ComPtr<IErrorInfo> info = ErrorInfoOf(object, iid);
+    if (!info && Find(result)) throw FromComError(result);
+    Bstr source, description;
+    if (info) info->GetSource(source.Receive()), info->GetDescription(description.Receive());
+    const std::wstring_view said = View(description.get());
+    throw ObjectError{result, std::wstring(View(source.get())),
+                      std::wstring(said.empty() ? L"Automation error" : said)};
 }
 
 }  // namespace velk

@@ -15,8 +15,15 @@ Failure FromRuntimeError(const RuntimeError& error) {
             ErrorSource::Library};
 }
 
-std::wstring SourceName(ErrorSource source, const wchar_t* className) {
-    if (source == ErrorSource::Library) return library::kIdentity.name;
+Failure FromObjectError(const ObjectError& error) {
+    const bool runtime = (error.code & ~0xFFFF) == kRuntimeErrorBase;
+    const LONG number = runtime ? error.code - kRuntimeErrorBase : error.code;
+    return {Failure::Kind::Runtime, error.code, number, error.description, ErrorSource::Library, error.source};
+}
+
+std::wstring SourceName(const Failure& failure, const wchar_t* className) {
+    if (!failure.raisedBy.empty()) return failure.raisedBy;
+    if (failure.source == ErrorSource::Library) return library::kIdentity.name;
     return library::FileBaseName() + L"." + className;
 }
 
@@ -29,6 +36,8 @@ Failure CaughtFailure() {
         return FromRuntimeError(error);
     } catch (const ClassError& error) {
         return {Failure::Kind::Class, error.code(), error.code(), error.description(), error.source()};
+    } catch (const ObjectError& error) {
+        return FromObjectError(error);
     } catch (const NullArgument&) {
         return {Failure::Kind::NullArgument, E_POINTER, E_POINTER, L"Invalid pointer", ErrorSource::Library};
     } catch (const std::bad_alloc&) {
@@ -45,7 +54,7 @@ HRESULT RaiseToClient(const Failure& failure, const wchar_t* className, REFIID i
     ComPtr<ICreateErrorInfo> creator;
     if (FAILED(CreateErrorInfo(creator.Receive()))) return failure.code;
     creator->SetGUID(iid);
-    creator->SetSource(Bstr(SourceName(failure.source, className)).get());
+    creator->SetSource(Bstr(SourceName(failure, className)).get());
     creator->SetDescription(Bstr(failure.description).get());
     SetErrorInfo(0, creator.As<IErrorInfo>().get());
     return failure.code;

@@ -1,5 +1,5 @@
-// How a member fails: it throws one of the types below and nothing else. CaughtFailure turns whatever was thrown into
-// the one form that reports show and that clients receive.
+// How a member fails: it throws one of the types below, or one of platform/system_errors.h, and nothing else.
+// CaughtFailure turns whatever was thrown into the one form that reports show and that clients receive.
 #pragma once
 
 #include <string>
@@ -59,6 +59,7 @@ struct Failure {
     LONG number;   // what a report shows: n for run-time error n, else the code
     std::wstring description;
     ErrorSource source;
+    std::wstring raisedBy = {};  // another object's name for itself, if it was one that failed; stands before `source`
 };
 
 // What is being handled, seen from inside a catch block.

@@ -23,10 +23,10 @@ Size ScreenSize(IPicture* picture) noexcept {
 
 MenuPicture::MenuPicture(IUnknown* object) : picture_(ComPtr<IUnknown>(object).As<IPicture>()) {
     if (!picture_) throw RuntimeError(Error::TypeMismatch);
-    ThrowIfFailed(picture_->get_Type(&kind_));
+    ThrowIfMemberFailed(picture_->get_Type(&kind_), *picture_.get());
     if (IsEmpty()) return;
     OLE_HANDLE handle = 0;
-    ThrowIfFailed(picture_->get_Handle(&handle));
+    ThrowIfMemberFailed(picture_->get_Handle(&handle), *picture_.get());
     handle_ = HandleFrom<HANDLE>(static_cast<LONG>(handle));
     size_ = ScreenSize(picture_.get());
     if (kind_ != PICTYPE_BITMAP) return;

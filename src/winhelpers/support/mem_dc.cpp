@@ -17,7 +17,7 @@ HGDIOBJ BitmapOf(IUnknown* object) {
     const auto picture = ComPtr<IUnknown>(object).As<IPicture>();
     if (!picture) throw RuntimeError(Error::TypeMismatch);
     OLE_HANDLE handle = 0;
-    ThrowIfFailed(picture->get_Handle(&handle));
+    ThrowIfMemberFailed(picture->get_Handle(&handle), *picture.get());
     return HandleFrom<HGDIOBJ>(static_cast<LONG>(handle));
 }
 
