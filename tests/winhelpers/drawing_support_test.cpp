@@ -274,6 +274,10 @@ TEST_F(DrawingSupport, DottedBrushDrawsLinesFramesAndFillings) {
         EXPECT_EQ(made - 1, GdiObjects());
     }
     sheet.ExpectIs(L"dotted_brush");
+    Paint(dc, kWhite, {0, 0, 112, 36});
+    ExpectReport(L"cDottedBrush.Rectangle", 6,
+                 [&] { cDottedBrush().Rectangle(dc, 2, 3, 200, LONG_MAX, 2, BLACKNESS); });
+    EXPECT_EQ(RGB(0, 0, 0), GetPixel(dc, 60, 4)) << "the bands before the one that overflows";
     EXPECT_EQ(before + 2, GdiObjects()) << "the sheet's";
 }
 

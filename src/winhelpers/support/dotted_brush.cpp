@@ -56,18 +56,17 @@ void cDottedBrush::DrawLine(HDC context, LONG x, LONG y, LONG width, LONG height
 void cDottedBrush::Rectangle(HDC context, LONG x, LONG y, LONG width, LONG height, LONG lineSize, DWORD rop, bool fill,
                              LONG back, LONG fore) noexcept {
     Guard(kClass, L"Rectangle", [&] {
-        const LONG right = AddLong(x, width), bottom = AddLong(y, height);
         if (fill) {
             Colours(context, back, fore).Stay();
-            const RECT filled{x, y, right, bottom};
+            const RECT filled{x, y, AddLong(x, width), AddLong(y, height)};
             FillRect(context, &filled, static_cast<HBRUSH>(brush_.get()));
             return;
         }
         const SelectedObject brush(context, brush_.get());
         const Colours colours(context, back, fore);
         PatBlt(context, x, y, width, lineSize, rop);
-        PatBlt(context, right, y, lineSize, height, rop);
-        PatBlt(context, x, bottom, width, lineSize, rop);
+        PatBlt(context, AddLong(x, width), y, lineSize, height, rop);
+        PatBlt(context, x, AddLong(y, height), width, lineSize, rop);
         PatBlt(context, x, y, lineSize, height, rop);
     });
 }
