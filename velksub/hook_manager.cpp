@@ -17,16 +17,17 @@ HookTarget TargetOf(ISubclass* hook) {
     if (!hook) throw RuntimeError(Error::ObjectNotSet);
     const ComPtr<ISubclass> subclass(hook);
     const auto identity = subclass.As<IUnknown>();
-    return {subclass, identity.get()};
+    return {subclass, subclass.As<ISubclass2>(), identity.get()};
 }
 
 constexpr ClassError kOtherThread{eErrHookManager_OtherThread, L"The window belongs to another thread"};
 
-// The window of a client's handle, and the thread and process that own it; 0 when there is no such window.
+// The window of a client's handle, and the thread and process that own it; 0 when there is no such window. A hook on a
+// handle's low word would never be called, nor be released with its window.
 class ClientWindow {
   public:
     explicit ClientWindow(LONG handle) noexcept : window_(WindowFrom(handle)) {
-        if (!IsShort(handle)) thread_ = GetWindowThreadProcessId(window_, &process_);
+        if (IsWhole(handle)) thread_ = GetWindowThreadProcessId(window_, &process_);
     }
 
     HWND RequireOwn() const {
@@ -42,14 +43,18 @@ class ClientWindow {
     }
 
   private:
-    // The platform takes the low word of a handle, extended with or without a sign, for the handle itself. Messages
-    // come with the whole one: a hook on the short one would never be called, nor be released with its window.
-    static bool IsShort(LONG handle) noexcept { return HIWORD(handle) == 0 || HIWORD(handle) == 0xFFFF; }
-
     HWND window_;
     DWORD thread_ = 0;
     DWORD process_ = 0;
 };
+
+LRESULT CallBelow(LONG handle, LONG message, const MessageValues& values) {
+    ThreadHooks* const hooks = ThreadHooks::Current();
+    LRESULT below = 0;
+    if (hooks && hooks->CallBelow(WindowFrom(handle), static_cast<UINT>(message), values, &below)) return below;
+    ClientWindow(handle).RequireOwn();
+    throw ClassError(eErrHookManager_NotHooked, L"The window has no hooks");
+}
 
 constexpr DISPID kAddHook = 1;
 constexpr DISPID kRemoveHook = 2;
@@ -78,7 +83,7 @@ HookManager* HookManager::theOne_ = nullptr;
 IDispatch* HookManager::TheOne() {
     const Lock lock(oneAtATime);
     if (!theOne_ || !theOne_->CountUpIfAlive()) theOne_ = new HookManager;
-    return theOne_;
+    return static_cast<IHookManager*>(theOne_);
 }
 
 // Meanwhile there may be another one, made when this one's last reference was gone.
@@ -128,15 +133,16 @@ STDMETHODIMP HookManager::get_DispatchedMessage(LONG* result) noexcept {
 
 STDMETHODIMP HookManager::CallPreviousProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept {
     return Guard(result, [&] {
-        ThreadHooks* const hooks = ThreadHooks::Current();
-        const auto window = WindowFrom(hWnd);
-        LRESULT below = 0;
-        if (hooks && hooks->CallBelow(window, static_cast<UINT>(iMsg), static_cast<WPARAM>(wParam), lParam, &below)) {
-            return static_cast<LONG>(below);
-        }
-        ClientWindow(hWnd).RequireOwn();
-        throw ClassError(eErrHookManager_NotHooked, L"The window has no hooks");
+        const ThreadHooks* const hooks = ThreadHooks::Current();
+        const MessageValues own = hooks ? hooks->ValuesOf(WindowFrom(hWnd), static_cast<UINT>(iMsg)) : MessageValues{};
+        return static_cast<LONG>(
+            CallBelow(hWnd, iMsg, {WidenedFrom(wParam, own.wParam), WidenedFrom(lParam, own.lParam)}));
     });
+}
+
+STDMETHODIMP HookManager::CallPreviousProcPtr(LONG hWnd, LONG iMsg, LONG_PTR wParam, LONG_PTR lParam,
+                                              LONG_PTR* result) noexcept {
+    return Guard(result, [&] { return CallBelow(hWnd, iMsg, {wParam, lParam}); });
 }
 
 }  // namespace velk

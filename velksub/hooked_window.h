@@ -12,7 +12,8 @@ namespace velk {
 // Holds a reference to a hook object as long as it is attached.
 struct HookTarget {
     ComPtr<ISubclass> subclass;
-    const void* identity;  // an object may show different ISubclass pointers; its IUnknown is always the same
+    ComPtr<ISubclass2> wide;  // empty for a hook that takes the values of messages in Longs only
+    const void* identity;     // an object may show different ISubclass pointers; its IUnknown is always the same
 
     bool operator==(const HookTarget& other) const noexcept { return identity == other.identity; }
 };

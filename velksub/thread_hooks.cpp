@@ -27,17 +27,18 @@ LRESULT CallDefault(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noe
     return call(window, message, wParam, lParam);
 }
 
-// Hooks get 32 bits of a message's values. In a 64-bit process a value that needs more is a pointer or a handle that
-// they could not use.
-bool FitsLong(LPARAM value) noexcept {
-    return value == static_cast<LPARAM>(static_cast<LONG>(value)) ||
-           value == static_cast<LPARAM>(static_cast<ULONG>(value));
+LRESULT CallPrevious(const HookedWindow& window, UINT message, const MessageValues& values) noexcept {
+    return window.CallPrevious(message, static_cast<WPARAM>(values.wParam), values.lParam);
 }
 
-// What a hook passes on unchanged is the message's own value again, with its upper half.
-template <class Value>
-void Widen(Value& given, Value own) noexcept {
-    if (static_cast<LONG>(given) == static_cast<LONG>(own)) given = own;
+HRESULT Run(const HookTarget& hook, HWND window, UINT message, const MessageValues& values, LONG_PTR* result) noexcept {
+    const LONG handle = LongFrom(window), number = static_cast<LONG>(message);
+    if (hook.wide) return hook.wide->WindowProcPtr(handle, number, values.wParam, values.lParam, result);
+    LONG narrow = 0;
+    const HRESULT called = hook.subclass->WindowProc(handle, number, static_cast<LONG>(values.wParam),
+                                                     static_cast<LONG>(values.lParam), &narrow);
+    *result = narrow;
+    return called;
 }
 
 }  // namespace
@@ -129,7 +130,7 @@ LRESULT CALLBACK ThreadHooks::Procedure(HWND window, UINT message, WPARAM wParam
         return (*found)->CallPrevious(message, wParam, lParam);
     }
     const Window kept = *found;
-    return hooks->Dispatch({kept, message, wParam, lParam});
+    return hooks->Dispatch({kept, message, {static_cast<LONG_PTR>(wParam), lParam}});
 }
 
 LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
@@ -143,24 +144,25 @@ LRESULT ThreadHooks::Dispatch(const Call& call) noexcept {
 
 LRESULT ThreadHooks::Below(WindowHooks::Place place, const Call& call) noexcept {
     if (!IsWindow(call.window->handle())) return 0;  // a hook destroyed it
-    const bool fits = FitsLong(static_cast<LPARAM>(call.wParam)) && FitsLong(call.lParam);
-    const WindowHooks::Hook* const hook = fits ? call.window->hooks().Below(call.message, place) : nullptr;
-    return hook ? CallHook(*hook, call) : call.window->CallPrevious(call.message, call.wParam, call.lParam);
+    const WindowHooks& hooks = call.window->hooks();
+    const WindowHooks::Hook* hook = hooks.Below(call.message, place);
+    if (hook && !call.values.FitLongs()) {
+        while (hook && !hook->target.wide) hook = hooks.Below(call.message, hook->place);
+    }
+    return hook ? CallHook(*hook, call) : CallPrevious(*call.window, call.message, call.values);
 }
 
 // A hook that fails, and one that is removed meanwhile, is passed over.
 LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) noexcept {
-    const ComPtr<ISubclass> subclass = hook.target.subclass;
+    const HookTarget target = hook.target;
     Step step(*this, call, hook.place);
     const auto attached = [&] { return call.window->hooks().Holds(call.message, step.place); };
-    LONG response = 0, result = 0;
-    const auto run = [&] {
-        return subclass->WindowProc(LongFrom(call.window->handle()), static_cast<LONG>(call.message),
-                                    static_cast<LONG>(call.wParam), static_cast<LONG>(call.lParam), &result);
-    };
-    if (FAILED(subclass->get_MsgResponse(&response)) || !attached()) return Below(step.place, call);
+    LONG response = 0;
+    LONG_PTR result = 0;
+    const auto run = [&] { return Run(target, call.window->handle(), call.message, call.values, &result); };
+    if (FAILED(target.subclass->get_MsgResponse(&response)) || !attached()) return Below(step.place, call);
     if (response == eMsgResponse_HookAlone) {
-        if (SUCCEEDED(run())) return result;
+        if (SUCCEEDED(run())) return target.wide ? result : step.Whole(result);
         return step.handledBelow ? step.resultBelow : Below(step.place, call);
     }
     const LRESULT below = Below(step.place, call);
@@ -168,17 +170,24 @@ LRESULT ThreadHooks::CallHook(const WindowHooks::Hook& hook, const Call& call) n
     return below;
 }
 
-bool ThreadHooks::CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept {
-    Step* const step = step_;
-    if (step && step->call.window->handle() == window && step->call.message == message) {
-        Widen(wParam, step->call.wParam);
-        Widen(lParam, step->call.lParam);
-        *result = step->resultBelow = Below(step->place, {step->call.window, message, wParam, lParam});
+ThreadHooks::Step* ThreadHooks::StepOf(HWND window, UINT message) const noexcept {
+    const bool its = step_ && step_->call.window->handle() == window && step_->call.message == message;
+    return its ? step_ : nullptr;
+}
+
+MessageValues ThreadHooks::ValuesOf(HWND window, UINT message) const noexcept {
+    const Step* const step = StepOf(window, message);
+    return step ? step->call.values : MessageValues{};
+}
+
+bool ThreadHooks::CallBelow(HWND window, UINT message, const MessageValues& values, LRESULT* result) noexcept {
+    if (Step* const step = StepOf(window, message)) {
+        *result = step->resultBelow = Below(step->place, {step->call.window, message, values});
         step->handledBelow = true;
         return true;
     }
     const Window* const found = Find(window);
-    if (found) *result = (*found)->CallPrevious(message, wParam, lParam);
+    if (found) *result = CallPrevious(**found, message, values);
     return found != nullptr;
 }
 

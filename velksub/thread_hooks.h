@@ -16,10 +16,26 @@
 #include <memory>
 #include <unordered_map>
 
+#include "platform/long_handles.h"
 #include "platform/platform.h"
 #include "velksub/hooked_window.h"
 
 namespace velk {
+
+// As hooks pass them on.
+struct MessageValues {
+    LONG_PTR wParam = 0;
+    LONG_PTR lParam = 0;
+
+    // Whether a hook that takes Longs can have them. What a Long cannot hold is a pointer or a handle of a 64-bit
+    // process that such a hook could not use: half a pointer would crash the first that followed it.
+    bool FitLongs() const noexcept { return FitsLong(wParam) && FitsLong(lParam); }
+
+  private:
+    static bool FitsLong(LONG_PTR value) noexcept {
+        return value == static_cast<LONG>(value) || value == WidenedFrom(static_cast<LONG>(value));
+    }
+};
 
 class ThreadHooks {
   public:
@@ -40,9 +56,12 @@ class ThreadHooks {
     // The hooked message that is being dispatched; 0 while there is none.
     UINT DispatchedMessage() const noexcept { return step_ ? step_->call.message : 0; }
 
+    // The values with which a hook is being called for this message of this window; 0 if it is not.
+    MessageValues ValuesOf(HWND window, UINT message) const noexcept;
+
     // What is below the hook that asks; without a hook that is being called, the window's previous procedure. False for
     // a window without hooks.
-    bool CallBelow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) noexcept;
+    bool CallBelow(HWND window, UINT message, const MessageValues& values, LRESULT* result) noexcept;
 
   private:
     using Window = std::shared_ptr<HookedWindow>;
@@ -50,8 +69,7 @@ class ThreadHooks {
     struct Call {
         const Window& window;
         UINT message;
-        WPARAM wParam;
-        LPARAM lParam;
+        MessageValues values;
     };
 
     // One hook that is being called: a link of the chain from the innermost dispatched message to the outermost.
@@ -60,6 +78,11 @@ class ThreadHooks {
         Step(const Step&) = delete;
         Step& operator=(const Step&) = delete;
         ~Step() { hooks.step_ = outer; }
+
+        // A hook that takes Longs gives back the lower half of what CallPreviousProc gave it.
+        LRESULT Whole(LRESULT result) const noexcept {
+            return handledBelow && static_cast<LONG>(resultBelow) == result ? resultBelow : result;
+        }
 
         ThreadHooks& hooks;
         Step* outer;
@@ -79,6 +102,7 @@ class ThreadHooks {
     LRESULT Dispatch(const Call& call) noexcept;
     LRESULT Below(WindowHooks::Place place, const Call& call) noexcept;
     LRESULT CallHook(const WindowHooks::Hook& hook, const Call& call) noexcept;
+    Step* StepOf(HWND window, UINT message) const noexcept;
 
     std::unordered_map<HWND, Window> windows_;
     Step* step_ = nullptr;

@@ -10,29 +10,63 @@
 
 namespace velk::test {
 
-class TestHook final : public BareObject<ISubclass> {
+// With or without ISubclass2.
+class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
   public:
     struct Message {
-        LONG window, number, wParam, lParam;
+        LONG window, number;
+        LONG_PTR wParam, lParam;
     };
 
-    static ComPtr<TestHook> Make(LONG response) {
+    static ComPtr<TestHook> Make(LONG response, bool wide = false) {
         auto made = ComPtr<TestHook>::Attach(new TestHook);
+        made->wide_ = wide;
         made->respond = [response](LONG* result) { return *result = response, S_OK; };
         return made;
     }
 
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        if (iid != __uuidof(ISubclass2)) return BareObject::QueryInterface(iid, object);
+        *object = wide_ ? static_cast<ISubclass2*>(this) : nullptr;
+        return wide_ ? AddRef(), S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return BareObject::AddRef(); }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return BareObject::Release(); }
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
         return E_NOTIMPL;
     }
     STDMETHODIMP get_MsgResponse(LONG* result) noexcept override { return respond(result); }
     STDMETHODIMP put_MsgResponse(LONG) noexcept override { return S_OK; }
     STDMETHODIMP WindowProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept override {
+        EXPECT_FALSE(wide_);
+        LONG_PTR whole = 0;
+        const HRESULT ends = WindowProcPtr(hWnd, iMsg, wParam, lParam, &whole);
+        return *result = static_cast<LONG>(whole), ends;
+    }
+    STDMETHODIMP WindowProcPtr(LONG hWnd, LONG iMsg, LONG_PTR wParam, LONG_PTR lParam,
+                               LONG_PTR* result) noexcept override {
         return handle ? handle({hWnd, iMsg, wParam, lParam}, result) : S_OK;
     }
 
+    // As this hook passes a message on.
+    LONG_PTR PassOn(IHookManager* manager, const Message& m) const {
+        const auto widely = ComPtr<IHookManager>(manager).As<IHookManager2>();
+        LONG_PTR result = 0;
+        LONG narrow = 0;
+        if (wide_) {
+            EXPECT_EQ(S_OK, widely->CallPreviousProcPtr(m.window, m.number, m.wParam, m.lParam, &result));
+            return result;
+        }
+        EXPECT_EQ(S_OK, manager->CallPreviousProc(m.window, m.number, static_cast<LONG>(m.wParam),
+                                                  static_cast<LONG>(m.lParam), &narrow));
+        return narrow;
+    }
+
     std::function<HRESULT(LONG*)> respond;
-    std::function<HRESULT(const Message&, LONG*)> handle;
+    std::function<HRESULT(const Message&, LONG_PTR*)> handle;
+
+  private:
+    bool wide_ = false;
 };
 
 // The hook library, found without registration while this lives.

@@ -13,44 +13,32 @@ using List = HookList<char>;
 std::string Downwards(const List& list, List::Message message) {
     std::string all;
     List::Place place = List::kTop;
-    while (const List::Hook* const hook = list.Below(message, place)) {
-        all += hook->target;
-        place = hook->place;
-    }
+    while (const List::Hook* const hook = list.Below(message, place)) all += hook->target, place = hook->place;
+    EXPECT_EQ(!all.empty(), list.Wants(message)) << message;
     return all;
 }
 
-TEST(HookList, KeepsEachMessagesHooksInTheirOrder) {
+TEST(HookList, KeepsEachMessagesHooksInTheirOrderAndNoPlaceTwice) {
     List list;
     for (const auto& [message, target] :
          {std::pair{5u, 'a'}, {2u, 'b'}, {5u, 'c'}, {9u, 'd'}, {~0u, 'e'}, {2u, 'a'}, {5u, 'a'}}) {
         list.Add(message, target);
     }
-    EXPECT_EQ("ca", Downwards(list, 5));
-    EXPECT_EQ("ab", Downwards(list, 2));
-    EXPECT_EQ("d", Downwards(list, 9));
-    EXPECT_EQ("e", Downwards(list, ~0u));
-    for (const List::Message unwanted : {0u, 3u, 0xFFFFFFFEu}) EXPECT_FALSE(list.Wants(unwanted));
-    for (const List::Message wanted : {2u, 5u, ~0u}) EXPECT_TRUE(list.Wants(wanted));
+    for (const auto& [message, hooks] :
+         {std::pair{5u, "ca"}, {2u, "ab"}, {9u, "d"}, {~0u, "e"}, {0u, ""}, {3u, ""}, {~1u, ""}}) {
+        EXPECT_EQ(hooks, Downwards(list, message));
+    }
+    const List::Place top = list.Below(5, List::kTop)->place, bottom = list.Below(5, top)->place;
+    EXPECT_TRUE(list.Holds(5, bottom));
     EXPECT_EQ('a', list.Remove(5, 'a'));
     for (const List::Message gone : {5u, 7u}) EXPECT_EQ(std::nullopt, list.Remove(gone, 'a'));
-    EXPECT_EQ("c", Downwards(list, 5));
+    list.Add(5, 'a');
+    EXPECT_FALSE(list.Holds(5, bottom));
+    EXPECT_EQ(nullptr, list.Below(5, top)) << "what was attached later stands above";
+    EXPECT_EQ("ac", Downwards(list, 5));
     EXPECT_EQ("ab", Downwards(list, 2));
-    EXPECT_EQ(5u, list.TakeAll().size());
+    EXPECT_EQ(6u, list.TakeAll().size());
     EXPECT_TRUE(list.empty());
-}
-
-TEST(HookList, APlaceIsNeverGivenTwice) {
-    List list;
-    list.Add(1, 'a');
-    const List::Place first = list.Below(1, List::kTop)->place;
-    list.Remove(1, 'a');
-    list.Add(1, 'a');
-    EXPECT_FALSE(list.Holds(1, first));
-    const List::Place second = list.Below(1, List::kTop)->place;
-    list.Add(1, 'b');
-    EXPECT_TRUE(list.Holds(1, second));
-    EXPECT_EQ(nullptr, list.Below(1, first)) << "what was attached later stands above";
 }
 
 }  // namespace

@@ -1,106 +1,117 @@
 // What the classes that hook windows ask of a hook manager, call by call.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cstdio>
 #include <set>
 #include <string>
 #include <utility>
 
+#include "support/fake.h"
 #include "winhelpers/hooked_fixture.h"
 
 namespace velk::test {
 namespace {
 
-// Notes each call, as "+36a": attach, the message, the window. Refuses the attach number `refused`, counted from 1.
+constexpr HRESULT kRefused = eErrHookManager_NotHooked;
+
+// Notes each call, as "+36a": attach, the message, the window. It is older than IHookManager2.
 class NotingManager final : public BareObject<IHookManager> {
   public:
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
         return E_NOTIMPL;
     }
-    STDMETHODIMP AddHook(ISubclass**, LONG hWnd, LONG iMsg) noexcept override {
-        if (--refused == 0) return E_FAIL;
-        return Note('+', hWnd, iMsg);
+    STDMETHODIMP AddHook(ISubclass** hook, LONG hWnd, LONG iMsg) noexcept override {
+        return --refused == 0 ? kRefused : Note('+', *hook, hWnd, iMsg);
     }
-    STDMETHODIMP RemoveHook(ISubclass**, LONG hWnd, LONG iMsg) noexcept override { return Note('-', hWnd, iMsg); }
+    STDMETHODIMP RemoveHook(ISubclass** hook, LONG hWnd, LONG iMsg) noexcept override {
+        Note('-', *hook, hWnd, iMsg);
+        return refusesAll ? kRefused : S_OK;
+    }
     STDMETHODIMP get_DispatchedMessage(LONG* result) noexcept override { return *result = dispatched, S_OK; }
-    STDMETHODIMP CallPreviousProc(LONG, LONG, LONG, LONG, LONG*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP CallPreviousProc(LONG, LONG, LONG wParam, LONG, LONG*) noexcept override {
+        return wParam == -5 ? kRefused : E_UNEXPECTED;
+    }
 
-    std::string Calls() { return std::exchange(calls_, ""); }
-
-    LONG first = 0;
-    int refused = 0;
-    LONG dispatched = 0;
+    LONG first = 0, dispatched = 0;
+    int refused = 0;  // the number of the attach that fails, counted from 1
+    bool refusesAll = false;
+    std::string calls;
+    ComPtr<ISubclass> kept;
 
   private:
-    HRESULT Note(char what, LONG window, LONG message) {
-        calls_ += what + std::to_string(message) + (window == first ? "a " : "b ");
+    HRESULT Note(char what, ISubclass* hook, LONG window, LONG message) {
+        kept = ComPtr<ISubclass>(hook);
+        calls += what + std::to_string(message) + (window == first ? "a " : "b ");
         return S_OK;
     }
-
-    std::string calls_;
 };
-
-NotingManager* current;  // what the library gets for the hook manager
-HRESULT WINAPI Create(REFCLSID, IUnknown*, DWORD, REFIID iid, void** object) {
-    return current->QueryInterface(iid, object);
-}
 
 class HookCalls : public testing::Test {
   protected:
-    HookCalls() { current = manager.get(), manager->first = a.handle(); }
+    HookCalls() { manager->first = a.handle(); }
 
-    HRESULT Init(const ComPtr<IDispatch>& object, const TestWindow& window) {
-        return Call(object.get(), L"Init", {Arg(window.handle())}).code;
+    // a b: attaches to that window; r: lets go; e: the client's last reference; a digit: that attach is refused; !: all
+    // that is taken off is refused. Failures are noted with their numbers.
+    std::string Play(const CLSID& clsid, const char* events) {
+        auto object = CreateObject<IDispatch>(clsid);
+        const bool menu = clsid == __uuidof(::cIconMenu);
+        manager->refusesAll = false, manager->calls.clear();
+        for (; *events; ++events) {
+            HRESULT code = S_OK;
+            if (*events == 'a' || *events == 'b') {
+                const LONG window = (*events == 'a' ? a : b).handle();
+                code = Call(object.get(), menu ? L"Attach" : L"Init", {Arg(window)}).code;
+                EXPECT_TRUE(menu || manager->refusesAll || window == Get(object.get(), L"hWnd").value.lVal);
+            } else if (*events == 'r') {
+                code = Call(object.get(), menu ? L"Detach" : L"Release").code;
+            } else if (*events == 'e') {
+                object = nullptr;
+            } else if (*events == '!') {
+                manager->refusesAll = true;
+            } else {
+                manager->refused = *events - '0';
+            }
+            char number[20] = "";
+            if (code != S_OK) std::snprintf(number, sizeof number, "%lX ", static_cast<unsigned long>(code));
+            manager->calls += number;
+        }
+        return manager->calls;
     }
 
-    const ImportPatch patch{Library(), "CoCreateInstance", reinterpret_cast<void*>(&Create)};
     const ComPtr<NotingManager> manager = ComPtr<NotingManager>::Attach(new NotingManager);
+    const Fake<decltype(&CoCreateInstance), std::function<HRESULT(REFCLSID, IUnknown*, DWORD, REFIID, void**)>> create{
+        "CoCreateInstance", &CoCreateInstance,
+        [this](REFCLSID, IUnknown*, DWORD, REFIID iid, void** object) { return manager->QueryInterface(iid, object); }};
     const TestWindow a, b;
 };
 
-TEST_F(HookCalls, OfAFormThatDetachesOnceMoreAtItsEnd) {
-    auto form = CreateObject<IDispatch>(__uuidof(CFormSizeConstraint));
-    EXPECT_EQ(S_OK, Init(form, a));
-    EXPECT_EQ(S_OK, Init(form, b));
-    EXPECT_EQ("+36a -36a +36b ", manager->Calls());
-    EXPECT_EQ(S_OK, Call(form.get(), L"Release").code);
-    EXPECT_EQ("-36b ", manager->Calls());
-    form = nullptr;
-    EXPECT_EQ("-36b ", manager->Calls());
-}
-
-TEST_F(HookCalls, OfAListViewWhoseAttachedFlagIsNeverCleared) {
-    auto list = CreateObject<IDispatch>(__uuidof(CListViewExtended));
-    manager->refused = 2;
-    EXPECT_EQ(S_OK, Init(list, a));
-    EXPECT_EQ("+71a ", manager->Calls());
-    manager->refused = 1;
-    EXPECT_EQ(S_OK, Init(list, a));
-    EXPECT_EQ("+78a ", manager->Calls()) << "not attached, so nothing is taken off";
-    EXPECT_EQ(S_OK, Init(list, a));
-    manager->refused = 1;
-    EXPECT_EQ(S_OK, Init(list, b));
-    EXPECT_EQ("+71a +78a -71a -78a +78b ", manager->Calls());
-    list = nullptr;
-    EXPECT_EQ("-71b -78b ", manager->Calls());
-}
-
-TEST_F(HookCalls, OfAnIconMenuThatAttachesWhollyOrNotAtAll) {
-    auto icons = CreateObject<IDispatch>(__uuidof(::cIconMenu));
-    const auto attach = [&](const TestWindow& window) {
-        return Call(icons.get(), L"Attach", {Arg(window.handle())}).code;
+TEST_F(HookCalls, LetGoOfEachHookWithTheLastReference) {
+    const std::string on = "+279a +530a +26a +2a +529a +44a +43a +288a ",
+                      off = "-279a -530a -26a -2a -529a -44a -43a -288a ";
+    const struct {
+        CLSID clsid;
+        const char* events;
+        std::string calls;
+    } cases[] = {
+        {__uuidof(CFormSizeConstraint), "abre", "+36a -36a +36b -36b -36b "},  // once more at its end
+        {__uuidof(CFormSizeConstraint), "1a", "800444B2 "},
+        {__uuidof(CFormSizeConstraint), "a!re", "+36a -36a 800444B2 -36a "},
+        {__uuidof(CListViewExtended), "2a1aa1be", "+71a +78a +71a +78a -71a -78a +78b -71b -78b "},  // no failure
+        {__uuidof(CListViewExtended), "a!e", "+71a +78a -71a -78a "},                                // each is tried
+        {__uuidof(CListViewExtended), "a!b", "+71a +78a -71a -78a 8004472F "},
+        {__uuidof(::cIconMenu), "3aaa", "+279a +530a " + off + "80044803 " + on},  // wholly or not at all, and once
+        {__uuidof(::cIconMenu), "a!e", on + off},
+        {__uuidof(::cIconMenu), "a!rre", on + off + "80044803 "},
     };
-    const std::string added = "+279a +530a +26a +2a +529a +44a +43a +288a ";
-    std::string removed = added;
-    std::ranges::replace(removed, '+', '-');
-    manager->refused = 3;
-    EXPECT_NE(S_OK, attach(a));
-    EXPECT_EQ("+279a +530a " + removed, manager->Calls());
-    EXPECT_EQ(S_OK, attach(a));
-    EXPECT_EQ(S_OK, attach(a));
-    EXPECT_EQ(added, manager->Calls()) << "once is enough";
-    icons = nullptr;
-    EXPECT_EQ(removed, manager->Calls());
+    for (const auto& [clsid, events, calls] : cases) {
+        EXPECT_EQ(calls, Play(clsid, events)) << events;
+        manager->refusesAll = false;
+    }
+    EXPECT_NE(S_OK, manager->kept->get_MsgResponse(&manager->dispatched)) << "a hook that could not be taken off";
+    LONG result = 1;
+    EXPECT_NE(S_OK, manager->kept->WindowProc(a.handle(), WM_NOTIFY, 0, 0, &result));
+    manager->kept = nullptr;
+    EXPECT_TRUE(CanUnload());
 }
 
 TEST_F(HookCalls, AskForTheMessageToSayHowItIsToBeHandled) {
@@ -117,6 +128,12 @@ TEST_F(HookCalls, AskForTheMessageToSayHowItIsToBeHandled) {
             EXPECT_EQ(afterwards.contains(message) ? 2 : 0, response) << message;
             EXPECT_EQ(S_OK, hook->put_MsgResponse(1));
         }
+        const NMHDR header{};
+        LONG_PTR result = 1;
+        const LONG message = clsid == __uuidof(CListViewExtended) ? WM_NOTIFY : WM_ENTERMENULOOP;
+        EXPECT_EQ(kRefused, ComPtr<ISubclass>(hook).As<ISubclass2>()->WindowProcPtr(
+                                a.handle(), message, -5, reinterpret_cast<LPARAM>(&header), &result))
+            << "the hook manager's own number";
     }
 }
 

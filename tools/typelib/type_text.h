@@ -21,7 +21,7 @@ inline constexpr NamedValue kTypes[] = {
     {VT_CY, L"CURRENCY"},     {VT_DATE, L"DATE"},         {VT_BSTR, L"BSTR"},       {VT_DISPATCH, L"IDispatch*"},
     {VT_ERROR, L"SCODE"},     {VT_BOOL, L"VARIANT_BOOL"}, {VT_VARIANT, L"VARIANT"}, {VT_UNKNOWN, L"IUnknown*"},
     {VT_UI1, L"BYTE"},        {VT_INT, L"INT"},           {VT_UINT, L"UINT"},       {VT_VOID, L"void"},
-    {VT_HRESULT, L"HRESULT"},
+    {VT_HRESULT, L"HRESULT"}, {VT_I8, L"LONGLONG"},
 };
 
 inline constexpr NamedValue kKinds[] = {

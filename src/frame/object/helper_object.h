@@ -8,9 +8,9 @@
 namespace velk {
 
 // The base of the small objects that are handed out beside the classes: one interface, a reference count, and a use of
-// the library as long as somebody holds them.
-template <class Interface>
-class HelperObject : public Interface {
+// the library as long as somebody holds them. `Base` is the interface, or a class that has some of its members.
+template <class Base, class Interface = Base>
+class HelperObject : public Base {
   public:
     HelperObject() noexcept = default;
     HelperObject(const HelperObject&) = delete;

@@ -5,6 +5,8 @@
 namespace velk {
 namespace {
 
+constexpr LONG kHooked[] = {WM_GETMINMAXINFO};
+
 void Require(bool valid, EErrFormSizeConstraint code, const wchar_t* description) {
     if (!valid) throw ClassError(code, description);
 }
@@ -20,7 +22,7 @@ constinit const ClassInfo CFormSizeConstraint::kInfo{
 };
 
 CFormSizeConstraint::~CFormSizeConstraint() {
-    Succeeds([&] { Detach(); });
+    if (window_) EndHooks(window_, kHooked);
 }
 
 void CFormSizeConstraint::Attach(LONG window) {
@@ -32,7 +34,7 @@ void CFormSizeConstraint::Attach(LONG window) {
 }
 
 void CFormSizeConstraint::Detach() {
-    if (window_) RemoveHook(window_, WM_GETMINMAXINFO);
+    if (window_) RemoveHooks(window_, kHooked);
 }
 
 STDMETHODIMP CFormSizeConstraint::Init(LONG* hWnd) noexcept {
@@ -95,13 +97,13 @@ HRESULT CFormSizeConstraint::MsgResponse(LONG* result) noexcept {
 }
 
 // Every call counts as WM_GETMINMAXINFO: the object is attached for no other message.
-HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG, LONG lParam, LONG* result) noexcept {
+HRESULT CFormSizeConstraint::WindowProc(LONG, LONG, LONG_PTR, LONG_PTR lParam, LONG_PTR* result) noexcept {
     return Guard(result, [&] {
-        auto* const limits = AddressFrom<MINMAXINFO*>(lParam);
+        auto* const limits = reinterpret_cast<MINMAXINFO*>(lParam);
         if (!limits) throw RuntimeError(Error::InvalidProcedureCall);
         width_.Apply(limits->ptMinTrackSize.x, limits->ptMaxTrackSize.x);
         height_.Apply(limits->ptMinTrackSize.y, limits->ptMaxTrackSize.y);
-        return LONG{0};
+        return LONG_PTR{0};
     });
 }
 

@@ -32,7 +32,7 @@ class CFormSizeConstraint final : public HookingObject<_CFormSizeConstraint> {
     STDMETHODIMP ReleaseForm() noexcept override;  // Release to clients
 
     HRESULT MsgResponse(LONG* result) noexcept override;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam, LONG_PTR* result) noexcept override;
 
   private:
     void Attach(LONG window);

@@ -25,26 +25,41 @@ IHookManager& HookClient::Manager() {
         LogMissingLibrary(created);
     }
     ThrowIfFailed(created);
+    wide_ = manager_.As<IHookManager2>();
     return *manager_.get();
 }
 
+// A failure keeps the number that the hook manager gave it.
+template <class Interface, class... Parameters, class... Arguments>
+void HookClient::Call(Interface& manager, HRESULT (STDMETHODCALLTYPE Interface::*member)(Parameters...),
+                      Arguments... arguments) {
+    ThrowIfMemberFailed((manager.*member)(arguments...), manager);
+}
+
 void HookClient::Add(ISubclass* hook, LONG window, LONG message) {
-    ThrowIfFailed(Manager().AddHook(&hook, window, message));
+    Call(Manager(), &IHookManager::AddHook, &hook, window, message);
 }
 
 void HookClient::Remove(ISubclass* hook, LONG window, LONG message) {
-    ThrowIfFailed(Manager().RemoveHook(&hook, window, message));
+    Call(Manager(), &IHookManager::RemoveHook, &hook, window, message);
 }
 
 LONG HookClient::DispatchedMessage() {
     LONG message = 0;
-    ThrowIfFailed(Manager().get_DispatchedMessage(&message));
+    Call(Manager(), &IHookManager::get_DispatchedMessage, &message);
     return message;
 }
 
-LONG HookClient::CallPreviousProc(LONG window, LONG message, LONG wParam, LONG lParam) {
+LONG_PTR HookClient::CallPreviousProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam) {
+    IHookManager& manager = Manager();
+    if (wide_) {
+        LONG_PTR result = 0;
+        Call(*wide_.get(), &IHookManager2::CallPreviousProcPtr, window, message, wParam, lParam, &result);
+        return result;
+    }
     LONG result = 0;
-    ThrowIfFailed(Manager().CallPreviousProc(window, message, wParam, lParam, &result));
+    Call(manager, &IHookManager::CallPreviousProc, window, message, static_cast<LONG>(wParam),
+         static_cast<LONG>(lParam), &result);
     return result;
 }
 

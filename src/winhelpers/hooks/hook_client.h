@@ -13,12 +13,16 @@ class HookClient {
     void Add(ISubclass* hook, LONG window, LONG message);
     void Remove(ISubclass* hook, LONG window, LONG message);
     LONG DispatchedMessage();
-    LONG CallPreviousProc(LONG window, LONG message, LONG wParam, LONG lParam);
+    LONG_PTR CallPreviousProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam);
 
   private:
     IHookManager& Manager();
+    template <class Interface, class... Parameters, class... Arguments>
+    static void Call(Interface& manager, HRESULT (STDMETHODCALLTYPE Interface::*member)(Parameters...),
+                     Arguments... arguments);
 
     ComPtr<IHookManager> manager_;  // created on first use
+    ComPtr<IHookManager2> wide_;    // the same; empty when the hook library is older than that interface
     bool missingLogged_ = false;
 };
 

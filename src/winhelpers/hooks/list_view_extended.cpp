@@ -64,7 +64,7 @@ constinit const ClassInfo CListViewExtended::kInfo{
 };
 
 CListViewExtended::~CListViewExtended() {
-    Succeeds([&] { Detach(); });
+    if (attached_) EndHooks(window_, kHooked);
 }
 
 void CListViewExtended::Attach(LONG window) {
@@ -79,8 +79,7 @@ void CListViewExtended::Attach(LONG window) {
 }
 
 void CListViewExtended::Detach() {
-    if (!attached_) return;
-    for (const LONG message : kHooked) RemoveHook(window_, message);
+    if (attached_) RemoveHooks(window_, kHooked);
 }
 
 HWND CListViewExtended::Window() const {
@@ -175,11 +174,12 @@ HRESULT CListViewExtended::MsgResponse(LONG* result) noexcept {
     });
 }
 
-HRESULT CListViewExtended::WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept {
+HRESULT CListViewExtended::WindowProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam,
+                                      LONG_PTR* result) noexcept {
     return PassOn(result, [&] {
         if (message == WM_NOTIFY) return Notified(window, wParam, lParam);
         if (message == WM_WINDOWPOSCHANGED) StretchColumns(WindowFrom(window));
-        return LONG{0};
+        return LONG_PTR{0};
     });
 }
 
@@ -195,7 +195,7 @@ void CListViewExtended::StretchColumns(HWND list) {
     if (!header) return;
     RedrawPause pause(list, header);  // ends without columns, too
     const LONG count = Send(header, HDM_GETITEMCOUNT);
-    if (count <= 0) return;
+    if (count == 0) return;
     pause.Begin();
     const auto set = [&](LONG column, LONG to) { Send(list, LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), to); };
     for (LONG i = 0; i < count - 1; ++i) set(i, fit.Scale(Send(list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(i))));
@@ -203,8 +203,8 @@ void CListViewExtended::StretchColumns(HWND list) {
 }
 
 // Deliberate: the wide forms of the two notifications pass through.
-LONG CListViewExtended::Notified(LONG window, LONG wParam, LONG lParam) {
-    const auto& header = Given(AddressFrom<const NMHDR*>(lParam));
+LONG_PTR CListViewExtended::Notified(LONG window, LONG_PTR wParam, LONG_PTR lParam) {
+    const auto& header = Given(reinterpret_cast<const NMHDR*>(lParam));
     const bool resizes = header.code == HDN_BEGINTRACKA || header.code == HDN_DIVIDERDBLCLICKA;
     if (preventColumnResize_ && resizes) return 1;
     return hooks_.CallPreviousProc(window, WM_NOTIFY, wParam, lParam);

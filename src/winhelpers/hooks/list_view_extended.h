@@ -31,7 +31,7 @@ class CListViewExtended final : public HookingObject<_CListViewExtended> {
     STDMETHODIMP put_Redraw(VARIANT_BOOL* Value) noexcept override;
 
     HRESULT MsgResponse(LONG* result) noexcept override;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam, LONG_PTR* result) noexcept override;
 
   private:
     void Attach(LONG window);
@@ -39,7 +39,7 @@ class CListViewExtended final : public HookingObject<_CListViewExtended> {
 
     HWND Window() const;  // raises that there is none
     void StretchColumns(HWND list);
-    LONG Notified(LONG window, LONG wParam, LONG lParam);
+    LONG_PTR Notified(LONG window, LONG_PTR wParam, LONG_PTR lParam);
 
     LONG window_ = 0;
     LONG lastWidth_ = 0;

@@ -20,7 +20,7 @@ UINT RequireCommand(LONG command) {
 
 void RequireOwnWindow(LONG handle) {
     const DWORD thread = GetWindowThreadProcessId(WindowFrom(handle), nullptr);
-    if (thread != GetCurrentThreadId()) throw RuntimeError(Error::InvalidProcedureCall);
+    if (thread != GetCurrentThreadId() || !IsWhole(handle)) throw RuntimeError(Error::InvalidProcedureCall);
 }
 
 COLORREF MaskOf(LONG colour) {
@@ -41,7 +41,9 @@ constinit const ClassInfo cIconMenu::kInfo{
 };
 
 cIconMenu::~cIconMenu() {
-    Succeeds([&] { Unhook(); });
+    if (!window_) return;
+    messages_.RestoreMenus();
+    EndHooks(window_, MenuMessages::kHooked);
 }
 
 STDMETHODIMP cIconMenu::Attach(LONG hWnd) noexcept {
@@ -60,21 +62,17 @@ void cIconMenu::Hook(LONG window) {
     try {
         for (const LONG message : MenuMessages::kHooked) AddHook(window, message);
     } catch (...) {
-        RemoveHooks(window);
+        Succeeds([&] { RemoveHooks(window, MenuMessages::kHooked); });
         throw;
     }
     Unhook();
     window_ = window;
 }
 
-void cIconMenu::RemoveHooks(LONG window) {
-    for (const LONG message : MenuMessages::kHooked) RemoveHook(window, message);
-}
-
 void cIconMenu::Unhook() {
     if (!window_) return;
     messages_.RestoreMenus();
-    RemoveHooks(std::exchange(window_, 0));
+    RemoveHooks(std::exchange(window_, 0), MenuMessages::kHooked);
 }
 
 STDMETHODIMP cIconMenu::get_hWnd(LONG* result) noexcept { return Get(result, window_); }
@@ -161,13 +159,12 @@ HRESULT cIconMenu::MsgResponse(LONG* result) noexcept {
     });
 }
 
-HRESULT cIconMenu::WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept {
+HRESULT cIconMenu::WindowProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam, LONG_PTR* result) noexcept {
     return Guard(result, [&] {
-        if (message == WM_DESTROY) return Unhook(), LONG{0};
+        if (message == WM_DESTROY) return Unhook(), LONG_PTR{0};
         const auto handled =
-            messages_.Handle(WindowFrom(window), static_cast<UINT>(message), static_cast<WPARAM>(wParam),
-                             reinterpret_cast<LPARAM>(AddressFrom<void*>(lParam)));
-        return handled ? static_cast<LONG>(*handled) : hooks_.CallPreviousProc(window, message, wParam, lParam);
+            messages_.Handle(WindowFrom(window), static_cast<UINT>(message), static_cast<WPARAM>(wParam), lParam);
+        return handled ? *handled : hooks_.CallPreviousProc(window, message, wParam, lParam);
     });
 }
 

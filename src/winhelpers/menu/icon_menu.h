@@ -38,13 +38,12 @@ class cIconMenu final : public HookingObject<_cIconMenu> {
     STDMETHODIMP ClearIcons() noexcept override;
 
     HRESULT MsgResponse(LONG* result) noexcept override;
-    HRESULT WindowProc(LONG window, LONG message, LONG wParam, LONG lParam, LONG* result) noexcept override;
+    HRESULT WindowProc(LONG window, LONG message, LONG_PTR wParam, LONG_PTR lParam, LONG_PTR* result) noexcept override;
 
   private:
     static constexpr LONG kMagenta = RGB(255, 0, 255);
 
     void Hook(LONG window);
-    void RemoveHooks(LONG window);
     void Unhook();
     void RequireImage(LONG image) const;
 
