@@ -118,14 +118,18 @@ TEST(Reports, GoToTheDebuggerWhenTheEnvironmentSaysSo) {
 
 struct Restless : CShapes {
     static inline int destroyed = 0;
+    using CShapes::CountUpIfAlive;
     ~Restless() override {
         ++destroyed;
         ComPtr<_CShapes>(this).As<IUnknown>();
+        EXPECT_FALSE(CountUpIfAlive());
     }
 };
 
 TEST(AutomationObject, ADestructorMayUseReferencesToItsOwnObject) {
-    EXPECT_EQ(0u, (new Restless)->Release());
+    auto* const object = new Restless;
+    EXPECT_TRUE(object->CountUpIfAlive());
+    for (const ULONG left : {1u, 0u}) EXPECT_EQ(left, object->Release());
     EXPECT_EQ(1, Restless::destroyed);
 }
 
