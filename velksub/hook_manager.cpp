@@ -92,8 +92,10 @@ HookManager::~HookManager() {
     if (theOne_ == this) theOne_ = nullptr;
 }
 
+// Held from here: who is asked whether it is a script's hook may drop the last reference.
 STDMETHODIMP HookManager::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                                  VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
+    const Hold hold(*this);
     const auto invoke = [&](DISPPARAMS* given) {
         return AutomationObject::Invoke(id, reserved, locale, flags, given, result, exception, badArgument);
     };

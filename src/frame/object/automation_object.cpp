@@ -93,11 +93,12 @@ HRESULT ObjectCore::InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* resu
     std::vector<EnumeratedValue> values;
     values.reserve(items->size());
     for (Variant& item : *items) values.push_back({std::move(item)});
-    IEnumVARIANT* enumerator = nullptr;
-    const HRESULT made = Enumerator<IEnumVARIANT, EnumeratedValue, VARIANT>::Make(std::move(values), &enumerator);
+    ComPtr<IEnumVARIANT> enumerator;
+    const HRESULT made =
+        Enumerator<IEnumVARIANT, EnumeratedValue, VARIANT>::Make(std::move(values), enumerator.Receive());
     if (FAILED(made) || !result) return made;
     result->vt = VT_UNKNOWN;
-    result->punkVal = enumerator;
+    result->punkVal = enumerator.Detach();
     return S_OK;
 } catch (...) {
     return dispatch::Exception(Fail("NewEnum", FailurePolicy::PassOn), exception);
