@@ -48,6 +48,9 @@ class Connection {
     HRESULT result() const noexcept { return result_; }
     void Disconnect() {
         if (point_ && cookie_) point_->Unadvise(cookie_);
+        Forget();
+    }
+    void Forget() {  // it stays connected
         point_ = nullptr;
         cookie_ = 0;
     }

@@ -8,17 +8,23 @@
 
 namespace velk::test {
 
-// An object with nothing but a default property, which can fail and run code of its own.
+// An object with nothing but a default property, which can fail and run code of its own; as a sink it does the same.
 class ValueObject final : public BareDispatch {
   public:
     Variant value;
     HRESULT answer = S_OK;
-    std::function<void()> onRead;
+    std::function<void()> onRead, onQuestion;  // a question is what else the object is
+    ComPtr<IUnknown> more;                     // which has further interfaces
 
     static ComPtr<ValueObject> Make(const VARIANT& value) {
         auto made = ComPtr<ValueObject>::Attach(new ValueObject);
         VariantCopy(&made->value, const_cast<VARIANT*>(&value));
         return made;
+    }
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        if (onQuestion) onQuestion();
+        const HRESULT found = BareDispatch::QueryInterface(iid, object);
+        return FAILED(found) && more ? more->QueryInterface(iid, object) : found;
     }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
                         UINT*) noexcept override {

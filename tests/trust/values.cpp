@@ -8,25 +8,18 @@
 namespace velk::test {
 namespace {
 
-std::vector<ComPtr<ValueObject>> MakeObjects() {
-    std::vector<ComPtr<ValueObject>> objects;
-    const Variant text = Text(L"12");
-    for (const VARIANT& value : {Arg(12L), static_cast<const VARIANT&>(text), Missing()}) {
-        objects.push_back(ValueObject::Make(value));
-    }
-    for (const HRESULT answer : {E_FAIL, DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND, E_OUTOFMEMORY, RPC_E_DISCONNECTED}) {
-        objects.push_back(ValueObject::Make(Arg(0L)));
-        objects.back()->answer = answer;
-    }
-    for (const auto& object : objects) object->onRead = &Client::Interfere;
-    return objects;
-}
+Variant SimpleValue();
 
 Variant Of(VARTYPE type, LONGLONG bits = 0) {
     Variant value;
     value.vt = type;
     value.llVal = bits;
     return value;
+}
+
+template <class Object>
+Variant Of(VARTYPE type, ComPtr<Object> object) {
+    return Of(type, reinterpret_cast<LONG_PTR>(object.Detach()));
 }
 
 Variant TextValue() { return Of(VT_BSTR, OneIn(10) ? 0 : reinterpret_cast<LONG_PTR>(Bstr(AnyText()).Detach())); }
@@ -48,34 +41,33 @@ Variant NumberValue() {
 }
 
 Variant ObjectValue() {
+    if (!furtherObjects.empty() && OneIn(2)) return Of(VT_DISPATCH, AnyOf(furtherObjects));
     const VARTYPE type = OneIn(3) ? VT_UNKNOWN : VT_DISPATCH;
-    if (!furtherObjects.empty() && OneIn(2)) {
-        return Of(VT_DISPATCH, reinterpret_cast<LONG_PTR>(ComPtr<IDispatch>(AnyOf(furtherObjects)).Detach()));
-    }
-    return Of(type, OneIn(4) ? 0 : reinterpret_cast<LONG_PTR>(ComPtr<ValueObject>(AnyOf(Objects())).Detach()));
+    return OneIn(4) ? Of(type) : Of(type, AnyOf(Objects()));
 }
 
-void Fill(SAFEARRAY* array, VARTYPE type) {
+Variant SimpleValue() { return OneIn(3) ? TextValue() : OneIn(3) ? ObjectValue() : NumberValue(); }
+
+SAFEARRAY* Filled(SAFEARRAY* array, VARTYPE type) {
     std::size_t count = 1;
     for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
     for (std::size_t i = 0; i < count; ++i) {
         if (type == VT_BSTR) static_cast<BSTR*>(array->pvData)[i] = TextValue().Detach().bstrVal;
         if (type == VT_VARIANT) static_cast<VARIANT*>(array->pvData)[i] = SimpleValue().Detach();
     }
+    return array;
 }
 
 Variant StringArray() {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_BSTR, OneIn(2), static_cast<ULONG>(Below(5)));
-    Fill(array, VT_BSTR);
-    return Of(VT_ARRAY | VT_BSTR, reinterpret_cast<LONG_PTR>(array));
+    return Of(VT_ARRAY | VT_BSTR, reinterpret_cast<LONG_PTR>(Filled(array, VT_BSTR)));
 }
 
 // Of any type, dimensions and bounds; sometimes not allocated, without data, or of another type than its value says.
 Variant ArrayValue() {
     static const VARTYPE kTypes[] = {VT_BSTR, VT_VARIANT, VT_BSTR, VT_VARIANT, VT_I4, VT_UI1, VT_R8, VT_DISPATCH};
     static const LONG kLowest[] = {0, 1, -3, 0x7FFFFFF0};
-    const VARTYPE type = AnyOf(kTypes);
-    const VARTYPE said = VT_ARRAY | (OneIn(8) ? AnyOf(kTypes) : type);
+    const VARTYPE type = AnyOf(kTypes), said = VT_ARRAY | (OneIn(8) ? AnyOf(kTypes) : type);
     if (OneIn(8)) return Of(said);
     SAFEARRAY* array = nullptr;
     const UINT dimensions = OneIn(2) ? 1 : static_cast<UINT>(1 + Below(3));
@@ -85,16 +77,41 @@ Variant ArrayValue() {
         SafeArrayAllocDescriptorEx(type, dimensions, &array);
         std::copy_n(bounds, dimensions, array->rgsabound);
     } else {
-        array = SafeArrayCreate(type, dimensions, bounds);
-        Fill(array, type);
+        array = Filled(SafeArrayCreate(type, dimensions, bounds), type);
     }
     return Of(said, reinterpret_cast<LONG_PTR>(array));
 }
 
-// A type that may not exist, without contents: no client can pass a pointer of a kind that nobody knows.
-Variant WildValue() {
-    const auto type = static_cast<VARTYPE>(OneIn(2) ? engine() : Below(80) | (Below(8) << 12));
-    return Of(type);
+Variant SaneValue(VARTYPE type) {
+    if (type == VT_VARIANT) return OneIn(5) ? StringArray() : SimpleValue();
+    if (type == VT_BSTR) return TextValue();
+    if (type == VT_DISPATCH || type == VT_UNKNOWN) return ObjectValue();
+    if (type == (VT_ARRAY | VT_BSTR)) return OneIn(5) ? Of(type) : StringArray();
+    if (type == VT_I4 && realWindow && OneIn(2)) return Of(type, realWindow);
+    Variant value = Of(type, Below(5));
+    if (type == VT_R8) value.dblVal = Below(1000) / 8.0;
+    return value;
+}
+
+std::vector<ComPtr<ValueObject>> MakeObjects() {
+    std::vector<ComPtr<ValueObject>> objects;
+    const Variant text = Text(L"12");
+    for (const VARIANT& value : {Arg(12L), static_cast<const VARIANT&>(text), Missing()}) {
+        objects.push_back(ValueObject::Make(value));
+    }
+    for (const HRESULT answer : {E_FAIL, DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND, E_OUTOFMEMORY, RPC_E_DISCONNECTED}) {
+        objects.push_back(ValueObject::Make(Arg(0L)));
+        objects.back()->answer = answer;
+    }
+    // One of them is a picture, too.
+    PICTDESC none{sizeof(PICTDESC), PICTYPE_NONE, {}};
+    EXPECT_EQ(S_OK, OleCreatePictureIndirect(&none, IID_IPictureDisp, TRUE, objects[0]->more.ReceiveVoid()));
+    for (const auto& object : objects) {
+        object->onRead = object->onQuestion = [] {
+            if (clientCode) clientCode();
+        };
+    }
+    return objects;
 }
 
 }  // namespace
@@ -104,39 +121,23 @@ std::wstring AnyText() {
                                             L"abc", L"True", L"12/31/1999", L"C:\\none\\x.dat"};
     // around the sizes of the buffers that texts go through
     static const int kLengths[] = {254, 255, 256, 259, 260, 261, 8191, 8192, 8193, 32'767, 65'535, 65'536, 100'000};
+    if (!furtherTexts.empty() && OneIn(4)) return AnyOf(furtherTexts);
     if (OneIn(2)) return AnyOf(kTexts);
     std::wstring text(static_cast<std::size_t>(OneIn(100) ? AnyOf(kLengths) : Below(40)), L' ');
     for (wchar_t& c : text) c = static_cast<wchar_t>(OneIn(3) ? engine() : L'!' + Below(90));
     return text;
 }
 
-Variant SimpleValue() { return OneIn(3) ? TextValue() : OneIn(3) ? ObjectValue() : NumberValue(); }
-
+// One type in eight may not exist, and is without contents: no client can pass a pointer of a kind that nobody knows.
 Variant AnyValue() {
-    if (OneIn(8)) return WildValue();
+    if (OneIn(8)) return Of(static_cast<VARTYPE>(OneIn(2) ? engine() : Below(80) | (Below(8) << 12)));
     return OneIn(4) ? ArrayValue() : SimpleValue();
 }
 
-Variant SaneValue(VARTYPE type) {
-    switch (type) {
-        case VT_VARIANT:
-            return OneIn(5) ? StringArray() : SimpleValue();
-        case VT_BSTR:
-            return TextValue();
-        case VT_DISPATCH:
-        case VT_UNKNOWN:
-            return ObjectValue();
-        case VT_ARRAY | VT_BSTR:
-            return OneIn(5) ? Of(type) : StringArray();
-        case VT_R8: {
-            Variant value = Of(type);
-            value.dblVal = Below(1000) / 8.0;
-            return value;
-        }
-        default:
-            if (type == VT_I4 && realWindow && OneIn(2)) return Of(type, realWindow);
-            return Of(type, Below(5));
-    }
+// The hook library takes nothing but hooks.
+Variant ExactValue(VARTYPE type) {
+    const bool isHook = type == VT_DISPATCH && !furtherObjects.empty();
+    return isHook ? Of(type, furtherObjects[0]) : SaneValue(type);
 }
 
 std::vector<ComPtr<ValueObject>>& Objects() {
@@ -171,8 +172,8 @@ VARIANT Client::Any() {
     }
 }
 
-void Client::Interfere() {
-    if (!current_ || current_->variables_.empty() || OneIn(2)) return;
+void Client::ChangeAVariable() {
+    if (!current_ || current_->variables_.empty()) return;
     VARIANT* const variable = AnyOf(current_->variables_);
     if (SUCCEEDED(VariantClear(variable)))
         *variable = OneIn(2) ? AnyValue().Detach() : Ref(static_cast<VARTYPE>(VT_I2 + Below(20)), nullptr);

@@ -7,7 +7,6 @@
 
 #include "support/late_bound.h"
 #include "support/value_object.h"
-#include "trust/members.h"
 
 namespace velk::test {
 
@@ -21,49 +20,51 @@ auto& AnyOf(Values& values) {
     return values[static_cast<std::size_t>(Below(static_cast<int>(std::size(values))))];
 }
 
-// The objects that calls pass. Reading one runs foreign code, which may change the client's variables.
-std::vector<ComPtr<ValueObject>>& Objects();
-
-// What a campaign has beyond that: a window, and further objects.
+// What calls may meet: a window, texts that name something, and objects. Reading an object or asking it who it is runs
+// the client's code.
 inline LONG realWindow = 0;
+inline std::vector<std::wstring> furtherTexts;
 inline std::vector<ComPtr<IDispatch>> furtherObjects;
+std::vector<ComPtr<ValueObject>>& Objects();
+inline std::function<void()> clientCode;
 
 std::wstring AnyText();
-Variant SimpleValue();
 Variant AnyValue();
-Variant SaneValue(VARTYPE type);
+Variant ExactValue(VARTYPE type);  // of just this type
 
-// The client's side of one call: its values and variables, which go with it.
+// What a member takes.
+struct Taken {
+    VARTYPE type;
+    bool byReference, optional;
+};
+
+// The client's side of one call: its values and variables, which are destroyed with it.
 class Client {
   public:
-    Client() noexcept { current_ = this; }
+    Client() noexcept : outer_(std::exchange(current_, this)) {}
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
-    ~Client() { current_ = nullptr; }
+    ~Client() { current_ = outer_; }
 
-    // An argument as a client that knows the member passes it.
-    VARIANT Sane(Taken taken);
-
+    VARIANT Sane(Taken taken);  // as a client that knows the member passes it
     VARIANT Any();
 
-    // While a default property is read or an event handled, foreign code changes one of the client's variables.
-    static void Interfere();
+    static void ChangeAVariable();  // of the call that runs
 
   private:
-    Variant& Keep(Variant value) { return values_.emplace_back(std::move(value)); }
-
-    VARIANT Plain(Variant value) { return Keep(std::move(value)); }
+    VARIANT Plain(Variant value) { return values_.emplace_back(std::move(value)); }
     VARIANT Variable(Variant value) {
-        variables_.push_back(&Keep(std::move(value)));
+        variables_.push_back(&values_.emplace_back(std::move(value)));
         return Arg(variables_.back());
     }
     VARIANT Reference(Variant value) {
-        Variant& kept = Keep(std::move(value));
+        Variant& kept = values_.emplace_back(std::move(value));
         const bool whole = kept.vt == VT_DECIMAL || kept.vt == VT_VARIANT;
         return Ref(kept.vt, whole || kept.vt & VT_BYREF ? nullptr : &kept.llVal);
     }
 
     static inline Client* current_ = nullptr;
+    Client* const outer_;
     std::deque<Variant> values_;
     std::vector<VARIANT*> variables_;
 };

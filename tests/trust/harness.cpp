@@ -1,0 +1,226 @@
+#include "trust/harness.h"
+
+#include <algorithm>
+#include <clocale>
+#include <csignal>
+#include <map>
+
+#include "tools/typelib/type_reader.h"
+
+namespace velk::test {
+namespace {
+
+Taken Resolve(const Type& type, const TYPEDESC& description) {
+    if (description.vt == VT_PTR) {
+        const Taken target = Resolve(type, *description.lptdesc);
+        return {target.type, target.type != VT_DISPATCH || description.lptdesc->vt != VT_USERDEFINED, false};
+    }
+    if (description.vt == VT_SAFEARRAY) return {static_cast<VARTYPE>(VT_ARRAY | description.lptdesc->vt), false, false};
+    if (description.vt != VT_USERDEFINED) return {description.vt, false, false};
+    Type named;
+    ThrowIfFailed(type->GetRefTypeInfo(description.hreftype, named.Receive()));
+    const auto attributes = AttributesOf(named);
+    if (attributes->typekind == TKIND_ALIAS) return Resolve(named, attributes->tdescAlias);
+    return {static_cast<VARTYPE>(attributes->typekind == TKIND_ENUM ? VT_I4 : VT_DISPATCH), false, false};
+}
+
+Member ReadMember(const Type& type, const FUNCDESC& function) {
+    Member member{DocumentationOf(type, function.memid).name, function.memid, static_cast<WORD>(function.invkind),
+                  static_cast<ULONG_PTR>(function.oVft)};
+    for (SHORT i = 0; i < function.cParams; ++i) {
+        const TYPEDESC& description = function.lprgelemdescParam[i].tdesc;
+        const USHORT attributes = function.lprgelemdescParam[i].paramdesc.wParamFlags;
+        Taken taken = Resolve(type, description);
+        taken.optional = attributes & PARAMFLAG_FOPT;
+        if (attributes & PARAMFLAG_FRETVAL)
+            member.result = taken;
+        else
+            member.parameters.push_back(taken);
+    }
+    return member;
+}
+
+template <class Read>
+std::wstring TextFrom(Read read) {
+    wchar_t text[32768] = L"";
+    read(static_cast<DWORD>(ARRAYSIZE(text)), text);
+    return text;
+}
+
+// A crash or std::terminate inside a library takes every trace along but this.
+void TellWhatEnded() {
+    std::printf("The process was ended in %s\n", inHand.c_str());
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+ComPtr<IDispatch> Class::MakeObject() const {
+    ComPtr<IClassFactory> factory;
+    ComPtr<IDispatch> object;
+    Export<decltype(&DllGetClassObject)>("DllGetClassObject", library)(clsid, IID_IClassFactory, factory.ReceiveVoid());
+    EXPECT_TRUE(factory && factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()) == S_OK);
+    return object;
+}
+
+const std::vector<Class>& ReadClasses(const wchar_t* library) {
+    static std::map<std::wstring, std::vector<Class>> read;
+    std::vector<Class>& classes = read[library];
+    if (!classes.empty()) return classes;
+    const HMODULE module = LoadLibraryW(BuiltFile(library).c_str());
+    for (const Type& coclass : TypesOf(LoadTypes(BuiltFile(library).c_str()))) {
+        if (AttributesOf(coclass)->typekind != TKIND_COCLASS) continue;
+        const Type face = OwnMembers(Implemented(coclass, 0));
+        Class& made = classes.emplace_back(Class{NameOf(coclass), AttributesOf(coclass)->guid, module});
+        for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {
+            made.members.push_back(ReadMember(face, *FunctionOf(face, i)));
+        }
+    }
+    EXPECT_FALSE(classes.empty());
+    return classes;
+}
+
+bool CanUnload(const wchar_t* library) {
+    return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", ReadClasses(library)[0].library)() == S_OK;
+}
+
+void ForEachMember(const wchar_t* library, const std::function<void(const Class&, const Member&)>& trial) {
+    std::signal(SIGABRT, [](int) { TellWhatEnded(); });
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS*) __attribute__((stdcall))->LONG {
+        TellWhatEnded();
+        return EXCEPTION_EXECUTE_HANDLER;
+    });
+    for (const Class& one : ReadClasses(library)) {
+        for (const Member& member : one.members) {
+            inHand = Narrow(one.name + L"." + member.name);
+            SCOPED_TRACE(inHand);
+            trial(one, member);
+        }
+    }
+}
+
+Surroundings::Surroundings(const wchar_t* library) {
+    if (std::wstring_view(library) == kHooks) furtherObjects.push_back(hook_.As<IDispatch>());
+    // Without "[END]" the seal is 0.
+    furtherTexts = {folder_.Write(L"sealed", "[BEGIN]\r\nA=1\r\n@CRC=0"),
+                    folder_.Write(L"broken", "[BEGIN]\r\n@CRC=1")};
+}
+
+Surroundings::~Surroundings() {
+    furtherObjects.clear();
+    furtherTexts.clear();
+    EXPECT_EQ(1u, hook_->count());
+    for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
+}
+
+ProcessState::ProcessState()
+    : paths(TextFrom(&GetCurrentDirectoryW) + L"|" + TextFrom(&GetDllDirectoryW) + L"|" +
+            TextFrom([](DWORD size, wchar_t* text) { GetEnvironmentVariableW(L"PATH", text, size); })) {
+    constexpr unsigned kControl = 0xFFC0;  // the other bits tell what happened
+    asm volatile("fnstcw %0" : "=m"(controlWord));
+    asm volatile("stmxcsr %0" : "=m"(mxcsr));
+    mxcsr &= kControl;
+}
+
+void Belongings::ExpectNoMore() const {
+    const Belongings now;
+    EXPECT_EQ(blocks, now.blocks) << "strings, arrays, task memory";
+    EXPECT_EQ(heap, now.heap) << "the library's own heap";
+    EXPECT_EQ(handles, now.handles) << "kernel handles";
+    EXPECT_EQ(drawing, now.drawing) << "drawing objects";
+    EXPECT_TRUE(process == now.process) << "what belongs to the process";
+}
+
+bool IsProper(HRESULT answer) {
+    const bool automation = answer >= DISP_E_UNKNOWNINTERFACE && answer <= DISP_E_BUFFERTOOSMALL;
+    return answer == S_OK || automation || answer == E_INVALIDARG || answer == E_POINTER || answer == E_OUTOFMEMORY;
+}
+
+Request::Request(const Member& member, Client& client, Arguments wanted) : id(member.id), flags(member.kind) {
+    for (const Taken taken : member.parameters) {
+        arguments.push_back(wanted == Arguments::Sane || OneIn(2) ? client.Sane(taken) : client.Any());
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    parameters = {arguments.data(), names.data(), static_cast<UINT>(arguments.size()), member.IsLet() ? 1u : 0u};
+}
+
+void Request::Damage(Client& client) {
+    static const DISPID kIds[] = {0, -1, -3, -4, -5, 3, 99, 0x7FFFFFFF, static_cast<DISPID>(0x80000000)};
+    const auto upTo = [](UINT count) { return static_cast<UINT>(Below(static_cast<int>(count) + 1)); };
+    const UINT huge = 0xFFFFFFFF - upTo(2), given = parameters.cArgs;
+    const std::function<void()> kinds[] = {
+        [&] { parameters.cArgs = upTo(given); },
+        [&] {
+            for (int i = 1 + Below(20); i > 0; --i) arguments.push_back(client.Any());
+            parameters.rgvarg = arguments.data();
+            parameters.cArgs = static_cast<UINT>(arguments.size());
+        },
+        [&] { parameters.rgvarg = nullptr; },
+        [&] { parameters.rgdispidNamedArgs = nullptr, parameters.cNamedArgs = upTo(2); },
+        [&] {
+            parameters.cNamedArgs = upTo(given + 1);
+            for (DISPID& name : names) name = OneIn(3) ? AnyOf(kIds) : Below(4);
+        },
+        [&] { parameters.cArgs = huge; },
+        [&] { parameters.cNamedArgs = huge; },
+        [&] { id = AnyOf(kIds); },
+        [&] { flags = static_cast<WORD>(OneIn(2) ? Below(16) : engine()); },
+        [&] { iid = OneIn(2) ? IID_IDispatch : IID_IUnknown; },
+        [&] { isNull = true; }};
+    AnyOf(kinds)();
+}
+
+SlotCall::SlotCall(const Member& member) : member_(member), takes_(member.parameters) {
+    if (member.result) takes_.push_back(*member.result);
+    places_.resize(takes_.size());
+    words_.resize(takes_.size());
+}
+
+void SlotCall::Give(std::size_t argument, Variant value) {
+    const Taken& taken = takes_[argument];
+    Variant& place = places_[argument] = std::move(value);
+    const bool whole = taken.type == VT_VARIANT;
+    if (!whole) place.vt = taken.type;
+    const void* const at = whole ? static_cast<void*>(&place) : static_cast<void*>(&place.llVal);
+    words_[argument] = taken.byReference ? reinterpret_cast<LONG_PTR>(at) : place.llVal;
+}
+
+HRESULT SlotCall::Make(IDispatch* object) {
+    constexpr VARTYPE kPointer = sizeof(void*) == 4 ? VT_UI4 : VT_UI8;
+    std::vector<VARTYPE> types;
+    std::vector<Variant> words(takes_.size());
+    std::vector<VARIANTARG*> arguments;
+    for (std::size_t i = 0; i < takes_.size(); ++i) {
+        types.push_back(takes_[i].byReference || takes_[i].type & VT_ARRAY ? kPointer : takes_[i].type);
+        words[i].llVal = words_[i];
+        arguments.push_back(&words[i]);
+    }
+    Variant answer;
+    EXPECT_EQ(S_OK, DispCallFunc(object, member_.slot, CC_STDCALL, VT_I4, static_cast<UINT>(types.size()), types.data(),
+                                 arguments.data(), &answer));
+    return answer.lVal;
+}
+
+Attempt::Attempt(const Class& one, const Member& member, unsigned seed)
+    : object_(one.MakeObject()), member_(member), seed_(seed) {
+    if (!object_.As<ISubclass>() && one.library == Library()) return;
+    PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
+    realWindow = window_.emplace().handle();
+    if (seed % 2) AttachTo(realWindow, object_.get());
+}
+
+Attempt::Answer Attempt::Make(const std::function<void()>& before, const std::function<void()>& after) {
+    engine.seed(seed_);
+    Client client;
+    Request request(member_, client, Arguments::Sane);
+    Variant result;
+    Raised raised;
+    UINT bad = 0;
+    if (before) before();
+    const HRESULT called = request.SendTo(object_.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
+    if (after) after();
+    SetErrorInfo(0, nullptr);
+    return {called, raised.scode};
+}
+
+}  // namespace velk::test
