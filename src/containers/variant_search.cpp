@@ -7,6 +7,7 @@
 #include "platform/com_ptr.h"
 #include "platform/system_errors.h"
 #include "platform/text.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -59,12 +60,34 @@ HRESULT OrderOf(const VARIANT& left, const VARIANT& right) {
             return Comparison(left.fltVal, right.fltVal);
         case VT_R8:
             return Comparison(left.dblVal, right.dblVal);
+        case VT_DATE:
+            return Comparison(left.date, right.date);
+        case VT_CY:
+            return Comparison(left.cyVal.int64, right.cyVal.int64);
+        case VT_BOOL:
+            return Comparison(left.boolVal, right.boolVal);
         case VT_UI1:
             return Comparison(left.bVal, right.bVal);
         case VT_BSTR:
             return Comparison(View(left.bstrVal).compare(View(right.bstrVal)), 0);
         default:
             return OrderByPlatform(left, right);
+    }
+}
+
+// A number that is compared with another one of these as a Double, exactly. False for everything else.
+bool NumberOf(const VARIANT& value, double* number) noexcept {
+    switch (value.vt) {
+        case VT_I4:
+            return *number = value.lVal, true;
+        case VT_R8:
+            return *number = value.dblVal, true;
+        case VT_I2:
+            return *number = value.iVal, true;
+        case VT_UI1:
+            return *number = value.bVal, true;
+        default:
+            return false;
     }
 }
 
@@ -89,9 +112,14 @@ bool Meets(LONG condition, HRESULT order) noexcept {
 // The text of a value as a script would write it; none for Null.
 class Text {
   public:
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
     explicit Text(const VARIANT& value) {
         if (value.vt == VT_BSTR) {
             view_ = View(value.bstrVal);
+        } else if (value.vt == VT_I4 || value.vt == VT_I2) {
+            digits_ = DecimalText(value.vt == VT_I4 ? value.lVal : value.iVal);
+            view_ = digits_;
         } else if (value.vt != VT_NULL) {
             ThrowIfFailed(VariantChangeTypeEx(&converted_, const_cast<VARIANT*>(&value), LOCALE_USER_DEFAULT,
                                               VARIANT_ALPHABOOL, VT_BSTR));
@@ -106,6 +134,7 @@ class Text {
 
   private:
     Variant converted_;
+    std::wstring digits_;
     std::optional<std::wstring_view> view_;
 };
 
@@ -136,6 +165,16 @@ LONG FindObject(VariantList& list, IUnknown* wanted, bool same, LONG first, bool
 LONG FindVariant(VariantList& list, const Variant& wanted, LONG condition, LONG start, bool descending) {
     const LONG first = list.SearchStart(start, descending);
     if (HoldsObject(wanted)) return FindObject(list, wanted.punkVal, condition != fccNotEqual, first, descending);
+    double number = 0;
+    if (condition != fccInStr && NumberOf(wanted, &number)) {
+        unsigned met = 0;  // a bit for each order
+        for (const HRESULT order : {VARCMP_LT, VARCMP_EQ, VARCMP_GT}) met |= unsigned{Meets(condition, order)} << order;
+        return list.Find(first, descending, [&, number, met](const Variant& item) {
+            double value = 0;
+            if (NumberOf(item, &value)) return (met >> Comparison(value, number) & 1) != 0;
+            return !HoldsObject(item) && Meets(condition, OrderOf(item, wanted));
+        });
+    }
     const auto find = [&](auto matches) {
         return list.Find(first, descending, [&](const Variant& item) { return !HoldsObject(item) && matches(item); });
     };

@@ -8,8 +8,8 @@
 namespace velk {
 namespace {
 
-std::uint32_t Hash(std::u16string_view key) {
-    return crc32::Update(crc32::kSeed, key.data(), key.size() * sizeof(char16_t));
+std::uint32_t Hash(std::u16string_view key, std::uint32_t before = crc32::kSeed) {
+    return crc32::Update(before, key.data(), key.size() * sizeof(char16_t));
 }
 
 std::u16string_view UpTo(std::u16string_view text, auto end) { return text.substr(0, text.find(end)); }
@@ -26,7 +26,7 @@ void DatEntries::Parse(std::u16string text) {
     const std::vector<Slot> entries = EntriesInOrder();
     slots_.resize(2 * entries.size() + 1);
     for (const Slot& entry : entries) {
-        Slot& slot = slots_[Locate(entry.hash, [&] { return KeyAt(entry.position); })];
+        Slot& slot = slots_[Locate(entry.hash, [&](std::u16string_view key) { return key == KeyAt(entry.position); })];
         if (slot.position != kFree) throw RuntimeError(Error::KeyExists);
         slot = entry;
         ++size_;
@@ -46,20 +46,23 @@ std::vector<DatEntries::Slot> DatEntries::EntriesInOrder() const {
 
 std::u16string_view DatEntries::KeyAt(std::uint32_t position) const { return UpTo(text().substr(position), u'='); }
 
-// The slot of the key, or else the free one where it belongs. `key` is asked only where a hash is the same.
-std::size_t DatEntries::Locate(std::uint32_t hash, auto key) const {
+// The slot of the key, or else the free one where it belongs. `same` is asked about a key only where its hash is.
+std::size_t DatEntries::Locate(std::uint32_t hash, auto same) const {
     std::size_t at = std::uint64_t{hash} * slots_.size() >> 32;
-    while (slots_[at].position != kFree && (slots_[at].hash != hash || KeyAt(slots_[at].position) != key())) {
+    while (slots_[at].position != kFree && (slots_[at].hash != hash || !same(KeyAt(slots_[at].position)))) {
         at = at + 1 == slots_.size() ? 0 : at + 1;
     }
     return at;
 }
 
-std::optional<std::u16string_view> DatEntries::Find(std::u16string_view key) const {
+std::optional<std::u16string_view> DatEntries::Find(std::u16string_view key, std::u16string_view suffix) const {
     if (size_ == 0) return std::nullopt;
-    const Slot& slot = slots_[Locate(Hash(key), [&] { return key; })];
+    const std::size_t length = key.size() + suffix.size();
+    const Slot& slot = slots_[Locate(Hash(suffix, Hash(key)), [&](std::u16string_view known) {
+        return known.size() == length && known.starts_with(key) && known.ends_with(suffix);
+    })];
     if (slot.position == kFree) return std::nullopt;
-    return UpTo(UpTo(text().substr(slot.position + key.size() + 1), u"\r\n"), u'=');
+    return UpTo(UpTo(text().substr(slot.position + length + 1), u"\r\n"), u'=');
 }
 
 }  // namespace velk

@@ -23,8 +23,8 @@ class DatEntries {
     // Replaces everything. A duplicate key throws RuntimeError(Error::KeyExists); deliberately the entries before it
     // stay.
     void Parse(std::u16string text);
-    // The value, valid until the next Parse.
-    std::optional<std::u16string_view> Find(std::u16string_view key) const;
+    // The value of the key that these two make up, valid until the next Parse.
+    std::optional<std::u16string_view> Find(std::u16string_view key, std::u16string_view suffix = {}) const;
     std::size_t size() const { return size_; }
     std::u16string_view text() const { return text_; }
 
@@ -38,7 +38,7 @@ class DatEntries {
 
     std::vector<Slot> EntriesInOrder() const;
     std::u16string_view KeyAt(std::uint32_t position) const;
-    std::size_t Locate(std::uint32_t hash, auto key) const;
+    std::size_t Locate(std::uint32_t hash, auto same) const;
 
     std::u16string text_;
     std::vector<Slot> slots_;  // open addressing with linear probing, at most half full

@@ -5,6 +5,7 @@
 #include "integrity/dat_seal.h"
 #include "platform/files.h"
 #include "platform/numbers.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -16,7 +17,7 @@ constexpr ClassError kNotInitialised(static_cast<HRESULT>(0x80042716), L"Object 
 
 // The resources of the user's language, from another library; most machines have none.
 ComPtr<IUnknown> CreateResources() {
-    const std::wstring name = L"Velk" + std::to_wstring(GetUserDefaultLCID()) + L".Resources";
+    const std::wstring name = L"Velk" + DecimalText(GetUserDefaultLCID()) + L".Resources";
     CLSID clsid;
     ComPtr<IUnknown> resources;
     if (SUCCEEDED(CLSIDFromProgID(name.c_str(), &clsid))) {
@@ -44,11 +45,11 @@ constinit const ClassInfo CDatFile::kInfo{
 void CDatFile::OnCreate() { resources_ = CreateResources(); }
 
 STDMETHODIMP CDatFile::GetHumanReadable(BSTR* result) noexcept {
-    return Guard(result, [&] { return Lookup(L".HR"); });
+    return Guard(result, [&] { return Lookup(u".HR"); });
 }
 
 STDMETHODIMP CDatFile::GetIndicatorReadable(BSTR* result) noexcept {
-    return Guard(result, [&] { return Lookup(L".IND"); });
+    return Guard(result, [&] { return Lookup(u".IND"); });
 }
 
 STDMETHODIMP CDatFile::Initialize(BSTR* Filename, VARIANT_BOOL* DisplayCRC) noexcept {
@@ -89,18 +90,17 @@ void CDatFile::RequireInitialised() const {
     if (!initialised_) throw kNotInitialised;
 }
 
-Bstr CDatFile::Lookup(std::wstring_view suffix) const {
+Bstr CDatFile::Lookup(std::u16string_view suffix) const {
     RequireInitialised();
     if (!entries_) throw RuntimeError(Error::ObjectNotSet);
-    const std::wstring key = parameter_ + std::wstring(suffix);
-    return Bstr(Wide(entries_->Find(Utf16(key)).value_or(u"")));
+    return Bstr(Wide(entries_->Find(Utf16(parameter_), suffix).value_or(u"")));
 }
 
 bool CDatFile::SealHolds(bool display) {
     const std::u16string stored(entries_->Find(u"@CRC").value_or(u""));
     if (stored.empty()) return false;
     const LONG seal = SealOf(entries_->text());
-    const std::wstring sealText = std::to_wstring(seal);
+    const std::wstring sealText = DecimalText(seal);
     if (display) ShowMessage((L"File CRC: " + sealText).c_str(), nullptr);
     crc_ = sealText;
     return seal == LongFromText(Wide(stored));

@@ -31,7 +31,7 @@ class CDatFile final : public AutomationObject<_CDatFile> {
 
   private:
     void RequireInitialised() const;
-    Bstr Lookup(std::wstring_view suffix) const;
+    Bstr Lookup(std::u16string_view suffix) const;
     bool SealHolds(bool display);
 
     bool initialised_ = false;

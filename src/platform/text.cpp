@@ -1,6 +1,7 @@
 #include "platform/text.h"
 
 #include <new>
+#include <type_traits>
 
 #include "platform/run_time_error.h"
 
@@ -11,6 +12,13 @@ namespace {
 int CheckedLength(std::size_t length) {
     if (length > static_cast<std::size_t>(INT_MAX)) throw RuntimeError(Error::OutOfMemory);
     return static_cast<int>(length);
+}
+
+// Nearly all names, paths and keys, and most files. Every ANSI code page holds these characters as they are.
+bool IsAscii(const auto& text) noexcept {
+    unsigned all = 0;
+    for (const auto character : text) all |= static_cast<std::make_unsigned_t<decltype(+character)>>(character);
+    return all < 0x80;
 }
 
 }  // namespace
@@ -25,6 +33,7 @@ std::string_view TrimNulls(std::string_view text) noexcept { return text.substr(
 std::string ToAnsi(std::wstring_view text) {
     const int length = CheckedLength(text.size());
     if (length == 0) return {};
+    if (IsAscii(text)) return {text.begin(), text.end()};
     std::string bytes(
         static_cast<std::size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
         '\0');
@@ -40,8 +49,8 @@ std::string ToAnsiArgument(std::wstring_view text) {
 std::u16string FromAnsi(std::string_view bytes) {
     const int length = CheckedLength(bytes.size());
     // No ANSI code page gives more UTF-16 units than it has bytes, so one pass suffices.
-    std::u16string text(bytes.size(), u'\0');
-    if (length == 0) return text;
+    std::u16string text(bytes.begin(), bytes.end());
+    if (IsAscii(bytes)) return text;
     const int converted =
         MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, reinterpret_cast<wchar_t*>(text.data()), length);
     text.resize(static_cast<std::size_t>(converted));

@@ -1,10 +1,12 @@
 // Whole-number arithmetic as the automation runtime does it: a result that does not fit is error 6 (overflow), and
-// halves go to the even neighbour.
+// halves go to the even neighbour. And whole numbers as texts.
 #pragma once
 
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <string>
 
 #include "platform/run_time_error.h"
 
@@ -39,5 +41,18 @@ inline std::int32_t RoundToLong(double value) {
 }
 
 inline std::int16_t RoundToInteger(double value) { return ToInteger(RoundToLong(value)); }
+
+// Decimal digits. std::to_wstring goes through the runtime's formatting, which is larger than any class of the library.
+inline std::wstring DecimalText(std::int64_t value) {
+    char digits[20];
+    return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
+// Eight digits, as result codes are written.
+inline std::wstring ResultCodeText(std::uint32_t value) {
+    std::wstring digits(8, L'0');
+    for (auto digit = digits.rbegin(); value != 0; value /= 16) *digit++ = L"0123456789ABCDEF"[value % 16];
+    return digits;
+}
 
 }  // namespace velk
