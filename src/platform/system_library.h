@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "platform/handles.h"
+#include "platform/run_time_error.h"
 
 namespace velk {
 
@@ -15,7 +16,15 @@ using ModuleHandle = UniqueHandle<ModuleTraits>;
 // should not be loaded into every client, or may lack a function.
 HMODULE LoadSystemLibrary(const wchar_t* name) noexcept;
 
-// The same, loaded at the first use and kept; what could not be loaded is tried again at the next.
+// Null when the module is null or has no such function.
+template <class Function>
+Function* FindFunction(HMODULE module, const char* name) noexcept {
+    if (!module) return nullptr;
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+// The same, loaded at the first use and kept: its windows and threads may outlive the call that needed it. What could
+// not be loaded is tried again at the next.
 class KeptSystemLibrary {
   public:
     explicit constexpr KeptSystemLibrary(const wchar_t* name) noexcept : name_(name) {}
@@ -25,16 +34,16 @@ class KeptSystemLibrary {
         return module;
     }
 
+    // A function that the library has on every Windows: Find<decltype(ChooseFontA)>("ChooseFontA").
+    template <class Function>
+    Function& Find(const char* name) {
+        Function* const found = FindFunction<Function>(get(), name);
+        return found ? *found : throw RuntimeError(Error::FileNotFound);
+    }
+
   private:
     const wchar_t* name_;
     std::atomic<HMODULE> module_ = nullptr;
 };
-
-// Null when the module is null or has no such function.
-template <class Function>
-Function* FindFunction(HMODULE module, const char* name) noexcept {
-    if (!module) return nullptr;
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-}
 
 }  // namespace velk

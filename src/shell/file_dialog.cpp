@@ -7,6 +7,7 @@
 #include "platform/com_ptr.h"
 #include "platform/long_handles.h"
 #include "platform/text.h"
+#include "shell/common_dialogs.h"
 #include "shell/file_dialog_text.h"
 
 namespace velk {
@@ -122,7 +123,8 @@ bool CFileDialog::Choose(bool toOpen) {
     record.nMaxFile = static_cast<DWORD>(maxFileSize_);
     record.lpstrFileTitle = title.data();
     record.nMaxFileTitle = static_cast<DWORD>(maxFileSize_);
-    if (!(toOpen ? GetOpenFileNameA(&record) : GetSaveFileNameA(&record))) return false;
+    using Show = decltype(GetOpenFileNameA);
+    if (!comdlg32.Find<Show>(toOpen ? "GetOpenFileNameA" : "GetSaveFileNameA")(&record)) return false;
     filename_ = TrimNulls(file.Filled());
     fileTitle_ = TrimNulls(title.Filled());
     return true;

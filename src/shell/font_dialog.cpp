@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "platform/drawing_handles.h"
 #include "platform/long_handles.h"
 #include "platform/text.h"
 #include "platform/whole_numbers.h"
+#include "shell/common_dialogs.h"
 #include "shell/font_height.h"
 
 namespace velk {
@@ -27,6 +29,19 @@ namespace {
 static_assert(sizeof(void*) != 4 || sizeof(CHOOSEFONTA) == 60);
 static_assert(offsetof(FontRecord, italic) == offsetof(LOGFONTA, lfItalic));
 static_assert(offsetof(FontRecord, face) == offsetof(LOGFONTA, lfFaceName));
+
+// From the factory of the library that has it, which this one is linked to: finding that one through the registry takes
+// thirty times as long as making the font.
+ComPtr<IFont> NewFont() {
+    using GetFactory = std::remove_pointer_t<LPFNGETCLASSOBJECT>;
+    static GetFactory* const find = FindFunction<GetFactory>(GetModuleHandleW(L"oleaut32.dll"), "DllGetClassObject");
+    if (!find) throw RuntimeError(Error::CannotCreateObject);
+    ComPtr<IClassFactory> factory;
+    ComPtr<IFont> font;
+    ThrowIfFailed(find(CLSID_StdFont, IID_IClassFactory, factory.ReceiveVoid()));
+    ThrowIfFailed(factory->CreateInstance(nullptr, IID_IFont, font.ReceiveVoid()));
+    return font;
+}
 
 constexpr LONG kUnitsPerPoint = 10000;  // of the currency type, in which a font object keeps its size
 
@@ -73,9 +88,7 @@ constinit const ClassInfo CFontDialog::kInfo{
     .creationFailed = L"An error has occured in VelkSupport.CFontDialog.Class_Initialize ",
 };
 
-void CFontDialog::OnCreate() {
-    ThrowIfFailed(CoCreateInstance(CLSID_StdFont, nullptr, CLSCTX_INPROC_SERVER, IID_IFont, font_.ReceiveVoid()));
-}
+void CFontDialog::OnCreate() { font_ = NewFont(); }
 
 STDMETHODIMP CFontDialog::get_Color(LONG* result) noexcept { return Get(result, color_); }
 
@@ -154,7 +167,8 @@ bool CFontDialog::Choose(FontRecord& record, LONG& color) const {
     chooser.hwndOwner = WindowFrom(hWndParent_);
     chooser.hDC = printer.get();
     chooser.lpLogFont = reinterpret_cast<LOGFONTA*>(&record);
-    if (ChooseFontA(&chooser) <= 0) return false;  // Wine answers -1 when it cannot make the dialog
+    const auto choose = comdlg32.Find<decltype(ChooseFontA)>("ChooseFontA");
+    if (choose(&chooser) <= 0) return false;  // Wine answers -1 when it cannot make the dialog
     color = static_cast<LONG>(chooser.rgbColors);
     return true;
 }

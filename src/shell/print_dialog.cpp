@@ -4,6 +4,7 @@
 
 #include "platform/com_ptr.h"
 #include "platform/long_handles.h"
+#include "shell/common_dialogs.h"
 
 namespace velk {
 namespace {
@@ -53,7 +54,7 @@ STDMETHODIMP CPrintDialog::Show(VARIANT_BOOL* result) noexcept {
     return Guard(result, [&] { return Choose(); });
 }
 
-bool CPrintDialog::Choose() noexcept {
+bool CPrintDialog::Choose() {
     PRINTDLGA record{};
     record.lStructSize = sizeof(record);
     record.hwndOwner = WindowFrom(hWndParent_);
@@ -63,7 +64,7 @@ bool CPrintDialog::Choose() noexcept {
     record.nMaxPage = static_cast<WORD>(max_);
     record.nCopies = static_cast<WORD>(copies_);
     record.Flags = static_cast<DWORD>(flags_);
-    if (!PrintDlgA(&record)) return false;
+    if (!comdlg32.Find<decltype(PrintDlgA)>("PrintDlgA")(&record)) return false;
     hdc_ = LongFrom(record.hDC);
     fromPage_ = static_cast<SHORT>(record.nFromPage);
     toPage_ = static_cast<SHORT>(record.nToPage);

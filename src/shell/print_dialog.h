@@ -33,7 +33,7 @@ class CPrintDialog final : public AutomationObject<_CPrintDialog> {
     STDMETHODIMP Show(VARIANT_BOOL* result) noexcept override;
 
   private:
-    bool Choose() noexcept;
+    bool Choose();
 
     SHORT copies_ = 0;
     LONG flags_ = 0;

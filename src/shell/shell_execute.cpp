@@ -6,6 +6,7 @@
 #include "platform/com_ptr.h"
 #include "platform/files.h"
 #include "platform/long_handles.h"
+#include "platform/system_library.h"
 #include "platform/text.h"
 
 namespace velk {
@@ -13,6 +14,10 @@ namespace {
 
 constexpr INT_PTR kLastError = 32;  // the shell answers more than this when all went well
 constexpr ClassError kCanNotShowProperties(static_cast<HRESULT>(0x80044678), L"Can not show properties");
+
+constinit KeptSystemLibrary shell32(L"shell32.dll");
+
+BOOL ShellLaunch(SHELLEXECUTEINFOA* info) { return shell32.Find<decltype(ShellExecuteExA)>("ShellExecuteExA")(info); }
 
 INT_PTR Number(HINSTANCE instance) noexcept { return reinterpret_cast<INT_PTR>(instance); }
 
@@ -41,12 +46,12 @@ ULONG LaunchMask() noexcept {
     return ReportsGoToDebugger() ? mask | SEE_MASK_FLAG_NO_UI : mask;
 }
 
-bool ShellShowsProperties(const std::string& file, HWND owner) noexcept {
+bool ShellShowsProperties(const std::string& file, HWND owner) {
     SHELLEXECUTEINFOA info = ExecuteInfo(SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI,
                                          owner ? owner : GetDesktopWindow(), "properties", file.c_str());
     info.lpParameters = "";
     info.lpDirectory = "";
-    ShellExecuteExA(&info);
+    ShellLaunch(&info);
     return Number(info.hInstApp) > kLastError;
 }
 
@@ -143,7 +148,8 @@ void CShellExecute::Forget() noexcept {
 }
 
 EnumShellExecuteErrors CShellExecute::Execute(LONG* owner, const char* verb, const std::string& file, int show) {
-    return Verdict(Number(ShellExecuteA(WindowFrom(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
+    const auto execute = shell32.Find<decltype(ShellExecuteA)>("ShellExecuteA");
+    return Verdict(Number(execute(WindowFrom(Given(owner)), verb, file.c_str(), nullptr, nullptr, show)));
 }
 
 EnumShellExecuteErrors CShellExecute::ExecuteWatched(LONG* owner, const std::string& file,
@@ -154,7 +160,7 @@ EnumShellExecuteErrors CShellExecute::ExecuteWatched(LONG* owner, const std::str
     info.lpParameters = parameters.c_str();
     info.lpDirectory = folder.c_str();
     info.nShow = show;
-    ShellExecuteExA(&info);
+    ShellLaunch(&info);
     lastInstance_ = Number(info.hInstApp);
     lastProcess_ = info.hProcess;
     return Verdict(lastInstance_);

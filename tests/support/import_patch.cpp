@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace velk::test {
 namespace {
@@ -40,6 +43,29 @@ void** FindSlot(HMODULE module, const char* function) {
     return nullptr;
 }
 
+// What a module binds at its first use comes from the GetProcAddress that it imports.
+struct Late {
+    const char* function;
+    void* replacement;
+};
+std::vector<Late> late;
+decltype(&GetProcAddress) beforeLate = &GetProcAddress;
+
+FARPROC WINAPI FindLate(HMODULE module, LPCSTR name) {
+    for (const Late& patch : late) {
+        if (!IS_INTRESOURCE(name) && std::strcmp(name, patch.function) == 0) {
+            return reinterpret_cast<FARPROC>(patch.replacement);
+        }
+    }
+    return beforeLate(module, name);
+}
+
+bool Names(HMODULE module, std::string_view function) {
+    const auto* headers = At<IMAGE_NT_HEADERS>(module, At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew);
+    const std::string_view image(At<char>(module, 0), headers->OptionalHeader.SizeOfImage);
+    return image.find(std::string(function) + '\0') != image.npos;
+}
+
 }  // namespace
 
 void* WriteInto(void** slot, void* value) {
@@ -51,9 +77,16 @@ void* WriteInto(void** slot, void* value) {
 }
 
 ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) : slot_(FindSlot(module, function)) {
-    EXPECT_NE(nullptr, slot_) << function << " is not imported";
+    if (!slot_) {
+        EXPECT_TRUE(Names(module, function)) << function << " is not used";
+        slot_ = FindSlot(module, "GetProcAddress");
+        late_ = function;
+        late.insert(late.begin(), {function, replacement});
+        replacement = reinterpret_cast<void*>(&FindLate);
+    }
     if (!slot_) return;
     original_ = WriteInto(slot_, replacement);
+    if (late_ && original_ != replacement) beforeLate = reinterpret_cast<decltype(&GetProcAddress)>(original_);
 }
 
 bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
@@ -61,6 +94,7 @@ bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
 }
 
 ImportPatch::~ImportPatch() {
+    if (late_) late.erase(std::ranges::find(late, late_, &Late::function));
     if (slot_) WriteInto(slot_, original_);
 }
 

@@ -7,10 +7,10 @@ namespace velk::test {
 // Exchanges what stands in a read-only place.
 void* WriteInto(void** slot, void* value);
 
-// Redirects one function that a module imports, for as long as the patch lives.
+// Redirects one function that a module imports, or looks up at each use, for as long as the patch lives.
 class ImportPatch {
   public:
-    // Fails the test when the module does not import the function.
+    // Fails the test when the module neither imports the function nor names it, to bind it at its first use.
     ImportPatch(HMODULE module, const char* function, void* replacement);
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
@@ -25,6 +25,7 @@ class ImportPatch {
 
   private:
     void** slot_ = nullptr;
+    const char* late_ = nullptr;
     void* original_ = nullptr;
 };
 
