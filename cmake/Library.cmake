@@ -13,5 +13,7 @@ function(velk_finish_library target types base)
     endif()
     target_link_options(${target} PRIVATE
         -Wl,--no-insert-timestamp -Wl,--exclude-all-symbols -Wl,--dynamicbase -Wl,--nxcompat
+        -Wl,--gc-sections
+        -Wl,--file-alignment=4096  # the loader maps the sections instead of copying them
         $<$<CONFIG:Release>:-s>)
 endfunction()

@@ -1,5 +1,5 @@
-# velk_add_type_library(TARGET NAME.idl ROOT): compiles a type library to NAME.tlb, to NAME.h and to NAME_i.c, the identifiers for
-# clients in C, which users get, and each
+# velk_add_type_library(TARGET NAME.idl ROOT): compiles a type library to NAME.tlb with its call plans, NAME.plans, to NAME.h and to
+# NAME_i.c, the identifiers for clients in C, which users get, and each
 # fragment below ROOT, say containers/stack.idl, to a header of its own, containers/stack.idl.h, so that a change reaches only
 # the sources that use it. Whoever links to the interface library TARGET can include them.
 
@@ -59,10 +59,17 @@ function(velk_add_type_library target idl root)
         velk_compile_interfaces(${out}/${fragment}.h ${fragment} -h -DVELK_CPP_HEADER)
         list(APPEND outputs ${out}/${fragment}.h)
     endforeach()
+    # The call plans, by a program of the library's own.
+    add_custom_command(
+        OUTPUT ${out}/${name}.plans
+        COMMAND ${CMAKE_COMMAND} -E chdir ${out} ${PROJECT_SOURCE_DIR}/tools/wine_run $<TARGET_FILE:call_plans> write ${name}.tlb ${name}.plans
+        DEPENDS ${out}/${name}.tlb call_plans
+        COMMENT "Call plans ${name}.plans"
+        VERBATIM)
     add_custom_target(${target}_files DEPENDS ${outputs})
     add_dependencies(generated_headers ${target}_files)
     add_library(${target} INTERFACE)
     add_dependencies(${target} ${target}_files)
     target_include_directories(${target} SYSTEM INTERFACE ${out})
-    set(${target}_TLB ${out}/${name}.tlb PARENT_SCOPE)
+    set(${target}_EMBEDDED ${out}/${name}.tlb ${out}/${name}.plans PARENT_SCOPE)
 endfunction()

@@ -23,10 +23,24 @@ enum class Error {
     KeyExists = 457,
 };
 
-// A run-time error such as 5 "Invalid procedure call or argument". Members throw it by its name.
-class RuntimeError {
+// What members throw on purpose. The guard catches it by this base and asks which one it is: to find that out by
+// throwing it again would cost as much as throwing it did.
+class Thrown {
   public:
-    explicit constexpr RuntimeError(Error error) noexcept : error_(error) {}
+    enum class Kind { Runtime, Class, NullArgument };
+    constexpr Kind kind() const noexcept { return kind_; }
+
+  protected:
+    explicit constexpr Thrown(Kind kind) noexcept : kind_(kind) {}
+
+  private:
+    Kind kind_;
+};
+
+// A run-time error such as 5 "Invalid procedure call or argument". Members throw it by its name.
+class RuntimeError : public Thrown {
+  public:
+    explicit constexpr RuntimeError(Error error) noexcept : Thrown(Kind::Runtime), error_(error) {}
     constexpr int number() const noexcept { return static_cast<int>(error_); }
     const wchar_t* description() const noexcept;
 

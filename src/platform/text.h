@@ -19,7 +19,9 @@ class Bstr {
         std::swap(string_, other.string_);
         return *this;
     }
-    ~Bstr() { SysFreeString(string_); }
+    ~Bstr() {  // on purpose, and only where there is one: most are empty by then
+        if (string_) SysFreeString(string_);
+    }
 
     BSTR get() const noexcept { return string_; }
     BSTR Detach() noexcept { return std::exchange(string_, nullptr); }
@@ -33,8 +35,11 @@ class Bstr {
 };
 
 // The characters of a counted string, embedded NULs included; a null string is the empty text. Only as long as nobody
-// else can change the string.
-inline std::wstring_view View(BSTR text) noexcept { return {text ? text : L"", SysStringLen(text)}; }
+// else can change the string. Its length in bytes stands before the first character.
+inline std::wstring_view View(BSTR text) noexcept {
+    if (!text) return {L"", 0};
+    return {text, reinterpret_cast<const DWORD*>(text)[-1] / sizeof(wchar_t)};
+}
 
 // A copy: what a member reads of a by-reference argument after the client's code may have run, as it does while a
 // report is shown, is no longer what was given.

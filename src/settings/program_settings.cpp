@@ -5,6 +5,7 @@
 #include "platform/handles.h"
 #include "platform/numbers.h"
 #include "platform/registry.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -68,7 +69,7 @@ STDMETHODIMP CProgramSettings::ReadEntry(BSTR* strEntry, BSTR* strDefault, BSTR*
     return Guard(result, [&] {
         const std::wstring entry = TextOf(Given(strEntry)), other = TextOf(Given(strDefault));
         const Setting setting = GetKeyValue(KeyPath(), entry);
-        if (const LONG* number = std::get_if<LONG>(&setting)) return Bstr(std::to_wstring(*number));
+        if (const LONG* number = std::get_if<LONG>(&setting)) return Bstr(DecimalText(*number));
         const auto* text = std::get_if<std::u16string>(&setting);
         return Bstr(text && !text->empty() ? Wide(*text) : other);
     });

@@ -68,7 +68,7 @@ Bstr UserInfo(const char* name) {
         case REG_BINARY:
             return TextOfBytes(value->bytes);
         case REG_DWORD:
-            return Bstr(std::to_wstring(value->number()));
+            return Bstr(DecimalText(value->number()));
         default:
             return {};
     }

@@ -15,6 +15,8 @@ class ShapesTest : public testing::Test {
     void SetUp() override {
         Get(shapes_.get(), L"Step");
         InvokeByPlatform(shapes_.get(), L"Step", DISPATCH_PROPERTYGET, {});
+        InvokeByPlatform(shapes_.get(), L"EchoFont", DISPATCH_METHOD,
+                         {Arg(static_cast<IDispatch*>(nullptr))});  // reads the fonts' type library
         EXPECT_TRUE(library::Use::Any());
         alive_ = MallocSpy::Alive();
     }

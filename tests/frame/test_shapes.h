@@ -21,6 +21,7 @@ class CShapes : public AutomationObject<_CShapes> {
         .policy = kPolicy,
         .componentFailure = kComponentFailure,
         .creationFailed = L"An error has occured in Shapes.CShapes.Class_Initialize ",
+        .references = References::Replaced,
     };
     static constexpr const ClassInfo& kInfo = kInfoFor<FailurePolicy::PassOn>;
 

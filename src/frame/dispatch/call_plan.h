@@ -1,7 +1,9 @@
-// What a late-bound call needs to know of each member, read once for each interface from the type library.
+// What a late-bound call needs to know of each member. The build makes it from the type library and embeds it beside
+// that one; it is read once for each interface.
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +16,8 @@
 namespace velk {
 
 inline constexpr std::size_t kMaxArguments = 16;
+
+inline constexpr const wchar_t* kCallPlans = L"CALLPLANS";  // the kind of the resource
 
 struct Parameter {
     std::u16string name;
@@ -33,12 +37,14 @@ struct CallPlan {
     bool isLet = false;  // a property let or set: the last argument is the new value
 };
 
-// A member with a result and without arguments: what late-bound clients call most.
-struct GetterCall {
+// A member without arguments: what late-bound clients call most.
+struct QuickCall {
     unsigned slot = 0;
     VARTYPE result = VT_EMPTY;
     WORD flags = 0;  // the DISPATCH_ flag that it answers to; 0 for no such member
 };
+
+class PlanReader;
 
 class InterfacePlan {
   public:
@@ -51,19 +57,43 @@ class InterfacePlan {
     // The way to call a member for the DISPATCH_ flags of an Invoke; null when it has none.
     const CallPlan* Find(DISPID id, WORD flags) const noexcept;
 
-    GetterCall Getter(DISPID id) const noexcept {
-        return static_cast<std::size_t>(id) < getters_.size() ? getters_[static_cast<std::size_t>(id)] : GetterCall{};
+    QuickCall Quick(DISPID id) const noexcept {
+        return static_cast<std::size_t>(id) < quick_.size() ? quick_[static_cast<std::size_t>(id)] : QuickCall{};
     }
 
   private:
     struct Member {
         std::array<std::optional<CallPlan>, 4> ways;  // function, property get, let, set
     };
-    void Add(ITypeInfo* info, const FUNCDESC& function);
+    bool ReadFrom(PlanReader plans, REFIID iid);
+    void ReadMember(PlanReader& plans);
 
     NameTable names_;
-    std::vector<Member> members_;      // by dispatch identifier
-    std::vector<GetterCall> getters_;  // likewise
+    std::vector<Member> members_;   // by dispatch identifier
+    std::vector<QuickCall> quick_;  // likewise
+};
+
+// The plan of one interface: read at its first late-bound call, and kept until the module is unloaded.
+class KeptPlan {
+  public:
+    explicit constexpr KeptPlan(const IID& iid) noexcept : iid_(iid) {}
+    KeptPlan(const KeptPlan&) = delete;
+    KeptPlan& operator=(const KeptPlan&) = delete;
+
+    // Null only when memory ran out.
+    const InterfacePlan* get() noexcept {
+        const InterfacePlan* const plan = plan_.load(std::memory_order_acquire);
+        return plan ? plan : Read();
+    }
+
+    static void ReleaseAll() noexcept;  // when the module is unloaded
+
+  private:
+    const InterfacePlan* Read() noexcept;
+
+    const IID& iid_;
+    std::atomic<const InterfacePlan*> plan_ = nullptr;
+    KeptPlan* next_ = nullptr;
 };
 
 }  // namespace velk

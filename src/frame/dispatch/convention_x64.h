@@ -7,7 +7,6 @@
 #include <type_traits>
 
 #include "frame/dispatch/call_plan.h"
-#include "frame/dispatch/slot_call.h"
 
 namespace velk::convention {
 
@@ -17,16 +16,12 @@ constexpr std::size_t kMaxWords = kMaxArguments + 1;
 constexpr unsigned kInRegisters = 3;  // the object itself is the first of the four
 
 // A variant is longer than a word, so the member gets a pointer to it: to one of the call's own, as it may change it.
-inline std::size_t LayOut(const SlotArgument& argument, Word* words) noexcept {
-    const bool isPointer = argument.value->vt == (VT_BYREF | VT_VARIANT) || argument.type != VT_VARIANT;
-    *words = isPointer ? reinterpret_cast<Word>(argument.value->byref) : reinterpret_cast<Word>(argument.value);
+inline std::size_t LayOut(const VARIANT& value, VARTYPE type, Word* words) noexcept {
+    *words = type == VT_VARIANT ? reinterpret_cast<Word>(&value) : reinterpret_cast<Word>(value.byref);
     return 1;
 }
 
-inline bool IsFloating(const SlotArgument& argument) noexcept {
-    const bool byReference = (argument.value->vt & VT_BYREF) != 0;
-    return !byReference && (argument.type == VT_R4 || argument.type == VT_R8 || argument.type == VT_DATE);
-}
+inline bool IsFloating(VARTYPE type) noexcept { return type == VT_R4 || type == VT_R8 || type == VT_DATE; }
 
 // What the word at position I is passed as, where bit I of Floating says that it holds a floating-point value.
 template <unsigned Floating, std::size_t I>

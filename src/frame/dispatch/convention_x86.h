@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "frame/dispatch/call_plan.h"
-#include "frame/dispatch/slot_call.h"
 
 namespace velk::convention {
 
@@ -15,30 +14,25 @@ using Word = std::uintptr_t;
 constexpr std::size_t kMaxWords = 4 * kMaxArguments + 1;
 constexpr unsigned kInRegisters = 0;
 
-inline std::size_t SizeOf(const SlotArgument& argument) noexcept {
-    if (argument.value->vt & VT_BYREF && argument.type != VT_VARIANT) return sizeof(void*);
-    switch (argument.type) {
+inline std::size_t LayOut(const VARIANT& value, VARTYPE type, Word* words) noexcept {
+    switch (type) {
         case VT_R8:
         case VT_CY:
         case VT_DATE:
         case VT_I8:
         case VT_UI8:
-            return 8;
+            std::memcpy(words, &value.byref, 8);
+            return 2;
         case VT_VARIANT:
-            return argument.value->vt == (VT_BYREF | VT_VARIANT) ? sizeof(void*) : sizeof(VARIANT);
+            std::memcpy(words, &value, sizeof value);
+            return sizeof value / sizeof(Word);
         default:
-            return sizeof(Word);
+            std::memcpy(words, &value.byref, sizeof(Word));
+            return 1;
     }
 }
 
-inline std::size_t LayOut(const SlotArgument& argument, Word* words) noexcept {
-    const std::size_t size = SizeOf(argument);
-    const void* from = size == sizeof(VARIANT) ? static_cast<const void*>(argument.value) : &argument.value->byref;
-    std::memcpy(words, from, size);
-    return size / sizeof(Word);
-}
-
-inline bool IsFloating(const SlotArgument&) noexcept { return false; }
+inline bool IsFloating(VARTYPE) noexcept { return false; }
 
 template <unsigned, std::size_t>
 using Passed = Word;

@@ -5,7 +5,6 @@
 #include <new>
 
 #include "frame/dispatch/argument.h"
-#include "frame/dispatch/slot_call.h"
 #include "frame/failure/failure.h"
 #include "frame/module/library.h"
 #include "platform/com_ptr.h"
@@ -82,10 +81,13 @@ HRESULT Arguments::Settle(const DISPPARAMS& given, LCID locale, UINT* badArgumen
 }
 
 HRESULT Arguments::Call(IDispatch* object, void* result) noexcept {
-    SlotArgument settled[kMaxArguments];
-    const std::size_t count = plan_.parameters.size();
-    for (std::size_t i = 0; i < count; ++i) settled[i] = {&all()[i].passed(), plan_.parameters[i].type};
-    return CallSlot(object, plan_.slot, {settled, count}, result);
+    SlotCall call;
+    for (std::size_t i = 0; i < plan_.parameters.size(); ++i) {
+        const Parameter& parameter = plan_.parameters[i];
+        const VARIANT& passed = all()[i].passed();
+        parameter.byReference ? call.AddPointer(passed.byref) : call.AddValue(passed, parameter.type);
+    }
+    return call.Run(object, plan_.slot, result);
 }
 
 HRESULT Arguments::WriteBack(LCID locale) noexcept {
@@ -105,13 +107,21 @@ void* PlaceOf(VARIANT& result, VARTYPE type) noexcept {
 }
 
 // What goes wrong on the way to the member and back is the answer; how the member itself ended is `ended`.
-HRESULT CallMember(const CallPlan& plan, IDispatch* object, const DISPPARAMS& given, LCID locale, VARIANT* result,
-                   HRESULT* ended, UINT* badArgument) noexcept {
+[[gnu::noinline]] HRESULT CallWithAny(const CallPlan& plan, IDispatch* object, const DISPPARAMS& given, LCID locale,
+                                      void* result, HRESULT* ended, UINT* badArgument) noexcept {
     Arguments arguments(plan);
     const HRESULT settled = arguments.Settle(given, locale, badArgument);
     if (FAILED(settled)) return settled;
-    *ended = arguments.Call(object, PlaceOf(*result, plan.result));
+    *ended = arguments.Call(object, result);
     return SUCCEEDED(*ended) ? arguments.WriteBack(locale) : S_OK;
+}
+
+bool CallWithFitting(const CallPlan& plan, References references, IDispatch* object, const DISPPARAMS& given,
+                     void* result, HRESULT* ended) noexcept {
+    FittingCall call(references);
+    if (!call.LayDown(plan, given)) return false;
+    *ended = call.Run(object, plan.slot, result);
+    return true;
 }
 
 }  // namespace
@@ -147,17 +157,22 @@ HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept {
     return DISP_E_EXCEPTION;
 }
 
-HRESULT InvokeAny(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale, WORD flags,
-                  DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept {
+HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, DISPID id, REFIID reserved,
+               LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+               UINT* badArgument) noexcept {
     if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (!parameters) return DISP_E_BADPARAMCOUNT;
     Variant answer;  // not the client's yet: its place for the result may be one of the arguments
+    HRESULT called = DISP_E_MEMBERNOTFOUND;
     HRESULT ended = S_OK;
     UINT ignored = 0;
-    const CallPlan* const member = plan.Find(id, flags);
-    const HRESULT called =
-        member ? CallMember(*member, object, *parameters, locale, &answer, &ended, badArgument ? badArgument : &ignored)
-               : DISP_E_MEMBERNOTFOUND;
+    if (const CallPlan* const member = plan.Find(id, flags)) {
+        void* const place = PlaceOf(answer, member->result);
+        called = CallWithFitting(*member, references, object, *parameters, place, &ended)
+                     ? S_OK
+                     : CallWithAny(*member, object, *parameters, locale, place, &ended,
+                                   badArgument ? badArgument : &ignored);
+    }
     const bool succeeded = SUCCEEDED(called) && SUCCEEDED(ended);
     if (result) *result = succeeded ? answer.Detach() : VARIANT{};
     if (succeeded) return S_OK;

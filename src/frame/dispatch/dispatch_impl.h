@@ -29,17 +29,15 @@ class DispatchImpl : public Interface {
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
         const InterfacePlan* const plan = Plan();
         if (!plan) return E_OUTOFMEMORY;
-        return dispatch::Invoke(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
+        return dispatch::Invoke(*plan, References::Replaced, this, id, reserved, locale, flags, parameters, result,
+                                exception, badArgument);
     }
 
+  protected:
+    static const InterfacePlan* Plan() noexcept { return plan_.get(); }
+
   private:
-    // Read from the type library at the first late-bound call of the interface; null only when memory ran out.
-    static const InterfacePlan* Plan() noexcept try {
-        static const InterfacePlan plan(__uuidof(Interface));
-        return &plan;
-    } catch (...) {
-        return nullptr;
-    }
+    static inline constinit KeptPlan plan_{__uuidof(Interface)};
 };
 
 }  // namespace velk

@@ -5,12 +5,6 @@
 #include <cstring>
 #include <utility>
 
-#ifdef _WIN64
-#include "frame/dispatch/convention_x64.h"
-#else
-#include "frame/dispatch/convention_x86.h"
-#endif
-
 // Every argument is a whole number of machine words, so that a slot can be called through a function type of that many
 // words. This costs a few nanoseconds where the platform's DispCallFunc costs over a hundred.
 namespace velk {
@@ -52,17 +46,10 @@ constexpr auto kCallers = MakeAllCallers(std::make_index_sequence<1 << kInRegist
 
 }  // namespace
 
-HRESULT CallSlot(IDispatch* object, unsigned slot, std::span<const SlotArgument> arguments, void* result) noexcept {
-    Word words[kMaxWords];
-    std::size_t count = 0;
-    unsigned floating = 0;
-    for (const SlotArgument& argument : arguments) {
-        if (count < kInRegisters && IsFloating(argument)) floating |= 1u << count;
-        count += LayOut(argument, words + count);
-    }
-    if (result) words[count++] = reinterpret_cast<Word>(result);
+HRESULT SlotCall::Run(IDispatch* object, unsigned slot, void* result) noexcept {
+    if (result) AddPointer(result);
     void* const function = (*reinterpret_cast<void***>(object))[slot];
-    return kCallers[floating][count](object, function, words);
+    return kCallers[floating_][count_](object, function, words_);
 }
 
 }  // namespace velk

@@ -1,7 +1,7 @@
 #include "frame/failure/failure.h"
 
+#include <exception>
 #include <new>
-#include <stdexcept>
 
 #include "frame/module/library.h"
 #include "platform/com_ptr.h"
@@ -11,38 +11,48 @@ namespace velk {
 namespace {
 
 Failure FromRuntimeError(const RuntimeError& error) {
-    return {Failure::Kind::Runtime, kRuntimeErrorBase + error.number(), error.number(), error.description(),
+    return {Thrown::Kind::Runtime, kRuntimeErrorBase + error.number(), error.number(), error.description(),
             ErrorSource::Library};
+}
+
+Failure FromClassError(const ClassError& error) {
+    return {Thrown::Kind::Class, error.code(), error.code(), error.description(), error.source()};
 }
 
 Failure FromObjectError(const ObjectError& error) {
     const bool runtime = (error.code & ~0xFFFF) == kRuntimeErrorBase;
     const LONG number = runtime ? error.code - kRuntimeErrorBase : error.code;
-    return {Failure::Kind::Runtime, error.code, number, error.description, ErrorSource::Library, error.source};
+    return {Thrown::Kind::Runtime, error.code, number, error.description, ErrorSource::Library, error.source};
 }
 
 std::wstring SourceName(const Failure& failure, const wchar_t* className) {
     if (!failure.raisedBy.empty()) return failure.raisedBy;
     if (failure.source == ErrorSource::Library) return library::kIdentity.name;
-    return library::FileBaseName() + L"." + className;
+    static const std::wstring file = library::FileBaseName() + L".";
+    return file + className;
 }
 
 }  // namespace
 
+Failure FailureOf(const Thrown& thrown) {
+    switch (thrown.kind()) {
+        case Thrown::Kind::Runtime:
+            return FromRuntimeError(static_cast<const RuntimeError&>(thrown));
+        case Thrown::Kind::Class:
+            return FromClassError(static_cast<const ClassError&>(thrown));
+        default:
+            return {Thrown::Kind::NullArgument, E_POINTER, E_POINTER, L"Invalid pointer", ErrorSource::Library};
+    }
+}
+
 Failure CaughtFailure() {
     try {
         throw;
-    } catch (const RuntimeError& error) {
-        return FromRuntimeError(error);
-    } catch (const ClassError& error) {
-        return {Failure::Kind::Class, error.code(), error.code(), error.description(), error.source()};
+    } catch (const Thrown& thrown) {
+        return FailureOf(thrown);
     } catch (const ObjectError& error) {
         return FromObjectError(error);
-    } catch (const NullArgument&) {
-        return {Failure::Kind::NullArgument, E_POINTER, E_POINTER, L"Invalid pointer", ErrorSource::Library};
-    } catch (const std::bad_alloc&) {
-        return FromRuntimeError(RuntimeError(Error::OutOfMemory));
-    } catch (const std::length_error&) {  // a container that would outgrow the address space
+    } catch (const std::exception&) {  // no memory, or a container that would outgrow the address space
         return FromRuntimeError(RuntimeError(Error::OutOfMemory));
     } catch (...) {
         return FromRuntimeError(RuntimeError(Error::InvalidProcedureCall));

@@ -1,5 +1,5 @@
-// How a member fails: it throws one of the types below, or one of platform/system_errors.h, and nothing else.
-// CaughtFailure turns whatever was thrown into the one form that reports show and that clients receive.
+// How a member fails: it throws one of the types below, or one of platform/system_errors.h, and nothing else. FailureOf
+// and CaughtFailure turn whatever was thrown into the one form that reports show and that clients receive.
 #pragma once
 
 #include <string>
@@ -17,10 +17,10 @@ inline constexpr HRESULT kRuntimeErrorBase = static_cast<HRESULT>(0x800A0000);
 enum class ErrorSource { Class, Library };
 
 // A numbered error of a class's own, with a fixed English text.
-class ClassError {
+class ClassError : public Thrown {
   public:
     constexpr ClassError(HRESULT code, const wchar_t* description, ErrorSource source = ErrorSource::Class) noexcept
-        : code_(code), description_(description), source_(source) {}
+        : Thrown(Kind::Class), code_(code), description_(description), source_(source) {}
     constexpr HRESULT code() const noexcept { return code_; }
     constexpr const wchar_t* description() const noexcept { return description_; }
     constexpr ErrorSource source() const noexcept { return source_; }
@@ -33,7 +33,10 @@ class ClassError {
 
 // A by-reference argument that points nowhere. The caller broke the calling rules, so no failure policy applies:
 // it gets E_POINTER.
-class NullArgument {};
+class NullArgument : public Thrown {
+  public:
+    constexpr NullArgument() noexcept : Thrown(Kind::NullArgument) {}
+};
 
 template <class T>
 T& Given(T* argument) {
@@ -52,9 +55,7 @@ auto* AsNumber(T* argument) noexcept {
 }
 
 struct Failure {
-    enum class Kind { Runtime, Class, NullArgument };
-
-    Kind kind;
+    Thrown::Kind kind;
     HRESULT code;  // what a client receives
     LONG number;   // what a report shows: n for run-time error n, else the code
     std::wstring description;
@@ -62,7 +63,9 @@ struct Failure {
     std::wstring raisedBy = {};  // another object's name for itself, if it was one that failed; stands before `source`
 };
 
-// What is being handled, seen from inside a catch block.
+Failure FailureOf(const Thrown& thrown);
+
+// What is being handled, seen from inside a catch block, whatever it is.
 Failure CaughtFailure();
 
 // Sets the thread's error information (number, source, description) and returns the code.

@@ -44,6 +44,13 @@ std::wstring FileBaseName() {
     return path.substr(name, path.rfind(L'.') - name);
 }
 
+std::span<const std::byte> Resource(WORD number, const wchar_t* kind) noexcept {
+    const HRSRC found = FindResourceW(Module(), MAKEINTRESOURCEW(number), kind);
+    if (!found) return {};
+    return {static_cast<const std::byte*>(LockResource(LoadResource(Module(), found))),
+            SizeofResource(Module(), found)};
+}
+
 ComPtr<ITypeLib> TypeLibrary() {
     static ITypeLib* const loaded = Load(&own, L"");
     return ComPtr<ITypeLib>(loaded);

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
+#include <span>
 #include <string>
 
 #include "platform/com_ptr.h"
@@ -21,6 +23,9 @@ extern const Identity kIdentity;
 HINSTANCE Module() noexcept;
 std::wstring FilePath();
 std::wstring FileBaseName();  // file name without folder and extension, "VelkSprt" unless the file was renamed
+
+// What is embedded in this module under a number and a kind; nothing if there is none.
+std::span<const std::byte> Resource(WORD number, const wchar_t* kind) noexcept;
 
 // The type library embedded in this module, never the registered one: another version may be registered.
 ComPtr<ITypeLib> TypeLibrary();

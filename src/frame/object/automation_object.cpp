@@ -56,10 +56,19 @@ void ObjectCore::Destroy() noexcept {
     delete this;
 }
 
-HRESULT ObjectCore::Fail(const char* member, FailurePolicy policy) const noexcept try {
-    const Failure failure = CaughtFailure();
-    const bool ours = failure.kind != Failure::Kind::Runtime;
-    if (failure.kind == Failure::Kind::NullArgument || policy == FailurePolicy::PassOn) {
+void* ObjectCore::FaceOf(REFIID iid, const IID& own, IDispatch* object, ISupportErrorInfo* errors,
+                         IProvideClassInfo2* description) noexcept {
+    if (iid == own || iid == IID_IDispatch || iid == IID_IUnknown) return object;
+    if (iid == __uuidof(ISupportErrorInfo)) return errors;
+    const bool described = iid == __uuidof(IProvideClassInfo) || iid == __uuidof(IProvideClassInfo2);
+    return described ? description : nullptr;
+}
+
+HRESULT ObjectCore::Fail(const char* member, Policy ofMember, const Thrown* thrown) const noexcept try {
+    const FailurePolicy policy = ofMember == Policy::PassOn ? FailurePolicy::PassOn : info_.policy;
+    const Failure failure = thrown ? FailureOf(*thrown) : CaughtFailure();
+    const bool ours = failure.kind != Thrown::Kind::Runtime;
+    if (failure.kind == Thrown::Kind::NullArgument || policy == FailurePolicy::PassOn) {
         return RaiseToClient(failure, info_.name, info_.iid);
     }
     if (policy != FailurePolicy::ComponentFailure) {
@@ -69,7 +78,7 @@ HRESULT ObjectCore::Fail(const char* member, FailurePolicy policy) const noexcep
     if (ours) return RaiseToClient(failure, info_.name, info_.iid);
     const std::wstring description = std::wstring(info_.name) + L" component failure";
     return RaiseToClient(
-        {Failure::Kind::Class, info_.componentFailure, info_.componentFailure, description, ErrorSource::Class},
+        {Thrown::Kind::Class, info_.componentFailure, info_.componentFailure, description, ErrorSource::Class},
         info_.name, info_.iid);
 } catch (...) {
     return E_OUTOFMEMORY;
@@ -101,7 +110,7 @@ HRESULT ObjectCore::InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* resu
     result->punkVal = enumerator.Detach();
     return S_OK;
 } catch (...) {
-    return dispatch::Exception(Fail("NewEnum", FailurePolicy::PassOn), exception);
+    return dispatch::Exception(Fail("NewEnum", Policy::PassOn, nullptr), exception);
 }
 
 HRESULT ObjectCore::GetCoclass(ITypeInfo** info) const noexcept {

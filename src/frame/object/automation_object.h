@@ -40,6 +40,7 @@ struct ClassInfo {
     const wchar_t* creationFailed = nullptr;  // heading of the report of a failed creation, for a class with OnCreate
     const wchar_t* reportedPrefix = L"";      // stands before members' names in reports
     DISPID defaultMember = DISPID_UNKNOWN;    // what late-bound clients get for the object itself
+    References references = References::OnlyRead;
 };
 
 // Which threads may use an object: the one that made it, where others have a proxy, or any.
@@ -65,7 +66,7 @@ class ObjectCore {
         OneThreadHold(const OneThreadHold&) = delete;
         OneThreadHold& operator=(const OneThreadHold&) = delete;
         ~OneThreadHold() {
-            if (--object_.calls_ == 0 && object_.count_ == 0) object_.Destroy();
+            if ((--object_.calls_ | object_.count_.load(std::memory_order_relaxed)) == 0) object_.Destroy();
         }
 
       private:
@@ -90,8 +91,15 @@ class ObjectCore {
     ULONG CountDown() noexcept;
     bool CountUpIfAlive() noexcept;  // false when the object is being destroyed, by this thread or another
 
-    // Turns the exception that is being handled into the member's answer. A member is named as its function is.
-    HRESULT Fail(const char* member, FailurePolicy policy) const noexcept;
+    enum class Policy { OfClass, PassOn };
+
+    // Turns the exception that is being handled, `thrown` if it was caught as one, into the member's answer. A member
+    // is named as its function is.
+    HRESULT Fail(const char* member, Policy policy, const Thrown* thrown) const noexcept;
+
+    // The face that is asked for, of those that every class has.
+    static void* FaceOf(REFIID iid, const IID& own, IDispatch* object, ISupportErrorInfo* errors,
+                        IProvideClassInfo2* description) noexcept;
 
     // Clients that pass an object to another thread without marshalling it are told in a debug build.
 #ifdef NDEBUG
@@ -157,12 +165,19 @@ class AutomationObject : public DispatchImpl<Interface>,
     STDMETHODIMP_(ULONG) Release() noexcept override { return CountDown(); }
 
     // Held from the start: what is asked for an argument's value may drop the last reference before the member begins.
+    // A member without arguments holds the object itself.
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
+        const InterfacePlan* const plan = this->Plan();
+        if (!plan) return E_OUTOFMEMORY;
+        const QuickCall quick = plan->Quick(id);
+        if (dispatch::IsQuick(quick, reserved, flags, parameters, result)) {
+            return dispatch::InvokeQuick(quick, this, result, exception);
+        }
         const Hold hold(*this);
         const auto invoke = [&](DISPID member) {
-            return DispatchImpl<Interface>::Invoke(member, reserved, locale, flags, parameters, result, exception,
-                                                   badArgument);
+            return dispatch::Invoke(*plan, info_.references, this, member, reserved, locale, flags, parameters, result,
+                                    exception, badArgument);
         };
         const HRESULT called = invoke(id);
         if (called != DISP_E_MEMBERNOTFOUND) return called;
@@ -240,8 +255,6 @@ class AutomationObject : public DispatchImpl<Interface>,
     }
 
   private:
-    enum class Policy { OfClass, PassOn };
-
     // The hold stands around all that a member does, its report included.
     template <Policy kPolicy, class Body>
     HRESULT Run(const char* member, Body&& body) const noexcept {
@@ -266,18 +279,15 @@ class AutomationObject : public DispatchImpl<Interface>,
             body();
             return S_OK;
         }
+    } catch (const Thrown& thrown) {
+        return Fail(member, kPolicy, &thrown);
     } catch (...) {
-        return Fail(member, kPolicy == Policy::PassOn ? FailurePolicy::PassOn : info_.policy);
+        return Fail(member, kPolicy, nullptr);
     }
 
     void* Find(REFIID iid) noexcept {
-        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == __uuidof(Interface)) {
-            return static_cast<Interface*>(this);
-        }
-        if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
-        if (iid == IID_IProvideClassInfo) return static_cast<IProvideClassInfo*>(this);
-        if (iid == IID_IProvideClassInfo2) return static_cast<IProvideClassInfo2*>(this);
-        return ExtraInterface(iid);
+        void* const face = FaceOf(iid, __uuidof(Interface), this, this, this);
+        return face ? face : ExtraInterface(iid);
     }
 };
 

@@ -1,6 +1,7 @@
 #include "frame/object/event_source.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "frame/object/enumerator.h"
 #include "platform/system_errors.h"
@@ -26,20 +27,38 @@ struct ConnectionItem {
     }
 };
 
-void CallSink(IDispatch* sink, DISPID event, std::initializer_list<EventArgument> arguments) {
-    VARIANT passed[ConnectionPoint::kMostArguments];
-    Variant variables[ConnectionPoint::kMostArguments];
+VARIANT ValueOf(const EventArgument& argument) noexcept {
+    VARIANT value{};
+    value.vt = argument.type;
+    value.llVal = static_cast<LONGLONG>(argument.bits);
+    return value;
+}
+
+// Without memory for a sink's own variables the event does not reach it, and the computation goes on.
+void CallSink(IDispatch* sink, DISPID event, std::initializer_list<EventArgument> arguments) noexcept {
+    VARIANT passed[ConnectionPoint::kMostArguments], variables[ConnectionPoint::kMostArguments];
     VARIANT* place = passed + arguments.size();  // the last argument comes first
-    Variant* variable = variables;
+    VARIANT* variable = variables;
+    HRESULT result = S_OK;
     for (const EventArgument& argument : arguments) {
-        *--place = argument.value;
+        *--place = ValueOf(argument);
         if (!argument.isVariable) continue;
-        ThrowIfFailed(VariantCopy(variable, place));
-        place->vt |= VT_BYREF;
-        place->byref = &variable++->lVal;
+        if (IsSelfContained(argument.type)) {
+            *variable = ValueOf(argument);
+        } else {
+            variable->vt = VT_EMPTY;
+            if (SUCCEEDED(result)) result = VariantCopy(variable, place);
+        }
+        place->vt = argument.type | VT_BYREF;
+        place->byref = &variable++->byref;
     }
     DISPPARAMS parameters{passed, nullptr, static_cast<UINT>(arguments.size()), 0};
-    sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
+    if (SUCCEEDED(result)) {
+        sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
+    }
+    while (variable != variables) {
+        if (!IsSelfContained((--variable)->vt)) VariantClear(variable);
+    }
 }
 
 }  // namespace
@@ -101,7 +120,12 @@ STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) noexcept try
 STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) noexcept {
     const auto found =
         std::find_if(sinks_.begin(), sinks_.end(), [cookie](const Sink& sink) { return sink.cookie == cookie; });
-    if (found == sinks_.end()) return CONNECT_E_NOCONNECTION;
+    if (cookie == 0 || found == sinks_.end()) return CONNECT_E_NOCONNECTION;
+    if (static_cast<std::size_t>(found - sinks_.begin()) < inEvent_) {  // released when the event has been raised
+        found->cookie = 0;
+        ++disconnected_;
+        return S_OK;
+    }
     const Sink leaving = std::move(*found);  // released only when the list is in order again
     sinks_.erase(found);
     return S_OK;
@@ -113,29 +137,36 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) no
     const ComPtr<IConnectionPointContainer> held(container_);
     std::vector<ConnectionItem> all;
     all.reserve(sinks_.size());
-    for (const Sink& sink : sinks_) all.push_back({sink.object, sink.cookie});
+    for (const Sink& sink : sinks_) {
+        if (sink.cookie != 0) all.push_back({sink.object, sink.cookie});
+    }
     return Enumerator<IEnumConnections, ConnectionItem, CONNECTDATA>::Make(std::move(all), connections);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
 
-bool ConnectionPoint::IsConnected(DWORD cookie) const noexcept {
-    return std::any_of(sinks_.begin(), sinks_.end(), [cookie](const Sink& sink) { return sink.cookie == cookie; });
+void ConnectionPoint::Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept {
+    const std::size_t before = std::exchange(inEvent_, sinks_.size());
+    const std::size_t count = inEvent_;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (sinks_[i].cookie != 0) CallSink(sinks_[i].object.get(), event, arguments);
+    }
+    inEvent_ = before;
+    if (disconnected_ != 0) ReleaseDisconnected(before);
 }
 
-void ConnectionPoint::Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept try {
-    const ComPtr<IConnectionPointContainer> held(container_);
-    const auto call = [&](IDispatch* sink) { CallSink(sink, event, arguments); };
-    if (sinks_.size() == 1) {  // the usual case, without a copy of the list
-        const ComPtr<IDispatch> only = sinks_.front().object;
-        call(only.get());
-        return;
+// Those that an outer event is still on its way to stay. A sink is released when the list is in order again.
+void ConnectionPoint::ReleaseDisconnected(std::size_t first) noexcept {
+    for (std::size_t i = first; i < sinks_.size();) {
+        if (sinks_[i].cookie != 0) {
+            ++i;
+            continue;
+        }
+        const Sink leaving = std::move(sinks_[i]);
+        sinks_.erase(sinks_.begin() + static_cast<std::ptrdiff_t>(i));
+        --disconnected_;
+        i = first;  // its destruction may change the list
     }
-    const std::vector<Sink> connected = sinks_;
-    for (const Sink& sink : connected) {
-        if (IsConnected(sink.cookie)) call(sink.object.get());
-    }
-} catch (...) {  // no memory for the list: the event is lost, the computation goes on
 }
 
 }  // namespace velk

@@ -1,6 +1,8 @@
 // Connection points for a class that raises events: one outgoing dispatch interface, any number of sinks.
 #pragma once
 
+#include <bit>
+#include <cstdint>
 #include <initializer_list>
 #include <vector>
 
@@ -9,35 +11,22 @@
 
 namespace velk {
 
-// What an event carries. The value is the caller's and is only read.
+// What an event carries. A text or an object is the caller's and is only read.
 struct EventArgument {
-    EventArgument(bool truth) noexcept {
-        value.vt = VT_BOOL;
-        value.boolVal = truth ? VARIANT_TRUE : VARIANT_FALSE;
-    }
-    EventArgument(LONG number) noexcept {
-        value.vt = VT_I4;
-        value.lVal = number;
-    }
-    EventArgument(FLOAT number) noexcept {
-        value.vt = VT_R4;
-        value.fltVal = number;
-    }
-    EventArgument(double number) noexcept {
-        value.vt = VT_R8;
-        value.dblVal = number;
-    }
-    EventArgument(BSTR text) noexcept {
-        value.vt = VT_BSTR;
-        value.bstrVal = text;
-    }
-    EventArgument(IDispatch* object) noexcept {
-        value.vt = VT_DISPATCH;
-        value.pdispVal = object;
-    }
+    EventArgument(bool truth) noexcept : EventArgument(VT_BOOL, truth ? 0xFFFF : 0) {}
+    EventArgument(LONG number) noexcept : EventArgument(VT_I4, static_cast<ULONG>(number)) {}
+    EventArgument(FLOAT number) noexcept : EventArgument(VT_R4, std::bit_cast<std::uint32_t>(number)) {}
+    EventArgument(double number) noexcept : EventArgument(VT_R8, std::bit_cast<std::uint64_t>(number)) {}
+    EventArgument(BSTR text) noexcept : EventArgument(VT_BSTR, reinterpret_cast<ULONG_PTR>(text)) {}
+    EventArgument(IDispatch* object) noexcept : EventArgument(VT_DISPATCH, reinterpret_cast<ULONG_PTR>(object)) {}
 
-    VARIANT value{};
+    // In its own parts, as a variant is slow to copy right after it was filled in.
+    std::uint64_t bits;
+    VARTYPE type;
     bool isVariable = false;
+
+  private:
+    EventArgument(VARTYPE kind, std::uint64_t value) noexcept : bits(value), type(kind) {}
 };
 
 // An [in, out] argument: each sink gets a variable of its own, and nobody sees what it writes there.
@@ -53,11 +42,11 @@ class ConnectionPoint final : public IConnectionPoint {
         : container_(container), events_(events) {}
 
     const IID& events() const noexcept { return events_; }
-    bool HasSinks() const noexcept { return !sinks_.empty(); }
+    bool HasSinks() const noexcept { return sinks_.size() > disconnected_; }
 
     // Calls every sink that is connected now, with up to kMostArguments arguments in the order of their
     // declaration. While it is called a sink may connect or disconnect any sink, and drop the last reference to the
-    // owner. What a sink answers, errors included, is its own affair.
+    // owner, one of whose members is running and keeps it. What a sink answers, errors included, is its own affair.
     void Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept;
     static constexpr std::size_t kMostArguments = 8;
 
@@ -73,15 +62,17 @@ class ConnectionPoint final : public IConnectionPoint {
 
   private:
     struct Sink {
-        DWORD cookie;
+        DWORD cookie;  // 0 for one that was disconnected during an event
         ComPtr<IDispatch> object;
     };
-    bool IsConnected(DWORD cookie) const noexcept;
+    void ReleaseDisconnected(std::size_t first) noexcept;
 
     IConnectionPointContainer* container_;
     const IID& events_;
     DWORD lastCookie_ = 0;
     std::vector<Sink> sinks_;
+    std::size_t inEvent_ = 0;  // the sinks at the front that an event is on its way to: they keep their places
+    std::size_t disconnected_ = 0;
 };
 
 // The face that a class with events adds to its own: shares the owner's identity and reference count.

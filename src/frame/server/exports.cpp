@@ -1,4 +1,5 @@
 // The library's four entry points, and what happens when the module goes.
+#include "frame/dispatch/call_plan.h"
 #include "frame/module/runtime_threads.h"
 #include "frame/server/class_factory.h"
 #include "frame/server/registration.h"
@@ -17,6 +18,7 @@ STDAPI DllUnregisterServer() { return velk::UnregisterLibrary(); }
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_DETACH && !processEnds) {
         if (velk::library::kIdentity.atUnload) velk::library::kIdentity.atUnload();
+        velk::KeptPlan::ReleaseAll();
         velk::library::ReleaseTypeLibraries();
         velk::ReleaseRuntime();
     }

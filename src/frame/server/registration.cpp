@@ -7,6 +7,7 @@
 #include "frame/server/class_table.h"
 #include "platform/handles.h"
 #include "platform/platform.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
@@ -74,7 +75,7 @@ void WriteClass(Scope scope, const ClassInfo& info, const LibraryIdentity& types
     SetValue(scope, key + L"\\ProgID", nullptr, name);
     SetValue(scope, key + L"\\Programmable", nullptr, L"");
     SetValue(scope, key + L"\\TypeLib", nullptr, GuidText(types.guid));
-    SetValue(scope, key + L"\\VERSION", nullptr, std::to_wstring(types.major) + L"." + std::to_wstring(types.minor));
+    SetValue(scope, key + L"\\VERSION", nullptr, DecimalText(types.major) + L"." + DecimalText(types.minor));
     SetValue(scope, name, nullptr, name);
     SetValue(scope, name + L"\\CLSID", nullptr, guid);
 }

@@ -2,14 +2,14 @@
 
 #include "frame/module/library.h"
 #include "platform/system_errors.h"
+#include "platform/whole_numbers.h"
 
 namespace velk {
 namespace {
 
 void LogMissingLibrary(HRESULT result) {
-    wchar_t number[16];
-    swprintf(number, ARRAYSIZE(number), L"0x%08lX", static_cast<unsigned long>(result));
-    const std::wstring line = library::FileBaseName() + L": VelkSub.HookManager cannot be created (" + number +
+    const std::wstring line = library::FileBaseName() + L": VelkSub.HookManager cannot be created (0x" +
+                              ResultCodeText(static_cast<std::uint32_t>(result)) +
                               L"), windows are not hooked. Is VelkSub.dll registered?\n";
     OutputDebugStringW(line.c_str());
 }
