@@ -93,20 +93,6 @@ bool NamedCall(_CShapes* object) {
     return met;
 }
 
-// Further figures without a target: what arguments cost.
-void Arguments(_CShapes* object, ITypeInfo* info) {
-    VARIANT argument{};
-    argument.vt = VT_I4;
-    DISPPARAMS one{&argument, nullptr, 1, 0};
-    VARIANT result;
-    wchar_t name[] = L"EchoLong";
-    const DISPID echo = IdOf(object, name);
-    const auto call = [&](auto&& invoke) { return [&, invoke] { invoke(); }; };
-    bench::Compare("call with a Long", 0,
-                   call([&] { object->Invoke(echo, IID_NULL, 0, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }),
-                   call([&] { info->Invoke(object, echo, DISPATCH_METHOD, &one, &result, nullptr, nullptr); }));
-}
-
 }  // namespace
 
 int main() {
@@ -119,6 +105,5 @@ int main() {
     bool met = PropertyGet(object, info.get());
     met &= NameLookup(object, info.get());
     met &= NamedCall(object);
-    Arguments(object, info.get());
     return met ? 0 : 1;
 }
