@@ -88,7 +88,10 @@ bool FittingCall::LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcep
     const auto wanted = static_cast<UINT>(plan.parameters.size());
     const UINT named = plan.isLet ? 1 : 0;
     if (given.cNamedArgs != named || given.cArgs > wanted || (given.cArgs && !given.rgvarg)) return false;
-    if (named && (given.cArgs != wanted || *given.rgdispidNamedArgs != DISPID_PROPERTYPUT)) return false;
+    if (named &&
+        (given.cArgs != wanted || !given.rgdispidNamedArgs || *given.rgdispidNamedArgs != DISPID_PROPERTYPUT)) {
+        return false;
+    }
     for (UINT i = 0; i < wanted; ++i) {
         if (!Add(plan.parameters[i], i < given.cArgs ? &given.rgvarg[given.cArgs - 1 - i] : nullptr)) return false;
     }
