@@ -5,7 +5,6 @@ setlocal
 set VELKSPRT_REPORTS=debugger
 set OANOCACHE=1
 set failures=0
-set clients=%~dp0..\tests\clients
 set system=%windir%\System32
 if %1==x86 if exist %windir%\SysWOW64 set system=%windir%\SysWOW64
 set uninstall=Software\Microsoft\Windows\CurrentVersion\Uninstall\VelkSupport
@@ -15,9 +14,7 @@ for %%p in (%2\tests\*_tests.exe) do call :passes %%p --gtest_brief=1 --gtest_ou
 
 for %%l in (VelkSprt VelkSub) do call :passes %system%\regsvr32.exe /s %2\%%l.dll
 call :passes %2\velkdoctor.exe
-for %%c in (containers.js drawing.js drawing.vbs icon_menu.vbs system_info.js window_helpers.js window_helpers.vbs) do (
-    call :prints PASSED %system% %clients%\%%c
-)
+for %%c in (vbs js) do call :prints PASSED %system% %2\tests\clients\facts.%%c
 for %%l in (VelkSprt VelkSub) do call :passes %system%\regsvr32.exe /s /u %2\%%l.dll
 call :fails reg query HKLM\%class%
 

@@ -1,11 +1,13 @@
 #include "facts/platform_log.h"
 
 #include <commdlg.h>
+#include <htmlhelp.h>
 #include <lmcons.h>
 #include <mmsystem.h>
 #include <shellapi.h>
 #include <wininet.h>
 #include <algorithm>
+#include <cstring>
 #include <list>
 #include <map>
 #include <optional>
@@ -20,8 +22,9 @@
 namespace velk::facts {
 
 struct PlatformLog::State {
+    std::function<void(const std::wstring&)> act;
     std::list<Rule> rules;
-    std::list<test::ImportPatch> imports;
+    std::list<test::ImportPatch> imports;  // the latest first, and taken away first
     std::list<test::ProcedurePatch> procedures;
     std::deque<std::wstring> lines;
     std::map<std::wstring, std::vector<HGDIOBJ>> drawing;  // the objects of each kind that were told
@@ -30,8 +33,6 @@ struct PlatformLog::State {
 namespace {
 
 PlatformLog::State* current = nullptr;
-
-// ---- Arguments as text ----
 
 [[maybe_unused]] std::wstring Shown(LPCSTR text) { return text ? Quote(Wide(FromAnsi(text))) : L"null"; }
 [[maybe_unused]] std::wstring Shown(LPCWSTR text) { return text ? Quote(text) : L"null"; }
@@ -67,52 +68,147 @@ std::wstring Shown(T* place) {
     }
     return place ? L"&" : L"null";
 }
-[[maybe_unused]] std::wstring Shown(char*) { return L"&"; }
-[[maybe_unused]] std::wstring Shown(wchar_t*) { return L"&"; }
-std::wstring Shown(const SHELLEXECUTEINFOA* order) {
-    std::wstring shown = L"{" + std::to_wstring(order->fMask) + L", " + Shown(order->hwnd);
-    for (const LPCSTR text : {order->lpVerb, order->lpFile, order->lpParameters, order->lpDirectory})
-        shown += L", " + Shown(text);
-    return shown + L", " + std::to_wstring(order->nShow) + L"}";
+std::wstring Shown(const GUID&) { return L"guid"; }
+[[maybe_unused]] std::wstring Shown(char* place) { return place ? L"&" : L"null"; }
+[[maybe_unused]] std::wstring Shown(wchar_t* place) { return place ? L"&" : L"null"; }
+
+// Fields of a record. Each is cleared as it is shown, so that what is left of the record has to be 0.
+template <class... Fields>
+std::wstring Taken(Fields&... fields) {
+    std::wstring shown;
+    ((shown += (shown.empty() ? L"" : L", ") + Shown(std::exchange(fields, Fields{}))), ...);
+    return shown;
+}
+template <class Record>
+std::wstring Bracketed(const std::wstring& shown, const Record& left) {
+    const std::string bytes(reinterpret_cast<const char*>(&left), sizeof left);
+    return L"[" + shown + (bytes == std::string(sizeof left, '\0') ? L"]" : L", and something else]");
+}
+// Without the NULs at its end.
+std::wstring TakenBuffer(LPSTR& buffer, DWORD& size) {
+    std::string bytes(std::exchange(buffer, nullptr), size);
+    while (bytes.ends_with('\0')) bytes.pop_back();
+    return Quote(Wide(FromAnsi(bytes))) + L" of " + std::to_wstring(std::exchange(size, 0));
+}
+std::wstring Shown(SHELLEXECUTEINFOA* order) {
+    SHELLEXECUTEINFOA left = *order;
+    left.cbSize -= sizeof left;
+    return Bracketed(
+        Taken(left.fMask, left.hwnd, left.lpVerb, left.lpFile, left.lpParameters, left.lpDirectory, left.nShow), left);
+}
+std::wstring Shown(OPENFILENAMEA* dialog) {
+    OPENFILENAMEA left = *dialog;
+    left.lStructSize -= sizeof(OPENFILENAME_NT4A);
+    const char kEnd[] = "\0";
+    LPCSTR filter = std::exchange(left.lpstrFilter, nullptr);
+    const LPCSTR end = std::search(filter, filter + 32768, kEnd, kEnd + 2);
+    const std::wstring first = Taken(left.hwndOwner) + L", " + Quote(Wide(FromAnsi({filter, end}))) + L", " +
+                               Taken(left.nFilterIndex) + L", " + TakenBuffer(left.lpstrFile, left.nMaxFile);
+    return Bracketed(first + L", " + TakenBuffer(left.lpstrFileTitle, left.nMaxFileTitle) + L", " +
+                         Taken(left.lpstrInitialDir, left.lpstrTitle, left.Flags, left.lpstrDefExt),
+                     left);
+}
+std::wstring Shown(PRINTDLGA* dialog) {
+    PRINTDLGA left = *dialog;  // packed, so that nothing can refer to its fields
+    std::wstring shown = Shown(+left.hwndOwner);
+    for (const DWORD number : {left.Flags, DWORD{left.nFromPage}, DWORD{left.nToPage}, DWORD{left.nMinPage},
+                               DWORD{left.nMaxPage}, DWORD{left.nCopies}})
+        shown += L", " + Shown(number);
+    left.lStructSize -= sizeof left;
+    left.hwndOwner = nullptr;
+    left.Flags = left.nFromPage = left.nToPage = left.nMinPage = left.nMaxPage = left.nCopies = 0;
+    return Bracketed(shown, left);
+}
+std::wstring Shown(CHOOSEFONTA* dialog) {
+    CHOOSEFONTA left = *dialog;
+    left.lStructSize -= sizeof left;
+    LOGFONTA font = *std::exchange(left.lpLogFont, nullptr);
+    const std::string face = dialog->lpLogFont->lfFaceName;  // which may have 33 bytes here
+    std::memset(font.lfFaceName, 0, sizeof font.lfFaceName);
+    const std::wstring style = Taken(font.lfHeight, font.lfWeight, font.lfItalic, font.lfUnderline, font.lfStrikeOut);
+    return Bracketed(Taken(left.hwndOwner, left.hDC) + L", " + Bracketed(style + L", " + Shown(face.c_str()), font) +
+                         L", " + Taken(left.Flags, left.rgbColors, left.nSizeMin, left.nSizeMax),
+                     left);
 }
 std::wstring Shown(const LOGBRUSH* brush) {
     return L"{" + Shown(brush->lbStyle) + L", " + Shown(brush->lbColor) + L", " + Shown(brush->lbHatch) + L"}";
 }
 std::wstring Shown(LARGE_INTEGER number) { return Shown(number.QuadPart); }
-std::wstring Shown(SHELLEXECUTEINFOA* order) { return Shown(static_cast<const SHELLEXECUTEINFOA*>(order)); }
+std::wstring Shown(OSVERSIONINFOA* place) { return L"[" + std::to_wstring(place->dwOSVersionInfoSize) + L"]"; }
+std::wstring Shown(MEMORYSTATUS* place) { return place->dwLength == sizeof *place ? L"&" : L"of another size"; }
 
-// ---- One function ----
+// What one item of a filling stands for: its bytes, and how many of the place it covers.
+struct Item {
+    explicit Item(const std::wstring& text) {
+        if (text.starts_with(L'"')) {
+            bytes = ToAnsi(Unquote(text)) + '\0';
+            size = bytes.size();
+            return;
+        }
+        constexpr std::pair<wchar_t, std::size_t> kSizes[] = {{L'p', sizeof(void*)}, {L'q', 8}, {L'i', 2}, {L'b', 1}};
+        for (const auto& [mark, bySuffix] : kSizes) {
+            if (text.back() == mark && (mark != L'b' || !text.starts_with(L"0x"))) size = bySuffix;
+        }
+        if (text.starts_with(L'_')) return;
+        const LONGLONG number = std::stoll(text, nullptr, 0);
+        bytes.assign(reinterpret_cast<const char*>(&number), size);
+    }
+    std::size_t size = 4;
+    std::string bytes;  // none: what is there stays
+};
 
 void Fill(const std::wstring& filling, const std::vector<void*>& places) {
-    std::size_t used = 0;
-    void* const place = places.at(std::stoul(filling, &used));
-    const std::wstring_view what = Trim(std::wstring_view(filling).substr(used));
-    if (what.starts_with(L'"')) {
-        const std::string bytes = ToAnsi(Unquote(what));
-        std::memcpy(place, bytes.data(), bytes.size() + 1);
-        return;
-    }
-    auto* to = static_cast<LONG*>(place);
-    for (const std::wstring& number : Split(what.substr(what.find(L' ') + 1), L" ")) {
-        if (number != L"_") *to = static_cast<LONG>(std::stoll(number, nullptr, 0));
-        ++to;
+    const std::vector<std::wstring> items = Split(filling, L" ");
+    char* const place = static_cast<char*>(places.at(std::stoul(items.at(0))));
+    std::size_t offset = 0;
+    for (std::size_t i = 1; i < items.size(); ++i) {
+        const Item item(items[i]);
+        if (!items[i].starts_with(L'"')) offset = (offset + item.size - 1) / item.size * item.size;
+        item.bytes.copy(place + offset, item.bytes.size());
+        offset += item.size;
     }
 }
 
-const Rule* RuleFor(const char* function, const std::wstring& arguments) {
-    for (const Rule& rule : current->rules) {
-        if (rule.function == function && (arguments + L",").starts_with(rule.arguments)) return &rule;
+// "3 longs 2" or "3 text": what is where an argument leads.
+std::pair<std::size_t, std::wstring> Read(const std::wstring& reading, const std::vector<void*>& places) {
+    const std::vector<std::wstring> parts = Split(reading, L" ");
+    const std::size_t argument = std::stoul(parts.at(0));
+    if (parts.at(1) == L"text") return {argument, Shown(static_cast<LPCSTR>(places.at(argument)))};
+    std::wstring shown;
+    for (int i = 0; i < std::stoi(parts.at(2)); ++i)
+        shown += (i ? L", " : L"") + std::to_wstring(static_cast<const LONG*>(places.at(argument))[i]);
+    return {argument, L"[" + shown + L"]"};
+}
+
+std::wstring Joined(const std::vector<std::wstring>& texts) {
+    std::wstring joined;
+    for (const std::wstring& text : texts) joined += (joined.empty() ? L"" : L", ") + text;
+    return joined;
+}
+
+Rule* RuleFor(const char* function, const std::wstring& arguments) {
+    for (Rule& rule : current->rules) {
+        if (rule.function == function && Alike(rule.arguments, arguments + L",")) return &rule;
     }
     return nullptr;
 }
 
+// The places that an argument leads to: numbers may be addresses, and the records of the shell and of dialogs lead to
+// more.
 template <class T>
-void* PlaceOf(T argument) {
+void AddPlaces(std::vector<void*>& places, T argument) {
     if constexpr (std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>) {
-        return const_cast<void*>(static_cast<const void*>(argument));
+        places.push_back(const_cast<void*>(static_cast<const void*>(argument)));
+    } else if constexpr (sizeof(T) == sizeof(void*) && std::is_integral_v<T>) {
+        places.push_back(reinterpret_cast<void*>(argument));
     } else {
-        return nullptr;
+        places.push_back(nullptr);
     }
+    if constexpr (std::is_same_v<T, OPENFILENAMEA*>)
+        places.insert(places.end(), {argument->lpstrFile, argument->lpstrFileTitle});
+    if constexpr (std::is_same_v<T, CHOOSEFONTA*>) places.push_back(argument->lpLogFont);
+    if constexpr (std::is_same_v<T, SHELLEXECUTEINFOA*>)
+        places.insert(places.end(), {&argument->hInstApp, &argument->hProcess});
 }
 
 struct Watchable {
@@ -127,24 +223,34 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
     static inline const char* name;
 
     static Result WINAPI Run(Arguments... arguments) {
-        std::wstring shown;
-        ((shown += (shown.empty() ? L"" : L", ") + Shown(arguments)), ...);
-        auto* const rule = const_cast<Rule*>(RuleFor(name, shown));
-        const std::wstring call = shown.empty() ? shown : L" " + shown;
-        if (rule && rule->logged) current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + call);
-        if (!rule) return Function(arguments...);
+        const DWORD errorBefore = GetLastError();
+        std::vector<std::wstring> shown{Shown(arguments)...};
+        std::vector<void*> places;
+        (AddPlaces(places, arguments), ...);
+        Rule* const rule = current ? RuleFor(name, Joined(shown)) : nullptr;
+        if (!rule) return SetLastError(errorBefore), Function(arguments...);
+        for (const std::wstring& reading : rule->readings) {
+            const auto [argument, text] = Read(reading, places);
+            shown.at(argument) = text;
+        }
+        const bool quietly = GetThreadErrorMode() & SEM_FAILCRITICALERRORS;
+        if (rule->logged)
+            current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + (shown.empty() ? L"" : L" ") +
+                                     Joined(shown) + (quietly ? L" quietly" : L""));
+        if (!rule->action.empty()) current->act(rule->action);
         const auto own = rule->answers.empty() ? std::optional<LONG_PTR>() : rule->answers.front();
         if (rule->answers.size() > 1) rule->answers.pop_front();
         const auto fill = [&] {
-            for (const std::wstring& filling : rule->fillings) Fill(filling, {PlaceOf(arguments)...});
+            for (const std::wstring& filling : rule->fillings) Fill(filling, places);
         };
+        if (!own) SetLastError(errorBefore);
         if constexpr (std::is_void_v<Result>) {
             if (!own) Function(arguments...);
             fill();
         } else {
             const Result answer = own ? (Result)*own : Function(arguments...);  // a number, a truth or a handle
             fill();
-            if (own) SetLastError(rule->error);
+            if (own) SetLastError(rule->error.value_or(errorBefore));
             return answer;
         }
     }
@@ -160,8 +266,11 @@ const Watchable kWatchable[] = {
     Watched<&Arc>("Arc"),
     Watched<&BitBlt>("BitBlt"),
     Watched<&CLSIDFromProgID>("CLSIDFromProgID"),
+    Watched<&ChooseFontA>("ChooseFontA"),
     Watched<&CloseClipboard>("CloseClipboard"),
     Watched<&CloseHandle>("CloseHandle"),
+    Watched<&CoCreateGuid>("CoCreateGuid"),
+    Watched<&CoCreateInstance>("CoCreateInstance"),
     Watched<&CreateBrushIndirect>("CreateBrushIndirect"),
     Watched<&CreateCompatibleBitmap>("CreateCompatibleBitmap"),
     Watched<&CreateCompatibleDC>("CreateCompatibleDC"),
@@ -172,20 +281,28 @@ const Watchable kWatchable[] = {
     Watched<&Ellipse>("Ellipse"),
     Watched<&EmptyClipboard>("EmptyClipboard"),
     Watched<&FindClose>("FindClose"),
+    Watched<&FreeLibrary>("FreeLibrary"),
     Watched<&GetActiveWindow>("GetActiveWindow"),
     Watched<&GetComputerNameA>("GetComputerNameA"),
     Watched<&GetCurrentHwProfileA>("GetCurrentHwProfileA"),
-    Watched<&GetDeviceCaps>("GetDeviceCaps"),
     Watched<&GetDesktopWindow>("GetDesktopWindow"),
+    Watched<&GetDeviceCaps>("GetDeviceCaps"),
     Watched<&GetDiskFreeSpaceA>("GetDiskFreeSpaceA"),
     Watched<&GetDiskFreeSpaceExA>("GetDiskFreeSpaceExA"),
     Watched<&GetDriveTypeA>("GetDriveTypeA"),
+    Watched<&GetExitCodeProcess>("GetExitCodeProcess"),
     Watched<&GetFileSizeEx>("GetFileSizeEx"),
     Watched<&GetLocaleInfoA>("GetLocaleInfoA"),
     Watched<&GetLogicalDriveStringsA>("GetLogicalDriveStringsA"),
+    Watched<&GetLogicalDrives>("GetLogicalDrives"),
+    Watched<&GetModuleFileNameW>("GetModuleFileNameW"),
+    Watched<&GetOpenFileNameA>("GetOpenFileNameA"),
+    Watched<&GetProfileStringA>("GetProfileStringA"),
+    Watched<&GetSaveFileNameA>("GetSaveFileNameA"),
     Watched<&GetSystemDirectoryA>("GetSystemDirectoryA"),
     Watched<&GetSystemInfo>("GetSystemInfo"),
     Watched<&GetSystemMetrics>("GetSystemMetrics"),
+    Watched<&GetTempFileNameA>("GetTempFileNameA"),
     Watched<&GetTempPathA>("GetTempPathA"),
     Watched<&GetTickCount>("GetTickCount"),
     Watched<&GetUserDefaultLCID>("GetUserDefaultLCID"),
@@ -196,6 +313,7 @@ const Watchable kWatchable[] = {
     Watched<&GetWindowRect>("GetWindowRect"),
     Watched<&GetWindowsDirectoryA>("GetWindowsDirectoryA"),
     Watched<&GlobalMemoryStatus>("GlobalMemoryStatus"),
+    Watched<&HtmlHelpA>("HtmlHelpA"),
     Watched<&InternetGetConnectedStateExA>("InternetGetConnectedStateExA"),
     Watched<&InternetSetOptionA>("InternetSetOptionA"),
     Watched<&IsProcessorFeaturePresent>("IsProcessorFeaturePresent"),
@@ -204,10 +322,12 @@ const Watchable kWatchable[] = {
     Watched<&LoadLibraryExW>("LoadLibraryExW"),
     Watched<&MoveToEx>("MoveToEx"),
     Watched<&OpenClipboard>("OpenClipboard"),
+    Watched<&PrintDlgA>("PrintDlgA"),
     Watched<&ReadFile>("ReadFile"),
     Watched<&Rectangle>("Rectangle"),
     Watched<&RegCreateKeyExA>("RegCreateKeyExA"),
     Watched<&RegOpenKeyExA>("RegOpenKeyExA"),
+    Watched<&RegQueryValueExA>("RegQueryValueExA"),
     Watched<&RegSetValueExA>("RegSetValueExA"),
     Watched<&ReleaseDC>("ReleaseDC"),
     Watched<&SelectObject>("SelectObject"),
@@ -219,10 +339,12 @@ const Watchable kWatchable[] = {
     Watched<&SetVolumeLabelA>("SetVolumeLabelA"),
     Watched<&SetWindowLongA>("SetWindowLongA"),
     Watched<&SetWindowPos>("SetWindowPos"),
+    Watched<&SetWindowsHookExW>("SetWindowsHookExW"),
     Watched<&ShellExecuteA>("ShellExecuteA"),
     Watched<&ShellExecuteExA>("ShellExecuteExA"),
     Watched<&SysAllocStringLen>("SysAllocStringLen"),
     Watched<&SystemParametersInfoA>("SystemParametersInfoA"),
+    Watched<&UnhookWindowsHookEx>("UnhookWindowsHookEx"),
     Watched<&WritePrivateProfileStringA>("WritePrivateProfileStringA"),
     Watched<&timeGetTime>("timeGetTime"),
 };
@@ -235,34 +357,33 @@ const Watchable& Find(const std::string& name) {
 }
 
 // The owner and the type are told where they are not the usual ones.
-int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT type) {
-    std::wstring line = L"shows " + Quote(title) + L", " + Quote(text);
-    if (owner) line += L", owned";
-    if (type != (MB_OK | MB_TASKMODAL)) line += L", " + std::to_wstring(type);
-    current->lines.push_back(std::move(line));
+int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
+    const UINT icon = flags & MB_ICONMASK;
+    std::wstring line = L"shows " + Quote(title ? title : L"") + L", " + Quote(text);
+    if (icon) line += L" icon " + std::to_wstring(icon);
+    if (owner || (flags & ~icon) != MB_TASKMODAL) line += L" as another kind of box";
+    current->lines.push_back(line);
     return IDOK;
 }
 
 }  // namespace
 
-PlatformLog::PlatformLog() : state_(std::make_unique<State>()) {
+PlatformLog::PlatformLog(std::function<void(const std::wstring&)> act) : state_(std::make_unique<State>()) {
     current = state_.get();
+    state_->act = std::move(act);
     state_->imports.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
 }
 
-PlatformLog::~PlatformLog() {
-    state_.reset();
-    current = nullptr;
-}
+PlatformLog::~PlatformLog() { current = nullptr; }
 
 // The latest rule counts first.
 void PlatformLog::Add(Rule rule) {
     const Watchable& function = Find(rule.function);
     void* const replacement = rule.missing ? nullptr : function.replacement;
     if (test::ImportPatch::IsImported(test::Library(), function.name)) {
-        state_->imports.emplace_back(test::Library(), function.name, replacement);
+        state_->imports.emplace_front(test::Library(), function.name, replacement);
     } else {
-        state_->procedures.emplace_back(test::Library(), function.name, replacement);
+        state_->procedures.emplace_front(test::Library(), function.name, replacement);
     }
     state_->rules.push_front(std::move(rule));
 }

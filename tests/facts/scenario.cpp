@@ -26,8 +26,12 @@ std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
         const std::wstring line = FromUtf8(bytes);
         const std::wstring_view text = Trim(line);
         if (text.empty() || text.starts_with(L"//")) continue;
-        if (line.starts_with(L' ')) {
-            made.back().lines.push_back({number, std::wstring(text)});
+        if (std::vector<Line>* lines = line.starts_with(L' ') ? &made.back().lines : nullptr) {
+            if (!lines->empty() && lines->back().text.ends_with(L" ;")) {
+                lines->back().text += L' ' + std::wstring(text);
+            } else {
+                lines->push_back({number, std::wstring(text)});
+            }
         } else {
             const std::size_t colon = text.find(L':');
             made.push_back({path.filename().string(),
@@ -42,10 +46,19 @@ std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
 
 std::vector<std::wstring> Alternatives(const std::wstring& line) {
     std::vector<std::wstring> made(1);
+    std::vector<std::vector<std::wstring>> groups;
     std::size_t at = 0;
-    for (std::size_t open; (open = line.find(L'{', at)) != line.npos && line.find(L'|', open) != line.npos;) {
+    for (std::size_t open; (open = line.find(L'{', at)) != line.npos;) {
         const std::size_t close = line.find(L'}', open);
-        const auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
+        auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
+        if (close == open + 2 && line[open + 1] >= L'1' && line[open + 1] - L'1' < static_cast<int>(groups.size())) {
+            parts = groups[line[open + 1] - L'1'];
+        } else if (parts.size() < 2) {
+            for (std::wstring& one : made) one += line.substr(at, open + 1 - at);
+            at = open + 1;
+            continue;
+        }
+        groups.push_back(parts);
         if (made.size() == 1) made.resize(parts.size(), made[0]);
         for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);
         at = close + 1;

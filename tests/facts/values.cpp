@@ -1,7 +1,9 @@
 #include "facts/values.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/text.h"
 #include "support/late_bound.h"
@@ -99,10 +101,11 @@ Variant NamedValue(std::wstring_view text, Variables& variables) {
 
 std::wstring ItemsOf(SAFEARRAY* array) {
     if (!array || array->cDims != 1) return L"";
-    std::wstring shown;
+    const LONG first = array->rgsabound[0].lLbound;
+    std::wstring shown = first ? std::to_wstring(first) + L": " : L"";
     VARTYPE type = VT_EMPTY;
     SafeArrayGetVartype(array, &type);
-    for (LONG i = array->rgsabound[0].lLbound, n = 0; n < static_cast<LONG>(array->rgsabound[0].cElements); ++i, ++n) {
+    for (LONG i = first, n = 0; n < static_cast<LONG>(array->rgsabound[0].cElements); ++i, ++n) {
         Variant item;
         item.vt = type;
         SafeArrayGetElement(array, &i, type == VT_VARIANT ? static_cast<void*>(&item) : &item.byref);
@@ -117,6 +120,26 @@ std::wstring_view Trim(std::wstring_view text) {
     while (text.starts_with(L' ')) text.remove_prefix(1);
     while (text.ends_with(L' ')) text.remove_suffix(1);
     return text;
+}
+
+bool Alike(std::wstring_view pattern, std::wstring_view line) {
+    constexpr std::wstring_view kEnds = L" ,]\n", kEndsHere = L",]\n";  // "dc 1" is one
+    std::size_t at = 0;
+    bool quoted = false, escaping = false;
+    for (std::size_t i = 0; i < pattern.size(); ++i, ++at) {
+        const bool escaped = std::exchange(escaping, !escaping && pattern[i] == L'\\');
+        const bool isWord = (i == 0 || pattern[i - 1] == L' ' || pattern[i - 1] == L'[') &&
+                            (i + 1 == pattern.size() || kEnds.find(pattern[i + 1]) != kEnds.npos);
+        if (pattern[i] == L'_' && isWord && !quoted) {
+            if (at < line.size() && line[at] == L'"') at = line.find(L'"', at + 1);
+            at = std::min({line.find_first_of(kEndsHere, at), line.find(L" quietly", at), line.size()}) - 1;
+        } else if (at >= line.size() || pattern[i] != line[at]) {
+            return false;
+        } else if (pattern[i] == L'"' && !escaped) {
+            quoted = !quoted;
+        }
+    }
+    return true;
 }
 
 std::vector<std::wstring> Split(std::wstring_view text, std::wstring_view separator) {
@@ -174,12 +197,16 @@ std::wstring Quote(std::wstring_view text) {
 }
 
 Variant ValueOf(std::wstring_view text, Variables& variables) {
-    if (const auto parts = Split(text, L"*"); parts.size() == 2) {
+    if (const auto parts = Split(text, L"*"); parts.size() == 2 && Split(text, L" + ").size() == 1) {
         std::wstring repeated;
         for (int i = std::stoi(parts[1]); i > 0; --i) repeated += Unquote(parts[0]);
         return test::Text(repeated);
     }
     if (const auto parts = Split(text, L" as "); parts.size() == 2) return TypedValue(parts[0], parts[1], variables);
+    if (const auto parts = Split(text, L" + "); parts.size() == 2) {
+        return test::Text(std::wstring(View(ValueOf(parts[0], variables).bstrVal)) +
+                          std::wstring(View(ValueOf(parts[1], variables).bstrVal)));
+    }
     if (text.starts_with(L'"')) return test::Text(Unquote(text));
     if (text.starts_with(L"bytes ")) return BytesOf(text.substr(6));
     if (text.starts_with(L'[')) return ArrayOf(text.substr(1, text.size() - 2), variables);
@@ -188,7 +215,7 @@ Variant ValueOf(std::wstring_view text, Variables& variables) {
 }
 
 std::wstring Show(const VARIANT& value) {
-    if (value.vt & VT_ARRAY) return (value.vt & VT_VARIANT ? L"[" : L"typed [") + ItemsOf(value.parray) + L"]";
+    if (value.vt & VT_ARRAY) return L"[" + ItemsOf(value.parray) + L"]";
     switch (value.vt) {
         case VT_EMPTY:
             return L"Empty";

@@ -109,7 +109,7 @@ class Room:
     suites: list[str]
 
 
-FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "settings"])
+FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "facts:settings"])
 ROOMS = {
     "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
@@ -118,7 +118,7 @@ ROOMS = {
     "src/platform": FRAME,
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell", "dialogs"]),
-    "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo", "sysinfo"]),
+    "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
     "src/winhelpers/hooks": Room(["VelkSprt"], ["facts:winhelpers", "winhelpers"]),
     "src/winhelpers/menu": Room(["VelkSprt"], ["icon_menu"]),
     "src/winhelpers/support": Room(["VelkSprt", "drawing_support_tests"], ["drawing_support", "icon_menu"]),

@@ -1,0 +1,383 @@
+#include "facts/play.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "facts/listener.h"
+#include "facts/objects.h"
+#include "facts/platform_log.h"
+#include "facts/values.h"
+#include "platform/text.h"
+#include "support/client.h"
+#include "support/late_bound.h"
+#include "support/malloc_spy.h"
+#include "support/scarce_memory.h"
+#include "support/scoped_variable.h"
+#include "support/scratch_folder.h"
+
+namespace velk::facts {
+namespace {
+
+class ScenarioRun {
+  public:
+    ScenarioRun(const Scenario& scenario, bool bySlot) : scenario_(scenario), bySlot_(bySlot) {}
+
+    void Play() {
+        for (const Line& line : scenario_.lines) {
+            number_ = line.number;
+            try {
+                for (const std::wstring& one : Alternatives(said_ = line.text)) {
+                    for (const std::wstring& step : Split(one, L" ; ")) Do(said_ = step);
+                }
+            } catch (const std::exception& problem) {
+                Fails(std::wstring(Wide(FromAnsi(problem.what()))));
+            }
+        }
+        NothingUntold();
+        listener_ = std::nullopt;
+        variables_.clear();
+        object_ = nullptr;
+        number_ = scenario_.line, said_ = scenario_.title;
+        if (!root_.empty()) RegDeleteTreeA(HKEY_CURRENT_USER, root_.c_str());
+        if (!test::CanUnload()) Fails(L"an object is left behind");
+        // The library and the platform keep what they need for a class from its first calls on.
+        static std::set<std::wstring> called;
+        if (!bySlot_ || called.insert(scenario_.className).second) return;
+        HeldBelow(1);
+        if (std::getenv("OANOCACHE"))
+            Same(L"texts left behind: 0", L"texts left behind: " + std::to_wstring(test::MallocSpy::Alive() - texts_));
+    }
+
+  private:
+    void Do(std::wstring line) {
+        for (std::size_t at; (at = line.find(L"$dir")) != line.npos;) line.replace(at, 4, Escaped(folder_.path()));
+        if (line.starts_with(L"saw ") || line.starts_with(L"shows ")) return Told(line);
+        NothingUntold();
+        for (const std::wstring told : {L" shows ", L" saw "}) {
+            const auto parts = Split(line, told);
+            if (parts.size() == 2) return Do(parts[0]), Told(told.substr(1) + parts[1]);
+        }
+        for (const auto& [verb, does] : kVerbs) {
+            if (line.starts_with(verb))
+                return (this->*does)(std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
+        }
+        for (int times = Times(line); times > 0; --times) Step(line);
+    }
+
+    // Takes "5 times " away.
+    static int Times(std::wstring& line) {
+        const std::size_t at = line.find(L" times ");
+        if (at == line.npos || line.find_first_not_of(L"0123456789") != at) return 1;
+        const int times = std::stoi(line);
+        line.erase(0, at + 7);
+        return times;
+    }
+
+    void Told(const std::wstring& wanted) {
+        std::wstring call = wanted.substr(4);
+        const int times = Times(call);
+        if (wanted.starts_with(L"shows ")) return Same(wanted, log_.Next());
+        if (times == 1) {
+            for (const std::wstring& one : Split(call, L";")) Same(L"saw " + one, log_.Next());
+            return;
+        }
+        for (int i = 0; i < times && !testing::Test::HasFailure(); ++i)
+            Same(L"saw " + call, log_.Next().substr(0, 4 + call.size()));
+    }
+
+    // c 0xFF00FF
+    void DrawOn(const std::wstring& line) {
+        const auto parts = Split(line, L" ");
+        const HDC context = canvases_[parts.at(0)].context.get();
+        const GdiObject brush(CreateSolidBrush(std::stoul(parts.at(1), nullptr, 0)));
+        const RECT all{0, 0, Canvas::kSize, Canvas::kSize};
+        FillRect(context, &all, static_cast<HBRUSH>(brush.get()));
+        static_cast<VARIANT&>(variables_[parts[0]]) = test::Arg(HandleToLong(context));
+    }
+
+    // c 3 4 = 0xFF00FF
+    void Pixel(const std::wstring& line) {
+        const auto parts = Split(line, L" ");
+        const HDC context = canvases_.at(parts.at(0)).context.get();
+        wchar_t given[16];
+        swprintf(given, 16, L"0x%06lX", GetPixel(context, std::stoi(parts.at(1)), std::stoi(parts.at(2))));
+        Same(parts.at(4), given);
+    }
+
+    void Memory(const std::wstring& line) { heap_.Refuse(line.empty() ? SIZE_MAX : std::stoul(line), SIZE_MAX); }
+
+    void Held(const std::wstring& most) { HeldBelow(std::stoi(most)); }
+    void HeldBelow(std::ptrdiff_t most) const {
+        if (heap_.held() >= most) Fails(L"the library holds " + std::to_wstring(heap_.held()) + L" bytes more");
+    }
+
+    void On(const std::wstring& line) { on_.push_back(Split(line, L" does ")); }
+    void Heard(const std::wstring& event) {
+        log_.Tell(event);
+        for (const auto& rule : on_) {
+            if (event.starts_with(rule.at(0))) Step(rule.at(1));
+        }
+    }
+
+    void Fails(const std::wstring& why) const {
+        ADD_FAILURE_AT(scenario_.file.c_str(), number_) << ToAnsi(said_ + L"\n  " + why);
+    }
+    void Same(const std::wstring& wanted, const std::wstring& given) const {
+        if (!Alike(wanted + L"\n", given + L"\n")) Fails(L"wanted: " + wanted + L"\n  given:  " + given);
+    }
+    // What the line before caused has been said.
+    void NothingUntold() {
+        if (const std::wstring told = log_.Next(); !told.empty()) Fails(L"no line says before this one: " + told);
+    }
+
+    void Folder(const std::wstring& name) { folder_.MakeFolder(Unquote(name)); }
+    void Delete(const std::wstring& path) {
+        EXPECT_TRUE(DeleteFileW(View(ValueOf(path, variables_).bstrVal).data())) << "no such file";
+    }
+    void Drop(const std::wstring&) { object_ = nullptr; }
+    void With(const std::wstring& line) { AddRule(line, true); }
+    void When(const std::wstring& line) { AddRule(line, false); }
+
+    void Lacks(const std::wstring& function) {
+        Rule rule;
+        rule.function = ToAnsi(function);
+        rule.missing = true;
+        log_.Add(std::move(rule));
+    }
+
+    void Let(const std::wstring& line) {
+        const auto parts = Split(line, L"=");
+        Variant value;
+        Variant& variable = variables_[parts[0]];
+        if (parts.at(1).starts_with(L"new ")) {
+            static_cast<VARIANT&>(value) = test::Arg(Made(parts[1].substr(4)).Detach());
+        } else if (parts[1].starts_with(L"farewell ")) {
+            const auto bye = [this, step = parts[1].substr(9)] {
+                Heard(L"farewell"), step == L"drop" ? Drop(step) : Step(step);
+            };
+            static_cast<VARIANT&>(value) = test::Arg(static_cast<IDispatch*>(new Farewell(bye)));
+        } else if (parts[1] == L"strings") {
+            value.vt = VT_ARRAY | VT_BSTR;
+        } else if (parts[1].starts_with(L"call ")) {
+            value = Call(parts[1].substr(5), kAsCalled, L"").value;
+            foreign_.insert(parts[0]);
+        } else {
+            value = ValueOf(parts[1], variables_);
+        }
+        if (!ChangedInPlace(variable, value)) variable = std::move(value);
+    }
+
+    // A text or an array changes where it lies, so that whoever only kept a pointer to it sees that.
+    static bool ChangedInPlace(const VARIANT& variable, const VARIANT& value) {
+        if (variable.vt != value.vt) return false;
+        if (value.vt & VT_ARRAY) return SUCCEEDED(SafeArrayCopyData(value.parray, variable.parray));
+        const UINT size = SysStringByteLen(value.vt == VT_BSTR ? value.bstrVal : nullptr);
+        if (size == 0 || size != SysStringByteLen(variable.bstrVal)) return false;
+        std::memcpy(variable.bstrVal, value.bstrVal, size);
+        return true;
+    }
+
+    void Set(const std::wstring& line) {
+        const auto parts = Split(line, L"=");
+        environment_.push_back(
+            std::make_unique<test::ScopedVariable>(parts.at(0).c_str(), Unquote(parts.at(1)).c_str()));
+    }
+
+    void File(const std::wstring& line) {
+        if (const auto written = Split(line, L"="); written.size() == 2) {
+            folder_.Write(Unquote(written[0]), ToAnsi(View(ValueOf(written[1], variables_).bstrVal)));
+            return;
+        }
+        const auto parts = Split(line, L" holds ");
+        std::ifstream file(std::filesystem::path(folder_.Path(Unquote(parts.at(0)))), std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        Same(parts.at(1), Quote(Wide(FromAnsi(bytes))));
+    }
+
+    void Key(const std::wstring& line) {
+        root_ = ToAnsi(Unquote(line));
+        RegDeleteTreeA(HKEY_CURRENT_USER, root_.c_str());
+    }
+
+    // "Sub\v" = 1 "bytes", or holds
+    void StoredValue(const std::wstring& line) {
+        const bool stores = Split(line, L" = ").size() == 2;
+        const auto parts = Split(line, stores ? L" = " : L" holds ");
+        const std::string path = root_ + '\\' + ToAnsi(Unquote(parts.at(0)));
+        const std::string key = path.substr(0, path.rfind('\\')), name = path.substr(key.size() + 1);
+        if (stores) {
+            const std::string bytes = ToAnsi(Unquote(parts[1].substr(parts[1].find(L'"'))));
+            EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), name.c_str(), std::stoul(parts[1]),
+                                                     bytes.data(), static_cast<DWORD>(bytes.size())));
+            return;
+        }
+        std::string bytes(200'000, '\0');
+        DWORD type = 0, size = static_cast<DWORD>(bytes.size());
+        RegGetValueA(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_ANY | RRF_NOEXPAND, &type, bytes.data(),
+                     &size);
+        bytes.resize(size);
+        Same(parts.at(1), std::to_wstring(type) + L" " + Quote(Wide(FromAnsi(bytes))));
+    }
+
+    // F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 2 reads 3 longs 2 does release
+    void AddRule(const std::wstring& line, bool logged) {
+        Rule rule;
+        rule.logged = logged;
+        auto parts = Split(line, L" does ");
+        if (parts.size() == 2) rule.action = parts[1];
+        parts = Split(parts[0], L" reads ");
+        rule.readings.assign(parts.begin() + 1, parts.end());
+        parts = Split(parts[0], L" fills ");
+        rule.fillings.assign(parts.begin() + 1, parts.end());
+        parts = Split(parts[0], L" error ");
+        if (parts.size() == 2) rule.error = static_cast<DWORD>(std::stoul(parts[1]));
+        parts = Split(parts[0], L" answers ");
+        if (parts.size() == 2) {
+            for (const auto& answer : Split(parts[1], L",")) {
+                rule.answers.emplace_back();
+                if (answer != L"itself") rule.answers.back() = static_cast<LONG_PTR>(std::stoll(answer, nullptr, 0));
+            }
+        }
+        const std::size_t name = parts[0].find(L' ');
+        rule.function = ToAnsi(parts[0].substr(0, name));
+        if (name != parts[0].npos) rule.arguments = parts[0].substr(name + 1);
+        log_.Add(std::move(rule));
+    }
+
+    static std::wstring Rest(IEnumVARIANT* all) {
+        std::wstring shown;
+        for (Variant value; all->Next(1, &value, nullptr) == S_OK; value = Variant()) {
+            shown += (shown.empty() ? L"" : L", ") + Show(value);
+        }
+        return shown;
+    }
+
+    void Each(std::wstring_view wanted) {
+        const test::Outcome made = test::Get(object_.get(), L"#-4");
+        ASSERT_EQ(VT_UNKNOWN, made.value.vt);
+        const auto all = ComPtr<IUnknown>(made.value.punkVal).As<IEnumVARIANT>();
+        object_ = nullptr;  // which the enumerator does not need
+        ComPtr<IEnumVARIANT> copy;
+        all->Clone(copy.Receive());
+        EXPECT_EQ(wanted, L"[" + Rest(all.get()) + L"]");
+        EXPECT_EQ(S_FALSE, all->Skip(1));
+        EXPECT_EQ(S_OK, all->Reset());
+        EXPECT_EQ(S_OK, copy->Skip(1));
+        Variant first;
+        ULONG fetched = 0;
+        EXPECT_EQ(S_OK, all->Next(1, &first, &fetched));
+        EXPECT_EQ(wanted, L"[" + Show(first) + L", " + Rest(copy.get()) + L"]");
+    }
+
+    void Step(const std::wstring& line) {
+        if (line == L"listen") return void(listener_.emplace(object_.get(), [this](auto& event) { Heard(event); }));
+        if (line == L"leave") return listener_.reset();
+        if (line.starts_with(L"each = ")) return Each(std::wstring_view(line).substr(7));
+        auto parts = Split(line, L" ! ");
+        std::wstring wanted = parts.size() == 2 ? L"! " + parts[1] : L"";
+        parts = Split(parts[0], L":=");
+        if (parts.size() == 2) {
+            const bool byReference = parts[1].starts_with(L'&');
+            return Expect(wanted, Call(parts[0], byReference ? DISPATCH_PROPERTYPUTREF : DISPATCH_PROPERTYPUT,
+                                       parts[1].substr(byReference)));
+        }
+        parts = Split(parts[0], L" = ");
+        if (parts.size() == 2) wanted = L"= " + Expanded(parts[1]);
+        if (parts[0].starts_with(L'&')) return Same(wanted, L"= " + Show(variables_[parts[0].substr(1)]));
+        Expect(wanted, Call(parts[0], kAsCalled, L""));
+    }
+
+    // "x" * 300 as the text that it stands for
+    std::wstring Expanded(const std::wstring& value) {
+        return Split(value, L" * ").size() == 2 ? Show(ValueOf(value, variables_)) : value;
+    }
+
+    static constexpr WORD kAsCalled = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+
+    test::Outcome Call(std::wstring call, WORD flags, const std::wstring& put) {
+        IDispatch* object = object_.get();
+        bool bySlot = bySlot_;
+        const std::size_t blank = call.find(L' ');
+        if (const std::size_t dot = call.find(L'.'); dot < blank) {
+            object = variables_.at(call.substr(0, dot)).pdispVal;
+            bySlot = bySlot_ && !foreign_.contains(call.substr(0, dot));
+            call.erase(0, dot + 1);
+        }
+        const std::wstring name = call.substr(0, call.find(L' '));
+        std::vector<Variant> values;
+        for (const auto& text : Split(std::wstring_view(call).substr(name.size()), L","))
+            values.push_back(ValueOf(text, variables_));
+        if (!put.empty()) values.push_back(ValueOf(put, variables_));
+        std::vector<VARIANT> arguments(values.begin(), values.end());
+        if (bySlot && name[0] != L'#') return test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
+        return test::InvokeNamed(object, name.c_str(), flags, arguments,
+                                 put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
+    }
+
+    // A typed variable is handed over as what it holds: the platform's own call converts no script's variables.
+    static std::vector<VARIANT> BySlot(std::vector<VARIANT> arguments) {
+        for (VARIANT& argument : arguments) {
+            if (argument.vt != (VT_BYREF | VT_VARIANT) || argument.pvarVal->vt == VT_EMPTY) continue;
+            argument = test::Ref(argument.pvarVal->vt, &argument.pvarVal->byref);
+        }
+        return arguments;
+    }
+
+    void Expect(const std::wstring& wanted, const test::Outcome& outcome) {
+        std::wstring given = L"= " + Show(outcome.value);
+        if (FAILED(outcome.result)) {
+            const auto code = static_cast<DWORD>(outcome.result == DISP_E_EXCEPTION ? outcome.code : outcome.result);
+            wchar_t number[16];
+            swprintf(number, 16, code >> 16 == 0x800A ? L"%lu" : L"0x%08lX",
+                     code >> 16 == 0x800A ? code & 0xFFFF : code);
+            given = L"! " + std::wstring(number) + L" " + Quote(outcome.description) + L" from " + outcome.source;
+            const bool known = wanted.starts_with(L"! ") && (given + L" ").starts_with(wanted + L" ");
+            if (!known) Same(wanted.empty() ? L"success" : wanted, given);
+        } else if (!wanted.empty() && (given != L"= NullText" || wanted != L"= \"\"")) {  // the same to a client
+            Same(wanted, given);
+        }
+    }
+
+    static std::wstring Escaped(const std::wstring& text) {
+        const std::wstring quoted = Quote(text);
+        return quoted.substr(1, quoted.size() - 2);
+    }
+
+    static constexpr std::pair<std::wstring_view, void (ScenarioRun::*)(const std::wstring&)> kVerbs[] = {
+        {L"let ", &ScenarioRun::Let},           {L"set ", &ScenarioRun::Set},       {L"file ", &ScenarioRun::File},
+        {L"folder ", &ScenarioRun::Folder},     {L"delete ", &ScenarioRun::Delete}, {L"key ", &ScenarioRun::Key},
+        {L"value ", &ScenarioRun::StoredValue}, {L"with ", &ScenarioRun::With},     {L"when ", &ScenarioRun::When},
+        {L"without ", &ScenarioRun::Lacks},     {L"memory", &ScenarioRun::Memory},  {L"on ", &ScenarioRun::On},
+        {L"drop", &ScenarioRun::Drop},          {L"canvas ", &ScenarioRun::DrawOn}, {L"pixel ", &ScenarioRun::Pixel},
+        {L"held below ", &ScenarioRun::Held},
+    };
+
+    const Scenario& scenario_;
+    const bool bySlot_;
+    int number_ = 0;
+    std::wstring said_;  // the step, with one part of its braces
+    const test::ScopedVariable boxes_{L"VELKSPRT_REPORTS", nullptr};
+    std::vector<std::unique_ptr<test::ScopedVariable>> environment_;
+    const LONG texts_ = test::MallocSpy::Alive();
+    test::ScratchFolder folder_;
+    std::string root_;
+    PlatformLog log_{[this](const std::wstring& step) { Do(step); }};
+    test::ScarceMemory heap_{SIZE_MAX, SIZE_MAX};
+    std::map<std::wstring, Canvas> canvases_;
+    Variables variables_;
+    std::set<std::wstring> foreign_;  // variables with objects of the platform's, which are called by name only
+    ComPtr<IDispatch> object_ = Made(scenario_.className);
+    std::vector<std::vector<std::wstring>> on_;
+    std::optional<Listener> listener_;
+};
+
+}  // namespace
+
+void Play(const Scenario& scenario, bool bySlot) { ScenarioRun(scenario, bySlot).Play(); }
+
+}  // namespace velk::facts
