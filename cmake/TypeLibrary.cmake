@@ -59,10 +59,16 @@ function(velk_add_type_library target idl root)
         velk_compile_interfaces(${out}/${fragment}.h ${fragment} -h -DVELK_CPP_HEADER)
         list(APPEND outputs ${out}/${fragment}.h)
     endforeach()
-    # The call plans, by a program of the library's own.
+    # The call plans, by a program of the library's own. They are the same for both widths: where there is no Wine of this one,
+    # VELK_PLANS_OF names the finished build to take them from.
+    set(make_plans ${PROJECT_SOURCE_DIR}/tools/wine_run $<TARGET_FILE:call_plans> write ${name}.tlb ${name}.plans)
+    if(VELK_PLANS_OF)
+        cmake_path(RELATIVE_PATH out BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE folder)
+        set(make_plans ${CMAKE_COMMAND} -E copy ${VELK_PLANS_OF}/${folder}/${name}.plans ${name}.plans)
+    endif()
     add_custom_command(
         OUTPUT ${out}/${name}.plans
-        COMMAND ${CMAKE_COMMAND} -E chdir ${out} ${PROJECT_SOURCE_DIR}/tools/wine_run $<TARGET_FILE:call_plans> write ${name}.tlb ${name}.plans
+        COMMAND ${CMAKE_COMMAND} -E chdir ${out} ${make_plans}
         DEPENDS ${out}/${name}.tlb call_plans
         COMMENT "Call plans ${name}.plans"
         VERBATIM)
