@@ -238,19 +238,20 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
             current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + (shown.empty() ? L"" : L" ") +
                                      Joined(shown) + (quietly ? L" quietly" : L""));
         if (!rule->action.empty()) current->act(rule->action);
-        const auto own = rule->answers.empty() ? std::optional<LONG_PTR>() : rule->answers.front();
+        const bool itself = rule->answers.empty() || !rule->answers.front();
+        const LONG_PTR own = itself ? 0 : *rule->answers.front();
         if (rule->answers.size() > 1) rule->answers.pop_front();
         const auto fill = [&] {
             for (const std::wstring& filling : rule->fillings) Fill(filling, places);
         };
-        if (!own) SetLastError(errorBefore);
+        if (itself) SetLastError(errorBefore);
         if constexpr (std::is_void_v<Result>) {
-            if (!own) Function(arguments...);
+            if (itself) Function(arguments...);
             fill();
         } else {
-            const Result answer = own ? (Result)*own : Function(arguments...);  // a number, a truth or a handle
+            const Result answer = itself ? Function(arguments...) : (Result)own;  // a number, a truth or a handle
             fill();
-            if (own) SetLastError(rule->error.value_or(errorBefore));
+            if (!itself) SetLastError(rule->error.value_or(errorBefore));
             return answer;
         }
     }
