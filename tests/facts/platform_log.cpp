@@ -69,8 +69,6 @@ std::wstring Shown(T* place) {
     return place ? L"&" : L"null";
 }
 std::wstring Shown(const GUID&) { return L"guid"; }
-[[maybe_unused]] std::wstring Shown(char* place) { return place ? L"&" : L"null"; }
-[[maybe_unused]] std::wstring Shown(wchar_t* place) { return place ? L"&" : L"null"; }
 
 // Fields of a record. Each is cleared as it is shown, so that what is left of the record has to be 0.
 template <class... Fields>
