@@ -150,8 +150,8 @@ void DrawShapes(Page& page) {
     Place(shapes.rectangle, page.Cell("DrawRectangle"));
     shapes.rectangle->DrawRectangle(&context);
     Place(shapes.rectangle, page.Cell("system colours"));
-    shapes.rectangle.Set(&_CGDIRectangle::put_FillColor, static_cast<LONG>(0x80000000 | COLOR_BTNFACE));
-    shapes.rectangle.Set(&_CGDIRectangle::put_BorderColor, static_cast<LONG>(0x80000000 | COLOR_HIGHLIGHT));
+    shapes.rectangle.Set(&_CGDIRectangle::put_FillColor, OLE_COLOR{0x80000000 | COLOR_BTNFACE});
+    shapes.rectangle.Set(&_CGDIRectangle::put_BorderColor, OLE_COLOR{0x80000000 | COLOR_HIGHLIGHT});
     shapes.rectangle->DrawRectangle(&context);
 }
 

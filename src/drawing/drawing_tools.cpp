@@ -7,7 +7,7 @@
 namespace velk {
 namespace {
 
-COLORREF Rgb(LONG colour) noexcept { return static_cast<COLORREF>(TranslateVBColor(colour)); }
+COLORREF Rgb(OLE_COLOR colour) noexcept { return static_cast<COLORREF>(TranslateVBColor(static_cast<LONG>(colour))); }
 
 }  // namespace
 

@@ -10,14 +10,14 @@ namespace velk {
 
 // As clients set them, unchecked.
 struct Outline {
-    LONG colour = 0;
+    OLE_COLOR colour = 0;
     SHORT width = 1;
     LONG style = PS_SOLID;
     LONG mixMode = R2_COPYPEN;
 };
 
 struct Fill {
-    LONG colour = 0;
+    OLE_COLOR colour = 0;
     LONG style = BS_SOLID;
     LONG hatch = HS_HORIZONTAL;
 };

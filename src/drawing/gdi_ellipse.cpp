@@ -13,7 +13,7 @@ STDMETHODIMP CGDIEllipse::DrawEllipse(LONG* lnghDC) noexcept {
     return Guard([&] { DrawFlat(ContextOf(lnghDC), ::Ellipse); });
 }
 
-STDMETHODIMP CGDIEllipse::Draw3DEllipse(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
+STDMETHODIMP CGDIEllipse::Draw3DEllipse(LONG* lnghDC, OLE_COLOR lngShadowColor, OLE_COLOR lngHighlightColor) noexcept {
     return Guard([&] { DrawTwice(ContextOf(lnghDC), ::Ellipse, lngShadowColor, lngHighlightColor); });
 }
 

@@ -21,7 +21,7 @@ class CGDIEllipse final : public FilledShape<EllipseTypes> {
     CGDIEllipse() noexcept : FilledShape(kInfo) {}
 
     STDMETHODIMP DrawEllipse(LONG* lnghDC) noexcept override;
-    STDMETHODIMP Draw3DEllipse(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept override;
+    STDMETHODIMP Draw3DEllipse(LONG* lnghDC, OLE_COLOR lngShadowColor, OLE_COLOR lngHighlightColor) noexcept override;
 };
 
 }  // namespace velk

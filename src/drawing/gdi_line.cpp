@@ -13,7 +13,7 @@ STDMETHODIMP CGDILine::DrawLine(LONG* lnghDC) noexcept {
     return Guard([&] { DrawFlat(ContextOf(lnghDC)); });
 }
 
-STDMETHODIMP CGDILine::Draw3DLine(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
+STDMETHODIMP CGDILine::Draw3DLine(LONG* lnghDC, OLE_COLOR lngShadowColor, OLE_COLOR lngHighlightColor) noexcept {
     return Guard([&] { DrawTwice(ContextOf(lnghDC), lngShadowColor, lngHighlightColor); });
 }
 
@@ -26,8 +26,8 @@ void CGDILine::DrawFlat(HDC context) const noexcept {
 
 // The second line lies one unit off whatever the width is, unlike the filled shapes' second outline. An overflow leaves
 // the properties as they are at that point.
-void CGDILine::DrawTwice(HDC context, LONG shadow, LONG highlight) {
-    const LONG borderColour = outline_.colour;
+void CGDILine::DrawTwice(HDC context, OLE_COLOR shadow, OLE_COLOR highlight) {
+    const OLE_COLOR borderColour = outline_.colour;
     outline_.colour = shadow;
     DrawFlat(context);
     outline_.colour = highlight;

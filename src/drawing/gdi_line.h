@@ -27,11 +27,11 @@ class CGDILine final : public OutlinedShape<LineTypes> {
     STDMETHODIMP get_Y2(LONG* result) noexcept override { return Get(result, y2_); }
     STDMETHODIMP put_Y2(LONG* Value) noexcept override { return Let(Value, y2_); }
     STDMETHODIMP DrawLine(LONG* lnghDC) noexcept override;
-    STDMETHODIMP Draw3DLine(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept override;
+    STDMETHODIMP Draw3DLine(LONG* lnghDC, OLE_COLOR lngShadowColor, OLE_COLOR lngHighlightColor) noexcept override;
 
   private:
     void DrawFlat(HDC context) const noexcept;
-    void DrawTwice(HDC context, LONG shadow, LONG highlight);
+    void DrawTwice(HDC context, OLE_COLOR shadow, OLE_COLOR highlight);
     void Move(LONG distance);
 
     LONG x1_ = 0;

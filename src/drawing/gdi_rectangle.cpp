@@ -13,7 +13,8 @@ STDMETHODIMP CGDIRectangle::DrawRectangle(LONG* lnghDC) noexcept {
     return Guard([&] { DrawFlat(ContextOf(lnghDC), ::Rectangle); });
 }
 
-STDMETHODIMP CGDIRectangle::Draw3DRectangle(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept {
+STDMETHODIMP CGDIRectangle::Draw3DRectangle(LONG* lnghDC, OLE_COLOR lngShadowColor,
+                                            OLE_COLOR lngHighlightColor) noexcept {
     return Guard([&] { DrawTwice(ContextOf(lnghDC), ::Rectangle, lngShadowColor, lngHighlightColor); });
 }
 

@@ -21,7 +21,7 @@ class CGDIRectangle final : public FilledShape<RectangleTypes> {
     CGDIRectangle() noexcept : FilledShape(kInfo) {}
 
     STDMETHODIMP DrawRectangle(LONG* lnghDC) noexcept override;
-    STDMETHODIMP Draw3DRectangle(LONG* lnghDC, LONG lngShadowColor, LONG lngHighlightColor) noexcept override;
+    STDMETHODIMP Draw3DRectangle(LONG* lnghDC, OLE_COLOR lngShadowColor, OLE_COLOR lngHighlightColor) noexcept override;
 };
 
 }  // namespace velk

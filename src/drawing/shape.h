@@ -16,8 +16,8 @@ class OutlinedShape : public AutomationObject<typename Types::Interface> {
     using PenStyle = typename Types::PenStyle;
     using MixModeType = typename Types::MixMode;
 
-    STDMETHODIMP get_BorderColor(LONG* result) noexcept override { return this->Get(result, outline_.colour); }
-    STDMETHODIMP put_BorderColor(LONG* Value) noexcept override { return this->Let(Value, outline_.colour); }
+    STDMETHODIMP get_BorderColor(OLE_COLOR* result) noexcept override { return this->Get(result, outline_.colour); }
+    STDMETHODIMP put_BorderColor(OLE_COLOR* Value) noexcept override { return this->Let(Value, outline_.colour); }
     STDMETHODIMP get_BorderWidth(SHORT* result) noexcept override { return this->Get(result, outline_.width); }
     STDMETHODIMP put_BorderWidth(SHORT* Value) noexcept override { return this->Let(Value, outline_.width); }
     STDMETHODIMP get_PenStyle(PenStyle* result) noexcept override { return this->Get(result, outline_.style); }
@@ -62,8 +62,8 @@ class FilledShape : public BoxedShape<Types> {
     using BrushStyle = typename Types::BrushStyle;
     using HatchStyle = typename Types::HatchStyle;
 
-    STDMETHODIMP get_FillColor(LONG* result) noexcept override { return this->Get(result, fill_.colour); }
-    STDMETHODIMP put_FillColor(LONG* Value) noexcept override { return this->Let(Value, fill_.colour); }
+    STDMETHODIMP get_FillColor(OLE_COLOR* result) noexcept override { return this->Get(result, fill_.colour); }
+    STDMETHODIMP put_FillColor(OLE_COLOR* Value) noexcept override { return this->Let(Value, fill_.colour); }
     STDMETHODIMP get_BrushStyle(BrushStyle* result) noexcept override { return this->Get(result, fill_.style); }
     STDMETHODIMP put_BrushStyle(BrushStyle* Value) noexcept override { return this->Let(Value, fill_.style); }
     STDMETHODIMP get_HatchStyle(HatchStyle* result) noexcept override { return this->Get(result, fill_.hatch); }
@@ -82,8 +82,9 @@ class FilledShape : public BoxedShape<Types> {
 
     // Shadow first and in place, highlight second and to the right and down: the reverse of the usual raised look, and
     // deliberate. An overflow leaves the properties as they are at that point, some edges moved and others not.
-    void DrawTwice(HDC context, PlatformDraw draw, LONG shadow, LONG highlight) {
-        const LONG borderColour = this->outline_.colour, brushStyle = fill_.style;
+    void DrawTwice(HDC context, PlatformDraw draw, OLE_COLOR shadow, OLE_COLOR highlight) {
+        const OLE_COLOR borderColour = this->outline_.colour;
+        const LONG brushStyle = fill_.style;
         fill_.style = BS_HOLLOW;
         this->outline_.colour = shadow;
         DrawFlat(context, draw);

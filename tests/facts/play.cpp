@@ -314,7 +314,11 @@ class ScenarioRun {
             values.push_back(ValueOf(text, variables_));
         if (!put.empty()) values.push_back(ValueOf(put, variables_));
         std::vector<VARIANT> arguments(values.begin(), values.end());
-        if (bySlot && name[0] != L'#') return test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
+        if (bySlot && name[0] != L'#') {
+            test::Outcome outcome = test::InvokeByPlatform(object, name.c_str(), flags, BySlot(arguments));
+            if (name.ends_with(L"Color") && outcome.value.vt == VT_UI4) outcome.value.vt = VT_I4;  // as by name
+            return outcome;
+        }
         return test::InvokeNamed(object, name.c_str(), flags, arguments,
                                  put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
     }

@@ -61,8 +61,6 @@ ResolvedType Resolve(const Type& info, const TYPEDESC& description) {
             return {VT_ARRAY | VT_BSTR};
         case VT_INT:
             return {VT_I4};
-        case VT_UINT:
-            return {VT_UI4};
         case VT_DISPATCH:
             return {VT_DISPATCH, false, IID_IDispatch};
         case VT_UNKNOWN:

@@ -37,6 +37,15 @@ HRESULT ChangeType(VARIANT* to, VARIANT* from, VARTYPE type, LCID locale) noexce
     return SUCCEEDED(result) ? S_OK : ConversionFailure(result);
 }
 
+HRESULT ChangeType(VARIANT* to, VARIANT* from, const Parameter& parameter, LCID locale) noexcept {
+    HRESULT result = ChangeType(to, from, parameter.type, locale);
+    if (result == DISP_E_OVERFLOW && parameter.isColour) {
+        result = ChangeType(to, from, VT_UI4, locale);
+        if (SUCCEEDED(result)) to->vt = parameter.type;
+    }
+    return result;
+}
+
 HRESULT ToInterface(VARIANT* to, const VARIANT& from, const Parameter& parameter) noexcept {
     IUnknown* object = from.vt & VT_BYREF ? *from.ppunkVal : from.punkVal;
     to->vt = parameter.type;
@@ -111,7 +120,7 @@ HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID
     if (parameter.byReference && TakesAnyObject(parameter) && inPlace) return S_OK;
     settled_ = true;
     const HRESULT result =
-        parameter.IsObject() ? ToInterface(&own_, value, parameter) : ChangeType(&own_, &value, parameter.type, locale);
+        parameter.IsObject() ? ToInterface(&own_, value, parameter) : ChangeType(&own_, &value, parameter, locale);
     return FAILED(result) ? result : KeepForComparison();
 }
 
@@ -158,7 +167,7 @@ HRESULT Argument::Convert(const Parameter& parameter, LCID locale) noexcept {
     if (parameter.type == VT_VARIANT) return VariantCopy(&own_, &value);
     if (HoldsObject(value)) return DISP_E_TYPEMISMATCH;  // foreign code put it there since the first step
     if (IsStringArray(parameter.type)) return StringArrayFrom(&own_, value, variable_ != nullptr);
-    const HRESULT result = ChangeType(&own_, &value, parameter.type, locale);
+    const HRESULT result = ChangeType(&own_, &value, parameter, locale);
     return FAILED(result) ? result : KeepForComparison();
 }
 

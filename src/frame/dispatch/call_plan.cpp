@@ -83,10 +83,16 @@ Variant ReadDefault(PlanReader& plans) {
     return value;
 }
 
+// A colour is unsigned in the type library. Late-bound clients have signed numbers only, and name system colours by
+// negative ones.
+VARTYPE Signed(VARTYPE type) noexcept { return type == VT_UI4 ? VARTYPE{VT_I4} : type; }
+
 Parameter ReadParameter(PlanReader& plans) {
     Parameter parameter;
     parameter.name = plans.TakeText();
-    parameter.type = plans.Take();
+    const VARTYPE type = plans.Take();
+    parameter.isColour = type == VT_UI4;
+    parameter.type = Signed(type);
     parameter.byReference = plans.Take() != 0;
     parameter.optional = plans.Take() != 0;
     if (parameter.IsObject()) parameter.iid = plans.Take<IID>();
@@ -127,7 +133,7 @@ void InterfacePlan::ReadMember(PlanReader& plans) {
     CallPlan plan;
     plan.isLet = (kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0;
     plan.slot = plans.Take();
-    plan.result = plans.Take();
+    plan.result = Signed(plans.Take());
     for (WORD count = plans.Take(); count > 0; --count) plan.parameters.push_back(ReadParameter(plans));
     if (plan.parameters.empty()) quick_[id] = {plan.slot, plan.result, kind};
     members_[id].ways[WayOf(kind)] = std::move(plan);

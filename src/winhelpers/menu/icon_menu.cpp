@@ -23,10 +23,10 @@ void RequireOwnWindow(LONG handle) {
     if (thread != GetCurrentThreadId() || !IsWhole(handle)) throw RuntimeError(Error::InvalidProcedureCall);
 }
 
-COLORREF MaskOf(LONG colour) {
-    constexpr LONG kNone = -1;
+COLORREF MaskOf(OLE_COLOR colour) {
+    constexpr auto kNone = static_cast<OLE_COLOR>(-1);
     if (colour == kNone) return CLR_INVALID;
-    const auto translated = static_cast<COLORREF>(TranslateColor(colour));
+    const auto translated = static_cast<COLORREF>(TranslateColor(static_cast<LONG>(colour)));
     if (translated == CLR_INVALID) throw RuntimeError(Error::InvalidProcedureCall);
     return translated;
 }
@@ -85,9 +85,9 @@ STDMETHODIMP cIconMenu::put_ImageList(LONG Handle) noexcept {
     return Guard([&] { icons_.list.Set(Handle); });
 }
 
-STDMETHODIMP cIconMenu::get_MaskColor(LONG* result) noexcept { return Get(result, maskColor_); }
+STDMETHODIMP cIconMenu::get_MaskColor(OLE_COLOR* result) noexcept { return Get(result, maskColor_); }
 
-STDMETHODIMP cIconMenu::put_MaskColor(LONG Color) noexcept {
+STDMETHODIMP cIconMenu::put_MaskColor(OLE_COLOR Color) noexcept {
     return Guard([&] {
         icons_.mask = MaskOf(Color);
         maskColor_ = Color;

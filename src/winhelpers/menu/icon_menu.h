@@ -23,8 +23,8 @@ class cIconMenu final : public HookingObject<_cIconMenu> {
     STDMETHODIMP get_hWnd(LONG* result) noexcept override;
     STDMETHODIMP get_ImageList(LONG* result) noexcept override;
     STDMETHODIMP put_ImageList(LONG Handle) noexcept override;
-    STDMETHODIMP get_MaskColor(LONG* result) noexcept override;
-    STDMETHODIMP put_MaskColor(LONG Color) noexcept override;
+    STDMETHODIMP get_MaskColor(OLE_COLOR* result) noexcept override;
+    STDMETHODIMP put_MaskColor(OLE_COLOR Color) noexcept override;
     STDMETHODIMP get_CommandImage(LONG Command, LONG* result) noexcept override;
     STDMETHODIMP put_CommandImage(LONG Command, LONG Image) noexcept override;
     STDMETHODIMP get_CommandPicture(LONG Command, IPictureDisp** result) noexcept override;
@@ -48,7 +48,7 @@ class cIconMenu final : public HookingObject<_cIconMenu> {
     void RequireImage(LONG image) const;
 
     LONG window_ = 0;
-    LONG maskColor_ = kMagenta;
+    OLE_COLOR maskColor_ = kMagenta;
     MenuIcons icons_;
     MenuMessages messages_{icons_};
 };
