@@ -17,15 +17,13 @@
 #include "platform/text.h"
 #include "support/client.h"
 #include "support/import_patch.h"
-#include "support/procedure_patch.h"
 
 namespace velk::facts {
 
 struct PlatformLog::State {
     std::function<void(const std::wstring&)> act;
     std::list<Rule> rules;
-    std::list<test::ImportPatch> imports;  // the latest first, and taken away first
-    std::list<test::ProcedurePatch> procedures;
+    std::list<test::ImportPatch> patches;  // the latest first, and taken away first
     std::deque<std::wstring> lines;
     std::map<std::wstring, std::vector<HGDIOBJ>> drawing;  // the objects of each kind that were told
 };
@@ -277,6 +275,7 @@ const Watchable kWatchable[] = {
     Watched<&CreatePen>("CreatePen"),
     Watched<&DeleteDC>("DeleteDC"),
     Watched<&DeleteObject>("DeleteObject"),
+    {"DllGetClassObject", nullptr},  // of oleaut32.dll, for facts without it
     Watched<&Ellipse>("Ellipse"),
     Watched<&EmptyClipboard>("EmptyClipboard"),
     Watched<&FindClose>("FindClose"),
@@ -370,7 +369,7 @@ int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
 PlatformLog::PlatformLog(std::function<void(const std::wstring&)> act) : state_(std::make_unique<State>()) {
     current = state_.get();
     state_->act = std::move(act);
-    state_->imports.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
+    state_->patches.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
 }
 
 PlatformLog::~PlatformLog() { current = nullptr; }
@@ -379,11 +378,7 @@ PlatformLog::~PlatformLog() { current = nullptr; }
 void PlatformLog::Add(Rule rule) {
     const Watchable& function = Find(rule.function);
     void* const replacement = rule.missing ? nullptr : function.replacement;
-    if (test::ImportPatch::IsImported(test::Library(), function.name)) {
-        state_->imports.emplace_front(test::Library(), function.name, replacement);
-    } else {
-        state_->procedures.emplace_front(test::Library(), function.name, replacement);
-    }
+    state_->patches.emplace_front(test::Library(), function.name, replacement);
     state_->rules.push_front(std::move(rule));
 }
 
