@@ -34,7 +34,7 @@ static_assert(offsetof(FontRecord, face) == offsetof(LOGFONTA, lfFaceName));
 // thirty times as long as making the font.
 ComPtr<IFont> NewFont() {
     using GetFactory = std::remove_pointer_t<LPFNGETCLASSOBJECT>;
-    static GetFactory* const find = FindFunction<GetFactory>(GetModuleHandleW(L"oleaut32.dll"), "DllGetClassObject");
+    const auto find = FindFunction<GetFactory>(GetModuleHandleW(L"oleaut32.dll"), "DllGetClassObject");
     if (!find) throw RuntimeError(Error::CannotCreateObject);
     ComPtr<IClassFactory> factory;
     ComPtr<IFont> font;

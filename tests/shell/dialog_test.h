@@ -2,7 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,11 +18,6 @@ namespace velk::test {
 
 constexpr LONG kNoWindow = 0x7FFFFE;
 
-// The described size of a record where it is described, in 32 bits.
-constexpr DWORD SizeOf(DWORD described, std::size_t real) {
-    return sizeof(void*) == 4 ? described : static_cast<DWORD>(real);
-}
-
 class DialogTest : public testing::Test {
   protected:
     explicit DialogTest(REFCLSID clsid) : dialog_(CreateObject<IDispatch>(clsid)) {}
@@ -34,20 +28,6 @@ class DialogTest : public testing::Test {
     void Set(const wchar_t* name, const std::wstring& text) { Set(name, Text(text)); }
     void Set(const wchar_t* name, LONG number) { Set(name, Arg(number)); }
     std::wstring Value(const wchar_t* name) { return Fact(dialog_.get(), name); }
-    // Each is at first what is given here as "name=value", and then what it was set to.
-    void ExpectProperties(const wchar_t* initial) {
-        std::wistringstream entries(initial);
-        std::vector<std::wstring> names;
-        for (std::wstring entry; entries >> entry;) {
-            names.push_back(entry.substr(0, entry.find(L'=')));
-            EXPECT_EQ(entry, names.back() + L"=" + Value(names.back().c_str()));
-        }
-        LONG number = -5;
-        for (const std::wstring& name : names) Set(name.c_str(), number++);
-        number = -5;
-        for (const std::wstring& name : names)
-            EXPECT_EQ(std::to_wstring(number++), Value(name.c_str())) << ToAnsi(name);
-    }
     bool Show() {
         const Outcome outcome = InvokeNamed(dialog_.get(), L"Show", DISPATCH_METHOD, arguments_, {});
         EXPECT_TRUE(outcome.result == S_OK && outcome.value.vt == VT_BOOL);

@@ -1,11 +1,8 @@
-// CHourglass over real windows, with the real pointer of the virtual screen.
+// CHourglass over real windows, with the real pointer of the virtual screen. Its hooks are in hourglass.facts.
 #include <atomic>
-#include <set>
 
 #include "support/client.h"
 #include "support/facts.h"
-#include "support/import_patch.h"
-#include "support/report_recorder.h"
 #include "support/test_window.h"
 
 namespace velk::test {
@@ -66,35 +63,14 @@ class OtherThread {
     HANDLE thread_;
 };
 
-// Hooks that the library has set and not taken away again.
-std::set<HHOOK> hooks;
-bool refuse = false;
-
-HHOOK WINAPI SetHook(int kind, HOOKPROC procedure, HINSTANCE module, DWORD thread) {
-    if (refuse) SetLastError(ERROR_ACCESS_DENIED);
-    const HHOOK hook = refuse ? nullptr : SetWindowsHookExW(kind, procedure, module, thread);
-    if (hook) hooks.insert(hook);
-    return hook;
-}
-BOOL WINAPI Unhook(HHOOK hook) {
-    EXPECT_EQ(1u, hooks.erase(hook));
-    return UnhookWindowsHookEx(hook);
-}
-
 class Hourglass : public testing::Test {
   protected:
-    ~Hourglass() override {
-        hourglass_ = nullptr;
-        EXPECT_TRUE(hooks.empty()) << "whatever the test did";
-    }
     static ComPtr<IDispatch> New() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
     static void Set(const ComPtr<IDispatch>& hourglass, bool value) {
         EXPECT_EQ(S_OK, Let(hourglass.get(), L"Value", {Arg(value)}).result);
         EXPECT_EQ(value ? L"True" : L"False", Fact(hourglass.get(), L"Value"));
     }
 
-    const ImportPatch set_{Library(), "SetWindowsHookExW", Address(&SetHook)};
-    const ImportPatch unhook_{Library(), "UnhookWindowsHookEx", Address(&Unhook)};
     ComPtr<IDispatch> hourglass_ = New();
     const TestWindow arrow_, cross_{WS_OVERLAPPEDWINDOW, &ChooseCross};
 };
@@ -138,7 +114,6 @@ TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
     const OtherThread early;
     Set(hourglass_, true);
     EXPECT_EQ(kWait, early.PointerOver());
-    EXPECT_EQ(2u, hooks.size()) << "one for each thread";
     const OtherThread late;
     EXPECT_EQ(kCross, late.PointerOver()) << "a thread without windows when it was set";
     Set(hourglass_, true);
@@ -173,15 +148,6 @@ TEST_F(Hourglass, MayBeSetByTheWindowThatChooses) {
     const int before = asked;
     Set(hourglass_, true);
     EXPECT_EQ(before + 1, asked) << "asked once";
-}
-
-TEST_F(Hourglass, ARefusedHookIsShownAndTheValueStays) {
-    ReportRecorder recorder(Library());
-    refuse = true;
-    Set(hourglass_, true);
-    refuse = false;
-    EXPECT_EQ(L"Value: Error: 70. Permission denied|", recorder.Shown());
-    EXPECT_EQ(0u, recorder.reports()[0].type & MB_ICONMASK);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// CPrintDialog: the exact record, and the real dialog with and without a printer.
+// CPrintDialog: the real dialog with and without a printer. Its record is in dialogs.facts.
 #include "shell/dialog_test.h"
 #include "support/own_process.h"
 #include "support/test_printer.h"
@@ -6,7 +6,6 @@
 namespace velk::test {
 namespace {
 
-constexpr DWORD kRecordSize = SizeOf(66, sizeof(PRINTDLGA));
 constexpr int kFromBox = 0x480;
 constexpr int kToBox = 0x481;
 
@@ -19,57 +18,6 @@ class PrintDialog : public DialogTest {
                      {L"Copies", L"Flags", L"FromPage", L"ToPage", L"Min", L"Max", L"hWndParent", L"HDC"});
     }
 };
-
-TEST_F(PrintDialog, PropertiesHoldWhatTheyAreGiven) {
-    ExpectProperties(L"Copies=0 Flags=0 FromPage=0 ToPage=0 Min=1 Max=9999 hWndParent=0");
-}
-
-TEST_F(PrintDialog, TheRecordIsZeroButForTheProperties) {
-    PRINTDLGA expected{};
-    const Fake print("PrintDlgA", &PrintDlgA, [&](PRINTDLGA* record) {
-        EXPECT_EQ(0, memcmp(&expected, record, kRecordSize));
-        return FALSE;
-    });
-    expected.lStructSize = kRecordSize;
-    expected.nMinPage = 1;
-    expected.nMaxPage = 9999;
-    EXPECT_FALSE(Show());
-
-    expected.hwndOwner = static_cast<HWND>(LongToHandle(kNoWindow));
-    expected.Flags = 0xFFFF8000u | 4096 | 8192;  // hooks that nobody gave stay null
-    expected.nFromPage = 0xFFFF;
-    expected.nToPage = 7;
-    expected.nMinPage = 0x8000;
-    expected.nCopies = 3;
-    Set(L"hWndParent", kNoWindow);
-    Set(L"Flags", priEnableSetupTemplate | priEnablePrintHook | priEnableSetupHook);
-    Set(L"FromPage", -1);
-    Set(L"ToPage", 7);
-    Set(L"Min", -32768);
-    Set(L"Copies", 3);
-    EXPECT_FALSE(Show());
-    EXPECT_EQ(2, print.calls());
-}
-
-TEST_F(PrintDialog, ReadsBackWhatIsDescribedAndNothingWhenCancelled) {
-    BOOL confirmed = FALSE;
-    const Fake print("PrintDlgA", &PrintDlgA, [&](PRINTDLGA* record) {
-        record->hDC = static_cast<::HDC>(LongToHandle(-77));
-        record->Flags = 0x80000002;
-        record->nFromPage = 2;
-        record->nToPage = 0xFFFE;
-        record->nMinPage = record->nMaxPage = 3;
-        record->nCopies = 5;
-        record->hwndOwner = nullptr;
-        return confirmed;
-    });
-    Set(L"hWndParent", 9);
-    EXPECT_FALSE(Show());
-    EXPECT_EQ(L"0|0|0|0|1|9999|9|0|", All());
-    confirmed = 17;  // anything but 0
-    EXPECT_TRUE(Show());
-    EXPECT_EQ(L"5|-2147483646|2|-2|1|9999|9|-77|", All());
-}
 
 TEST_F(PrintDialog, WithoutAPrinterNothingIsPrinted) {
     { const TestPrinter leftByACrashedRun; }
