@@ -30,7 +30,7 @@ return {
 """
 SIZES = {"wide": (1400, 1000), "narrow": (420, 900)}
 PICTURED = ["index.html", "classes.html", "classes/CLinkedList.html", "classes/CIniFile.html", "classes/CCRC32.html", "errors.html",
-            "coming_from_scripting_objects.html", "samples/ini_file_vbs.html"]
+            "coming_from_scripting_objects.html", "languages.html", "samples/ini_file_vbs.html"]
 
 
 def browser() -> webdriver.Chrome:

@@ -180,7 +180,7 @@ class Site:
 
     def write(self) -> None:
         shutil.rmtree(self.out, ignore_errors=True)
-        for folder in ("classes", "samples"):
+        for folder in ("classes", "languages", "samples"):
             (self.out / folder).mkdir(parents=True)
         for library in self.libraries:
             for c in library.classes + library.interfaces:
@@ -222,6 +222,8 @@ class Site:
         families, others = [], []
         for path in sorted(DOCS.glob("*.md")):
             text = adapted(path)
+            if (pages := list(dict.fromkeys(re.findall(rf"\(({path.stem}/\w+)\.md", text)))) and path.stem == "languages":
+                text += toctree("", pages)
             classes = list(dict.fromkeys(re.findall(r"\(classes/(\w+)\.md", text)))
             if path.stem != "index" and classes and path.stem not in GUIDE:
                 families.append(path.stem)
@@ -229,6 +231,8 @@ class Site:
             elif path.stem != "index":
                 others.append(path.stem)
             self.save(path.name, text)
+        for path in DOCS.glob("languages/*.md"):
+            self.save(f"languages/{path.name}", adapted(path))
         for picture in DOCS.glob("*.svg"):
             shutil.copy(picture, self.out)
         guide = [page for page in GUIDE if page in others]
