@@ -33,6 +33,15 @@ inline ComPtr<IDispatch> Made(const std::wstring& name) {
     return test::CreateObject<IDispatch>(clsid);
 }
 
+// Another dispatch interface of an object, by its identifier.
+inline ComPtr<IDispatch> PartOf(IDispatch* object, const std::wstring& identifier) {
+    IID iid{};
+    ComPtr<IDispatch> part;
+    IIDFromString(identifier.c_str(), &iid);
+    object->QueryInterface(iid, part.ReceiveVoid());
+    return part;
+}
+
 // A picture in memory.
 struct Canvas {
     static constexpr int kSize = 80;

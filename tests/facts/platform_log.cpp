@@ -31,7 +31,6 @@ struct PlatformLog::State {
 namespace {
 
 PlatformLog::State* current = nullptr;
-
 [[maybe_unused]] std::wstring Shown(LPCSTR text) { return text ? Quote(Wide(FromAnsi(text))) : L"null"; }
 [[maybe_unused]] std::wstring Shown(LPCWSTR text) { return text ? Quote(text) : L"null"; }
 template <class Number>
@@ -281,6 +280,7 @@ const Watchable kWatchable[] = {
     Watched<&FindClose>("FindClose"),
     Watched<&FreeLibrary>("FreeLibrary"),
     Watched<&GetActiveWindow>("GetActiveWindow"),
+    Watched<&GetClientRect>("GetClientRect"),
     Watched<&GetComputerNameA>("GetComputerNameA"),
     Watched<&GetCurrentHwProfileA>("GetCurrentHwProfileA"),
     Watched<&GetDesktopWindow>("GetDesktopWindow"),
@@ -314,12 +314,14 @@ const Watchable kWatchable[] = {
     Watched<&HtmlHelpA>("HtmlHelpA"),
     Watched<&InternetGetConnectedStateExA>("InternetGetConnectedStateExA"),
     Watched<&InternetSetOptionA>("InternetSetOptionA"),
+    Watched<&InvalidateRect>("InvalidateRect"),
     Watched<&IsProcessorFeaturePresent>("IsProcessorFeaturePresent"),
     Watched<&IsWindow>("IsWindow"),
     Watched<&LineTo>("LineTo"),
     Watched<&LoadLibraryExW>("LoadLibraryExW"),
     Watched<&MoveToEx>("MoveToEx"),
     Watched<&OpenClipboard>("OpenClipboard"),
+    Watched<&OutputDebugStringW>("OutputDebugStringW"),
     Watched<&PrintDlgA>("PrintDlgA"),
     Watched<&ReadFile>("ReadFile"),
     Watched<&Rectangle>("Rectangle"),
@@ -373,7 +375,6 @@ PlatformLog::PlatformLog(std::function<void(const std::wstring&)> act) : state_(
 }
 
 PlatformLog::~PlatformLog() { current = nullptr; }
-
 // The latest rule counts first.
 void PlatformLog::Add(Rule rule) {
     const Watchable& function = Find(rule.function);

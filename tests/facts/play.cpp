@@ -85,10 +85,8 @@ class ScenarioRun {
         std::wstring call = wanted.substr(4);
         const int times = Times(call);
         if (wanted.starts_with(L"shows ")) return Same(wanted, log_.Next());
-        if (times == 1) {
-            for (const std::wstring& one : Split(call, L";")) Same(L"saw " + one, log_.Next());
-            return;
-        }
+        for (const std::wstring& one : Split(times == 1 ? call : L"", L";")) Same(L"saw " + one, log_.Next());
+        if (times == 1) return;
         for (int i = 0; i < times && !testing::Test::HasFailure(); ++i)
             Same(L"saw " + call, log_.Next().substr(0, 4 + call.size()));
     }
@@ -113,7 +111,6 @@ class ScenarioRun {
     }
 
     void Memory(const std::wstring& line) { heap_.Refuse(line.empty() ? SIZE_MAX : std::stoul(line), SIZE_MAX); }
-
     void Held(const std::wstring& most) { HeldBelow(std::stoi(most)); }
     void HeldBelow(std::ptrdiff_t most) const {
         if (heap_.held() >= most) Fails(L"the library holds " + std::to_wstring(heap_.held()) + L" bytes more");
@@ -164,6 +161,8 @@ class ScenarioRun {
                 Heard(L"farewell"), step == L"drop" ? Drop(step) : Step(step);
             };
             static_cast<VARIANT&>(value) = test::Arg(static_cast<IDispatch*>(new Farewell(bye)));
+        } else if (parts[1].starts_with(L"part ")) {
+            static_cast<VARIANT&>(value) = test::Arg(PartOf(object_.get(), parts[1].substr(5)).Detach());
         } else if (parts[1] == L"strings") {
             value.vt = VT_ARRAY | VT_BSTR;
         } else if (parts[1].starts_with(L"call ")) {

@@ -1,6 +1,7 @@
 // cIconMenu as its clients see it: what happens to their menus and windows, and what it refuses.
 #include <optional>
 
+#include "support/fake.h"
 #include "support/report_recorder.h"
 #include "support/scarce_memory.h"
 #include "winhelpers/menu_fixture.h"
@@ -264,7 +265,7 @@ TEST_F(IconMenu, ForgetsMenusThatAreGoneAndTheirIcons) {
 }
 
 TEST(IconMenuAlone, NeedsTheHookLibrary) {
-    const NoHookLibrary none;
+    const Fake none("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
     TestWindow window;
     const auto icons = CreateObject<IDispatch>(__uuidof(::cIconMenu));
     EXPECT_EQ(RunTime(429), Call(icons.get(), L"Attach", {Arg(window.handle())}).code);

@@ -8,7 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "winhelpers/hooked_fixture.h"
+#include "support/import_patch.h"
+#include "support/late_bound.h"
+#include "support/test_hook.h"
+#include "support/test_window.h"
 #include "winhelpers/test_bitmaps.h"
 
 #include <commctrl.h>
