@@ -5,9 +5,9 @@
 // on.
 //   c f    pass the message on; fail
 // Hooks and tests may
-//   +a -a  attach, detach a hook; with ' for another message, with ^ for the end of the window
+//   +a -a  attach, detach a hook; with ' for another message, ^ for the end of the window, ~ for the last
 //   d !    destroy the window; send the message (with ' the other) and note the result
-//   . #a   note the message that is being dispatched (M, with ' I, none 0); whether a hook is held (+) or not (1)
+//   . #a   note the message that is being dispatched (1, with ' 2, none 0); whether a hook is held (+) or not (1)
 //   q      note whose procedure the window has: its own (W), another program's (O), a hooked one's (H)
 //   s l    another program subclasses the window, or puts back what it found; S L: a program without Unicode
 //   t m    set and read the window's text, of which a program without Unicode notes what it sees; take off the mark
@@ -26,7 +26,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/text.h"
 #include "support/late_bound.h"
 #include "support/own_process.h"
 #include "support/test_hook.h"
@@ -93,76 +92,44 @@ class Hooks : public testing::TestWithParam<std::tuple<bool, std::string>> {
     }
 
     void Do(std::string_view what, const std::function<void()>& passOn = {}) {
+        TestHook* hook = nullptr;
+        UINT message = kMessage;
+        LONG number = -1;
+        wchar_t text[20] = L"";
+        const HWND its = window.get();
+        const std::map<char, std::function<void()>> actions{
+            {'+', [&] { EXPECT_EQ(S_OK, Add(hook, handle, message)); }},
+            {'-', [&] { EXPECT_EQ(S_OK, Remove(hook, handle, message)); }},
+            {'#', [&] { events += hook->count() == 1 ? '1' : '+'; }},
+            {'c', passOn},
+            {'!', [&] { events += std::to_string(SendMessageW(its, message, 0, 0)); }},
+            {'.', [&] { manager->get_DispatchedMessage(&number), events += std::to_string(number & 0xFF); }},
+            {'q', [&] { events += Owner(); }},
+            {'d', [&] { window.Destroy(); }},
+            {'s', [&] { Wide::Subclass(its); }},
+            {'l', [&] { Wide::Set(its, Wide::before); }},
+            {'S', [&] { Ansi::Subclass(its); }},
+            {'L', [&] { Ansi::Set(its, Ansi::before); }},
+            {'t',
+             [&] {
+                 EXPECT_TRUE(SetWindowTextW(its, L"wide") && GetWindowTextW(its, text, 20) && !wcscmp(text, L"wide"));
+             }},
+            {'m', [&] { EXPECT_NE(nullptr, RemovePropW(its, kMark)); }},
+            {'h', [&] { remembered = window.CurrentProcedure(); }},
+            {'p', [&] { Wide::Set(its, remembered); }},
+            {'r', [&] { Wide::Set(its, own); }}};
         for (std::size_t i = 0; i < what.size(); ++i) {
-            const char event = what[i];
-            const bool onHook = event == '+' || event == '-' || event == '#';
-            TestHook* const hook = onHook ? hooks[what[++i]].get() : nullptr;
+            const auto action = actions.find(what[i]);
+            if (action == actions.end()) continue;
+            if (std::string_view("+-#").find(what[i]) != what.npos) hook = hooks[what[++i]].get();
             const char suffix = i + 1 < what.size() ? what[i + 1] : ' ';
-            const UINT message = suffix == '\'' ? kInner : suffix == '^' ? WM_NCDESTROY : kMessage;
-            LONG number = -1;
-            switch (event) {
-                case '+':
-                case '-':
-                    EXPECT_EQ(S_OK, Add(hook, handle, message, event == '-'));
-                    break;
-                case '#':
-                    events += hook->count() == 1 ? '1' : '+';
-                    break;
-                case 'c':
-                    passOn();
-                    break;
-                case '!':
-                    events += std::to_string(SendMessageW(window.get(), message, 0, 0));
-                    break;
-                case '.':
-                    EXPECT_EQ(S_OK, manager->get_DispatchedMessage(&number));
-                    events += number == 0 ? '0' : number == kMessage ? 'M' : number == kInner ? 'I' : '?';
-                    break;
-                case 'q':
-                    events += Owner();
-                    break;
-                case 'd':
-                    window.Destroy();
-                    break;
-                case 's':
-                    Wide::Subclass(window.get());
-                    break;
-                case 'l':
-                    Wide::Set(window.get(), Wide::before);
-                    break;
-                case 'S':
-                    Ansi::Subclass(window.get());
-                    break;
-                case 'L':
-                    Ansi::Set(window.get(), Ansi::before);
-                    break;
-                case 't':
-                    SetText();
-                    break;
-                case 'm':
-                    EXPECT_NE(nullptr, RemovePropW(window.get(), kMark));
-                    break;
-                case 'h':
-                    remembered = window.CurrentProcedure();
-                    break;
-                case 'p':
-                    Wide::Set(window.get(), remembered);
-                    break;
-                case 'r':
-                    Wide::Set(window.get(), own);
-                    break;
-            }
+            message = suffix == '\'' ? kInner : suffix == '^' ? WM_NCDESTROY : suffix == '~' ? ~0u : kMessage;
+            action->second();
         }
     }
     char Owner() const {
         const WNDPROC now = window.CurrentProcedure();
         return now == own ? 'W' : now == &Wide::Procedure ? 'O' : 'H';
-    }
-    void SetText() {
-        wchar_t text[20] = L"";
-        EXPECT_TRUE(SetWindowTextW(window.get(), L"wide"));
-        GetWindowTextW(window.get(), text, ARRAYSIZE(text));
-        EXPECT_STREQ(L"wide", text);
     }
     // Nothing is left of the hooks.
     void ExpectUntouched() {
@@ -205,10 +172,11 @@ TEST_P(Hooks, DoAsTheirResponsesSay) {
 // while they are asked or called; windows that are destroyed, where nothing is passed on; other programs that subclass
 // the window before us, after us and on both sides, and those without Unicode.
 constexpr const char kPlays[] =
-    "a0 (!)a10;a0c (!)wa17;a2 (!)wa7;a1 (!)wa7;a/ (!)wa7;a2 b2 c2 (+a+b+c!-b+b!)wabc7wacb7;a0 b0 (!)b20;"
+    "a0 (!)a10;a0c (!)wa17;a2 (!)wa7;a1 (!)wa7;a/ (!)wa7;a2 (+a~+a!-a-a~)wa7;a2 b2 c2 (+a+b+c!-b+b!)wabc7wacb7;a0 b0 "
+    "(!)b20;"
     "a0c b0c (!)wab37;a0 b2 (!)ab10;a2 b0 (!)b20;a2 b0c (!)wab27;a0f (!)aw7;a0cf (!)wa7;a2f (!)wa7;a0 b0f (!)ba10;"
     "a0f b0c (!)awb27;af (!)w7;a0 b2 (q+aq+a+b+a'#a#b-a#a-b-b-b^q-a'q#a#b)WH+++HW11;"
-    "a0(.).!'.c. b0(.).f (.+a+b'!.)0MMIIbw7MwMa170;a2 b2 x0c-b (!!)wabx37wax37;a2 b2 x0-bc (!!)wax37wax37;"
+    "a0(.).!'.c. b0(.).f (.+a+b'!.)01122bw71w1a170;a2 b2 x0c-b (!!)wabx37wax37;a2 b2 x0-bc (!!)wax37wax37;"
     "a2 b2 x0(-b)c (!)wax37;a2 b2 x0-a-bc (!)wx37;a2 b2 x0-b+bc (!)wax37;a2 b2 x0-xc (!!)wabx37wab7;"
     "a2 b2 x0(-x)c (!!)wab7wab7;a2 b2 c2 x0+cc (+a+b+x!!)wabx47wabxc47;b2 (+b+b^d)b;b2 x0dc (+b+x+b^!)bx20;"
     "b2 x0d (+b+x+b^!)bx20;b2 x0(d)c (+b+x+b^!)b0;b2 x2d (+b+x+b^!)wbbx7;x0dc (s+x!)x10;a2 (s+a!-aql!)owa7Ow7;"
@@ -284,23 +252,20 @@ void OnAnotherThread(Body body) {
 }
 
 TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
-    const auto expect = [&](HRESULT code, const std::wstring& description, HRESULT given) {
-        ComPtr<IErrorInfo> info;
-        Bstr source, said;
-        EXPECT_EQ(code, given);
-        ASSERT_EQ(S_OK, GetErrorInfo(0, info.Receive()));
-        info->GetSource(source.Receive()), info->GetDescription(said.Receive());
-        EXPECT_EQ(L"VelkSub.HookManager", View(source.get()));
-        EXPECT_EQ(description, View(said.get()));
-    };
     TestHook* const hook = Make("a0");
+    const auto expect = [&](HRESULT code, const wchar_t* text, const wchar_t* member, LONG of) {
+        std::vector<VARIANT> given{Arg(of), Arg(LONG{kMessage}), Arg(0L), Arg(0L)};
+        if (member[0] != L'C') given = {Arg(static_cast<IDispatch*>(hook)), Arg(of), Arg(LONG{kMessage})};
+        const Outcome refused = InvokeNamed(manager.get(), member, DISPATCH_METHOD, given, {});
+        EXPECT_EQ(std::tuple(code, std::wstring(text), std::wstring(L"VelkSub.HookManager")),
+                  std::tuple(refused.code, refused.description, refused.source));
+    };
     const LONG low = handle & 0xFFFF, desktop = HandleToLong(GetDesktopWindow());
     Do("+a");
     OnAnotherThread([&](const ComPtr<IHookManager>& here) {
         EXPECT_EQ(manager.As<IUnknown>().get(), here.As<IUnknown>().get()) << "one manager a process";
-        for (const HRESULT refused : {Add(hook, handle, kInner), Remove(hook, handle), CallPrevious(handle)}) {
-            expect(eErrHookManager_OtherThread, L"The window belongs to another thread", refused);
-            Add(hook, handle);
+        for (const wchar_t* member : {L"AddHook", L"RemoveHook", L"CallPreviousProc"}) {
+            expect(eErrHookManager_OtherThread, L"The window belongs to another thread", member, handle);
         }
         EXPECT_EQ(S_OK, Remove(hook, low)) << "the platform answers for it, but no hook can be there";
         const TestWindow mine;
@@ -309,12 +274,12 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
     });
     EXPECT_EQ(eErrHookManager_OtherThread, Add(hook, desktop));
     for (const LONG none : {0L, low, static_cast<LONG>(low | 0xFFFF0000)}) {
-        expect(eErrHookManager_InvalidWindowHandle, L"Invalid window handle", Add(hook, none));
+        expect(eErrHookManager_InvalidWindowHandle, L"Invalid window handle", L"AddHook", none);
     }
     for (const LONG nothing : {0L, desktop, low}) EXPECT_EQ(S_OK, Remove(hook, nothing));
     Do("-a");
     OnAnotherThread([&](auto&&) { EXPECT_EQ(S_OK, Remove(hook, handle)) << "not attached any more"; });
-    expect(eErrHookManager_NotHooked, L"The window has no hooks", CallPrevious(handle));
+    expect(eErrHookManager_NotHooked, L"The window has no hooks", L"CallPreviousProc", handle);
     EXPECT_EQ(S_OK, manager.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(__uuidof(IHookManager2)));
     // The platform destroys a thread's windows at its end without a message, when objects may not be called any more.
     OnAnotherThread([&](auto&&) {
