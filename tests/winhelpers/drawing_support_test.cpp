@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "support/facts.h"
 #include "support/fake.h"
 #include "support/gdi_objects.h"
 #include "support/report_recorder.h"
@@ -47,43 +48,34 @@ class DrawingSupport : public testing::Test {
     const int before = GdiObjects();
 };
 
-// A function of the platform past this program's own imports.
-template <class Function>
-Function* Platforms(const char* name, Function*) {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"gdi32.dll"), name)));
-}
-
 TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     cMemDC memory;
     EXPECT_EQ(nullptr, memory.HDC());
     EXPECT_EQ(0, memory.Width() | memory.Height());
-    memory.SetWidth(20);
-    memory.SetHeight(10);
-    Paint(memory.HDC(), kRed, {0, 0, 20, 10});
+    memory.SetWidth(20), memory.SetHeight(10);
     const HDC context = memory.HDC();
-    memory.SetWidth(20);
-    memory.SetWidth(5);
-    memory.SetHeight(-3);
+    Paint(context, kRed, {0, 0, 20, 10});
+    memory.SetWidth(20), memory.SetWidth(5), memory.SetHeight(-3);
     EXPECT_EQ(context, memory.HDC());
     EXPECT_EQ(kRed, GetPixel(context, 19, 9));
     EXPECT_EQ(CLR_INVALID, GetPixel(context, 20, 9));
-    memory.SetHeight(11);
+    HGDIOBJ removed = nullptr;
+    const auto remove = [&](HGDIOBJ object) {
+        EXPECT_NE(nullptr, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "the context goes last";
+        EXPECT_NE(object, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "still selected";
+        return removed = object, TRUE;
+    };
+    {
+        const Fake removes("DeleteObject", &DeleteObject, remove, Here());
+        memory.SetHeight(11);
+    }
+    EXPECT_TRUE(DeleteObject(removed));
     EXPECT_EQ(20, memory.Width());
     EXPECT_NE(kRed, GetPixel(memory.HDC(), 19, 9)) << "a new bitmap is empty";
     EXPECT_NE(CLR_INVALID, GetPixel(memory.HDC(), 19, 10));
     {
-        const auto remove = [&, real = Platforms("DeleteObject", &DeleteObject)](HGDIOBJ object) {
-            EXPECT_NE(nullptr, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "the context goes last";
-            EXPECT_NE(object, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "still selected";
-            return real(object);
-        };
-        const Fake removes("DeleteObject", &DeleteObject, remove, Here());
-        memory.SetHeight(12);
-        EXPECT_EQ(1, removes.calls());
-    }
-    {
-        const Fake refuse(
-            "SelectObject", &SelectObject, [](HDC, HGDIOBJ) { return HGDIOBJ{}; }, Here());
+        const auto refused = [](HDC, HGDIOBJ) { return HGDIOBJ{}; };
+        const Fake refuse("SelectObject", &SelectObject, refused, Here());
         memory.SetWidth(21);
     }
     EXPECT_EQ(nullptr, memory.HDC());
@@ -91,14 +83,26 @@ TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     EXPECT_EQ(before, GdiObjects());
 }
 
+// The members of an object without a class.
+HRESULT STDMETHODCALLTYPE Query(void* object, REFIID iid, void** found) {
+    *found = iid == IID_IPicture ? object : nullptr;
+    return *found ? S_OK : E_NOINTERFACE;
+}
+ULONG STDMETHODCALLTYPE Count(void*) { return 1; }
+HRESULT STDMETHODCALLTYPE NoHandle(void*, OLE_HANDLE*) { return OLE_E_BLANK; }
+
 TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     const ComPtr<IPictureDisp> large = PictureOf(NewBitmap(kBlue, 30, 12)), small = PictureOf(NewBitmap(kRed, 4, 3));
+    const void* const members[] = {Address(&Query), Address(&Count), Address(&Count), Address(&NoHandle)};
+    const void* const* failing = members;
     cMemDC memory;
     memory.CreateFromPicture(large.get());
     EXPECT_EQ(12, memory.Height());
     memory.CreateFromPicture(small.get());
     EXPECT_EQ(30, memory.Width());
     ExpectReport(L"cMemDC.CreateFromPicture", 91, [&] { memory.CreateFromPicture(nullptr); });
+    ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK,
+                 [&] { memory.CreateFromPicture(reinterpret_cast<IUnknown*>(&failing)); });
     EXPECT_EQ(kRed, GetPixel(memory.HDC(), 3, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 4, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 29, 11));
@@ -134,10 +138,10 @@ class NCMetrics : public testing::Test {
 
     static inline UINT refused_;
     cNCMetrics metrics_;
-    ImportPatch patch_{Here(), "SystemParametersInfoA", reinterpret_cast<void*>(&Numbered)};
+    ImportPatch patch_{Here(), "SystemParametersInfoA", Address(&Numbered)};
 };
 
-TEST_F(NCMetrics, IsASnapshotOfBothRecords) {
+TEST_F(NCMetrics, IsASnapshotOfBothRecordsWithCachedFontsAndBolderOnes) {
     for (const UINT refused : {SPI_GETNONCLIENTMETRICS, SPI_GETICONTITLELOGFONT, 0}) {
         refused_ = refused;
         EXPECT_EQ(refused == 0, metrics_.GetMetrics()) << refused;
@@ -146,35 +150,17 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecords) {
                            metrics_.CaptionWIdth(),    metrics_.CaptionHeight(), metrics_.SMCaptionWIdth(),
                            metrics_.SMCaptionHeight(), metrics_.MenuWidth(),     metrics_.MenuHeight()};
     EXPECT_EQ((std::array{1L, 2L, 3L, 4L, 5L, 21L, 22L, 38L, 39L}), sizes);
-}
-
-TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
-    cNCMetrics metrics;
-    ASSERT_TRUE(metrics.GetMetrics());
-    EXPECT_EQ(GetSystemMetrics(SM_CYMENU), metrics.MenuHeight() + 1);  // a line below
-    NONCLIENTMETRICSW wide{};
-    wide.cbSize = sizeof wide;
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof wide, &wide, 0);
-    LOGFONTW font{};
-    GetObjectW(LongToHandle(metrics.FontHandle(kMessageFont)), sizeof font, &font);
-    EXPECT_STREQ(wide.lfMessageFont.lfFaceName, font.lfFaceName);
-}
-
-TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
-    ASSERT_TRUE(metrics_.GetMetrics());
     for (LONG number = 1; number <= 6; ++number) {
         constexpr LONG kPlaces[] = {99, 6, 23, 40, 55, 70};
         const LONG font = metrics_.FontHandle(number);
         EXPECT_EQ(kPlaces[number - 1], Read(font).lfHeight);
         EXPECT_EQ(font, metrics_.FontHandle(number));
     }
-    const LONG second = metrics_.FontHandle(2);
-    ASSERT_TRUE(metrics_.GetMetrics());
-    EXPECT_EQ(0, Read(second).lfHeight) << "a second reading deletes the fonts";
     const LONG first = metrics_.FontHandle(1);
+    metrics_.GetMetrics();
+    EXPECT_EQ(0, Read(first).lfHeight) << "a second reading deletes the fonts";
     EXPECT_EQ(VT_EMPTY, metrics_.ClearUp().vt);
     EXPECT_EQ(first, metrics_.FontHandle(1)) << "the deleted handle stays in the cache";
-    EXPECT_EQ(0, Read(first).lfHeight);
     for (const LONG number : {0, 7, -1}) {
         ExpectReport(L"cNCMetrics.plGetFont", 9, [&] { EXPECT_EQ(0, metrics_.FontHandle(number)); });
     }
@@ -189,16 +175,23 @@ TEST_F(NCMetrics, GivesSixCachedFontsAndBolderOnes) {
     EXPECT_NEAR(400000, size.int64, 12000) << "always the menu font; the platform rounds its size to what it has";
 }
 
-// A font that notes what it is set to, in order: the platform's own rounds sizes and replaces faces by what it has.
+TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
+    cNCMetrics metrics;
+    ASSERT_TRUE(metrics.GetMetrics());
+    EXPECT_EQ(GetSystemMetrics(SM_CYMENU), metrics.MenuHeight() + 1);  // a line below
+}
+
+// Notes what a font is set to, in order: the platform's own rounds sizes and replaces faces by what it has.
 std::wstring notes;
 template <int slot, class Value>
 HRESULT STDMETHODCALLTYPE Note(void*, Value value) {
+    notes += L'|' + std::to_wstring(slot) + L' ';
     if constexpr (std::is_same_v<Value, BSTR>) {
         notes += value + std::to_wstring(SysStringLen(value));
     } else if constexpr (std::is_same_v<Value, CY>) {
-        notes += L"|size " + std::to_wstring(value.int64);
+        notes += std::to_wstring(value.int64);
     } else {
-        notes += L'|' + std::to_wstring(slot) + L' ' + std::to_wstring(value);
+        notes += std::to_wstring(value);
     }
     return S_OK;
 }
@@ -206,25 +199,20 @@ HRESULT STDMETHODCALLTYPE Note(void*, Value value) {
 TEST_F(NCMetrics, FillsAFontFromARecord) {
     const ScreenContext screen(GetDC(nullptr));
     ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY));
-    const void* slots[27] = {};  // of IFont
-    slots[4] = reinterpret_cast<void*>(&Note<4, BSTR>);
-    slots[6] = reinterpret_cast<void*>(&Note<6, CY>);
-    slots[8] = reinterpret_cast<void*>(&Note<8, BOOL>);
-    slots[10] = reinterpret_cast<void*>(&Note<10, BOOL>);
-    slots[12] = reinterpret_cast<void*>(&Note<12, BOOL>);
-    slots[14] = reinterpret_cast<void*>(&Note<14, BOOL>);
-    slots[18] = reinterpret_cast<void*>(&Note<18, short>);
-    const void* const object = slots;
-    auto* const font = reinterpret_cast<IFont*>(const_cast<const void**>(&object));
+    const void* slots[27] = {};  // of IFont: the setters of name, size, bold, italic, under-, strike- and character set
+    slots[4] = Address(&Note<4, BSTR>), slots[6] = Address(&Note<6, CY>), slots[8] = Address(&Note<8, BOOL>);
+    slots[10] = Address(&Note<10, BOOL>), slots[12] = Address(&Note<12, BOOL>), slots[14] = Address(&Note<14, BOOL>);
+    slots[18] = Address(&Note<18, short>);
+    const void* const* members = slots;
+    auto* const font = reinterpret_cast<IFont*>(&members);
     const struct {
         LOGFONTA record;
-        const wchar_t*
-            set;  // the name with all that follows in its field; 18 charset, 10 italic, 12 under-, 14 strike-
+        const wchar_t* set;  // the name with all that follows in its field
     } cases[] = {
-        {{13, 0, 0, 0, 400, 0, 1, 0, 0, 0, 0, 0, 0, "Face "}, L"Face 32|size 130000|18 0|10 0|12 1|14 0|8 0"},
-        {{-13, 0, 0, 0, 401, 1, 0, 0, 238, 0, 0, 0, 0, "Face "}, L"Face 32|size 97500|18 238|10 1|12 0|14 0|8 1"},
-        {{1, 0, 0, 0, 0, 255, 0, 0, 2, 0, 0, 0, 0, "Face "}, L"Face 32|size 10000|18 2|10 1|12 0|14 0|8 0"},
-        {{0, 0, 0, 0, 700, 0, 0, 255, 2, 0, 0, 0, 0, "Face "}, L"Face 32|size 0|18 2|10 0|12 0|14 1|8 1"},
+        {{13, 0, 0, 0, 400, 0, 1, 0, 0, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 130000|18 0|10 0|12 1|14 0|8 0"},
+        {{-13, 0, 0, 0, 401, 1, 0, 0, 238, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 97500|18 238|10 1|12 0|14 0|8 1"},
+        {{1, 0, 0, 0, 0, 255, 0, 0, 2, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 10000|18 2|10 1|12 0|14 0|8 0"},
+        {{0, 0, 0, 0, 700, 0, 0, 255, 2, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 0|18 2|10 0|12 0|14 1|8 1"},
     };
     for (const auto& [record, set] : cases) {
         notes.clear();
@@ -233,7 +221,7 @@ TEST_F(NCMetrics, FillsAFontFromARecord) {
     }
     notes.clear();
     ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill(cases[1].record, nullptr, font); });
-    EXPECT_EQ(L"Face 32", notes) << "the rest stays as it was";
+    EXPECT_EQ(L"|4 Face 32", notes) << "the rest stays as it was";
 }
 
 // On white, with black text on yellow ground as the context's own colours.
