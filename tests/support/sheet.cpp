@@ -6,11 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/com_ptr.h"
 #include "support/client.h"
 
 #include <gdiplus.h>
-#include <shlwapi.h>
 
 namespace velk::test {
 namespace {
@@ -30,11 +28,7 @@ GdiObject MakeBitmap(int width, int height, DWORD** pixels) {
 
 // Nothing when there is no such picture, or one of another size.
 std::vector<DWORD> Committed(const wchar_t* picture, int width, int height) {
-    const HRSRC found = FindResourceW(nullptr, picture, RT_RCDATA);
-    if (!found) return {};
-    const auto* bytes = static_cast<const BYTE*>(LockResource(LoadResource(nullptr, found)));
-    const auto stream = ComPtr<IStream>::Attach(SHCreateMemStream(bytes, SizeofResource(nullptr, found)));
-    Gdiplus::Bitmap image(stream.get());
+    Gdiplus::Bitmap image(BuiltFile((std::wstring(L"tests/pictures/") + picture + L".png").c_str()).c_str());
     if (static_cast<int>(image.GetWidth()) != width || static_cast<int>(image.GetHeight()) != height) return {};
     std::vector<DWORD> pixels;
     for (int i = 0; i < width * height; ++i) {

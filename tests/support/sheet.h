@@ -14,8 +14,8 @@ class Sheet {
     HDC get() const noexcept { return context_.get(); }
     COLORREF At(int x, int y) const { return GetPixel(get(), x, y); }
 
-    // The picture is a PNG among the test program's resources. When the pixels differ, what was drawn is left under the
-    // same name beside the program, to be looked at and, if it is right, committed.
+    // The picture is a PNG among the committed ones. When the pixels differ, what was drawn is left under the same name
+    // beside the program, to be looked at and, if it is right, committed.
     void ExpectIs(const wchar_t* picture) const;
 
   private:

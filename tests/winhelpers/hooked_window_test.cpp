@@ -305,7 +305,7 @@ TEST_F(HookedWindow, LetsTheUserResizeItsColumnsOrNot) {
     ListView_SetExtendedListViewStyle(window, LVS_EX_GRIDLINES);
     EXPECT_EQ(S_OK, Call(list.get(), L"SetSubItemIcon", {Arg(1L), Arg(2L), Arg(5L)}).result);
     EXPECT_EQ(LVS_EX_SUBITEMIMAGES | LVS_EX_GRIDLINES, Send(LVM_GETEXTENDEDLISTVIEWSTYLE));
-    item = {LVIF_IMAGE, 1, 2};
+    item.mask = LVIF_IMAGE, item.iItem = 1, item.iSubItem = 2;
     Send(LVM_GETITEMW, 0, &item);
     EXPECT_EQ(5, item.iImage);
 }

@@ -1,104 +1,132 @@
-// cIconMenu as its clients see it: what happens to their menus and windows, and what it refuses.
+// cIconMenu as its clients see it: what happens to their menus and windows, keys and screen readers.
+#include <functional>
+#include <map>
 #include <optional>
 
+#include "support/departures.h"
 #include "support/fake.h"
+#include "support/gdi_objects.h"
 #include "support/report_recorder.h"
 #include "support/scarce_memory.h"
 #include "winhelpers/menu_fixture.h"
 
+#include <oleacc.h>
+
 namespace velk::test {
 namespace {
 
-class IconMenu : public IconMenuTest {
-  protected:
-    IconMenu() { EXPECT_EQ(S_OK, Attach(window_.get())); }
-};
+using namespace std::string_view_literals;
+using IconMenu = IconMenuTest;
+using Steps = std::vector<std::function<void()>>;
+
+constexpr HRESULT RunTime(int number) { return static_cast<HRESULT>(0x800A0000) + number; }
 
 TEST_F(IconMenu, DrawsItemsOnlyWhileTheyAreShownAndKeepsThemAsTheyWere) {
     const GdiObject bitmap(NewBitmap(kRed, 10, 10));
     const auto handle = static_cast<HBITMAP>(bitmap.get());
-    Replace(FullMenu(handle));
+    menu_ = FullMenu(handle), menu = menu_.get();
     SetMenuItemBitmaps(menu, kRadio, MF_BYPOSITION, nullptr, handle);
     SetMenuItemBitmaps(menu, kLong, MF_BYPOSITION, handle, nullptr);
     const auto before = ItemsOf(menu);
-    const HMENU more = before[kMore].submenu;
-    const std::function<void()> ends[] = {[this] { Close(); }, [this] { icons_->Detach(); },
-                                          [this] { icons_ = nullptr, window_.Destroy(); }};
+    const Steps ends{[&] { Close(); }, [&] { icons_->Detach(); }, [&] { icons_ = nullptr, window_.Destroy(); }};
     for (const auto& end : ends) {
         Open(menu);
         EXPECT_EQ("dddd.ddd...", Drawn(menu)) << "what has a bitmap, or is the client's to draw, stays so";
         auto shown = ItemsOf(menu);
-        for (UINT i = 0; i < kPositions; ++i) {
+        for (UINT i = 0; i < kCount; ++i) {
             if (i == kOwn || Drawn(menu)[i] == '.') continue;
             EXPECT_NE(before[i].data, std::exchange(shown[i].data, before[i].data));
             shown[i].type &= ~UINT{MFT_OWNERDRAW};
         }
         EXPECT_EQ(before, shown);
-        EXPECT_EQ(".", Drawn(more)) << "it was not opened";
-        Open(more);
-        Open(menu);  // again in the same loop
-        EXPECT_EQ("d", Drawn(more));
         EXPECT_FALSE(CanUnload());
         end();
         EXPECT_EQ(before, ItemsOf(menu));
-        EXPECT_EQ(".", Drawn(more));
         if (icons_) Attach(window_.get());
     }
     EXPECT_TRUE(CanUnload()) << "it lives as long as it is attached";
 }
 
-TEST_F(IconMenu, LeavesOtherMenusToTheSystem) {
-    const auto before = ItemsOf(menu);
-    Open(nullptr);
-    SendMessageW(window_.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), MAKELPARAM(0, TRUE));
-    EXPECT_EQ(before, ItemsOf(menu)) << "a system menu";
-    Open(reinterpret_cast<HMENU>(0x12345));
-    ModifyMenuW(menu, kSave, MF_BYPOSITION | MFT_RIGHTORDER, CommandAt(kSave), L"right to left");
-    const auto rightToLeft = ItemsOf(menu);
-    Open(menu);
-    EXPECT_EQ(rightToLeft, ItemsOf(menu));
-    Close();
-    Replace(FullMenu());
-    SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, WS_EX_LAYOUTRTL);
-    Open(menu);
-    EXPECT_EQ("...........", Drawn(menu));
-}
-
-TEST_F(IconMenu, GivesBackTheMenusOfALoopInsideAnother) {
-    const Menu inner = FullMenu();
-    for (const HMENU opened : {menu, inner.get()}) OpenIn(window_.get(), opened);
-    Close();
-    EXPECT_EQ("...........", Drawn(inner.get()));
-    EXPECT_EQ("dddddddd..d", Drawn(menu));
-    Close();
-    EXPECT_EQ("...........", Drawn(menu));
-    OpenIn(window_.get(), menu);
-    icons_->Detach();
-    Attach(window_.get());
-    OpenIn(window_.get(), menu, false);
-    EXPECT_EQ("...........", Drawn(menu)) << "the loop went with the window";
-}
-
-// The platform announces a menu to the window, too, when an accelerator for one of its commands is pressed: no loop
-// ends.
-TEST_F(IconMenu, LeavesMenusAloneThatAreAnnouncedAndNotShown) {
-    const HMENU bar = CreateMenu();
-    AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(menu), L"&File");
-    SetMenu(window_.get(), bar);
-    bool announced = false;
-    window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        announced |= message == WM_INITMENUPOPUP;
-        return std::nullopt;
+// e x  a menu loop begins, ends          m n s  a menu, another one, the submenu of the first is announced; E X M in
+// o    the first as the window's own            another window
+// a A  attached to the window, to the other one; b B a second object; d detached
+// z    menus that do not exist           k  the first is destroyed, and another gets its handle
+// > <  an item, the window reads from right to left
+// .    notes which of the menus are drawn
+TEST_F(IconMenu, DrawsMenusOfALoopUntilItEnds) {
+    const std::pair<const char*, const char*> plays[] = {
+        {"m.", ";"},  // as an accelerator brings about, and no loop ends
+        {"eo.z.m.s.m.x.", ";;m;ms;ms;;"},
+        {"emen.x.x.", "mn;m;;"},  // a loop inside another one
+        {"em.dam.", "m;;"},       // the loop ended with the attachment
+        {"em.A.m.EM.X.d.d.", "m;;;m;;;;"},
+        {"BemEM.Xx.", "m;;"},
+        {"bem.x.", "m;;"},
+        {"emkx.", ";"},
+        {">em.x.", ";;"},
+        {"<em.x.", ";;"},
     };
-    ACCEL key{FVIRTKEY, VK_F7, CommandAt(kOpen)};
-    const HACCEL accelerators = CreateAcceleratorTableW(&key, 1);
-    MSG pressed{window_.get(), WM_KEYDOWN, VK_F7, 1, 0, {}};
-    EXPECT_NE(0, TranslateAcceleratorW(window_.get(), accelerators, &pressed));
-    EXPECT_TRUE(announced);
-    EXPECT_EQ("...........", Drawn(menu));
-    DestroyAcceleratorTable(accelerators);
-    RemoveMenu(bar, 0, MF_BYPOSITION);
-    window_.handler = nullptr;
+    for (const auto& [play, expected] : plays) {
+        TestWindow other;
+        Menu second = FullMenu();
+        menu_ = FullMenu(), menu = menu_.get();
+        const auto another = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
+        const auto inOther = [&](UINT message, HMENU opened = nullptr) {
+            SendMessageW(other.get(), message, reinterpret_cast<WPARAM>(opened), 0);
+        };
+        std::string noted;
+        const std::map<char, std::function<void()>> actions{
+            {'e', [&] { Send(WM_ENTERMENULOOP); }},
+            {'x', [&] { Close(); }},
+            {'m', [&] { Send(WM_INITMENUPOPUP, menu); }},
+            {'n', [&] { Send(WM_INITMENUPOPUP, second.get()); }},
+            {'s', [&] { Send(WM_INITMENUPOPUP, ItemsOf(menu)[kMore].submenu); }},
+            {'o', [&] { Send(WM_INITMENUPOPUP, menu, LongToPtr(MAKELPARAM(0, TRUE))); }},
+            {'E', [&] { inOther(WM_ENTERMENULOOP); }},
+            {'X', [&] { inOther(WM_EXITMENULOOP); }},
+            {'M', [&] { inOther(WM_INITMENUPOPUP, menu); }},
+            {'a', [&] { Attach(window_.get()); }},
+            {'A', [&] { Attach(other.get()); }},
+            {'b', [&] { another->Attach(window_.handle()); }},
+            {'B', [&] { another->Attach(other.handle()); }},
+            {'d', [&] { EXPECT_EQ(S_OK, icons_->Detach()); }},
+            {'z', [&] { Send(WM_INITMENUPOPUP), Send(WM_INITMENUPOPUP, reinterpret_cast<HMENU>(0x12345)); }},
+            {'k', [&] { menu_ = Menu(), menu_ = FullMenu(), menu = menu_.get(); }},
+            {'>', [&] { ModifyMenuW(menu, kSave, MF_BYPOSITION | MFT_RIGHTORDER, 101, L"right to left"); }},
+            {'<', [&] { SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, WS_EX_LAYOUTRTL); }},
+            {'.', [&] {
+                 for (const auto& [name, one] : {std::pair{'m', menu}, {'n', second.get()}}) {
+                     if (Drawn(one) != "...........") noted += Drawn(one) == "dddddddd..d" ? name : '?';
+                 }
+                 noted += Drawn(ItemsOf(menu)[kMore].submenu) == "d" ? "s;" : ";";
+             }}};
+        Attach(window_.get());
+        for (const char* event = play; *event; ++event) actions.at (*event)();
+        EXPECT_EQ(expected, noted) << play;
+    }
+}
+
+TEST_F(IconMenu, RefusesWindowsOfOthersAndForgetsMenusThatAreGone) {
+    for (const LONG handle : {0L, 1L, -1L, window_.handle() & 0xFFFF, HandleToLong(GetDesktopWindow())}) {
+        EXPECT_EQ(RunTime(5), Call(icons_.get(), L"Attach", {Arg(handle)}).code) << handle;
+        EXPECT_EQ(window_.handle(), AttachedTo());
+    }
+    const auto picture = PictureOf(NewBitmap(kRed, 4, 4));
+    const auto references = [&] { return picture->AddRef(), picture->Release(); };
+    const ULONG before = references();
+    for (const auto& end : Steps{[&] { Close(); }, [&] { icons_->Detach(); }}) {
+        const HMENU submenu = CreatePopupMenu();
+        EXPECT_EQ(S_OK, icons_->putref_SubmenuPicture(HandleOf(submenu), picture.get()));
+        EXPECT_LT(before, references());
+        DestroyMenu(submenu);
+        end();
+        EXPECT_EQ(before, references()) << "its icons are gone with it";
+    }
+    EXPECT_EQ(0, AttachedTo());
+    const auto alone = CreateObject<IDispatch>(__uuidof(::cIconMenu));
+    const Fake none("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
+    EXPECT_EQ(RunTime(429), Call(alone.get(), L"Attach", {Arg(window_.handle())}).code) << "without the hook library";
+    EXPECT_EQ(0, Get(alone.get(), L"hWnd").value.lVal);
 }
 
 // What a client does to an open menu has the same effect as on one that nobody draws.
@@ -109,19 +137,14 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
         [](HMENU to) { InsertMenuW(to, 0, MF_BYPOSITION, 500, L"New first"); },
         [](HMENU to) { InsertMenuW(to, 2, MF_BYPOSITION | MF_OWNERDRAW, 501, nullptr); },
         [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); },
-        [](HMENU to) { SetData(to, kDefault, 77); },
-        [](HMENU to) { Change(to, kOpen, InfoOf(MIIM_FTYPE)); },
+        [](HMENU to) { Change(to, kDefault, MIIM_DATA, {.data = 77}); },
+        [](HMENU to) { Change(to, kOpen, MIIM_FTYPE, {}); },
         [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); },
         [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); },  // another separator is the client's own to draw
         [](HMENU to) {
-            while (DeleteMenu(to, 0, MF_BYPOSITION))
-                ;
+            while (DeleteMenu(to, 0, MF_BYPOSITION)) continue;
         },
-        [](HMENU to) {
-            MENUITEMINFOW info = InfoOf(MIIM_STRING | MIIM_ID, L"Renamed");
-            info.wID = 900;
-            Change(to, kSave, info);
-        },
+        [](HMENU to) { Change(to, kSave, MIIM_STRING | MIIM_ID, {.id = 900, .text = L"Renamed"}); },
     };
     for (const auto& change : changes) {
         std::vector<ItemOfMenu> items[2];
@@ -148,129 +171,58 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
         if (message == WM_INITMENUPOPUP) drawnBefore = Drawn(menu);
         return 4711;
     };
-    const auto expect = [&](LRESULT answer, UINT message, WPARAM wParam = 0, const void* lParam = nullptr) {
+    const auto expect = [&](LRESULT answer, UINT message, HMENU first = nullptr, const void* second = nullptr) {
         seen = 0;
-        EXPECT_EQ(answer, SendMessageW(window_.get(), message, wParam, reinterpret_cast<LPARAM>(lParam))) << message;
+        EXPECT_EQ(answer, Send(message, first, second)) << message;
         EXPECT_EQ(answer == 4711, seen == 1) << message;
     };
+    const auto pressed = [](wchar_t key) { return reinterpret_cast<HMENU>(MAKEWPARAM(key, MF_POPUP)); };
     expect(4711, WM_ENTERMENULOOP);
-    expect(4711, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu));
+    expect(4711, WM_INITMENUPOPUP, menu);
     EXPECT_EQ("...........", drawnBefore) << "the window goes first, so that its changes are drawn too";
     expect(4711, WM_SETTINGCHANGE);
-    MEASUREITEMSTRUCT measured{ODT_MENU, 0, CommandAt(kOpen), 1, 2, ItemsOf(menu)[kOpen].data};
-    expect(TRUE, WM_MEASUREITEM, 0, &measured);
+    MEASUREITEMSTRUCT measured{ODT_MENU, 0, UINT{CommandAt(kOpen)}, 1, 2, ItemsOf(menu)[kOpen].data};
+    expect(TRUE, WM_MEASUREITEM, nullptr, &measured);
     EXPECT_GT(measured.itemWidth, 1u);
     for (const auto& [type, data] : {std::pair<UINT, ULONG_PTR>{ODT_MENU, 4711}, {ODT_BUTTON, measured.itemData}}) {
         MEASUREITEMSTRUCT foreign{type, 0, 1, 1, 2, data};
-        expect(4711, WM_MEASUREITEM, 0, &foreign);
+        expect(4711, WM_MEASUREITEM, nullptr, &foreign);
         EXPECT_EQ(1u, foreign.itemWidth);
         const DRAWITEMSTRUCT drawn{type, 0, 0, 0, 0, nullptr, nullptr, {}, data};
-        expect(4711, WM_DRAWITEM, 0, &drawn);
+        expect(4711, WM_DRAWITEM, nullptr, &drawn);
     }
     expect(4711, WM_MEASUREITEM);
     expect(4711, WM_DRAWITEM);
-    expect(4711, WM_MENUCHAR, MAKEWPARAM(L'#', MF_POPUP), menu);
+    expect(4711, WM_MENUCHAR, pressed(L'#'), menu);
     const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, ItemsOf(menu)[kSave].data};
     DeleteMenu(menu, kSave, MF_BYPOSITION);
-    expect(TRUE, WM_DRAWITEM, 0, &gone);  // its data mean nothing to the window
+    expect(TRUE, WM_DRAWITEM, nullptr, &gone);  // its data mean nothing to the window
     expect(4711, WM_EXITMENULOOP);
-    expect(4711, WM_MEASUREITEM, 0, &measured);
-    expect(4711, WM_MENUCHAR, MAKEWPARAM(L'o', MF_POPUP), menu);
+    expect(4711, WM_MEASUREITEM, nullptr, &measured);
+    expect(4711, WM_MENUCHAR, pressed(L'o'), menu);
     expect(4711, WM_DESTROY);
     EXPECT_EQ(0, AttachedTo());
     window_.handler = nullptr;
 }
 
 TEST_F(IconMenu, FindsItemsByWhatIsTheirsAlone) {
-    Open(menu);
-    const auto key = [&](wchar_t pressed) {
-        return SendMessageW(window_.get(), WM_MENUCHAR, MAKEWPARAM(pressed, MF_POPUP), reinterpret_cast<LPARAM>(menu));
+    const auto key = [&](wchar_t pressed, bool wide = true) {
+        return (wide ? SendMessageW : SendMessageA)(window_.get(), WM_MENUCHAR, MAKEWPARAM(pressed, MF_POPUP),
+                                                    reinterpret_cast<LPARAM>(menu));
     };
-    Rename(menu, kOwn, L"&Zoom");
-    for (const wchar_t none : {L'z', L'#'}) EXPECT_EQ(0, HIWORD(key(none))) << "the client's own item is the client's";
-    Close();
     AppendMenuW(menu, MF_STRING, 600, L"&Other");
     Open(menu);
+    Rename(menu, kOwn, L"&Zoom");
+    for (const wchar_t none : {L'z', L'#'}) EXPECT_EQ(0, HIWORD(key(none))) << "the client's own item is the client's";
     EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o'));
     EXPECT_EQ(0, HIWORD(key(L'c'))) << "the first letter of an item that has another mnemonic";
-    MENUITEMINFOW lit = InfoOf(MIIM_STATE);
-    lit.fState = MFS_HILITE;
-    Change(menu, kOpen, lit);
-    EXPECT_EQ(MAKELRESULT(kPositions, MNC_SELECT), key(L'o')) << "the next one";
+    Change(menu, kOpen, MIIM_STATE, {.state = MFS_HILITE});
+    EXPECT_EQ(MAKELRESULT(kCount, MNC_SELECT), key(L'o')) << "the next one";
     icons_->Detach();
     SetWindowLongPtrA(window_.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DefWindowProcA));
     Attach(window_.get());
     Open(menu);
-    const WPARAM narrow = MAKEWPARAM(0x9A, MF_POPUP);  // in the Western code page
-    EXPECT_EQ(MAKELRESULT(kSave, MNC_EXECUTE),
-              SendMessageA(window_.get(), WM_MENUCHAR, narrow, reinterpret_cast<LPARAM>(menu)));
-}
-
-TEST_F(IconMenu, MovesFromWindowToWindowOfThisThread) {
-    for (const LONG handle : {0L, 1L, -1L, window_.handle() & 0xFFFF, HandleToLong(GetDesktopWindow())}) {
-        const Outcome refused = Call(icons_.get(), L"Attach", {Arg(handle)});
-        EXPECT_EQ(RunTime(5), refused.code) << handle;
-        EXPECT_EQ(window_.handle(), AttachedTo());
-    }
-    TestWindow other;
-    EXPECT_EQ(S_OK, Attach(window_.get()));
-    Open(menu);
-    EXPECT_EQ(S_OK, Attach(other.get()));
-    EXPECT_EQ(other.handle(), AttachedTo());
-    Open(menu);
-    EXPECT_EQ("...........", Drawn(menu)) << "the first window's menus are the system's again";
-    OpenIn(other.get(), menu);
-    EXPECT_EQ("dddddddd..d", Drawn(menu));
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(S_OK, icons_->Detach());
-        EXPECT_EQ("...........", Drawn(menu));
-        EXPECT_EQ(0, AttachedTo());
-    }
-}
-
-TEST_F(IconMenu, SharesAMenuWithAnother) {
-    const auto second = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
-    TestWindow other;
-    const auto before = ItemsOf(menu);
-    for (const HWND window : {other.get(), window_.get()}) {  // in another window, and both in the same one
-        ASSERT_EQ(S_OK, second->Attach(HandleToLong(window)));
-        Open(menu);
-        OpenIn(window, menu);
-        EXPECT_EQ("dddddddd..d", Drawn(menu));
-        SendMessageW(window, WM_EXITMENULOOP, 0, 0);
-        Close();
-        EXPECT_EQ(before, ItemsOf(menu));
-    }
-}
-
-// A handle may come back with another menu.
-TEST_F(IconMenu, ForgetsMenusThatAreGoneAndTheirIcons) {
-    Open(menu);
-    Replace(Menu());
-    Replace(FullMenu());
-    Close();
-    EXPECT_EQ("...........", Drawn(menu));
-    const auto picture = PictureOf(NewBitmap(kRed, 4, 4));
-    const auto references = [&] { return picture->AddRef(), picture->Release(); };
-    const ULONG before = references();
-    const std::function<void()> ends[] = {[this] { Close(); }, [this] { icons_->Detach(); }};
-    for (const auto& end : ends) {
-        const HMENU submenu = CreatePopupMenu();
-        EXPECT_EQ(S_OK, icons_->putref_SubmenuPicture(HandleOf(submenu), picture.get()));
-        EXPECT_LT(before, references());
-        DestroyMenu(submenu);
-        end();
-        EXPECT_EQ(before, references());
-    }
-}
-
-TEST(IconMenuAlone, NeedsTheHookLibrary) {
-    const Fake none("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
-    TestWindow window;
-    const auto icons = CreateObject<IDispatch>(__uuidof(::cIconMenu));
-    EXPECT_EQ(RunTime(429), Call(icons.get(), L"Attach", {Arg(window.handle())}).code);
-    EXPECT_EQ(0, Get(icons.get(), L"hWnd").value.lVal);
-    EXPECT_EQ(S_OK, Call(icons.get(), L"Detach").result);
+    EXPECT_EQ(MAKELRESULT(kSave, MNC_EXECUTE), key(0x9A, false)) << "in the Western code page";
 }
 
 TEST_F(IconMenu, LeavesAMenuToTheSystemWhenMemoryRunsOut) {
@@ -278,12 +230,124 @@ TEST_F(IconMenu, LeavesAMenuToTheSystemWhenMemoryRunsOut) {
     Open(nullptr);
     {
         const ScarceMemory none(0, SIZE_MAX);
-        Open(menu);
+        Send(WM_INITMENUPOPUP, menu);
     }
     EXPECT_EQ("...........", Drawn(menu));
     EXPECT_TRUE(recorder.reports().empty()) << "no box in the middle of a message";
-    Open(menu);
+    Send(WM_INITMENUPOPUP, menu);
     EXPECT_EQ("dddddddd..d", Drawn(menu));
+}
+
+// A real menu loop. Does one step each time that it waits for input; then closes it.
+class ShownMenu : public IconMenuTest {
+  protected:
+    LONG Show(const Steps& steps) {
+        std::size_t next = 0;
+        window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+            if (message != WM_ENTERIDLE) return std::nullopt;
+            if (next == steps.size()) return EndMenu(), 0;
+            steps[next++]();
+            PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);  // so that it waits once more
+            return 0;
+        };
+        ShowWindow(window_.get(), SW_SHOW);
+        const auto command = TrackPopupMenu(menu, TPM_RETURNCMD, 5, 5, 0, window_.get(), nullptr);
+        window_.handler = nullptr;
+        return PumpMessages(), command;
+    }
+    std::vector<ItemOfMenu> Unlit() const {
+        auto items = ItemsOf(menu);
+        for (ItemOfMenu& item : items) item.state &= ~UINT{MFS_HILITE};
+        return items;
+    }
+    std::function<void()> Press(UINT key) const {
+        return [=, this] { PostMessageW(window_.get(), WM_KEYDOWN, key, 1); };
+    }
+
+    const std::vector<ItemOfMenu> before = Unlit();
+};
+
+// The same keys in the system's own menu and in a drawn one. h e d u r l: the keys Home, End, the arrows; . Return; x
+// Escape.
+TEST_F(ShownMenu, AnswersKeysAsTheSystemsOwn) {
+    const std::map<char, UINT> names{{'h', VK_HOME},  {'e', VK_END},  {'d', VK_DOWN},   {'u', VK_UP},
+                                     {'r', VK_RIGHT}, {'l', VK_LEFT}, {'.', VK_RETURN}, {'x', VK_ESCAPE}};
+    const std::pair<const char*, LONG> cases[] = {
+        {"O", CommandAt(kOpen)},
+        {"dK", CommandAt(kChecked)},
+        {"F", CommandAt(kDefault)},
+        {"D", 0},  // disabled
+        {"Q", 0},
+        {"MI", 300},
+        {"M.", 300},
+        {"Mlh.", CommandAt(kOpen)},
+        {"Mxh.", CommandAt(kOpen)},
+        {"x.", 0},
+        {"dd.", CommandAt(kSave)},
+        {"u.", CommandAt(kLong)},
+        {"e.", CommandAt(kLong)},
+        {"ed.", CommandAt(kOpen)},
+        {"eh.", CommandAt(kOpen)},
+        {"X", CommandAt(kLong)},
+        {"ddd.", CommandAt(kChecked)},  // past the separator
+        {"hr.", CommandAt(kDefault)},   // in the second column
+    };
+    for (const bool drawn : {false, true}) {
+        drawn ? Attach(window_.get()) : icons_->Detach();
+        for (const auto& [keys, command] : cases) {
+            Steps steps;
+            for (const char key : std::string_view(keys))
+                steps.push_back(Press(names.contains(key) ? names.at(key) : key));
+            const bool isLost = !drawn && keys == "X"sv && Departs("TrackPopupMenu, letters");  // it has no mnemonic
+            EXPECT_EQ(isLost ? 0 : command, Show(steps)) << drawn << keys;
+        }
+        EXPECT_EQ(before, Unlit());
+    }
+}
+
+TEST_F(ShownMenu, MayLoseItsIconsOrItsWindow) {
+    Show({Press('M'), Press('I')});
+    EXPECT_EQ(Departs("TrackPopupMenu"), (ItemsOf(menu)[kMore].state & MFS_HILITE) != 0);
+    Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
+    EXPECT_EQ(before, Unlit());
+    std::string drawn;
+    const HMENU more = before[kMore].submenu;
+    Show({[&] { Attach(window_.get()); }, Press('M'), [&] { drawn = Drawn(more); }});
+    EXPECT_EQ("d", drawn) << "attached in the middle of a loop";
+    EXPECT_EQ(".", Drawn(more));
+    const int objects = GdiObjects();
+    for (int i = 0; i < 100; ++i) Show({Press(VK_DOWN)});
+    EXPECT_EQ(objects, GdiObjects());
+    Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
+    EXPECT_EQ(before, Unlit());
+    EXPECT_EQ(0, AttachedTo());
+    icons_ = nullptr;
+    EXPECT_LT(GdiObjects(), objects);
+}
+
+// As a screen reader gets it, which runs in another process: from the popup's window through its menu to the record.
+TEST_F(ShownMenu, IsReadAloud) {
+    std::wstring texts;
+    const auto speak = [&](UINT position) {
+        const HWND popup = FindWindowW(L"#32768", nullptr);
+        const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
+        MSAAMENUINFO record{};
+        const auto* const data = reinterpret_cast<const void*>(ItemsOf(shown).at(position).data);
+        if (!ReadProcessMemory(GetCurrentProcess(), data, &record, sizeof record, nullptr))
+            return void(texts += L"unreadable|");
+        EXPECT_EQ(MSAA_MENU_SIG, record.dwMSAASignature);
+        std::wstring text(record.cchWText + 1, L'?');
+        ReadProcessMemory(GetCurrentProcess(), record.pszWText, text.data(), 2 * text.size(), nullptr);
+        texts += text;
+    };
+    Show({[&] {
+        for (const UINT position : {kOpen, kSave, kLine, kMore, kOwn}) speak(position);
+        Rename(menu, kOpen, L"&Open a file with a longer name");
+        RedrawWindow(FindWindowW(L"#32768", nullptr), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        speak(kOpen);
+    }});
+    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0unreadable|&Open a file with a longer name\0"sv, texts);
+    EXPECT_EQ(12345u, ItemsOf(menu)[kOpen].data);
 }
 
 }  // namespace

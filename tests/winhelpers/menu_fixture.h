@@ -1,14 +1,13 @@
-// A window with an attached cIconMenu, and menus to show in it.
+// A window with a cIconMenu, and menus to show in it.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "support/import_patch.h"
 #include "support/late_bound.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
@@ -17,8 +16,6 @@
 #include <commctrl.h>
 
 namespace velk::test {
-
-constexpr HRESULT RunTime(int number) { return static_cast<HRESULT>(0x800A0000) + number; }
 
 struct MenuTraits {
     using Handle = HMENU;
@@ -29,44 +26,35 @@ using Menu = UniqueHandle<MenuTraits>;
 
 // All that a client can see of an item.
 struct ItemOfMenu {
-    UINT type, state, id;
-    HMENU submenu;
-    ULONG_PTR data;
-    std::wstring text;
+    UINT type = 0, state = 0, id = 0;
+    HMENU submenu = nullptr;
+    ULONG_PTR data = 0;
+    std::wstring text{};
 
     bool operator==(const ItemOfMenu&) const = default;
 };
-
-inline MENUITEMINFOW InfoOf(UINT mask, LPCWSTR text = nullptr) {
-    MENUITEMINFOW info{};
-    info.cbSize = sizeof info;
-    info.fMask = mask;
-    info.dwTypeData = const_cast<LPWSTR>(text);
-    return info;
-}
 
 inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
     std::vector<ItemOfMenu> items;
     for (int i = 0; i < GetMenuItemCount(menu); ++i) {
         wchar_t text[300] = {};
-        MENUITEMINFOW info = InfoOf(MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING, text);
-        info.cch = ARRAYSIZE(text);
+        const UINT mask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
+        MENUITEMINFOW info{sizeof info, mask, 0, 0, 0, nullptr, nullptr, nullptr, 0, text, ARRAYSIZE(text), nullptr};
         EXPECT_TRUE(GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info));
         items.push_back({info.fType, info.fState, info.wID, info.hSubMenu, info.dwItemData, text});
     }
     return items;
 }
 
-inline void Change(HMENU menu, UINT position, MENUITEMINFOW info) {
+// What the mask names becomes what the item says.
+inline void Change(HMENU menu, UINT position, UINT mask, const ItemOfMenu& item) {
+    const auto text = const_cast<LPWSTR>(item.text.c_str());
+    const MENUITEMINFOW info{sizeof info, mask,    item.type, item.state, item.id, item.submenu,
+                             nullptr,     nullptr, item.data, text,       0,       nullptr};
     EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
 }
 inline void Rename(HMENU menu, UINT position, std::wstring_view text) {
-    Change(menu, position, InfoOf(MIIM_STRING, std::wstring(text).c_str()));
-}
-inline void SetData(HMENU menu, UINT position, ULONG_PTR data) {
-    MENUITEMINFOW info = InfoOf(MIIM_DATA);
-    info.dwItemData = data;
-    Change(menu, position, info);
+    Change(menu, position, MIIM_STRING, {.text = std::wstring(text)});
 }
 
 // Positions of what FullMenu makes: one item of every kind.
@@ -82,73 +70,61 @@ enum Position : UINT {
     kOwn,
     kBitmap,
     kLong,
-    kPositions
+    kCount
 };
-constexpr UINT CommandAt(UINT position) { return 100 + position; }
+constexpr LONG CommandAt(UINT position) { return static_cast<LONG>(100 + position); }
+inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
 
 inline Menu FullMenu(HBITMAP bitmap = nullptr) {
     const HMENU menu = CreatePopupMenu(), more = CreatePopupMenu();
+    const std::wstring widest(200, L'x');
     AppendMenuW(more, MF_STRING, 300, L"&Inner");
-    AppendMenuW(menu, MF_STRING, CommandAt(kOpen), L"&Open...\tCtrl+O");
-    AppendMenuW(menu, MF_STRING, CommandAt(kSave), L"\u0160ave \u6F22");
-    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(menu, MF_STRING | MF_CHECKED, CommandAt(kChecked), L"Chec&ked");
-    AppendMenuW(menu, MF_STRING, CommandAt(kRadio), L"R&adio");
-    AppendMenuW(menu, MF_STRING | MF_GRAYED, CommandAt(kDisabled), L"&Disabled");
-    AppendMenuW(menu, MF_STRING | MF_MENUBARBREAK, CommandAt(kDefault), L"De&fault");
-    AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(more), L"&More");
-    AppendMenuW(menu, MF_OWNERDRAW, CommandAt(kOwn), reinterpret_cast<LPCWSTR>(4711));
-    AppendMenuW(menu, bitmap ? MF_BITMAP : MF_OWNERDRAW, CommandAt(kBitmap), reinterpret_cast<LPCWSTR>(bitmap));
-    AppendMenuW(menu, MF_STRING, CommandAt(kLong), std::wstring(200, L'x').c_str());
+    const std::pair<UINT, const void*> items[kCount] = {
+        {MF_STRING, L"&Open...\tCtrl+O"}, {MF_STRING, L"\u0160ave \u6F22"},
+        {MF_SEPARATOR, nullptr},          {MF_CHECKED, L"Chec&ked"},
+        {MF_STRING, L"R&adio"},           {MF_GRAYED, L"&Disabled"},
+        {MF_MENUBARBREAK, L"De&fault"},   {MF_POPUP, L"&More"},
+        {MF_OWNERDRAW, LongToPtr(4711)},  {bitmap ? MF_BITMAP : MF_OWNERDRAW, bitmap},
+        {MF_STRING, widest.c_str()}};
+    for (UINT_PTR id = 100; const auto& [flags, text] : items) {
+        AppendMenuW(menu, flags, flags == MF_POPUP ? reinterpret_cast<UINT_PTR>(more) : id, static_cast<LPCWSTR>(text));
+        ++id;
+    }
     CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
     SetMenuDefaultItem(menu, kDefault, TRUE);
-    SetData(menu, kOpen, 12345);
+    Change(menu, kOpen, MIIM_DATA, {.data = 12345});
     return Menu(menu);
 }
 
-inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
+// A letter an item: d when it is drawn by the library.
+inline std::string Drawn(HMENU menu) {
+    std::string drawn;
+    for (const ItemOfMenu& item : ItemsOf(menu)) {
+        const bool own = item.id == UINT{CommandAt(kOwn)} || item.id == UINT{CommandAt(kBitmap)};
+        drawn += item.type & MFT_OWNERDRAW && !own ? 'd' : '.';
+    }
+    return drawn;
+}
 
 class IconMenuTest : public testing::Test {
   protected:
-    HRESULT Attach(HWND window) {
-        inLoop_ = false;
-        return icons_->Attach(HandleToLong(window));
-    }
+    IconMenuTest() { EXPECT_EQ(S_OK, Attach(window_.get())); }
 
+    HRESULT Attach(HWND window) { return icons_->Attach(HandleToLong(window)); }
     LONG AttachedTo() const { return Get(icons_.get(), L"hWnd").value.lVal; }
 
-    // What the system sends when a popup menu opens, the first one of a menu loop or another, and when the last one
-    // closes.
-    void Open(HMENU menu) { OpenIn(window_.get(), menu, !std::exchange(inLoop_, true)); }
-    void Close() {
-        inLoop_ = false;
-        SendMessageW(window_.get(), WM_EXITMENULOOP, TRUE, 0);
+    // What the system sends when a menu loop begins, when a popup menu opens, and when the last one closes.
+    LRESULT Send(UINT message, HMENU menu = nullptr, const void* record = nullptr) {
+        return SendMessageW(window_.get(), message, reinterpret_cast<WPARAM>(menu), reinterpret_cast<LPARAM>(record));
     }
-    static void OpenIn(HWND window, HMENU menu, bool first = true) {
-        if (first) SendMessageW(window, WM_ENTERMENULOOP, TRUE, 0);
-        SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
-    }
-
-    void Replace(Menu by) { menu_ = std::move(by), menu = menu_.get(); }
-
-    // A letter an item: d when it is drawn by the library.
-    static std::string Drawn(HMENU menu) {
-        std::string drawn;
-        for (const ItemOfMenu& item : ItemsOf(menu)) {
-            const bool own = item.id == CommandAt(kOwn) || item.id == CommandAt(kBitmap);
-            drawn += item.type & MFT_OWNERDRAW && !own ? 'd' : '.';
-        }
-        return drawn;
-    }
+    void Open(HMENU menu) { Send(WM_ENTERMENULOOP), Send(WM_INITMENUPOPUP, menu); }
+    void Close() { Send(WM_EXITMENULOOP); }
 
     HookLibrary library_;
     TestWindow window_;
     ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
     Menu menu_ = FullMenu();
     HMENU menu = menu_.get();
-
-  private:
-    bool inLoop_ = false;
 };
 
 }  // namespace velk::test
