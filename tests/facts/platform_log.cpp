@@ -132,49 +132,6 @@ std::wstring Shown(LARGE_INTEGER number) { return Shown(number.QuadPart); }
 std::wstring Shown(OSVERSIONINFOA* place) { return L"[" + std::to_wstring(place->dwOSVersionInfoSize) + L"]"; }
 std::wstring Shown(MEMORYSTATUS* place) { return place->dwLength == sizeof *place ? L"&" : L"of another size"; }
 
-// What one item of a filling stands for: its bytes, and how many of the place it covers.
-struct Item {
-    explicit Item(const std::wstring& text) {
-        if (text.starts_with(L'"')) {
-            bytes = ToAnsi(Unquote(text)) + '\0';
-            size = bytes.size();
-            return;
-        }
-        constexpr std::pair<wchar_t, std::size_t> kSizes[] = {{L'p', sizeof(void*)}, {L'q', 8}, {L'i', 2}, {L'b', 1}};
-        for (const auto& [mark, bySuffix] : kSizes) {
-            if (text.back() == mark && (mark != L'b' || !text.starts_with(L"0x"))) size = bySuffix;
-        }
-        if (text.starts_with(L'_')) return;
-        const LONGLONG number = std::stoll(text, nullptr, 0);
-        bytes.assign(reinterpret_cast<const char*>(&number), size);
-    }
-    std::size_t size = 4;
-    std::string bytes;  // none: what is there stays
-};
-
-void Fill(const std::wstring& filling, const std::vector<void*>& places) {
-    const std::vector<std::wstring> items = Split(filling, L" ");
-    char* const place = static_cast<char*>(places.at(std::stoul(items.at(0))));
-    std::size_t offset = 0;
-    for (std::size_t i = 1; i < items.size(); ++i) {
-        const Item item(items[i]);
-        if (!items[i].starts_with(L'"')) offset = (offset + item.size - 1) / item.size * item.size;
-        item.bytes.copy(place + offset, item.bytes.size());
-        offset += item.size;
-    }
-}
-
-// "3 longs 2" or "3 text": what is where an argument leads.
-std::pair<std::size_t, std::wstring> Read(const std::wstring& reading, const std::vector<void*>& places) {
-    const std::vector<std::wstring> parts = Split(reading, L" ");
-    const std::size_t argument = std::stoul(parts.at(0));
-    if (parts.at(1) == L"text") return {argument, Shown(static_cast<LPCSTR>(places.at(argument)))};
-    std::wstring shown;
-    for (int i = 0; i < std::stoi(parts.at(2)); ++i)
-        shown += (i ? L", " : L"") + std::to_wstring(static_cast<const LONG*>(places.at(argument))[i]);
-    return {argument, L"[" + shown + L"]"};
-}
-
 std::wstring Joined(const std::vector<std::wstring>& texts) {
     std::wstring joined;
     for (const std::wstring& text : texts) joined += (joined.empty() ? L"" : L", ") + text;

@@ -11,6 +11,8 @@
 #include "facts/listener.h"
 #include "facts/objects.h"
 #include "facts/platform_log.h"
+#include "facts/registry_key.h"
+#include "facts/user.h"
 #include "facts/values.h"
 #include "platform/text.h"
 #include "support/client.h"
@@ -19,6 +21,7 @@
 #include "support/scarce_memory.h"
 #include "support/scoped_variable.h"
 #include "support/scratch_folder.h"
+#include "support/test_printer.h"
 
 namespace velk::facts {
 namespace {
@@ -43,7 +46,6 @@ class ScenarioRun {
         variables_.clear();
         object_ = nullptr;
         number_ = scenario_.line, said_ = scenario_.title;
-        if (!root_.empty()) RegDeleteTreeA(HKEY_CURRENT_USER, root_.c_str());
         if (!test::CanUnload()) Fails(L"an object is left behind");
     }
 
@@ -65,11 +67,14 @@ class ScenarioRun {
             const auto parts = Split(line, told);
             if (parts.size() == 2) return Do(parts[0]), Told(told.substr(1) + parts[1]);
         }
+        if (line.starts_with(L"with ") || line.starts_with(L"when ") || line.starts_with(L"without "))
+            return log_.Add(RuleOf(line));
         for (const auto& [verb, does] : kVerbs) {
             if (line.starts_with(verb))
                 return (this->*does)(std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
         }
         for (int times = Times(line); times > 0; --times) Step(line);
+        if (const auto user = std::exchange(user_, nullptr)) Same(L"", user->Problem());
     }
 
     // Takes "5 times " away.
@@ -140,16 +145,6 @@ class ScenarioRun {
         EXPECT_TRUE(DeleteFileW(View(ValueOf(path, variables_).bstrVal).data())) << "no such file";
     }
     void Drop(const std::wstring&) { object_ = nullptr; }
-    void With(const std::wstring& line) { AddRule(line, true); }
-    void When(const std::wstring& line) { AddRule(line, false); }
-
-    void Lacks(const std::wstring& function) {
-        Rule rule;
-        rule.function = ToAnsi(function);
-        rule.missing = true;
-        log_.Add(std::move(rule));
-    }
-
     void Let(const std::wstring& line) {
         const auto parts = Split(line, L"=");
         Variant value;
@@ -201,54 +196,27 @@ class ScenarioRun {
         Same(parts.at(1), Quote(Wide(FromAnsi(bytes))));
     }
 
-    void Key(const std::wstring& line) {
-        root_ = ToAnsi(Unquote(line));
-        RegDeleteTreeA(HKEY_CURRENT_USER, root_.c_str());
-    }
+    void Key(const std::wstring& line) { key_.emplace(ToAnsi(Unquote(line))); }
 
     // "Sub\v" = 1 "bytes", or holds
     void StoredValue(const std::wstring& line) {
         const bool stores = Split(line, L" = ").size() == 2;
         const auto parts = Split(line, stores ? L" = " : L" holds ");
-        const std::string path = root_ + '\\' + ToAnsi(Unquote(parts.at(0)));
-        const std::string key = path.substr(0, path.rfind('\\')), name = path.substr(key.size() + 1);
-        if (stores) {
-            const std::string bytes = ToAnsi(Unquote(parts[1].substr(parts[1].find(L'"'))));
-            EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), name.c_str(), std::stoul(parts[1]),
-                                                     bytes.data(), static_cast<DWORD>(bytes.size())));
-            return;
-        }
-        std::string bytes(200'000, '\0');
-        DWORD type = 0, size = static_cast<DWORD>(bytes.size());
-        RegGetValueA(HKEY_CURRENT_USER, key.c_str(), name.c_str(), RRF_RT_ANY | RRF_NOEXPAND, &type, bytes.data(),
-                     &size);
-        bytes.resize(size);
-        Same(parts.at(1), std::to_wstring(type) + L" " + Quote(Wide(FromAnsi(bytes))));
+        const std::string value = ToAnsi(Unquote(parts.at(0)));
+        if (!stores) return Same(parts.at(1), key_->Load(value));
+        const std::string bytes = ToAnsi(Unquote(parts[1].substr(parts[1].find(L'"'))));
+        EXPECT_EQ(ERROR_SUCCESS, key_->Store(value, std::stoul(parts[1]), bytes));
     }
 
-    // F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 2 reads 3 longs 2 does release
-    void AddRule(const std::wstring& line, bool logged) {
-        Rule rule;
-        rule.logged = logged;
-        auto parts = Split(line, L" does ");
-        if (parts.size() == 2) rule.action = parts[1];
-        parts = Split(parts[0], L" reads ");
-        rule.readings.assign(parts.begin() + 1, parts.end());
-        parts = Split(parts[0], L" fills ");
-        rule.fillings.assign(parts.begin() + 1, parts.end());
-        parts = Split(parts[0], L" error ");
-        if (parts.size() == 2) rule.error = static_cast<DWORD>(std::stoul(parts[1]));
-        parts = Split(parts[0], L" answers ");
-        if (parts.size() == 2) {
-            for (const auto& answer : Split(parts[1], L",")) {
-                rule.answers.emplace_back();
-                if (answer != L"itself") rule.answers.back() = static_cast<LONG_PTR>(std::stoll(answer, nullptr, 0));
-            }
-        }
-        const std::size_t name = parts[0].find(L' ');
-        rule.function = ToAnsi(parts[0].substr(0, name));
-        if (name != parts[0].npos) rule.arguments = parts[0].substr(name + 1);
-        log_.Add(std::move(rule));
+    // What the user of a real dialog does in the next step.
+    void UserDoes(const std::wstring& actions) { user_ = std::make_unique<User>(actions, variables_[L"other"]); }
+    void Printer(const std::wstring&) { printer_.emplace(); }
+
+    // StillExecuting = False
+    void Until(const std::wstring& line) {
+        const auto parts = Split(line, L" = ");
+        test::WaitUntil([&] { return Show(Call(parts.at(0), kAsCalled, L"").value) == parts.at(1); });
+        Step(line);
     }
 
     static std::wstring Rest(IEnumVARIANT* all) {
@@ -294,9 +262,10 @@ class ScenarioRun {
         Expect(wanted, Call(parts[0], kAsCalled, L""));
     }
 
-    // "x" * 300 as the text that it stands for
+    // "x" * 300, or a variable, as what it stands for
     std::wstring Expanded(const std::wstring& value) {
-        return Split(value, L" * ").size() == 2 ? Show(ValueOf(value, variables_)) : value;
+        const bool stands = Split(value, L" * ").size() == 2 || variables_.contains(value);
+        return stands ? Show(ValueOf(value, variables_)) : value;
     }
 
     static constexpr WORD kAsCalled = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
@@ -359,10 +328,10 @@ class ScenarioRun {
     static constexpr std::pair<std::wstring_view, void (ScenarioRun::*)(const std::wstring&)> kVerbs[] = {
         {L"let ", &ScenarioRun::Let},           {L"set ", &ScenarioRun::Set},       {L"file ", &ScenarioRun::File},
         {L"folder ", &ScenarioRun::Folder},     {L"delete ", &ScenarioRun::Delete}, {L"key ", &ScenarioRun::Key},
-        {L"value ", &ScenarioRun::StoredValue}, {L"with ", &ScenarioRun::With},     {L"when ", &ScenarioRun::When},
-        {L"without ", &ScenarioRun::Lacks},     {L"memory", &ScenarioRun::Memory},  {L"on ", &ScenarioRun::On},
+        {L"value ", &ScenarioRun::StoredValue}, {L"memory", &ScenarioRun::Memory},  {L"on ", &ScenarioRun::On},
         {L"drop", &ScenarioRun::Drop},          {L"canvas ", &ScenarioRun::DrawOn}, {L"pixel ", &ScenarioRun::Pixel},
-        {L"held below ", &ScenarioRun::Held},
+        {L"held below ", &ScenarioRun::Held},   {L"user ", &ScenarioRun::UserDoes}, {L"printer", &ScenarioRun::Printer},
+        {L"until ", &ScenarioRun::Until},
     };
 
     const Scenario& scenario_;
@@ -373,7 +342,9 @@ class ScenarioRun {
     std::vector<std::unique_ptr<test::ScopedVariable>> environment_;
     const LONG texts_ = test::MallocSpy::Alive();
     test::ScratchFolder folder_;
-    std::string root_;
+    std::optional<RegistryKey> key_;
+    std::optional<test::TestPrinter> printer_;
+    std::unique_ptr<User> user_;
     PlatformLog log_{[this](const std::wstring& step) { Do(step); }};
     test::ScarceMemory heap_{SIZE_MAX, SIZE_MAX};
     std::map<std::wstring, Canvas> canvases_;

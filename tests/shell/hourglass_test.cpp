@@ -2,6 +2,7 @@
 #include <atomic>
 
 #include "support/client.h"
+#include "support/dialog_driver.h"
 #include "support/facts.h"
 #include "support/test_window.h"
 
@@ -39,28 +40,18 @@ std::optional<LRESULT> ChooseCross(HWND window, UINT message, WPARAM, LPARAM) {
 class OtherThread {
   public:
     OtherThread() {
-        thread_ = CreateThread(nullptr, 0, &Run, this, 0, nullptr);
-        while (!window_) Sleep(1);
+        WaitUntil([&] { return window_ != nullptr; });
     }
-    OtherThread(const OtherThread&) = delete;
-    OtherThread& operator=(const OtherThread&) = delete;
-    ~OtherThread() {
-        PostMessageW(window_, WM_QUIT, 0, 0);
-        WaitForSingleObject(thread_, INFINITE);
-        CloseHandle(thread_);
-    }
+    ~OtherThread() { PostMessageW(window_, WM_QUIT, 0, 0); }
     HCURSOR PointerOver() const { return reinterpret_cast<HCURSOR>(SendMessageW(window_, WM_APP, 0, 0)); }
 
   private:
-    static DWORD WINAPI Run(void* self) {
-        const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
-        static_cast<OtherThread*>(self)->window_ = window.get();
-        for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
-        return 0;
-    }
-
     std::atomic<HWND> window_ = nullptr;
-    HANDLE thread_;
+    std::jthread thread_{[this] {
+        const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
+        window_ = window.get();
+        for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
+    }};
 };
 
 class Hourglass : public testing::Test {

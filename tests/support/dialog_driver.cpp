@@ -42,56 +42,20 @@ LRESULT Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 
 }  // namespace
 
-DialogDriver::DialogDriver(std::function<void(HWND)> actions)
-    : actions_(std::move(actions)),
-      done_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
-      thread_(CreateThread(nullptr, 0, &Run, this, 0, nullptr)) {}
-
-DialogDriver::~DialogDriver() {
-    Finish();
-    CloseHandle(thread_);
-    CloseHandle(done_);
-}
-
-void DialogDriver::Finish() {
-    SetEvent(done_);
-    WaitForSingleObject(thread_, INFINITE);
-}
-
-DWORD WINAPI DialogDriver::Run(void* self) noexcept {
-    static_cast<DialogDriver*>(self)->Drive();
-    return 0;
-}
-
-bool DialogDriver::Done(DWORD milliseconds) const noexcept {
-    return WaitForSingleObject(done_, milliseconds) == WAIT_OBJECT_0;
-}
-
-void DialogDriver::Drive() {
-    const DWORD start = GetTickCount();
-    while (!dialog_ && GetTickCount() - start < kLongestMilliseconds && !Done(kStepMilliseconds)) {
-        dialog_ = FindDialog(nullptr);
-    }
-    if (dialog_) actions_(dialog_);
-    Watch();
-}
-
-void DialogDriver::Watch() {
-    const DWORD start = GetTickCount();
-    HWND known = nullptr;
-    while (!Done(kStepMilliseconds)) {
-        const HWND box = FindDialog(dialog_);
-        if (box && box != known) {
-            known = box;
-            const HWND message = ControlOf(box, 0xFFFF);
-            boxes_ += TextOfWindow(message ? message : box) + L"\n";
-            PostMessageW(box, WM_CLOSE, 0, 0);
+void DialogDriver::Drive(const std::stop_token& over) {
+    DWORD start = GetTickCount();
+    for (HWND box = nullptr; !over.stop_requested(); Sleep(kStepMilliseconds)) {
+        const HWND found = FindDialog(dialog_);
+        if (found && !dialog_) {
+            actions_(dialog_ = found);
+        } else if (found && found != box) {
+            PostMessageW(box = found, WM_CLOSE, 0, 0);
             Press(dialog_, IDCANCEL);
         }
         if (GetTickCount() - start < kLongestMilliseconds) continue;
+        start += 500;
         ADD_FAILURE() << "a dialog stayed open";
         Press(FindDialog(nullptr), IDCANCEL);
-        Done(500);
     }
 }
 
@@ -122,35 +86,32 @@ std::wstring TextOfWindow(HWND window) {
     return text;
 }
 
-void TypeInto(HWND dialog, int id, const std::wstring& text) {
-    const HWND control = ControlOf(dialog, id);
-    EXPECT_NE(nullptr, control) << "no control " << id;
-    if (control) Ask(control, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+void TypeInto(HWND control, const std::wstring& text) {
+    Ask(control, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
 }
 
 void Press(HWND dialog, int id) {
     PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(ControlOf(dialog, id)));
 }
 
-std::wstring SelectIn(HWND dialog, int id, const std::function<bool(const std::wstring&)>& wanted) {
-    const HWND box = ControlOf(dialog, id);
+void SelectIn(HWND box, const std::wstring& entry) {
     LRESULT index = CB_ERR;
-    wchar_t entry[256] = L"";
-    const auto find = [&] {
-        for (index = Ask(box, CB_GETCOUNT, 0, 0) - 1; index >= 0; --index) {
-            Ask(box, CB_GETLBTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(entry));
-            if (wanted(entry)) break;
-        }
+    WaitUntil([&] {
+        index = Ask(box, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(entry.c_str()));
         return index >= 0;
-    };
-    EXPECT_TRUE(WaitUntil(find)) << "no such entry in " << id;
+    });
     Ask(box, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-    Ask(GetParent(box), WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(box));
-    return entry;
+    Ask(GetParent(box), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(box), CBN_SELCHANGE), reinterpret_cast<LPARAM>(box));
 }
 
-void SelectIn(HWND dialog, int id, const wchar_t* entry) {
-    SelectIn(dialog, id, [entry](const std::wstring& text) { return text == entry; });
+std::wstring OtherEntry(HWND box) {
+    wchar_t entry[256] = L"";
+    WaitUntil([&] {
+        const LRESULT last = Ask(box, CB_GETCOUNT, 0, 0) - 1;
+        const LRESULT other = Ask(box, CB_GETCURSEL, 0, 0) == last ? last - 1 : last;
+        return Ask(box, CB_GETLBTEXT, static_cast<WPARAM>(other), reinterpret_cast<LPARAM>(entry)) > 0;
+    });
+    return entry;
 }
 
 }  // namespace velk::test

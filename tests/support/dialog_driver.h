@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "platform/platform.h"
 
@@ -12,38 +13,29 @@ namespace velk::test {
 // nothing stays open for more than ten seconds.
 class DialogDriver {
   public:
-    explicit DialogDriver(std::function<void(HWND dialog)> actions);
-    DialogDriver(const DialogDriver&) = delete;
-    DialogDriver& operator=(const DialogDriver&) = delete;
-    ~DialogDriver();  // when the dialog has returned
+    explicit DialogDriver(std::function<void(HWND dialog)> actions) : actions_(std::move(actions)) {}
 
-    // Ends the watch. The texts of the boxes that came up, and whether there was a dialog at all.
-    void Finish();
+    // Ends the watch, when the dialog has returned.
+    void Finish() { thread_ = std::jthread(); }
     bool sawDialog() const noexcept { return dialog_ != nullptr; }
-    const std::wstring& boxes() const noexcept { return boxes_; }
 
   private:
-    static DWORD WINAPI Run(void* self) noexcept;
-    void Drive();
-    void Watch();
-    bool Done(DWORD milliseconds) const noexcept;
+    void Drive(const std::stop_token& over);
 
     std::function<void(HWND)> actions_;
     HWND dialog_ = nullptr;
-    std::wstring boxes_;
-    HANDLE done_;
-    HANDLE thread_;
+    std::jthread thread_{[this](const std::stop_token& over) { Drive(over); }};
 };
 
 // Polls for up to five seconds.
 bool WaitUntil(const std::function<bool()>& condition);
 
-HWND ControlOf(HWND dialog, int id);  // however deep it lies
+HWND ControlOf(HWND dialog, int id);  // however deep it lies; null for none
 std::wstring TextOfWindow(HWND window);
-void TypeInto(HWND dialog, int id, const std::wstring& text);
+void TypeInto(HWND control, const std::wstring& text);
 void Press(HWND dialog, int id);  // posted: a nested box would keep a sender waiting
-// The last entry of a combo box that is wanted, chosen as a user does. Its text.
-std::wstring SelectIn(HWND dialog, int id, const std::function<bool(const std::wstring&)>& wanted);
-void SelectIn(HWND dialog, int id, const wchar_t* entry);
+// An entry of a combo box, once it is there, chosen as a user does.
+void SelectIn(HWND box, const std::wstring& entry);
+std::wstring OtherEntry(HWND box);  // the last one that is not selected
 
 }  // namespace velk::test

@@ -117,7 +117,7 @@ ROOMS = {
     "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
     "src/platform": FRAME,
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
-    "src/shell": Room(["VelkSprt"], ["facts:shell", "shell", "dialogs"]),
+    "src/shell": Room(["VelkSprt"], ["facts:shell", "shell"]),
     "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
     "src/winhelpers/hooks": Room(["VelkSprt"], ["facts:winhelpers", "winhelpers"]),
     "src/winhelpers/menu": Room(["VelkSprt"], ["facts:winhelpers_cIconMenu", "icon_menu"]),

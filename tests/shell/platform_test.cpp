@@ -1,0 +1,76 @@
+// What the platform does to the shell's classes where it may depart from its documentation.
+#include "platform/text.h"
+#include "support/departures.h"
+#include "support/dialog_driver.h"
+#include "support/fake.h"
+#include "support/late_bound.h"
+#include "support/own_process.h"
+#include "support/report_recorder.h"
+#include "support/scratch_folder.h"
+#include "support/test_printer.h"
+
+#include <commdlg.h>
+
+namespace velk::test {
+namespace {
+
+TEST(ShellPlatform, AnswersAFontDialogThatItCannotMake) {
+    LOGFONTA font{};
+    CHOOSEFONTA record{};
+    record.lStructSize = sizeof record;
+    record.lpLogFont = &font;
+    record.Flags = CF_SCREENFONTS | CF_ENABLETEMPLATEHANDLE;
+    EXPECT_EQ(Departs("ChooseFont") ? -1 : 0, ChooseFontA(&record));
+}
+
+TEST(ShellPlatform, ShowsProperties) {
+    const ScratchFolder folder;
+    const auto shell = CreateObject<IDispatch>(__uuidof(::CShellExecute));
+    const HRESULT shown = Call(shell.get(), L"ShowProperties", {Text(folder.Write(L"shown.txt", ""))}).code;
+    EXPECT_EQ(Departs("ShellExecuteEx, properties") ? static_cast<HRESULT>(0x80044678) : S_OK, shown);
+}
+
+TEST(ShellPlatform, SurvivesAHookThatIsNotThereAndALongName) {
+    const TestPrinter printer;
+    EXPECT_EQ(Departs("PrintDlg"), OwnProcess(L"*DISABLED_LacksAHook").Ended() != 42);
+    EXPECT_EQ(Departs("ShellExecuteEx, long name"), OwnProcess(L"*DISABLED_GetsALongName").Ended() != 42);
+}
+
+TEST(ShellPlatform, DISABLED_LacksAHook) {
+    const auto dialog = CreateObject<IDispatch>(__uuidof(::CPrintDialog));
+    const DialogDriver user([](HWND window) { Press(window, IDCANCEL); });
+    Let(dialog.get(), L"Flags", {Arg(LONG{priEnablePrintHook})});
+    Call(dialog.get(), L"Show");
+    std::exit(42);
+}
+
+TEST(ShellPlatform, DISABLED_GetsALongName) {
+    const auto shell = CreateObject<IDispatch>(__uuidof(::CShellExecute));
+    EXPECT_NE(-1, Call(shell.get(), L"LaunchProgram", {Arg(0L), Text(std::wstring(5000, L'x'))}).value.lVal);
+    std::exit(42);
+}
+
+// The platform's font object answers with the name of an installed font that is like the one asked for. Here it gives
+// whatever it is told to.
+std::wstring fontName;
+HRESULT WINAPI GetName(IFont*, BSTR* name) { return *name = Bstr(fontName).Detach(), S_OK; }
+
+TEST(ShellPlatform, AFontsNameMayHave33BytesAndNoMore) {
+    ReportRecorder recorder(Library());
+    const auto dialog = CreateObject<IDispatch>(__uuidof(::CFontDialog));
+    const auto font = ComPtr<IDispatch>(Get(dialog.get(), L"Font").value.pdispVal).As<IFont>(IID_IFont);
+    void** const slot = *reinterpret_cast<void***>(font.get()) + 3;  // the first one behind IUnknown's
+    void* const original = WriteInto(slot, reinterpret_cast<void*>(&GetName));
+    std::string faces;
+    const Fake choose("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
+        faces += &record->lpLogFont->lfFaceName[0] + std::string("|");
+        return FALSE;
+    });
+    for (const int length : {0, 32, 33, 34}) fontName.assign(length, L'F'), Call(dialog.get(), L"Show");
+    WriteInto(slot, original);
+    EXPECT_EQ('|' + std::string(32, 'F') + '|' + std::string(33, 'F') + '|', faces);
+    EXPECT_EQ(L"Show: Error: 9. Subscript out of range|", recorder.Shown());
+}
+
+}  // namespace
+}  // namespace velk::test
