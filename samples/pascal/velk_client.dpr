@@ -1,6 +1,6 @@
 { A client in Object Pascal (Delphi, Free Pascal): late and early bound, errors, events, a window with limits and an icon menu.
 
-      fpc -Mdelphi velk_client.dpr && velk_client.exe C:\data\scale.dat
+      fpc -Mdelphi -Fu..\..\include velk_client.dpr && velk_client.exe C:\data\scale.dat
 
   Early bound it uses VelkSupport_TLB.pas of the package, made from the type library. The library has to be registered. }
 program velk_client;

@@ -10,10 +10,8 @@ get_filename_component(VelkSupport_FOLDER "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUT
 set(VelkSupport_IDENTIFIERS "${VelkSupport_FOLDER}/include/velksprt_i.c")
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     set(VelkSupport_WIDTH x64)
-    set(VelkSupport_ARCHITECTURE amd64)
 else()
     set(VelkSupport_WIDTH x86)
-    set(VelkSupport_ARCHITECTURE x86)
 endif()
 
 if(NOT TARGET VelkSupport::VelkSupport)
@@ -23,7 +21,8 @@ if(NOT TARGET VelkSupport::VelkSupport)
         INTERFACE_LINK_LIBRARIES "ole32;oleaut32;uuid")
 endif()
 
-# velksupport_beside(TARGET): the program finds the libraries beside it, without registration. Its manifest names them.
+# velksupport_beside(TARGET): the program finds the libraries beside it, without registration. The manifest that is linked into it
+# names them.
 function(velksupport_beside target)
     set(files)
     set(dependencies)
@@ -35,16 +34,18 @@ function(velksupport_beside target)
         file(STRINGS ${folder}/${assembly}.manifest identity REGEX "name=\"${assembly}\"")
         string(REGEX MATCH " version=\"[0-9.]+\"" version "${identity}")
         string(APPEND dependencies "  <dependency><dependentAssembly><assemblyIdentity type=\"win32\" name=\"${assembly}\"${version}"
-            " processorArchitecture=\"${VelkSupport_ARCHITECTURE}\"/></dependentAssembly></dependency>\n")
+            " processorArchitecture=\"*\"/></dependentAssembly></dependency>\n")
         list(APPEND files ${folder}/${library}.dll ${folder}/${assembly}.manifest)
     endforeach()
-    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${target}.exe.manifest
+    set(manifest ${CMAKE_CURRENT_BINARY_DIR}/${target}.exe.manifest)
+    file(WRITE ${manifest}
         "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
         "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n${dependencies}</assembly>\n")
     if(MSVC)
-        target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.exe.manifest)
-    else()
-        list(APPEND files ${CMAKE_CURRENT_BINARY_DIR}/${target}.exe.manifest)
+        target_sources(${target} PRIVATE ${manifest})
+    else()  # beside the program it would be passed over where the toolchain links one of its own
+        file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest.rc "1 24 \"${manifest}\"\n")
+        target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest.rc)
     endif()
     add_custom_command(TARGET ${target} POST_BUILD
         COMMAND ${CMAKE_COMMAND} -E copy_if_different ${files} $<TARGET_FILE_DIR:${target}>)
