@@ -15,6 +15,20 @@ constexpr bool IsSelfContained(VARTYPE type) noexcept {
     return type <= VT_UINT && (kMore >> type & 1) == 0;
 }
 
+// The value of a Long, an Integer or a Byte, which a Long and a Double hold exactly. False for every other type.
+inline bool WholeNumberOf(const VARIANT& value, LONG* number) noexcept {
+    switch (value.vt) {
+        case VT_I4:
+            return *number = value.lVal, true;
+        case VT_I2:
+            return *number = value.iVal, true;
+        case VT_UI1:
+            return *number = value.bVal, true;
+        default:
+            return false;
+    }
+}
+
 // A VARIANT that owns what it holds.
 class Variant : public VARIANT {
   public:

@@ -116,14 +116,6 @@ void* PlaceOf(VARIANT& result, VARTYPE type) noexcept {
     return SUCCEEDED(*ended) ? arguments.WriteBack(locale) : S_OK;
 }
 
-bool CallWithFitting(const CallPlan& plan, References references, IDispatch* object, const DISPPARAMS& given,
-                     void* result, HRESULT* ended) noexcept {
-    FittingCall call(references);
-    if (!call.LayDown(plan, given)) return false;
-    *ended = call.Run(object, plan.slot, result);
-    return true;
-}
-
 }  // namespace
 
 HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept try {
@@ -168,7 +160,7 @@ HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* obje
     UINT ignored = 0;
     if (const CallPlan* const member = plan.Find(id, flags)) {
         void* const place = PlaceOf(answer, member->result);
-        called = CallWithFitting(*member, references, object, *parameters, place, &ended)
+        called = FittingCall::Make(*member, references, *parameters, object, place, &ended)
                      ? S_OK
                      : CallWithAny(*member, object, *parameters, locale, place, &ended,
                                    badArgument ? badArgument : &ignored);

@@ -12,22 +12,6 @@ constexpr VARTYPE kVariable = VT_BYREF | VT_VARIANT;
 
 bool IsMissing(const VARIANT& value) noexcept { return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND; }
 
-// A number that converting it to a whole one takes as it is. False for other types.
-bool WholeNumberOf(const VARIANT& value, LONG* number) noexcept {
-    switch (value.vt) {
-        case VT_EMPTY:
-            return *number = 0, true;
-        case VT_I2:
-            return *number = value.iVal, true;
-        case VT_I4:
-            return *number = value.lVal, true;
-        case VT_UI1:
-            return *number = value.bVal, true;
-        default:
-            return false;
-    }
-}
-
 // The whole number that a Double is converted to: halves go to the even neighbour, whatever rounding the host has set.
 bool Rounded(double value, LONG* number) noexcept {
     if (!(value > -2147483647.0 && value < 2147483646.0)) return false;
@@ -58,7 +42,7 @@ bool StoreNumber(VARIANT* own, VARTYPE type, LONG number) noexcept {
     }
 }
 
-bool StoreText(VARIANT* own, LONG number) noexcept {
+[[gnu::noinline]] bool StoreText(VARIANT* own, LONG number) noexcept {
     char digits[12];
     wchar_t text[12];
     const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
@@ -70,7 +54,9 @@ bool StoreText(VARIANT* own, LONG number) noexcept {
 
 bool Convert(VARIANT* own, VARTYPE type, const VARIANT& value) noexcept {
     LONG number = 0;
-    if (value.vt == VT_R8 ? !Rounded(value.dblVal, &number) : !WholeNumberOf(value, &number)) return false;
+    const bool fits =
+        value.vt == VT_EMPTY || (value.vt == VT_R8 ? Rounded(value.dblVal, &number) : WholeNumberOf(value, &number));
+    if (!fits) return false;
     if (type == VT_BSTR) return (value.vt == VT_I2 || value.vt == VT_I4) && StoreText(own, number);
     return (type != VT_BOOL || value.vt != VT_R8) && StoreNumber(own, type, number);
 }
@@ -166,6 +152,15 @@ HRESULT FittingCall::Run(IDispatch* object, unsigned slot, void* result) noexcep
         *own.variable = own.value;
     }
     return ended;
+}
+
+// In one piece: the calls between the steps would take as long as the steps.
+[[gnu::flatten]] bool FittingCall::Make(const CallPlan& plan, References references, const DISPPARAMS& given,
+                                        IDispatch* object, void* result, HRESULT* ended) noexcept {
+    FittingCall call(references);
+    if (!call.LayDown(plan, given)) return false;
+    *ended = call.Run(object, plan.slot, result);
+    return true;
 }
 
 }  // namespace velk

@@ -15,16 +15,13 @@ enum class References { OnlyRead, Replaced };
 
 class FittingCall {
   public:
-    explicit FittingCall(References references) noexcept : lends_(references == References::OnlyRead) {}
+    // False when an argument does not fit. Nothing has happened then, whatever is wrong with the call. How the member
+    // ended is `ended`. A script's variable of another type gets what the member wrote.
+    static bool Make(const CallPlan& plan, References references, const DISPPARAMS& given, IDispatch* object,
+                     void* result, HRESULT* ended) noexcept;
+
     FittingCall(const FittingCall&) = delete;
     FittingCall& operator=(const FittingCall&) = delete;
-    ~FittingCall();
-
-    // False when an argument does not fit. Nothing has happened then, whatever is wrong with the call.
-    bool LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcept;
-
-    // How the member ended. A script's variable of another type gets what the member wrote.
-    HRESULT Run(IDispatch* object, unsigned slot, void* result) noexcept;
 
   private:
     struct Own {
@@ -34,10 +31,15 @@ class FittingCall {
         LONGLONG before;
     };
 
+    explicit FittingCall(References references) noexcept : lends_(references == References::OnlyRead) {}
+    ~FittingCall();
+
+    bool LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcept;
     bool Add(const Parameter& parameter, VARIANT* given) noexcept;
     bool AddReference(const Parameter& parameter, VARIANT& given, VARIANT& value) noexcept;
     bool AddOwn(const Parameter& parameter, const VARIANT& value, VARIANT* variable) noexcept;
     bool Fill(Own* own, const Parameter& parameter, const VARIANT& value) const noexcept;
+    HRESULT Run(IDispatch* object, unsigned slot, void* result) noexcept;
 
     const bool lends_;
     unsigned count_ = 0;

@@ -108,9 +108,10 @@ class ObjectCore {
     HRESULT CheckThread(const char* member) const noexcept;
 #endif
 
-    // What late-bound clients ask for without finding it in the type library: an enumerator, "For Each". It gives the
-    // items as they were when it was asked for, so it stays valid whatever becomes of the object.
-    HRESULT InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) noexcept;
+    // A late-bound call that takes arguments, or that the type library does not list. `object` is this one.
+    HRESULT InvokePlanned(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale,
+                          WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                          UINT* badArgument) noexcept;
 
     // The items of a class that can be enumerated, in order.
     virtual std::optional<std::vector<Variant>> Items() { return std::nullopt; }
@@ -122,6 +123,10 @@ class ObjectCore {
 
   private:
     void Destroy() noexcept;
+
+    // What late-bound clients ask for without finding it in the type library: an enumerator, "For Each". It gives the
+    // items as they were when it was asked for, so it stays valid whatever becomes of the object.
+    HRESULT InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) noexcept;
 
     library::Use use_;
     std::atomic<ULONG> count_ = 1;
@@ -175,14 +180,7 @@ class AutomationObject : public DispatchImpl<Interface>,
             return dispatch::InvokeQuick(quick, this, result, exception);
         }
         const Hold hold(*this);
-        const auto invoke = [&](DISPID member) {
-            return dispatch::Invoke(*plan, info_.references, this, member, reserved, locale, flags, parameters, result,
-                                    exception, badArgument);
-        };
-        const HRESULT called = invoke(id);
-        if (called != DISP_E_MEMBERNOTFOUND) return called;
-        if (id == DISPID_VALUE && info_.defaultMember != DISPID_UNKNOWN) return invoke(info_.defaultMember);
-        return id == DISPID_NEWENUM ? InvokeEnumerator(*parameters, result, exception) : called;
+        return InvokePlanned(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
     }
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
