@@ -20,7 +20,6 @@ struct EventArgument {
     EventArgument(BSTR text) noexcept : EventArgument(VT_BSTR, reinterpret_cast<ULONG_PTR>(text)) {}
     EventArgument(IDispatch* object) noexcept : EventArgument(VT_DISPATCH, reinterpret_cast<ULONG_PTR>(object)) {}
 
-    // In its own parts, as a variant is slow to copy right after it was filled in.
     std::uint64_t bits;
     VARTYPE type;
     bool isVariable = false;
