@@ -77,17 +77,23 @@ HRESULT OrderOf(const VARIANT& left, const VARIANT& right) {
 
 // A number that is compared with another one of these as a Double, exactly. False for everything else.
 bool NumberOf(const VARIANT& value, double* number) noexcept {
-    switch (value.vt) {
-        case VT_I4:
-            return *number = value.lVal, true;
-        case VT_R8:
-            return *number = value.dblVal, true;
-        case VT_I2:
-            return *number = value.iVal, true;
-        case VT_UI1:
-            return *number = value.bVal, true;
+    if (value.vt == VT_R8) return *number = value.dblVal, true;
+    LONG whole = 0;
+    return WholeNumberOf(value, &whole) && (*number = whole, true);
+}
+
+// What an item is worth beside such a number: the platform takes nothing for 0, True for -1, and a number for a day if
+// it can be one.
+bool WorthOf(const VARIANT& item, bool besideDay, double* worth) noexcept {
+    switch (item.vt) {
+        case VT_EMPTY:
+            return *worth = 0, true;
+        case VT_BOOL:
+            return *worth = item.boolVal, true;
+        case VT_DATE:
+            return *worth = item.date, besideDay;
         default:
-            return false;
+            return NumberOf(item, worth);
     }
 }
 
@@ -169,9 +175,11 @@ LONG FindVariant(VariantList& list, const Variant& wanted, LONG condition, LONG 
     if (condition != fccInStr && NumberOf(wanted, &number)) {
         unsigned met = 0;  // a bit for each order
         for (const HRESULT order : {VARCMP_LT, VARCMP_EQ, VARCMP_GT}) met |= unsigned{Meets(condition, order)} << order;
-        return list.Find(first, descending, [&, number, met](const Variant& item) {
+        constexpr double kFirstDay = -657434, kAfterLastDay = 2958466;
+        const bool day = number >= kFirstDay && number < kAfterLastDay;
+        return list.Find(first, descending, [&, number, met, day](const Variant& item) {
             double value = 0;
-            if (NumberOf(item, &value)) return (met >> Comparison(value, number) & 1) != 0;
+            if (WorthOf(item, day, &value)) return (met >> Comparison(value, number) & 1) != 0;
             return !HoldsObject(item) && Meets(condition, OrderOf(item, wanted));
         });
     }
