@@ -3,6 +3,7 @@
 // all before it up to a megabyte or two, so that no character is copied twice.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -13,7 +14,14 @@ namespace velk {
 class TextBuffer {
   public:
     // Both leave the text as it was when memory runs out.
-    void Append(std::u16string_view piece);
+    void Append(std::u16string_view piece) {
+        const std::size_t size = piece.size();
+        if (size > room_) piece = StartChunk(piece);
+        next_ = std::ranges::copy(piece, next_).out;
+        room_ -= piece.size();
+        length_ += size;
+        if (length_ >= capacity_) capacity_ += std::max(size, kGrowth);
+    }
     void Assign(std::u16string_view text);
     void CopyTo(char16_t* to) const;
 
@@ -21,17 +29,20 @@ class TextBuffer {
     std::size_t capacity() const noexcept { return capacity_; }
 
   private:
+    static constexpr std::size_t kGrowth = 15000;
+
     struct Chunk {
-        explicit Chunk(std::size_t size);
-        void Put(std::u16string_view piece);
+        explicit Chunk(std::size_t length)
+            : characters(std::make_unique_for_overwrite<char16_t[]>(length)), size(length) {}
 
         std::unique_ptr<char16_t[]> characters;
-        std::size_t used = 0;
-        std::size_t room;
+        std::size_t size;
     };
     std::u16string_view StartChunk(std::u16string_view piece);
 
-    std::vector<Chunk> chunks_;  // only the last one has room
+    std::vector<Chunk> chunks_;
+    char16_t* next_ = nullptr;  // in the last chunk, the only one with room
+    std::size_t room_ = 0;
     std::size_t length_ = 0;
     std::size_t capacity_ = 0;
 };
