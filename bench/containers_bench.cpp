@@ -2,12 +2,14 @@
 // With an argument it also writes the chart of cost against size to the file of that name.
 #include <cstdio>
 #include <list>
+#include <stack>
 #include <string>
 #include <vector>
 
 #include "chart.h"
 #include "containers/literal_list.h"
 #include "containers/variant_search.h"
+#include "list_values.h"
 #include "platform/text.h"
 #include "ratio.h"
 #include "support/client.h"
@@ -15,30 +17,10 @@
 namespace {
 
 using namespace velk;
-using bench::TimeOf;
+using namespace bench;
 
-constexpr LONG kMillion = 1'000'000;
-
-ComPtr<_CLinkedList> NewList() { return test::CreateObject<_CLinkedList>(__uuidof(::CLinkedList)); }
 ComPtr<_CStack> NewStack() { return test::CreateObject<_CStack>(__uuidof(::CStack)); }
 ComPtr<_CConCat> NewBuilder() { return test::CreateObject<_CConCat>(__uuidof(::CConCat)); }
-
-// A value as clients make it.
-VARIANT LongOf(LONG number) {
-    VARIANT value;
-    VariantInit(&value);
-    value.vt = VT_I4;
-    value.lVal = number;
-    return value;
-}
-
-VARIANT TextOf(BSTR text) {
-    VARIANT value;
-    VariantInit(&value);
-    value.vt = VT_BSTR;
-    value.bstrVal = text;
-    return value;
-}
 
 void Fill(_CLinkedList* list, LONG count) {
     LONG index = 0;
@@ -46,23 +28,6 @@ void Fill(_CLinkedList* list, LONG count) {
         VARIANT value = LongOf(i);
         list->Add(&value, nullptr, nullptr, &index);
     }
-}
-
-LONG Find(_CLinkedList* list, VARIANT value) {
-    LONG start = -1, index = 0;
-    list->Find(&value, nullptr, &start, nullptr, &index);
-    return index;
-}
-
-// Twenty characters, the last ones different in each.
-std::vector<Bstr> Texts(LONG count) {
-    std::vector<Bstr> texts;
-    wchar_t text[32];
-    for (LONG i = 0; i < count; ++i) {
-        std::swprintf(text, std::size(text), L"Item number %08ld", i);
-        texts.emplace_back(text);
-    }
-    return texts;
 }
 
 // Strings that stay with the vector's variants until it goes.
@@ -97,7 +62,7 @@ bool MeasureAddingStrings() {
         LONG index = 0;
         return TimeOf([&] {
             for (LONG i = 0; i < kMillion; ++i) {
-                VARIANT value = TextOf(text.get());
+                VARIANT value = StringOf(text.get());
                 list->Add(&value, nullptr, nullptr, &index);
             }
         });
@@ -106,7 +71,7 @@ bool MeasureAddingStrings() {
         CopiedStrings copied;
         return TimeOf([&] {
             for (LONG i = 0; i < kMillion; ++i) {
-                VARIANT value = TextOf(text.get()), copy;
+                VARIANT value = StringOf(text.get()), copy;
                 VariantInit(&copy);
                 VariantCopy(&copy, &value);
                 copied.values.push_back(copy);
@@ -170,35 +135,45 @@ bool MeasureWalking() {
     return met && metByCalls;
 }
 
-template <class Values>
-LONG FindByPlatform(const Values& values, VARIANT wanted) {
-    LONG index = 0;
-    for (const VARIANT& value : values) {
-        ++index;
-        if (VarCmp(const_cast<VARIANT*>(&value), &wanted, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ) return index;
-    }
-    return 0;
+bool MeasurePushing() {
+    const auto stack = NewStack();
+    std::stack<VARIANT> peer;
+    VARIANT value = LongOf(1), popped;
+    VariantInit(&popped);
+    return bench::Compare(
+        "Push and Pop, std::stack", 0.9,
+        [&] {
+            stack->Push(&value);
+            stack->Pop(&popped);
+        },
+        [&] {
+            VARIANT& kept = peer.emplace();
+            VariantInit(&kept);
+            VariantCopy(&kept, &value);
+            VariantCopy(&popped, &kept);
+            VariantClear(&kept);
+            peer.pop();
+        });
 }
 
-bool MeasureFinding(const char* name, std::vector<VARIANT> values, double target) {
-    const auto list = NewList();
-    LONG found = 0, expected = 0;
-    for (VARIANT& value : values) list->Add(&value, nullptr, nullptr, &found);
-    const VARIANT last = values.back();
-    const auto times = bench::MedianTimes<9>([&] { found = Find(list.get(), last); },
-                                             [&] { expected = FindByPlatform(values, last); });
-    if (found != expected) std::puts("The results differ.");
-    return bench::Report(name, times[0], times[1], target) && found == expected;
-}
-
-bool MeasureFinding() {
-    std::vector<VARIANT> longs, strings;
-    for (LONG i = 0; i < kMillion; ++i) longs.push_back(LongOf(i));
-    const std::vector<Bstr> texts = Texts(kMillion / 4);
-    for (const Bstr& text : texts) strings.push_back(TextOf(text.get()));
-    const bool amongLongs = MeasureFinding("Find last of 1M, VarCmp", longs, 20);
-    const bool amongStrings = MeasureFinding("Find last string, VarCmp", strings, 40);
-    return amongLongs && amongStrings;
+bool MeasureCharacters() {
+    const Bstr character(L"x");
+    BSTR piece = character.get();
+    constexpr int kMany = 10'000;
+    return bench::Compare(
+        "Append of a character", 0.8,
+        [&] {
+            const auto builder = NewBuilder();
+            for (int i = 0; i < kMany; ++i) builder->Append(&piece);
+        },
+        [&] {
+            std::wstring text;
+            for (int i = 0; i < kMany; ++i) {
+                asm volatile("" : "+r"(piece));  // a caller does not know the piece
+                text.append(piece, SysStringLen(piece));
+            }
+            bench::Keep(static_cast<LONG>(text.size()));
+        });
 }
 
 void Build(LONG count, BSTR piece) {
@@ -323,7 +298,8 @@ int main(int count, char** arguments) {
     bool met = MeasureAdding();
     met &= MeasureAddingStrings();
     met &= MeasureWalking();
-    met &= MeasureFinding();
+    met &= MeasurePushing();
+    met &= MeasureCharacters();
     met &= MeasureBuilding();
     met &= MeasureBlockEdge();
     met &= MeasureGrowing();

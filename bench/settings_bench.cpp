@@ -51,7 +51,20 @@ bool MeasureIniFile() {
         WritePrivateProfileStringA("Scale", "Cell50", kValues[++turn % 2], file.c_str());
         WritePrivateProfileStringA(nullptr, nullptr, nullptr, file.c_str());
     };
-    const bool met = CompareCost("INI file, read", read, readBare);
+    const auto list = [&] {
+        SAFEARRAY* keys = nullptr;
+        LONG count = 0;
+        ini->EnumerateAllKeys(&section, &keys, &count);
+        SafeArrayDestroy(keys);
+    };
+    const auto listBare = [&] {
+        char keys[8192];
+        WIN32_FIND_DATAA found;
+        FindClose(FindFirstFileA(file.c_str(), &found));
+        GetPrivateProfileStringA("Scale", nullptr, "", keys, sizeof keys, file.c_str());
+    };
+    bool met = CompareCost("INI file, read", read, readBare);
+    met &= CompareCost("INI file, keys of 100", list, listBare);
     return CompareCost("INI file, write", write, writeBare) && met;
 }
 
