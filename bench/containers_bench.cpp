@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "chart.h"
-#include "containers/literal_list.h"
+#include "containers/node_list_model.h"
 #include "containers/variant_search.h"
 #include "list_values.h"
 #include "platform/text.h"

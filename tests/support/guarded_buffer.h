@@ -28,9 +28,6 @@ class GuardedBuffer {
     ~GuardedBuffer() { Release(pages_, size_ + 2 * kPage); }
 
     std::span<unsigned char> All() const { return {pages_ + kPage, size_}; }
-    // The bytes right behind the lower guard, and those right before the upper one.
-    std::span<unsigned char> First(std::size_t count) const { return All().first(count); }
-    std::span<unsigned char> Last(std::size_t count) const { return All().last(count); }
 
   private:
     static constexpr std::size_t kPage = 4096;

@@ -1,4 +1,4 @@
-// The parts of drawn menus that need no Windows: texts, keys and layout.
+// What needs no Windows of drawn menus, texts, keys and layout, and how columns follow a width.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -7,12 +7,16 @@
 #include <utility>
 #include <vector>
 
+#include "fuzz/replay.h"
+#include "winhelpers/column_fit_model.h"
 #include "winhelpers/menu/menu_keys.h"
 #include "winhelpers/menu/menu_layout.h"
 #include "winhelpers/menu/menu_text.h"
 
 namespace velk::test {
 namespace {
+
+TEST(ColumnFit, ScalesAllButTheLastAndLeavesItTheRest) { Replay(&ColumnFitModel, corpus::column_fit, 5000, 60); }
 
 TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
     const struct {
