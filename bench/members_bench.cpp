@@ -2,6 +2,7 @@
 // with every kind of argument against the type information's call, failing, events, creation.
 #include <cstdio>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "frame/failure/failure.h"
@@ -9,6 +10,7 @@
 #include "ratio.h"
 #include "support/bare_dispatch.h"
 #include "support/client.h"
+#include "support/scratch_folder.h"
 
 namespace {
 
@@ -143,6 +145,35 @@ bool Events(const char* name, int sinks, double target) {
         });
 }
 
+// A file whose seal is wrong can be looked up all the same.
+bool Lookup() {
+    std::string text = "[BEGIN]\r\n";
+    std::unordered_map<std::wstring, std::wstring> peer;
+    for (int i = 0; i < 10'000; ++i) {
+        const std::string number = std::to_string(i);
+        text += "CELL" + number + ".HR=Load of cell " + number + "\r\n";
+        peer[L"CELL" + std::to_wstring(i) + L".HR"] = L"Load of cell " + std::to_wstring(i);
+    }
+    const test::ScratchFolder folder;
+    const Bstr path(folder.Write(L"cells.dat", text + "[END]\r\n@CRC=1\r\n")), parameter(L"CELL7777");
+    BSTR pathGiven = path.get(), parameterGiven = parameter.get();
+    const auto file = test::CreateObject<_CDatFile>(__uuidof(::CDatFile));
+    file->Initialize(&pathGiven, nullptr);
+    file->put_Parameter(&parameterGiven);
+    const std::wstring kept = L"CELL7777", suffix = L".HR";
+    UINT ours = 0, theirs = 0;
+    const bool met = bench::Compare(
+        "lookup, unordered_map", 0.9,
+        [&] {
+            Bstr found;
+            file->GetHumanReadable(found.Receive());
+            ours = SysStringLen(found.get());
+        },
+        [&] { theirs = SysStringLen(Bstr(peer.find(kept + suffix)->second).get()); });
+    if (ours != theirs) std::puts("The results differ.");
+    return met && ours == theirs;
+}
+
 bool Creation() {
     ComPtr<IClassFactory> factory;
     const auto create = [&](REFCLSID clsid) {
@@ -179,6 +210,7 @@ int main() {
     met &= Failing();
     met &= Events("event, one sink", 1, 0.5);
     met &= Events("event, two sinks", 2, 0.5);
+    met &= Lookup();
     met &= Creation();
     return met ? 0 : 1;
 }
