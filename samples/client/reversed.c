@@ -1,4 +1,4 @@
-// Prints its arguments in reverse order, by way of a stack: a client in C.
+// Prints its arguments in reverse order, by way of a stack: a client in C11.
 //
 //     reversed.exe one two three
 //
@@ -18,6 +18,18 @@ static HRESULT Push(_CStack* stack, const wchar_t* text) {
     result = _CStack_Push(stack, &value);
     VariantClear(&value);
     return result;
+}
+
+// What the library says about the call that just failed.
+static void PrintFailure(HRESULT result) {
+    IErrorInfo* info = NULL;
+    BSTR text = NULL;
+    if (GetErrorInfo(0, &info) == S_OK) {
+        IErrorInfo_GetDescription(info, &text);
+        IErrorInfo_Release(info);
+    }
+    printf("Failed: 0x%08lX %ls\n", (unsigned long)result, text ? text : L"");
+    SysFreeString(text);
 }
 
 static HRESULT PrintAll(_CStack* stack) {
@@ -40,8 +52,8 @@ int wmain(int count, wchar_t** arguments) {
         result = CoCreateInstance(&CLSID_CStack, NULL, CLSCTX_INPROC_SERVER, &IID__CStack, (void**)&stack);
     for (int i = 1; SUCCEEDED(result) && i < count; ++i) result = Push(stack, arguments[i]);
     if (SUCCEEDED(result)) result = PrintAll(stack);
+    if (FAILED(result)) PrintFailure(result);
     if (stack) _CStack_Release(stack);
     CoUninitialize();
-    if (FAILED(result)) printf("Failed: 0x%08lX\n", (unsigned long)result);
     return FAILED(result);
 }

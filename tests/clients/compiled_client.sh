@@ -5,6 +5,7 @@ set -eu
 root=$(dirname "$(dirname "$(dirname "$(readlink -f "$0")")")")
 "$root/tools/packaging/build_client" "$1" "$2"
 cd "$1/client/build"
+[ "$("$root/tools/wine_run" ./reversed.exe one two | tr -d '\r' | xargs)" = "two one" ]
 head -c 3000000 /dev/zero | tr '\0' 'v' >input.bin
 expected=$(python3 -c 'import zlib; print("%08X" % zlib.crc32(open("input.bin", "rb").read()))')
 right=$("$root/tools/wine_run" ./file_checksum.exe input.bin "$expected")

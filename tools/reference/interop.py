@@ -1,5 +1,5 @@
-"""What the importers of other languages make of the type library, as far as their compilers need it: the assembly of C#'s, and for
-Python the objects that the factories give."""
+"""What the importers of other languages make of the type library, as far as their compilers need it: the assembly of C#'s, the smart
+pointers that C++ imports, and for Python the objects that the factories give."""
 
 import json
 from pathlib import Path
@@ -78,6 +78,50 @@ def csharp(library: Path) -> str:
         default = ATTRIBUTES.format(types[bases[0]]["guid"].strip("{}"))
         text += default + f"[System.Runtime.InteropServices.CoClass(typeof({c['name']}Class))]\npublic interface {c['name']} : {', '.join(bases)} {{}}\n"
     return text + "}\n"
+
+
+CPP = {"SHORT": "short", "LONG": "long", "FLOAT": "float", "DOUBLE": "double", "SAFEARRAY(BSTR)": "SAFEARRAY*"}
+
+
+def cpp_type(parameter: dict, result: bool = False) -> str:
+    """Single texts and values of any kind are wrapped; what is passed by reference is as it comes."""
+    raw = parameter["type"][:-1] if result else parameter["type"]
+    stars = len(raw) - len(raw.rstrip("*"))
+    name = CPP.get(raw.rstrip("*"), raw.rstrip("*"))
+    wrapped = {"BSTR": "_bstr_t", "VARIANT": "_variant_t" if result else "const _variant_t&"}
+    return name + "*" * stars if stars else wrapped.get(name, name)
+
+
+def cpp_members(members: list[dict]) -> str:
+    text, ways = "", {}
+    prefixes = {"get": "Get", "let": "Put", "set": "PutRef", "method": ""}
+    for m in members:
+        given = [p for p in m["parameters"] if "retval" not in p["flags"]]
+        results = [p for p in m["parameters"] if "retval" in p["flags"]]
+        name = prefixes[m["kind"]] + m["name"]
+        kind = cpp_type(results[0], True) if results else "HRESULT" if m["kind"] == "method" else "void"
+        text += f"    {kind} {name}({', '.join(cpp_type(p) + ' ' + (p['name'] or 'value') for p in given)});\n"
+        if m["kind"] != "method" and len(m["parameters"]) == 1:
+            ways.setdefault(m["name"], {})[m["kind"]] = (cpp_type(m["parameters"][0], bool(results)), name)
+    for name, found in ways.items():
+        if "get" in found:
+            put = ", put=" + found["let"][1] if "let" in found else ""
+            text += f"    __declspec(property(get={found['get'][1]}{put})) {found['get'][0]} {name};\n"
+    return text
+
+
+def cpp(library: Path) -> str:
+    """Declared only: nothing links to it."""
+    types, classes = read(library)
+    text = ""
+    for t in types.values():
+        if t["kind"] == "enum":
+            text += f"enum {t['name']} {{ {', '.join(c['name'] for c in t['constants'])} }};\n"
+        elif t["kind"] == "dispatch":
+            declared = f'struct __declspec(uuid("{t["guid"].strip("{}")}")) {t["name"]}'
+            text += f"{declared};\n_COM_SMARTPTR_TYPEDEF({t['name']}, __uuidof({t['name']}));\n"
+            text += f"{declared} : IDispatch\n{{\n{cpp_members(t['members'])}}};\n"
+    return text + "".join(f'struct __declspec(uuid("{c["guid"].strip("{}")}")) {c["name"]};\n' for c in classes)
 
 
 def python_class(name: str, members: list[dict]) -> str:

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Checks the snippets of docs/ as far as this machine has their languages: snippets.py WORK LIBRARY.json SCRIPT_HOST
+"""Checks the snippets of docs/ as far as this machine has their languages: snippets.py WORK LIBRARY.json SCRIPT_HOST BUILD
 
-Scripts are parsed by the script host, VBA by it too once its types are taken out; C# is compiled, and Python type-checked, against what
-their importers make of the type library; PowerShell is parsed by a grammar. Whatever the language, the members that a snippet uses
+Scripts are parsed by the script host, VBA by it too once its types are taken out; C and C++ are compiled with the headers in
+BUILD; C#, C++ with `#import` and Python are compiled or type-checked against what their importers make of the type library; PowerShell is parsed by a grammar. Whatever the language, the members that a snippet uses
 have to be in the type library. What is not installed is skipped, loudly.
 """
 
@@ -16,7 +16,15 @@ import interop
 from type_library import TypeLibrary
 
 TOOLS = Path(__file__).resolve().parent
-DOCS = TOOLS.parent.parent / "docs"
+DOCS, QUALITY = TOOLS.parent.parent / "docs", TOOLS.parent / "quality"
+MINGW = Path("/usr/share/mingw-w64/include")
+# Wine's headers give interfaces no identifiers.
+MICROSOFT = """struct __declspec(uuid("00000000-0000-0000-c000-000000000046")) IUnknown;
+struct __declspec(uuid("00020400-0000-0000-c000-000000000046")) IDispatch;
+#include <windows.h>
+#include <stdio.h>
+#include <comdef.h>
+"""
 CREATED = re.compile(r"""(?:^|(?<=[\s(]))(\$?\w+)(?:\s*=\s*|\s+As\s+(?:New\s+)?)(?:New-Object|new|New|WScript)?[^\n=]*?\bVelkSupport\.(\w+)""")
 START = {".vbs": 'WScript.Echo "read": WScript.Quit\n', ".js": 'WScript.Echo("read"); WScript.Quit();\n'}
 
@@ -46,8 +54,8 @@ def failure(*command: object) -> str:
 
 
 class Checks:
-    def __init__(self, work: Path, library: Path, host: str):
-        self.work, self.library, self.host = work, library, host
+    def __init__(self, work: Path, library: Path, host: str, build: Path):
+        self.work, self.library, self.host, self.build = work, library, host, build
         shutil.rmtree(work, ignore_errors=True)
         work.mkdir(parents=True)
         self.problems: list[str] = []
@@ -87,6 +95,40 @@ class Checks:
                     self.note(page, *[f"not to be read as a script:\n{code}" for code in refused or found])
         self.done.append("VBScript, JScript and VBA parsed")
 
+    def headers(self) -> None:
+        include = self.build / "src/velksprt_types"
+        for page, compiler in ((DOCS / "languages/c.md", "gcc -std=c11"), (DOCS / "languages/cpp.md", "g++ -std=c++17")):
+            name, flag = compiler.split()
+            name = f"i686-w64-mingw32-{name}-posix"
+            if self.say(f"{page.stem.upper().replace('PP', '++')} compiled", name):
+                found = [code for code in blocks(page, page.stem) if "#import" not in code]
+                head = "\n".join([*re.findall("^#.*", "\n".join(found), re.M), "#include <windows.h>", "#include <stdio.h>", '#include "velksprt.h"'])
+                functions = [code for code in found if code.startswith("static ")]
+                body = re.sub("^#.*", "", "\n".join(code for code in found if code not in functions), flags=re.M)
+                program = self.save(f"page.{page.stem}", f"{head}\n{''.join(functions)}\nvoid Page(IDispatch* sink) {{\n(void)sink;\n{body}}}\n")
+                self.note(page, failure(name, flag, "-Wall", "-Wextra", "-Wno-unused", "-Wno-unused-parameter", "-Werror", "-fsyntax-only",
+                                        f"-I{include}", program))
+
+    def imported(self) -> None:
+        """With mingw-w64's smart pointers, for which these stand in: what its other headers would define."""
+        if not self.say("#import compiled", "clang", MINGW / "comdef.h"):
+            return
+        for name in ("comdef.h", "comdefsp.h", "comip.h", "comutil.h"):
+            shutil.copy(MINGW / name, self.work)
+        self.save("new.h", "")
+        self.save("_mingw.h", "#define __MINGW_EXTENSION\n#define __LONG32 long\n#define __MINGW_SELECTANY __declspec(selectany)\n")
+        page = DOCS / "languages/cpp.md"
+        code = "\n".join(code for code in blocks(page, "cpp") if "#import" in code)
+        types = interop.cpp(self.library)
+        for old, new in re.findall(r'rename\("(\w+)", "(\w+)"\)', code):
+            types = re.sub(rf"\b{old}\b", new, types)
+        body = re.sub("^#import .*", "", code, flags=re.M)
+        program = self.save("import.cpp", f"{MICROSOFT}{types}void Page() {{\n{body}}}\n")
+        for width in ("i686", "x86_64"):
+            compiler = run(QUALITY / "microsoft", width).stdout.split()
+            self.note(page, failure(*compiler, "-DWINE_UNICODE_NATIVE", "-fcxx-exceptions", "-std=c++17", "-Wall", "-Wno-unused", "-Werror", "-fsyntax-only",
+                                    "-isystem", self.work, program))
+
     def csharp(self) -> None:
         if self.say("C# compiled", "mcs"):
             page = DOCS / "languages/csharp.md"
@@ -118,9 +160,9 @@ def as_script(code: str) -> str:
     return "Class Module\n" + re.sub(r"\bWithEvents |\(\)(?= As \w+,)| As (?:New )?[\w.]+|^Implements .*", "", code, flags=re.M) + "End Class\n"
 
 
-def main(work: str, library: str, host: str) -> int:
-    checks = Checks(Path(work).resolve(), Path(library).resolve(), host)
-    for check in (checks.members, checks.scripts, checks.csharp, checks.python, checks.powershell):
+def main(work: str, library: str, host: str, build: str) -> int:
+    checks = Checks(Path(work).resolve(), Path(library).resolve(), host, Path(build).resolve())
+    for check in (checks.members, checks.scripts, checks.headers, checks.imported, checks.csharp, checks.python, checks.powershell):
         check()
     print("Snippets: " + "; ".join(checks.done) + ".")
     print("\n".join(checks.problems), end="\n" if checks.problems else "")
