@@ -9,45 +9,35 @@ from pathlib import Path
 ORDER = re.compile(r"(with|when|without|saw|shows|memory|file|folder|delete|value|set|listen|leave|on|drop|held|canvas|pixel|each|\d+ times)\b|#")
 SOURCES = Path(__file__).resolve().parents[2] / "src"
 PROPERTIES = {name for file in SOURCES.rglob("*.idl") for name in re.findall(r"(?:\[prop.*?\]\s*HRESULT |PROPERTY\(\d+, \w+, )(\w+)", file.read_text(), re.S)}
-PRELUDE = {"vbs": '''failures = 0: played = 0
-here = CreateObject("Scripting.FileSystemObject").GetParentFolderName(WScript.ScriptFullName)
+START = {"vbs": '''here = CreateObject("Scripting.FileSystemObject").GetParentFolderName(WScript.ScriptFullName)
+failures = 0: played = 0: got = "ok"
 Function Shown(value)
-    If IsObject(value) Then Shown = "object" Else Shown = TypeName(value)
     If IsArray(value) Then
-        Dim item
         Shown = LBound(value) & ":"
-        For Each item In value: Shown = Shown & Shown(item) & " ": Next
-    ElseIf Not IsObject(value) And Not IsNull(value) Then
-        Shown = Shown & " " & value
+        For Each item In value: Shown = Shown & item & ",": Next
+    ElseIf IsObject(value) Then
+        Shown = "object"
+    Else
+        Shown = TypeName(value) & " " & value
     End If
 End Function
-Sub Expect(step, wanted, got)
-    If wanted = got Then Exit Sub
-    failures = failures + 1
-    WScript.Echo "FAILED " & step & ": wanted " & wanted & ", got " & got
-End Sub
 Sub Done(step, wanted)
-    got = Left(Err.Number & " " & Err.Description, Len(wanted))
-    Err.Clear
-    Expect step, wanted, got
-    played = played + 1
+    If Err.Number Then got = Left(Err.Number & " " & Err.Description, Len(wanted))
+    If got <> wanted Then WScript.Echo "FAILED " & step & ": wanted " & wanted & ", got " & got: failures = failures + 1
+    Err.Clear: got = "ok": played = played + 1
 End Sub
 On Error Resume Next
-''', "js": '''var failures = 0, played = 0;
-var here = new ActiveXObject("Scripting.FileSystemObject").GetParentFolderName(WScript.ScriptFullName);
+''', "js": '''var here = new ActiveXObject("Scripting.FileSystemObject").GetParentFolderName(WScript.ScriptFullName);
+var failures = 0, played = 0;
 function shown(value) { return typeof value === "object" && value ? "object" : typeof value + " " + value; }
-function expect(step, wanted, got) {
-    if (wanted === got) return;
-    failures++;
-    WScript.Echo("FAILED " + step + ": wanted " + wanted + ", got " + got);
-}
 function done(step, wanted, action) {
-    var got = "0 ";
-    try { action(); } catch (error) { got = error.number + " " + error.description; }
-    expect(step, wanted, got.substr(0, wanted.length));
+    var got;
+    try { got = action(); } catch (error) { got = (error.number + " " + error.description).substr(0, wanted.length); }
+    if (got !== wanted) WScript.Echo("FAILED " + step + ": wanted " + wanted + ", got " + got), failures++;
     played++;
 }
 '''}
+END = {"vbs": 'If failures = 0 Then WScript.Echo "PASSED " & played\n', "js": 'if (failures === 0) WScript.Echo("PASSED " + played);\n'}
 
 
 class Unplayable(Exception):
@@ -72,7 +62,6 @@ def alternatives(line: str) -> list[str]:
 class Script:
     def __init__(self, language: str) -> None:
         self.vb = language == "vbs"
-        self.do = "Call " if self.vb else ""
 
     def text(self, text: str) -> str:
         if "$dir" in text:
@@ -88,13 +77,16 @@ class Script:
             return f'{kind}("{number[1]}")' if self.vb else f"({number[1]})"
         if text == "object":
             return "o"
-        if self.vb and (array := re.fullmatch(r"\[1: (.*)\]", text)):  # only members give arrays from 1
-            return '"1:' + "".join(f"String {json.loads(item)} " for item in split(array[1], ",")) + '"'
         if text in ("True", "False", "Empty", "Null"):
             return text if self.vb else {"Empty": "undefined"}.get(text, text.lower())
         if not re.fullmatch(r"&?[a-z]\w*" if self.vb else r"[a-z]\w*", text):  # only VBScript hands its variables over
             raise Unplayable(text)
         return "v_" + text.lstrip("&")
+
+    def shown(self, text: str) -> str:
+        if self.vb and (array := re.fullmatch(r"\[1: (.*)\]", text)):  # only members give arrays from 1
+            return '"1:' + "".join(json.loads(item) + "," for item in split(array[1], ",")) + '"'
+        return f"shown({self.value(text)})"
 
     def call(self, call: str) -> str:
         if call.startswith("&"):
@@ -117,20 +109,19 @@ class Script:
             raise Unplayable(step)
         if made := re.fullmatch(r"let (\w+) = (new )?(.*)", step):
             return [self.new("v_" + made[1], made[3]) if made[2] else f"v_{made[1]} = {self.value(made[3])}"]
-        (step, error), failure = (split(step, " ! ") + [""])[:2], "0 "
-        if wanted := re.match(r'(\w+)(?: "(.*?)")?', error):
-            number = int(wanted[1], 0) | (0 if wanted[1].startswith("0x") else 0x800A0000)
-            failure = f"{int(wanted[1]) if self.vb and number >> 16 == 0x800A else number - (1 << 32)} {wanted[2] or ''}"
-        if len(parts := split(step, " := ")) == 2:
-            action = f"{self.call(parts[0])} = {self.value(parts[1])}"
-        elif len(parts := split(step, " = ")) == 2:
-            wanted = self.value(parts[1]) if parts[1].startswith("[") else f"shown({self.value(parts[1])})"
-            action = f"{self.do}expect({name}, {wanted}, shown({self.call(parts[0])}))"
-        else:
-            action = f"{self.do}shown({self.call(step)})"
+        (step, error), wanted = (split(step, " ! ") + [""])[:2], '"ok"'
+        if told := re.match(r'(\w+)(?: "(.*?)")?', error):
+            number = int(told[1], 0) | (0 if told[1].startswith("0x") else 0x800A0000)
+            wanted = self.text(f"{int(told[1]) if self.vb and number >> 16 == 0x800A else number - (1 << 32)} {told[2] or ''}")
+        call, put = (split(step.removeprefix("until "), " := ") + [""])[:2]
+        call, given = (split(call, " = ") + [""])[:2]
+        action = f"{self.call(call)} = {self.value(put)}" if put else f"{'got' if given else 'ignored'} = shown({self.call(call)})"
+        wanted = self.shown(given) if given else wanted
+        if step.startswith("until "):
+            action = f"Do Until got = {wanted}: {action}: Loop" if self.vb else f"do {{ {action}; }} while (got !== {wanted})"
         if self.vb:
-            return [action, f"Call done({name}, {self.text(failure)})"]
-        return [f"done({name}, {self.text(failure)}, function () {{ {action}; }})"]
+            return [action, f"Done {name}, {wanted}"]
+        return [f'done({name}, {wanted}, function () {{ var got = "ok"; {action}; return got; }});']
 
     def scenario(self, head: str, body: str) -> list[str]:
         lines = [self.new("o", head.split(":")[0])]
@@ -144,15 +135,14 @@ class Script:
 def main() -> None:
     program = Path(sys.argv[1])
     program.parent.mkdir(exist_ok=True)
-    script, lines = Script(program.suffix[1:]), [PRELUDE[program.suffix[1:]]]
+    script, lines = Script(program.suffix[1:]), [START[program.suffix[1:]]]
     for file in sys.argv[2:]:
         for head, body in re.findall(r"^(\w.*)\n((?:(?: .*|//.*)?\n)*)", Path(file).read_text(encoding="utf-8"), re.M):
             try:
                 lines += script.scenario(head, body)
             except Unplayable:
                 continue
-    end = 'If failures = 0 Then WScript.Echo "PASSED " & played' if script.vb else 'if (failures === 0) WScript.Echo("PASSED " + played);'
-    program.write_text("\n".join([*lines, end, ""]), encoding="ascii")
+    program.write_text("\n".join([*lines, END[program.suffix[1:]]]), encoding="ascii")
 
 
 main()

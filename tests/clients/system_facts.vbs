@@ -1,12 +1,10 @@
 ' The facts of the machine as VBScript gets them, one "name=value" a line.
-Option Explicit
-Dim disks: Set disks = CreateObject("VelkSupport.CAPIDisks")
-Dim info: Set info = CreateObject("VelkSupport.COSInfo")
-Dim computer: Set computer = CreateObject("VelkSupport.CComputerInfo")
-Dim memory: Set memory = CreateObject("VelkSupport.CMemoryStatus")
+Set disks = CreateObject("VelkSupport.CAPIDisks")
+Set info = CreateObject("VelkSupport.COSInfo")
+Set computer = CreateObject("VelkSupport.CComputerInfo")
+Set memory = CreateObject("VelkSupport.CMemoryStatus")
 
 ' Space in megabytes, since the text of a larger Double may have an exponent.
-Dim i, root, roots
 For i = 0 To disks.GetDriveCount - 1
     root = disks.LogicalDrives(i)
     roots = roots & root
@@ -29,4 +27,3 @@ WScript.Echo "kind=" & computer.ProcessorArchitecture & " " & computer.Processor
 WScript.Echo "features=" & computer.CompareExchangeDouble & " " & computer.MMXAvailable
 WScript.Echo "memory=" & computer.PageSize & " " & memory.TotalPhysical
 WScript.Echo "load=" & memory.MemoryLoad
-WScript.Quit 0

