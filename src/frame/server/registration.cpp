@@ -85,8 +85,9 @@ void WriteTypeLibrary(Scope scope) {
     // Named, because an earlier registration's folder would stay otherwise.
     std::wstring helpFolder = path.substr(0, path.rfind(L'\\'));
     const ComPtr<ITypeLib> types = library::TypeLibrary();
-    const auto registers = scope == Scope::Machine ? &RegisterTypeLib : &RegisterTypeLibForUser;
-    ThrowIfFailed(registers(types.get(), path.data(), helpFolder.data()));
+    // Called by name: not all platform headers give the two the same type.
+    ThrowIfFailed(scope == Scope::Machine ? RegisterTypeLib(types.get(), path.data(), helpFolder.data())
+                                          : RegisterTypeLibForUser(types.get(), path.data(), helpFolder.data()));
 }
 
 void Write(Scope scope) {
