@@ -1,8 +1,9 @@
 #!/usr/bin/python3
-"""Opens every page of the reference in a browser, from disk: check.py SITE PICTURES
+"""Opens every page of the reference in a browser, from disk: check.py SITE PICTURES NODE_MODULES
 
-No link may lead nowhere, no member may be without a text, and the browser's console has to stay empty. Pictures of a few pages,
-wide and narrow, light and dark, are left for whoever changes how they look.
+No link may lead nowhere, no member may be without a text, everyone has to be able to use the pages (WCAG 2.1, levels A and AA, as far
+as axe-core can tell, where it could be fetched), and the browser's console has to stay empty. Pictures of a few pages, wide and
+narrow, light and dark, are left for whoever changes how they look.
 """
 
 import sys
@@ -27,6 +28,11 @@ return {
     headings: document.querySelectorAll("h1").length,
     width: document.documentElement.scrollWidth - document.documentElement.clientWidth,
 };
+"""
+BARRIERS = """
+const done = arguments[arguments.length - 1];
+axe.run({runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa"], resultTypes: ["violations"], preload: false}).then((found) =>
+    done(found.violations.flatMap((v) => v.nodes.map((node) => v.help + ": " + node.html.slice(0, 100)))));
 """
 SIZES = {"wide": (1400, 1000), "narrow": (420, 900)}
 PICTURED = ["index.html", "classes.html", "classes/CLinkedList.html", "classes/CIniFile.html", "classes/CCRC32.html", "errors.html",
@@ -53,6 +59,11 @@ def read(driver: webdriver.Chrome, page: Path) -> tuple[dict, list[str]]:
     driver.get(page.as_uri())
     found = driver.execute_script(READ_PAGE)
     return found, [entry["message"] for entry in driver.get_log("browser")]
+
+
+def barriers(driver: webdriver.Chrome, axe: str) -> list[str]:
+    driver.execute_script(axe)
+    return driver.execute_async_script(BARRIERS)
 
 
 def dead_links(page: Path, links: list[str], anchors: dict[Path, set[str]]) -> list[str]:
@@ -85,7 +96,11 @@ def search_problems(driver: webdriver.Chrome, site: Path) -> list[str]:
 
 
 def main() -> int:
-    site, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
+    site, pictures, modules = (Path(argument).resolve() for argument in sys.argv[1:])
+    axe = modules / "axe-core/axe.min.js"
+    axe_text = axe.read_text() if axe.is_file() else ""
+    if not axe_text:
+        print("SKIPPED: whether everyone can use the pages; axe-core is not to be had here")
     pages = sorted(p for p in site.rglob("*.html") if "_static" not in p.parts)
     problems, links, anchors, members = [], {}, {}, 0
     with browser() as driver:
@@ -100,6 +115,8 @@ def main() -> int:
             problems += [f"{name}: {member} has no text" for member in found["silent"]]
             if found["errors"]:
                 problems.append(f"{name}: {found['errors']} pieces of code or mark-up that were not understood")
+            if axe_text:
+                problems += [f"{name}: {barrier}" for barrier in barriers(driver, axe_text)]
             if found["headings"] != 1 and page.name != "search.html":
                 problems.append(f"{name}: {found['headings']} main headings")
             if found["width"] > 0:
@@ -115,7 +132,8 @@ def main() -> int:
                 for page in PICTURED:
                     driver.get((site / page).as_uri())
                     driver.save_screenshot(str(pictures / f"{page.replace('/', '-')[:-5]}-{size}-{scheme}.png"))
-    print("\n".join(problems) or f"{len(pages)} pages with {members} members: no dead link, no member without text, a silent console.")
+    print("\n".join(problems) or f"{len(pages)} pages with {members} members: no dead link, no member without text, a silent console"
+          + (", no barrier." if axe_text else "."))
     return 1 if problems else 0
 
 

@@ -32,7 +32,7 @@ html_theme_options = {
     "light_css_variables": {"color-brand-primary": "#155a8a", "color-brand-content": "#155a8a"},
     "dark_css_variables": {"color-brand-primary": "#7cc0ee", "color-brand-content": "#7cc0ee"},
 }
-pygments_style = "tango"
+pygments_style = "xcode"  # every word of it stands out enough
 pygments_dark_style = "github-dark"
 htmlhelp_basename = "VelkSupport"
 if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its own contents and search
@@ -92,5 +92,14 @@ def excerpts(app):
     return found
 
 
+def accessible(app, page, template, context, doctree):
+    """What the theme leaves out: what scrolls can be reached by keys, and the headings of the contents have a level."""
+    if app.builder.name != "html":
+        return
+    context["body"] = re.sub(r'<pre\b|<div(?= class="table-wrapper)', r'\g<0> tabindex="0"', context.get("body", ""))
+    context["furo_navigation_tree"] = context["furo_navigation_tree"].replace('role="heading"', 'role="heading" aria-level="2"')
+
+
 def setup(app):
     app.connect("build-finished", bundle)
+    app.connect("html-page-context", accessible, priority=900)  # after the theme's own
