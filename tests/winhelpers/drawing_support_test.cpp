@@ -11,7 +11,6 @@
 #include "support/gdi_objects.h"
 #include "support/report_recorder.h"
 #include "support/sheet.h"
-#include "winhelpers/menu/fading_canvas.h"
 #include "winhelpers/support/dotted_brush.h"
 #include "winhelpers/support/mem_dc.h"
 #include "winhelpers/support/nc_metrics.h"
@@ -108,16 +107,6 @@ TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 29, 11));
 }
 
-TEST_F(DrawingSupport, FadingCanvasGrowsInBothDirections) {
-    FadingCanvas canvas;
-    for (const Size size : {Size{4, 20}, {20, 4}, {30, 8}, {5, 5}}) {
-        ASSERT_TRUE(canvas.Require(size));
-        canvas.Clear(kBlue);
-    }
-    EXPECT_EQ(kBlue, GetPixel(canvas.get(), 29, 19));
-    EXPECT_EQ(CLR_INVALID, GetPixel(canvas.get(), 30, 19));
-}
-
 // Every size and font gets its place in the record as its number, so that a mix-up shows.
 class NCMetrics : public testing::Test {
   protected:
@@ -205,22 +194,17 @@ TEST_F(NCMetrics, FillsAFontFromARecord) {
     slots[18] = Address(&Note<18, short>);
     const void* const* members = slots;
     auto* const font = reinterpret_cast<IFont*>(&members);
-    const struct {
-        LOGFONTA record;
-        const wchar_t* set;  // the name with all that follows in its field
-    } cases[] = {
-        {{13, 0, 0, 0, 400, 0, 1, 0, 0, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 130000|18 0|10 0|12 1|14 0|8 0"},
-        {{-13, 0, 0, 0, 401, 1, 0, 0, 238, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 97500|18 238|10 1|12 0|14 0|8 1"},
-        {{1, 0, 0, 0, 0, 255, 0, 0, 2, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 10000|18 2|10 1|12 0|14 0|8 0"},
-        {{0, 0, 0, 0, 700, 0, 0, 255, 2, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 0|18 2|10 0|12 0|14 1|8 1"},
-    };
+    const std::pair<LOGFONTA, const wchar_t*> cases[] = {
+        // the name with all that follows in its field
+        {{1, 0, 0, 0, 400, 0, 1, 255, 0, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 10000|18 0|10 0|12 1|14 1|8 0"},
+        {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 97500|18 238|10 1|12 0|14 0|8 1"}};
     for (const auto& [record, set] : cases) {
         notes.clear();
         NCMetricsProbe::Fill(record, screen.get(), font);
         EXPECT_EQ(set, notes);
     }
     notes.clear();
-    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill(cases[1].record, nullptr, font); });
+    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill(cases[1].first, nullptr, font); });
     EXPECT_EQ(L"|4 Face 32", notes) << "the rest stays as it was";
 }
 

@@ -151,6 +151,7 @@ TEST_F(IconMenuDrawing, ShowsEachKindOfItemInEachState) {
         int wide, high;
     } systems[] = {{L"menu_flat", TRUE, 96, -9, false, 115, 28},
                    {L"menu_classic", FALSE, 96, -9, false, 115, 28},
+                   {L"menu_odd", TRUE, 120, -9, false, 140, 36},
                    {L"menu_dense", TRUE, 192, -9, false, 230, 56},
                    {L"menu_contrast", TRUE, 96, -24, true, 190, 36}};
     for (const auto& [picture, flat, density, fontHeight, contrast, wide, high] : systems) {
@@ -232,7 +233,7 @@ ComPtr<IPictureDisp> FineBitmap(int side) {
 }
 
 TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
-    const Sheet sheet(230, 4 + 11 * 28);
+    const Sheet sheet(230, 4 + 12 * 28);
     int top = 4;
     const auto draw = [&](const ComPtr<IPictureDisp>& picture, LONG mask = kMagenta, bool isEmpty = false) {
         EXPECT_EQ(S_OK, icons_->put_CommandImage(kCommand, 0));
@@ -251,6 +252,7 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
     for (const int side : {16, 32}) draw(IconPicture(side));
     draw(MetafilePicture());
     draw(OldMetafilePicture());
+    draw(PictureOf(NewBitmap(kRed, 8, 32)));
     for (const auto& none : {PictureOf(PICTYPE_NONE, nullptr), ComPtr<IPictureDisp>()}) draw(none, kMagenta, true);
     draw(FineBitmap(64), -1);
     sheet.ExpectIs(L"menu_pictures");

@@ -58,41 +58,25 @@ inline void Rename(HMENU menu, UINT position, std::wstring_view text) {
 }
 
 // Positions of what FullMenu makes: one item of every kind.
-enum Position : UINT {
-    kOpen,
-    kSave,
-    kLine,
-    kChecked,
-    kRadio,
-    kDisabled,
-    kDefault,
-    kMore,
-    kOwn,
-    kBitmap,
-    kLong,
-    kCount
-};
+enum : UINT { kOpen, kSave, kLine, kChecked, kRadio, kDisabled, kDefault, kMore, kOwn, kBitmap, kLong, kCount };
 constexpr LONG CommandAt(UINT position) { return static_cast<LONG>(100 + position); }
 inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
 
 inline Menu FullMenu(HBITMAP bitmap = nullptr) {
     const HMENU menu = CreatePopupMenu(), more = CreatePopupMenu();
-    const std::wstring widest(200, L'x');
-    AppendMenuW(more, MF_STRING, 300, L"&Inner");
-    const std::pair<UINT, const void*> items[kCount] = {
-        {MF_STRING, L"&Open...\tCtrl+O"}, {MF_STRING, L"\u0160ave \u6F22"},
-        {MF_SEPARATOR, nullptr},          {MF_CHECKED, L"Chec&ked"},
-        {MF_STRING, L"R&adio"},           {MF_GRAYED, L"&Disabled"},
-        {MF_MENUBARBREAK, L"De&fault"},   {MF_POPUP, L"&More"},
-        {MF_OWNERDRAW, LongToPtr(4711)},  {bitmap ? MF_BITMAP : MF_OWNERDRAW, bitmap},
-        {MF_STRING, widest.c_str()}};
-    for (UINT_PTR id = 100; const auto& [flags, text] : items) {
-        AppendMenuW(menu, flags, flags == MF_POPUP ? reinterpret_cast<UINT_PTR>(more) : id, static_cast<LPCWSTR>(text));
-        ++id;
+    const std::wstring texts[] = {L"&Open...\tCtrl+O",    L"\u0160ave \u6F22", L"",      L"Chec&ked", L"R&adio",
+                                  L"&Disabled",           L"De&fault",         L"&More", L"",         L"",
+                                  std::wstring(200, L'x')};
+    const UINT flags[] = {
+        0, 0, MF_SEPARATOR, MF_CHECKED, 0, MF_GRAYED, MF_MENUBARBREAK, MF_POPUP, MF_OWNERDRAW, MF_OWNERDRAW, 0};
+    for (UINT i = 0; i < kCount; ++i) {
+        AppendMenuW(menu, flags[i], i == kMore ? reinterpret_cast<UINT_PTR>(more) : 100 + i, texts[i].c_str());
     }
+    AppendMenuW(more, MF_STRING, 300, L"&Inner");
+    if (bitmap) ModifyMenuW(menu, kBitmap, MF_BYPOSITION | MF_BITMAP, 100 + kBitmap, reinterpret_cast<LPCWSTR>(bitmap));
     CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
     SetMenuDefaultItem(menu, kDefault, TRUE);
-    Change(menu, kOpen, MIIM_DATA, {.data = 12345});
+    for (const UINT position : {kOpen, kOwn}) Change(menu, position, MIIM_DATA, {.data = 12345});
     return Menu(menu);
 }
 
