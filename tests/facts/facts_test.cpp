@@ -44,7 +44,8 @@
 // multiple of its size. Place 0 is the first argument's; behind a record's place come those that it leads to.
 //
 //   listen                     to the object's events: each is told as "saw Progress 0.5f";  leave: no longer
-//   on Progress 0.5 does STEP  what a handler does in events whose line begins so
+//   on Progress 0.5 does STEP  what a handler does in events whose line begins so; on box "title" does STEP: what is
+//                              done while a report is open
 //
 // In the end nothing is left behind: no object, nothing on the library's heap and, where texts are not cached
 // (OANOCACHE=1), no text or array. A title that ends with "(32 bits)" is for the library of that width only, one that

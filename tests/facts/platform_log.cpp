@@ -21,7 +21,7 @@
 namespace velk::facts {
 
 struct PlatformLog::State {
-    std::function<void(const std::wstring&)> act;
+    Take act, box;
     std::list<Rule> rules;
     std::list<test::ImportPatch> patches;  // the latest first, and taken away first
     std::deque<std::wstring> lines;
@@ -320,14 +320,15 @@ int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
     if (icon) line += L" icon " + std::to_wstring(icon);
     if (owner || (flags & ~icon) != MB_TASKMODAL) line += L" as another kind of box";
     current->lines.push_back(line);
+    current->box(L"box" + line.substr(5));
     return IDOK;
 }
 
 }  // namespace
 
-PlatformLog::PlatformLog(std::function<void(const std::wstring&)> act) : state_(std::make_unique<State>()) {
+PlatformLog::PlatformLog(Take step, Take box) : state_(std::make_unique<State>()) {
     current = state_.get();
-    state_->act = std::move(act);
+    state_->act = std::move(step), state_->box = std::move(box);
     state_->patches.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
 }
 

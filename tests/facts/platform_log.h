@@ -12,8 +12,9 @@ namespace velk::facts {
 
 class PlatformLog {
   public:
-    // Takes the clients' steps.
-    explicit PlatformLog(std::function<void(const std::wstring&)> act);
+    // Takes the clients' steps, and boxes that are open.
+    using Take = std::function<void(const std::wstring&)>;
+    PlatformLog(Take step, Take box);
     PlatformLog(const PlatformLog&) = delete;
     PlatformLog& operator=(const PlatformLog&) = delete;
     ~PlatformLog();

@@ -16,9 +16,9 @@
 #include "facts/values.h"
 #include "platform/text.h"
 #include "support/client.h"
+#include "support/heap.h"
 #include "support/late_bound.h"
 #include "support/malloc_spy.h"
-#include "support/scarce_memory.h"
 #include "support/scoped_variable.h"
 #include "support/scratch_folder.h"
 #include "support/test_printer.h"
@@ -51,10 +51,10 @@ class ScenarioRun {
 
     // What is still there afterwards, of bytes on the library's heap and, where they are not cached, of texts.
     bool LeavesNothing() const {
-        return heap_.held() <= 0 && (!std::getenv("OANOCACHE") || test::MallocSpy::Alive() <= texts_);
+        return held_ <= 0 && (!std::getenv("OANOCACHE") || test::MallocSpy::Alive() <= texts_);
     }
-    void NothingLeft() const {
-        HeldBelow(1);
+    void NothingLeft() {
+        Held(L"1");
         if (!LeavesNothing()) Fails(L"texts are left behind: " + std::to_wstring(test::MallocSpy::Alive() - texts_));
     }
 
@@ -67,6 +67,10 @@ class ScenarioRun {
             const auto parts = Split(line, told);
             if (parts.size() == 2) return Do(parts[0]), Told(told.substr(1) + parts[1]);
         }
+        Act(line);
+    }
+
+    void Act(std::wstring line) {
         if (line.starts_with(L"with ") || line.starts_with(L"when ") || line.starts_with(L"without "))
             return log_.Add(RuleOf(line));
         for (const auto& [verb, does] : kVerbs) {
@@ -115,18 +119,15 @@ class ScenarioRun {
         Same(parts.at(4), given);
     }
 
-    void Memory(const std::wstring& line) { heap_.Refuse(line.empty() ? SIZE_MAX : std::stoul(line), SIZE_MAX); }
-    void Held(const std::wstring& most) { HeldBelow(std::stoi(most)); }
-    void HeldBelow(std::ptrdiff_t most) const {
-        if (heap_.held() >= most) Fails(L"the library holds " + std::to_wstring(heap_.held()) + L" bytes more");
+    void Memory(const std::wstring& line) { scarce_ = line.empty() ? SIZE_MAX : std::stoul(line); }
+    void Held(const std::wstring& most) {
+        if (held_ >= std::stoi(most)) Fails(L"the library holds " + std::to_wstring(held_) + L" bytes more");
     }
-
     void On(const std::wstring& line) { on_.push_back(Split(line, L" does ")); }
-    void Heard(const std::wstring& event) {
-        log_.Tell(event);
-        for (const auto& rule : on_) {
-            if (event.starts_with(rule.at(0))) Step(rule.at(1));
-        }
+    void Heard(const std::wstring& event) { log_.Tell(event), React(event); }
+    void React(const std::wstring& event) {
+        for (const auto& rule : on_)
+            if (event.starts_with(rule.at(0))) Act(rule.at(1));
     }
 
     void Fails(const std::wstring& why) const {
@@ -152,9 +153,7 @@ class ScenarioRun {
         if (parts.at(1).starts_with(L"new ")) {
             static_cast<VARIANT&>(value) = test::Arg(Made(parts[1].substr(4)).Detach());
         } else if (parts[1].starts_with(L"farewell ")) {
-            const auto bye = [this, step = parts[1].substr(9)] {
-                Heard(L"farewell"), step == L"drop" ? Drop(step) : Step(step);
-            };
+            const auto bye = [this, step = parts[1].substr(9)] { Heard(L"farewell"), Act(step); };
             static_cast<VARIANT&>(value) = test::Arg(static_cast<IDispatch*>(new Farewell(bye)));
         } else if (parts[1].starts_with(L"part ")) {
             static_cast<VARIANT&>(value) = test::Arg(PartOf(object_.get(), parts[1].substr(5)).Detach());
@@ -345,8 +344,10 @@ class ScenarioRun {
     std::optional<RegistryKey> key_;
     std::optional<test::TestPrinter> printer_;
     std::unique_ptr<User> user_;
-    PlatformLog log_{[this](const std::wstring& step) { Do(step); }};
-    test::ScarceMemory heap_{SIZE_MAX, SIZE_MAX};
+    PlatformLog log_{[this](auto& step) { Do(step); }, [this](auto& box) { React(box); }};
+    std::size_t scarce_ = SIZE_MAX;  // blocks of this size cannot be had
+    const std::ptrdiff_t& held_ = test::Heap::held.bytes;
+    const test::Heap heap_{test::Library(), [this](std::size_t size) { return size >= scarce_; }};
     std::map<std::wstring, Canvas> canvases_;
     Variables variables_;
     std::set<std::wstring> foreign_;  // variables with objects of the platform's, which are called by name only

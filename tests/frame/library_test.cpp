@@ -10,6 +10,7 @@
 #include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/malloc_spy.h"
+#include "support/process_counts.h"
 #include "tools/typelib/type_reader.h"
 
 namespace velk::test {

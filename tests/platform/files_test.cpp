@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "support/departures.h"
 #include "support/fake.h"
+#include "support/process_counts.h"
 #include "support/scratch_folder.h"
 
 namespace velk::test {

@@ -26,12 +26,13 @@ HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     return Export<decltype(&DllGetClassObject)>("DllGetClassObject")(clsid, iid, object);
 }
 
-bool CanUnload() { return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow")() == S_OK; }
+bool CanUnload(HMODULE module) { return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module)() == S_OK; }
 
-ComPtr<IUnknown> CreateUnknown(REFCLSID clsid) {
+ComPtr<IUnknown> CreateUnknown(REFCLSID clsid, HMODULE module) {
     ComPtr<IClassFactory> factory;
     ComPtr<IUnknown> object;
-    EXPECT_EQ(S_OK, GetClassObject(clsid, IID_IClassFactory, factory.ReceiveVoid()));
+    const auto find = Export<decltype(&DllGetClassObject)>("DllGetClassObject", module);
+    EXPECT_EQ(S_OK, find(clsid, IID_IClassFactory, factory.ReceiveVoid()));
     if (factory) {
         EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()));
     }

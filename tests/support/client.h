@@ -25,14 +25,14 @@ Function Export(const char* name, HMODULE module = Library()) {
 }
 
 HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object);
-bool CanUnload();
+bool CanUnload(HMODULE module = Library());
 
-ComPtr<IUnknown> CreateUnknown(REFCLSID clsid);
+ComPtr<IUnknown> CreateUnknown(REFCLSID clsid, HMODULE module = Library());
 
 // CreateObject<_CCRC32>(__uuidof(CCRC32))
 template <class Interface>
-ComPtr<Interface> CreateObject(REFCLSID clsid) {
-    return CreateUnknown(clsid).template As<Interface>();
+ComPtr<Interface> CreateObject(REFCLSID clsid, HMODULE module = Library()) {
+    return CreateUnknown(clsid, module).template As<Interface>();
 }
 
 }  // namespace velk::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 #include "support/client.h"
@@ -33,5 +34,20 @@ template <class Function, class Body>
 Fake(const char*, Function, Body) -> Fake<Function, Body>;
 template <class Function, class Body>
 Fake(const char*, Function, Body, HMODULE) -> Fake<Function, Body>;
+
+// A platform function where a call is allowed; any other is refused, for want of memory where it can say so.
+// kGuarded<&MoveToEx, [](HDC context, auto...) { return context != nullptr; }>
+template <auto Function, auto Allows, class = decltype(Function)>
+struct Checked;
+template <auto Function, auto Allows, class Result, class... Given>
+struct Checked<Function, Allows, Result(WINAPI*)(Given...)> {
+    static Result WINAPI Call(Given... given) {
+        if (Allows(given...)) return Function(given...);
+        if constexpr (std::is_same_v<Result, HRESULT>) return E_OUTOFMEMORY;
+        return Result{};
+    }
+};
+template <auto Function, auto Allows>
+inline void* const kGuarded = reinterpret_cast<void*>(&Checked<Function, Allows>::Call);
 
 }  // namespace velk::test

@@ -1,62 +1,42 @@
-// Memory between two pages that must not be touched: a read or write one byte outside ends the process.
+// Memory between two places that must not be touched: a read or write one byte outside ends the process.
 #pragma once
 
 #include <cstddef>
-#include <new>
+#include <memory>
 #include <span>
 
 #ifdef _WIN32
 #include <windows.h>
-#else
-#include <sys/mman.h>
 #endif
 
 namespace velk::test {
 
 class GuardedBuffer {
   public:
+#ifdef _WIN32
     // The size is rounded up to whole pages.
     explicit GuardedBuffer(std::size_t size)
-        : size_((size + kPage - 1) / kPage * kPage), pages_(Reserve(size_ + 2 * kPage)) {
-        if (!Open(pages_ + kPage, size_)) {
-            Release(pages_, size_ + 2 * kPage);
-            throw std::bad_alloc();
-        }
-    }
-    GuardedBuffer(const GuardedBuffer&) = delete;
-    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
-    ~GuardedBuffer() { Release(pages_, size_ + 2 * kPage); }
-
-    std::span<unsigned char> All() const { return {pages_ + kPage, size_}; }
+        : pages_(VirtualAlloc(nullptr, Whole(size) + 2 * kPage, MEM_RESERVE, PAGE_NOACCESS)),
+          bytes_(static_cast<unsigned char*>(
+                     VirtualAlloc(static_cast<char*>(pages_.get()) + kPage, Whole(size), MEM_COMMIT, PAGE_READWRITE)),
+                 Whole(size)) {}
+#else  // by the address sanitizer
+    explicit GuardedBuffer(std::size_t size) : pages_(new unsigned char[size]), bytes_(pages_.get(), size) {}
+#endif
+    std::span<unsigned char> All() const { return bytes_; }
 
   private:
-    static constexpr std::size_t kPage = 4096;
-
 #ifdef _WIN32
-    static unsigned char* Reserve(std::size_t size) {
-        void* pages = VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_NOACCESS);
-        if (pages == nullptr) throw std::bad_alloc();
-        return static_cast<unsigned char*>(pages);
-    }
-    static bool Open(unsigned char* start, std::size_t size) {
-        DWORD before;
-        return VirtualProtect(start, size, PAGE_READWRITE, &before) != FALSE;
-    }
-    static void Release(unsigned char* pages, std::size_t) { VirtualFree(pages, 0, MEM_RELEASE); }
+    static constexpr std::size_t kPage = 4096;
+    static constexpr std::size_t Whole(std::size_t size) { return (size + kPage - 1) / kPage * kPage; }
+    struct Free {
+        void operator()(void* pages) const { VirtualFree(pages, 0, MEM_RELEASE); }
+    };
+    std::unique_ptr<void, Free> pages_;
 #else
-    static unsigned char* Reserve(std::size_t size) {
-        void* pages = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (pages == MAP_FAILED) throw std::bad_alloc();
-        return static_cast<unsigned char*>(pages);
-    }
-    static bool Open(unsigned char* start, std::size_t size) {
-        return mprotect(start, size, PROT_READ | PROT_WRITE) == 0;
-    }
-    static void Release(unsigned char* pages, std::size_t size) { munmap(pages, size); }
+    std::unique_ptr<unsigned char[]> pages_;
 #endif
-
-    std::size_t size_;
-    unsigned char* pages_;
+    std::span<unsigned char> bytes_;
 };
 
 }  // namespace velk::test

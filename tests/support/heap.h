@@ -1,6 +1,7 @@
 // The C++ runtime's heap as one library uses it, seen at its import table.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -37,11 +38,13 @@ class Heap {
     }
 
   private:
-    // Odd, and where a program has nothing. Volatile, since the compiler takes out what nobody may read before a free.
+    // Odd, and where a program has nothing; the beginning of what is very large. Volatile, since the compiler takes out
+    // what nobody may read before a free.
     static void Spoil(void* block) {
         static std::uint32_t word = 0;
         auto* const words = static_cast<volatile std::uint32_t*>(block);
-        for (std::size_t i = 0; i < _msize(block) / sizeof word; ++i) words[i] = (word += 0x1002) | 0xD0000001;
+        const std::size_t size = std::min<std::size_t>(_msize(block), 1 << 16);
+        for (std::size_t i = 0; i < size / sizeof word; ++i) words[i] = (word += 0x1002) | 0xD0000001;
     }
     static void Count(void* block, int by) {
         held.blocks += by;

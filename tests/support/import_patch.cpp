@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
+#include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace velk::test {
 namespace {
@@ -43,21 +42,18 @@ void** FindSlot(HMODULE module, const char* function) {
     return nullptr;
 }
 
-// What a module binds at its first use comes from the GetProcAddress that it imports.
-struct Late {
-    const char* function;
-    void* replacement;
-};
-std::vector<Late> late;
-decltype(&GetProcAddress) beforeLate = &GetProcAddress;
+// What a module binds at its first use comes from the GetProcAddress that it imports: each name's place here is patched
+// as an import's is. It stays in that import for good.
+std::map<std::string, void*>& Late() {
+    static std::map<std::string, void*> late;
+    return late;
+}
+void* const kOfThePlatform = &Late();  // stands for what the platform finds
 
 FARPROC WINAPI FindLate(HMODULE module, LPCSTR name) {
-    for (const Late& patch : late) {
-        if (!IS_INTRESOURCE(name) && std::strcmp(name, patch.function) == 0) {
-            return reinterpret_cast<FARPROC>(patch.replacement);
-        }
-    }
-    return beforeLate(module, name);
+    const auto found = IS_INTRESOURCE(name) ? Late().end() : Late().find(name);
+    const bool patched = found != Late().end() && found->second != kOfThePlatform;
+    return patched ? reinterpret_cast<FARPROC>(found->second) : GetProcAddress(module, name);
 }
 
 bool Names(HMODULE module, std::string_view function) {
@@ -77,16 +73,13 @@ void* WriteInto(void** slot, void* value) {
 }
 
 ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) : slot_(FindSlot(module, function)) {
-    if (!slot_) {
+    void** const find = slot_ ? nullptr : FindSlot(module, "GetProcAddress");
+    if (find) {
         EXPECT_TRUE(Names(module, function)) << function << " is not used";
-        slot_ = FindSlot(module, "GetProcAddress");
-        late_ = function;
-        late.insert(late.begin(), {function, replacement});
-        replacement = reinterpret_cast<void*>(&FindLate);
+        WriteInto(find, reinterpret_cast<void*>(&FindLate));
+        slot_ = &Late().try_emplace(function, kOfThePlatform).first->second;
     }
-    if (!slot_) return;
-    original_ = WriteInto(slot_, replacement);
-    if (late_ && original_ != replacement) beforeLate = reinterpret_cast<decltype(&GetProcAddress)>(original_);
+    if (slot_) original_ = WriteInto(slot_, replacement);
 }
 
 bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
@@ -94,7 +87,6 @@ bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
 }
 
 ImportPatch::~ImportPatch() {
-    if (late_) late.erase(std::ranges::find(late, late_, &Late::function));
     if (slot_) WriteInto(slot_, original_);
 }
 

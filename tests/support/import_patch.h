@@ -7,7 +7,8 @@ namespace velk::test {
 // Exchanges what stands in a read-only place.
 void* WriteInto(void** slot, void* value);
 
-// Redirects one function that a module imports, or looks up at each use, for as long as the patch lives.
+// Redirects one function that a module imports, or looks up by its name, for as long as the patch lives. Null stands
+// for a platform that lacks a function that is looked up.
 class ImportPatch {
   public:
     // Fails the test when the module neither imports the function nor names it, to bind it at its first use.
@@ -25,7 +26,6 @@ class ImportPatch {
 
   private:
     void** slot_ = nullptr;
-    const char* late_ = nullptr;
     void* original_ = nullptr;
 };
 

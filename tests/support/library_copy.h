@@ -23,21 +23,12 @@ class LibraryCopy {
 
     HMODULE module() const noexcept { return module_; }
 
-    ComPtr<IDispatch> Create(REFCLSID clsid) const {
-        ComPtr<IClassFactory> factory;
-        ComPtr<IDispatch> object;
-        const auto getFactory = Export<decltype(&DllGetClassObject)>("DllGetClassObject", module_);
-        EXPECT_EQ(S_OK, getFactory(clsid, IID_IClassFactory, factory.ReceiveVoid()));
-        if (factory) {
-            EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()));
-        }
-        return object;
-    }
+    ComPtr<IDispatch> Create(REFCLSID clsid) const { return CreateObject<IDispatch>(clsid, module_); }
 
     // Fails the test when the library says that it is still needed.
     void Unload() {
         if (!module_) return;
-        EXPECT_EQ(S_OK, Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module_)());
+        EXPECT_TRUE(CanUnload(module_));
         EXPECT_TRUE(FreeLibrary(module_));
         EXPECT_EQ(nullptr, GetModuleHandleW(path_.c_str()));
         EXPECT_TRUE(DeleteFileW(path_.c_str()));

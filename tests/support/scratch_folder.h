@@ -23,7 +23,4 @@ class ScratchFolder {
     std::wstring path_;
 };
 
-// How many kernel handles this process has open.
-std::size_t OpenHandles();
-
 }  // namespace velk::test

@@ -80,7 +80,7 @@ class HookLibrary {
     }
     static bool CanUnload() {
         const HMODULE module = GetModuleHandleW(L"VelkSub.dll");
-        return module && Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module)() == S_OK;
+        return module && test::CanUnload(module);
     }
 
     // An earlier run may have left it registered.

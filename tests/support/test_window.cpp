@@ -16,8 +16,8 @@ TestWindow::TestWindow(DWORD style, Handler first, int width, int height) : hand
         description.lpszClassName = L"VelkTestWindow";
         return RegisterClassW(&description);
     }();
-    window_ = CreateWindowExW(0, MAKEINTATOM(kClass), L"test", style, 20, 20, width, height, nullptr, nullptr,
-                              GetModuleHandleW(nullptr), this);
+    window_ = CreateWindowExW(0, MAKEINTATOM(kClass), L"test", style, 20, 20, width, height,
+                              style & WS_CHILD ? HWND_MESSAGE : nullptr, nullptr, GetModuleHandleW(nullptr), this);
     EXPECT_NE(nullptr, window_) << "no window: is there a display?";
 }
 

@@ -8,6 +8,7 @@
 namespace velk::test {
 
 // A real window of the tests' own. Its handler sees each message first; what it leaves goes to the platform's default.
+// With WS_CHILD it is for messages only, which costs little.
 class TestWindow {
   public:
     using Handler = std::function<std::optional<LRESULT>(HWND, UINT, WPARAM, LPARAM)>;

@@ -1,6 +1,7 @@
 // Where the library's platform libraries come from. (That it leaves its process alone, the walks see.)
 #include "support/library_copy.h"
 #include "support/own_process.h"
+#include "support/scoped_variable.h"
 #include "trust/harness.h"
 
 namespace velk::test {
@@ -29,10 +30,10 @@ TEST(DISABLED_Decoys, AreFoundByWhoeverAsksForABareName) {
 TEST(DISABLED_Decoys, AreNotWhatTheLibraryLoads) {
     const Surroundings surroundings(kMain);
     ForEachMember(kMain, [](const Class& one, const Member& member) {
-        for (unsigned seed = 0; seed < 3; ++seed) Attempt(one, member, seed).Make();
+        for (unsigned seed = 0; seed < 3; ++seed) Attempt(one, member, seed).Make(seed);
     });
     const auto help = CreateObject<IDispatch>(__uuidof(CHtmlHelp));
-    const ProcedurePatch engine(Library(), "HtmlHelpA", nullptr);  // which is loaded only for a file that is there
+    const ImportPatch engine(Library(), "HtmlHelpA", nullptr);  // which is loaded only for a file that is there
     const Variant file = Text(LibraryPath());
     EXPECT_EQ(S_OK, Let(help.get(), L"HelpFile", {file}).result);
     Call(help.get(), L"OpenContents");

@@ -32,10 +32,8 @@ Member ReadMember(const Type& type, const FUNCDESC& function) {
         const USHORT attributes = function.lprgelemdescParam[i].paramdesc.wParamFlags;
         Taken taken = Resolve(type, description);
         taken.optional = attributes & PARAMFLAG_FOPT;
-        if (attributes & PARAMFLAG_FRETVAL)
-            member.result = taken;
-        else
-            member.parameters.push_back(taken);
+        member.hasResult |= (attributes & PARAMFLAG_FRETVAL) != 0;
+        member.takes.push_back(taken);
     }
     return member;
 }
@@ -55,14 +53,6 @@ void TellWhatEnded() {
 
 }  // namespace
 
-ComPtr<IDispatch> Class::MakeObject() const {
-    ComPtr<IClassFactory> factory;
-    ComPtr<IDispatch> object;
-    Export<decltype(&DllGetClassObject)>("DllGetClassObject", library)(clsid, IID_IClassFactory, factory.ReceiveVoid());
-    EXPECT_TRUE(factory && factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()) == S_OK);
-    return object;
-}
-
 const std::vector<Class>& ReadClasses(const wchar_t* library) {
     static std::map<std::wstring, std::vector<Class>> read;
     std::vector<Class>& classes = read[library];
@@ -78,10 +68,6 @@ const std::vector<Class>& ReadClasses(const wchar_t* library) {
     }
     EXPECT_FALSE(classes.empty());
     return classes;
-}
-
-bool CanUnload(const wchar_t* library) {
-    return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", ReadClasses(library)[0].library)() == S_OK;
 }
 
 void ForEachMember(const wchar_t* library, const std::function<void(const Class&, const Member&)>& trial) {
@@ -109,6 +95,7 @@ Surroundings::Surroundings(const wchar_t* library) {
 Surroundings::~Surroundings() {
     furtherObjects.clear();
     furtherTexts.clear();
+    DeleteFileW(BuiltFile(L"MyFileSettings.ini").c_str());
     EXPECT_EQ(1u, hook_->count());
     for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
 }
@@ -137,10 +124,8 @@ bool IsProper(HRESULT answer) {
 }
 
 Request::Request(const Member& member, Client& client, Arguments wanted) : id(member.id), flags(member.kind) {
-    for (const Taken taken : member.parameters) {
-        arguments.push_back(wanted == Arguments::Sane || OneIn(2) ? client.Sane(taken) : client.Any());
-    }
-    std::reverse(arguments.begin(), arguments.end());
+    for (std::size_t i = member.arguments(); i-- > 0;)
+        arguments.push_back(wanted == Arguments::Sane || OneIn(2) ? client.Sane(member.takes[i]) : client.Any());
     parameters = {arguments.data(), names.data(), static_cast<UINT>(arguments.size()), member.IsLet() ? 1u : 0u};
 }
 
@@ -170,56 +155,80 @@ void Request::Damage(Client& client) {
     AnyOf(kinds)();
 }
 
-SlotCall::SlotCall(const Member& member) : member_(member), takes_(member.parameters) {
-    if (member.result) takes_.push_back(*member.result);
-    places_.resize(takes_.size());
-    words_.resize(takes_.size());
-}
-
-void SlotCall::Give(std::size_t argument, Variant value) {
-    const Taken& taken = takes_[argument];
-    Variant& place = places_[argument] = std::move(value);
-    const bool whole = taken.type == VT_VARIANT;
-    if (!whole) place.vt = taken.type;
-    const void* const at = whole ? static_cast<void*>(&place) : static_cast<void*>(&place.llVal);
-    words_[argument] = taken.byReference ? reinterpret_cast<LONG_PTR>(at) : place.llVal;
-}
-
-HRESULT SlotCall::Make(IDispatch* object) {
+HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optional<Variant>>& places) {
     constexpr VARTYPE kPointer = sizeof(void*) == 4 ? VT_UI4 : VT_UI8;
     std::vector<VARTYPE> types;
-    std::vector<Variant> words(takes_.size());
+    std::vector<Variant> words(member.takes.size());
     std::vector<VARIANTARG*> arguments;
-    for (std::size_t i = 0; i < takes_.size(); ++i) {
-        types.push_back(takes_[i].byReference || takes_[i].type & VT_ARRAY ? kPointer : takes_[i].type);
-        words[i].llVal = words_[i];
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const auto& [type, byReference, optional] = member.takes[i];
+        types.push_back(byReference || type & VT_ARRAY ? kPointer : type);
         arguments.push_back(&words[i]);
+        if (!places[i]) continue;
+        Variant& place = *places[i];
+        if (type != VT_VARIANT) place.vt = type;
+        void* const at = type == VT_VARIANT ? static_cast<void*>(&place) : static_cast<void*>(&place.llVal);
+        words[i].llVal = byReference ? reinterpret_cast<LONG_PTR>(at) : place.llVal;
     }
     Variant answer;
-    EXPECT_EQ(S_OK, DispCallFunc(object, member_.slot, CC_STDCALL, VT_I4, static_cast<UINT>(types.size()), types.data(),
+    EXPECT_EQ(S_OK, DispCallFunc(object, member.slot, CC_STDCALL, VT_I4, static_cast<UINT>(types.size()), types.data(),
                                  arguments.data(), &answer));
     return answer.lVal;
 }
 
-Attempt::Attempt(const Class& one, const Member& member, unsigned seed)
-    : object_(one.MakeObject()), member_(member), seed_(seed) {
-    if (!object_.As<ISubclass>() && one.library == Library()) return;
-    PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
-    realWindow = window_.emplace().handle();
-    if (seed % 2) AttachTo(realWindow, object_.get());
+void ForgetError() {
+    ComPtr<IErrorInfo> error;
+    if (GetErrorInfo(0, error.Receive()) == S_OK) {
+        EXPECT_EQ(0u, error.Detach()->Release()) << "somebody else holds it, too";
+    }
 }
 
-Attempt::Answer Attempt::Make(const std::function<void()>& before, const std::function<void()>& after) {
-    engine.seed(seed_);
+void AnySink::Connect(IUnknown* source) {
+    ComPtr<IEnumConnectionPoints> points;
+    ComPtr<IConnectionPoint> point;
+    const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+    if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) return;
+    points->Next(1, point.Receive(), nullptr);
+    EXPECT_TRUE(FAILED(point->Advise(points.get(), &cookie_))) << "it hears no events";
+    if (SUCCEEDED(point->Advise(AnyOf(Objects()).get(), &cookie_))) point_ = std::move(point);
+}
+
+AttemptWindows::AttemptWindows() {
+    PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
+    for (const TestWindow& window : windows_) realWindows.push_back(window.handle());
+}
+
+void AttemptWindows::ExpectUntouched() const {
+    for (const TestWindow& window : windows_) {
+        EXPECT_EQ(procedure_, window.CurrentProcedure());
+        EXPECT_EQ(properties_, window.CountProperties());
+    }
+}
+
+Attempt::Attempt(const Class& one, const Member& member, unsigned seed)
+    : object_(one.MakeObject()), member_(member), hooks_(object_.As<ISubclass>()), connects_(seed % 2) {
+    if (hooks_ || one.library != Library()) windows_.emplace();
+    if (!hooks_ || seed % 2 == 0) return;
+    for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object_.get(), attach, {Arg(realWindows[0])});
+}
+
+Attempt::~Attempt() {
+    object_ = nullptr;
+    if (hooks_) windows_->ExpectUntouched();
+}
+
+Attempt::Answer Attempt::Make(unsigned seed, const std::function<void()>& before, const std::function<void()>& after) {
+    engine.seed(seed);
     Client client;
     Request request(member_, client, Arguments::Sane);
     Variant result;
     Raised raised;
     UINT bad = 0;
     if (before) before();
+    if (connects_) AnySink().Connect(object_.get());
     const HRESULT called = request.SendTo(object_.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
     if (after) after();
-    SetErrorInfo(0, nullptr);
+    ForgetError();
     return {called, raised.scode};
 }
 

@@ -10,19 +10,16 @@
 #include <string>
 #include <vector>
 
-#include "support/gdi_objects.h"
+#include "support/client.h"
 #include "support/heap.h"
 #include "support/malloc_spy.h"
-#include "support/report_recorder.h"
+#include "support/process_counts.h"
 #include "support/scratch_folder.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
-#include "trust/calm_platform.h"
 #include "trust/values.h"
 
 namespace velk::test {
-
-inline constexpr LONG kSumOfDigits = -873187034;  // the checksum of "123456789"
 
 // ---- What there is ----
 
@@ -33,10 +30,11 @@ struct Member {
     DISPID id;
     WORD kind;  // DISPATCH_ flag
     ULONG_PTR slot;
-    std::vector<Taken> parameters{};
-    std::optional<Taken> result{};
+    std::vector<Taken> takes{};  // by the slot: a result comes last
+    bool hasResult = false;
 
     bool IsLet() const noexcept { return (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0; }
+    std::size_t arguments() const noexcept { return takes.size() - hasResult; }
 };
 
 struct Class {
@@ -45,12 +43,11 @@ struct Class {
     HMODULE library;
     std::vector<Member> members{};
 
-    ComPtr<IDispatch> MakeObject() const;
+    ComPtr<IDispatch> MakeObject() const { return CreateObject<IDispatch>(clsid, library); }
 };
 
 // Of one of the built libraries, by its file's name.
 const std::vector<Class>& ReadClasses(const wchar_t* library);
-bool CanUnload(const wchar_t* library);
 inline std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
 
 // What every class and member is put through. The one in hand is named even when the process ends.
@@ -66,6 +63,9 @@ inline void Tell(const std::string& what, const std::string& figure) {
 
 // ---- What surrounds the calls ----
 
+// What no call can harm anything past; see there.
+std::list<ImportPatch> CalmPlatform();
+
 // A platform that they cannot harm, the hook library with a hook to pass to it, and files to read.
 class Surroundings {
   public:
@@ -75,7 +75,7 @@ class Surroundings {
     ~Surroundings();
 
   private:
-    const CalmPlatform calm_;
+    const std::list<ImportPatch> calm_ = CalmPlatform();
     const HookLibrary hooks_;
     const ComPtr<TestHook> hook_ = TestHook::Make(2);
     const ScratchFolder folder_;
@@ -104,20 +104,6 @@ struct Belongings {
     ProcessState process{};
 
     void ExpectNoMore() const;
-};
-
-// Runs the client's code in place of each message box.
-class OpenBox {
-  public:
-    explicit OpenBox(std::function<void()> whileOpen) { whileOpen_ = std::move(whileOpen); }
-    ~OpenBox() { whileOpen_ = nullptr; }
-
-  private:
-    static int WINAPI Show(HWND, LPCWSTR, LPCWSTR, UINT) { return whileOpen_(), IDOK; }
-
-    static inline std::function<void()> whileOpen_;
-    const ScopedVariable asBoxes_{L"VELKSPRT_REPORTS", nullptr};
-    const ImportPatch patch_{Library(), "MessageBoxW", reinterpret_cast<void*>(&Show)};
 };
 
 // ---- Calls ----
@@ -158,24 +144,46 @@ struct Request {
     bool isNull = false;
 };
 
-// A compiled client's call through the vtable: null and zero for everything, but for what is given. A result comes
-// last.
-class SlotCall {
-  public:
-    explicit SlotCall(const Member& member);
+// A compiled client's call through the vtable, with what each argument and the result is or finds in its place; null
+// and zero where there is none.
+HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optional<Variant>>& places);
 
-    void Give(std::size_t argument, Variant value = {});  // where a pointer is taken, in a place of the client's
-    HRESULT Make(IDispatch* object);
+// What the thread's last error is told with has to be gone with the thread's own reference.
+void ForgetError();
+
+// Connects an object's events, if it has any: a sink that is refused, and one that is not.
+class AnySink {
+  public:
+    void Connect(IUnknown* source);
+    void Disconnect() {
+        if (const auto point = std::exchange(point_, nullptr)) point->Unadvise(cookie_);
+    }
+    void Forget() { point_ = nullptr; }  // which holds the source, too
 
   private:
-    const Member& member_;
-    std::vector<Taken> takes_;
-    std::vector<Variant> places_;
-    std::vector<LONGLONG> words_;
+    ComPtr<IConnectionPoint> point_;
+    DWORD cookie_ = 0;
 };
 
-// One call with sane arguments; the same ones for the same seed. Objects that hook windows get one, every second time
-// before the call.
+// Windows as calls meet them, and check that what hooked them leaves them as they were. Without a parent on the screen
+// they cost little.
+class AttemptWindows {
+  public:
+    AttemptWindows();
+    AttemptWindows(const AttemptWindows&) = delete;
+    AttemptWindows& operator=(const AttemptWindows&) = delete;
+    ~AttemptWindows() { realWindows.clear(); }
+
+    void ExpectUntouched() const;
+
+  private:
+    const TestWindow windows_[2]{TestWindow(WS_CHILD), TestWindow(WS_CHILD)};
+    const WNDPROC procedure_ = windows_[0].CurrentProcedure();
+    const int properties_ = windows_[0].CountProperties();
+};
+
+// Calls of one member of one object with sane arguments; the same ones for the same seed. With odd seeds objects that
+// hook windows have one from the start, and those with events a sink.
 class Attempt {
   public:
     struct Answer {
@@ -186,21 +194,16 @@ class Attempt {
     Attempt(const Class& one, const Member& member, unsigned seed);
     Attempt(const Attempt&) = delete;
     Attempt& operator=(const Attempt&) = delete;
-    ~Attempt() { realWindow = 0; }
+    ~Attempt();
 
-    Answer Make(const std::function<void()>& before = {}, const std::function<void()>& after = {});
+    Answer Make(unsigned seed, const std::function<void()>& before = {}, const std::function<void()>& after = {});
     IDispatch* object() const noexcept { return object_.get(); }
 
   private:
-    std::optional<TestWindow> window_;  // outlives the object; hooks are destroyed with it
+    std::optional<AttemptWindows> windows_;  // outlive the object; hooks are destroyed with it
     ComPtr<IDispatch> object_;
     const Member& member_;
-    unsigned seed_;
+    const bool hooks_, connects_;
 };
-
-// For objects that hook windows: the member for it has one of two names.
-inline void AttachTo(LONG window, IDispatch* object) {
-    for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object, attach, {Arg(window)});
-}
 
 }  // namespace velk::test

@@ -87,7 +87,7 @@ Variant SaneValue(VARTYPE type) {
     if (type == VT_BSTR) return TextValue();
     if (type == VT_DISPATCH || type == VT_UNKNOWN) return ObjectValue();
     if (type == (VT_ARRAY | VT_BSTR)) return OneIn(5) ? Of(type) : StringArray();
-    if (type == VT_I4 && realWindow && OneIn(2)) return Of(type, realWindow);
+    if (type == VT_I4 && !realWindows.empty() && OneIn(2)) return Of(type, AnyOf(realWindows));
     Variant value = Of(type, Below(5));
     if (type == VT_R8) value.dblVal = Below(1000) / 8.0;
     return value;
@@ -147,6 +147,7 @@ std::vector<ComPtr<ValueObject>>& Objects() {
 
 VARIANT Client::Sane(Taken taken) {
     Variant value = OneIn(4) ? SimpleValue() : SaneValue(taken.type);
+    if (value.vt < VT_BSTR && OneIn(8)) VariantChangeType(&value, &value, 0, VT_BSTR);
     if (value.vt != taken.type || OneIn(3)) return OneIn(2) ? Plain(std::move(value)) : Variable(std::move(value));
     return taken.byReference ? Reference(std::move(value)) : Plain(std::move(value));
 }

@@ -20,9 +20,9 @@ auto& AnyOf(Values& values) {
     return values[static_cast<std::size_t>(Below(static_cast<int>(std::size(values))))];
 }
 
-// What calls may meet: a window, texts that name something, and objects. Reading an object or asking it who it is runs
+// What calls may meet: windows, texts that name something, and objects. Reading an object or asking it who it is runs
 // the client's code.
-inline LONG realWindow = 0;
+inline std::vector<LONG> realWindows;
 inline std::vector<std::wstring> furtherTexts;
 inline std::vector<ComPtr<IDispatch>> furtherObjects;
 std::vector<ComPtr<ValueObject>>& Objects();

@@ -1,8 +1,9 @@
 // What every member of every class is put through: calls again and again, failing allocations, nulls, wrong kinds, and
 // hostile calls during which the client's code does what it likes.
 #include <map>
-#include <set>
 
+#include "support/fake.h"
+#include "support/scoped_variable.h"
 #include "trust/harness.h"
 
 namespace velk::test {
@@ -14,6 +15,7 @@ class Walk : public testing::TestWithParam<const wchar_t*> {
   protected:
     void ForEach(const std::function<void(const Class&, const Member&)>& trial) { ForEachMember(GetParam(), trial); }
 
+    const bool isMain_ = GetParam() == std::wstring_view(kMain);
     const HMODULE module_ = ReadClasses(GetParam())[0].library;
     const std::string library_ = "`" + Narrow(GetParam()) + "`";
     const Surroundings surroundings_{GetParam()};
@@ -22,63 +24,66 @@ class Walk : public testing::TestWithParam<const wchar_t*> {
 INSTANTIATE_TEST_SUITE_P(Both, Walk, testing::Values(kMain, kHooks),
                          [](const auto& given) { return given.param == std::wstring_view(kMain) ? "Main" : "Hooks"; });
 
-TEST_P(Walk, ManyCyclesLeaveNothingBehindAndChangeNothingOfTheProcess) {
-    constexpr unsigned kVariations = 10;
-    const unsigned cycles = static_cast<unsigned>(AtScale(30, 1000));
+double CommittedMegabytes() {
+    SIZE_T bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region);) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+        const char* const next = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+        if (next <= at) break;
+        at = next;
+    }
+    return static_cast<double>(bytes) / (1 << 20);
+}
+
+// Each cycle has ten calls of every member; as many cycles as the scale says, or minutes as VELK_SOAK_MINUTES says.
+TEST_P(Walk, CyclesLeaveNothingBehindAndChangeNothingOfTheProcess) {
+    const char* const soak = std::getenv("VELK_SOAK_MINUTES");
     const Heap heap(module_);
-    const ProcessState before;
-    int members = 0;
-    ForEach([&](const Class& one, const Member& member) {
-        const auto run = [&](unsigned count) {
-            for (unsigned i = 0; i < count; ++i) Attempt(one, member, kSeed + i % kVariations).Make();
-        };
-        run(kVariations);
-        const Belongings warm;
-        run(cycles);
-        warm.ExpectNoMore();
-        ++members;
-    });
-    EXPECT_TRUE(before == ProcessState());
-    EXPECT_TRUE(CanUnload(GetParam()));
-    Tell("Cycles of each of the " + std::to_string(members) + " members of " + library_ +
-             ": strings, arrays, memory, kernel handles, drawing objects left behind",
-         std::to_string(cycles) + " cycles, none left");
+    int cycles = -1;
+    double memory = 0;
+    const ULONGLONG start = GetTickCount64();
+    const auto goesOn = [&] {
+        return soak ? GetTickCount64() - start < 60'000 * std::atof(soak) : cycles < AtScale(3, 100);
+    };
+    for (const ProcessState process; cycles < 1 || goesOn(); ++cycles) {
+        ForEach([&](const Class& one, const Member& member) {
+            const Belongings before;
+            for (unsigned seed = 0; seed < 10; ++seed) Attempt(one, member, kSeed + seed).Make(kSeed + seed);
+            if (cycles >= 0) before.ExpectNoMore();  // the first makes what stays
+        });
+        EXPECT_TRUE(process == ProcessState());
+        if (cycles < 1) memory = CommittedMegabytes();
+    }
+    EXPECT_LT(CommittedMegabytes(), memory + 1);
+    EXPECT_TRUE(CanUnload(module_));
+    Tell("Cycles of ten calls of every member of " + library_ + ": strings, arrays, memory, handles, drawing objects",
+         std::to_string(cycles) + ", none left behind, within 1 MB of " + std::to_string(static_cast<int>(memory)) +
+             " MB");
 }
 
 // ---- Memory that runs out ----
 
-// A function of the platform that allocates, and is refused as the heap is.
-template <auto Function, class = decltype(Function)>
-struct Scarce;
-template <auto Function, class Result, class... Given>
-struct Scarce<Function, Result(WINAPI*)(Given...)> {
-    static Result WINAPI Call(Given... given) {
-        if (!Heap::Refuses(0)) return Function(given...);
-        if constexpr (std::is_pointer_v<Result>)
-            return nullptr;
-        else
-            return E_OUTOFMEMORY;
-    }
-};
+constexpr auto kUnlessRefused = [](auto...) { return !Heap::Refuses(0); };
+template <auto Function>
+void* const kScarce = kGuarded<Function, kUnlessRefused>;
 
 // The allocation with the number that is set, counted from then on, fails, on the heap or in the platform.
 class FailingMemory {
   public:
     explicit FailingMemory(HMODULE library)
         : heap_(library, [this](std::size_t) { return left_ > 0 && --left_ == 0; }) {
-        const auto patch = [&](const char* name, auto* replacement) {
-            if (ImportPatch::IsImported(library, name))
-                patches_.emplace_back(library, name, reinterpret_cast<void*>(replacement));
-        };
-        patch("SysAllocStringLen", &Scarce<&SysAllocStringLen>::Call);
-        patch("SysAllocStringByteLen", &Scarce<&SysAllocStringByteLen>::Call);
-        patch("SafeArrayCreate", &Scarce<&SafeArrayCreate>::Call);
-        patch("SafeArrayCopy", &Scarce<&SafeArrayCopy>::Call);
-        patch("VariantCopy", &Scarce<&VariantCopy>::Call);
-        patch("VariantCopyInd", &Scarce<&VariantCopyInd>::Call);
-        patch("VariantChangeType", &Scarce<&VariantChangeType>::Call);
-        patch("VariantChangeTypeEx", &Scarce<&VariantChangeTypeEx>::Call);
-        patch("CreateErrorInfo", &Scarce<&CreateErrorInfo>::Call);
+        for (const auto& [name, replacement] : {std::pair("SysAllocStringLen", kScarce<&SysAllocStringLen>),
+                                                {"SysAllocStringByteLen", kScarce<&SysAllocStringByteLen>},
+                                                {"SafeArrayCreate", kScarce<&SafeArrayCreate>},
+                                                {"SafeArrayCopy", kScarce<&SafeArrayCopy>},
+                                                {"VariantCopy", kScarce<&VariantCopy>},
+                                                {"VariantCopyInd", kScarce<&VariantCopyInd>},
+                                                {"VariantChangeType", kScarce<&VariantChangeType>},
+                                                {"VariantChangeTypeEx", kScarce<&VariantChangeTypeEx>},
+                                                {"CreateErrorInfo", kScarce<&CreateErrorInfo>}}) {
+            if (ImportPatch::IsImported(library, name)) patches_.emplace_back(library, name, replacement);
+        }
     }
     void FailAt(int number) noexcept { left_ = number; }
     bool Disarm() noexcept { return std::exchange(left_, 0) == 0; }  // whether it has failed
@@ -107,35 +112,39 @@ bool SaysSo(const Attempt::Answer& answer, const Attempt::Answer& undisturbed) {
     return answer.code == E_OUTOFMEMORY || answer.code == kOutOfMemory || ofTheClass || answer.code == undisturbed.code;
 }
 
+// The object has been called before, so that there is something to lose.
 TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
     FailingMemory memory(module_);
     int failures = 0;
-    // Whether the call has as many allocations as that.
-    const auto fail = [&](const Class& one, const Member& member, unsigned seed, int number) {
-        const auto undisturbed = Attempt(one, member, seed).Make();
-        Attempt attempt(one, member, seed);
-        const auto before = StateOf(one, attempt.object());
-        bool failed = false;
-        const auto answer = attempt.Make([&] { memory.FailAt(number); }, [&] { failed = memory.Disarm(); });
-        EXPECT_TRUE(SaysSo(answer, undisturbed))
-            << "allocation " << number << std::hex << ": " << answer.called << " " << answer.code;
-        if (FAILED(answer.called)) {
-            EXPECT_EQ(before, StateOf(one, attempt.object())) << "allocation " << number;
-        }
-        return failed;
-    };
     ForEach([&](const Class& one, const Member& member) {
         for (unsigned seed = 0; seed < static_cast<unsigned>(AtScale(3, 20)); ++seed) {
-            fail(one, member, seed, INT_MAX);
+            Attempt::Answer undisturbed{};
+            // Whether the call has as many allocations as that; 0: none fails.
+            const auto fail = [&](int number) {
+                Attempt attempt(one, member, seed);
+                attempt.Make(seed + 1000);
+                const auto before = StateOf(one, attempt.object());
+                bool failed = false;
+                const auto answer = attempt.Make(
+                    seed, [&] { memory.FailAt(number); }, [&] { failed = memory.Disarm() && number; });
+                if (number == 0) undisturbed = answer;
+                EXPECT_TRUE(SaysSo(answer, undisturbed))
+                    << "allocation " << number << std::hex << ": " << answer.called << " " << answer.code;
+                if (FAILED(answer.called)) {
+                    EXPECT_EQ(before, StateOf(one, attempt.object())) << "allocation " << number;
+                }
+                return failed;
+            };
+            fail(0);
             const Belongings before;
             int number = 1;
-            while (fail(one, member, seed, number)) ++number;
+            while (fail(number)) ++number;
             failures += number - 1;
             before.ExpectNoMore();
         }
     });
     Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failures));
-    EXPECT_GT(failures, GetParam() == std::wstring_view(kMain) ? 100 : 0);
+    EXPECT_GT(failures, isMain_ ? 100 : 0);
 }
 
 // ---- Nothing and the wrong thing ----
@@ -144,26 +153,27 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
 // may not do without is a pointer to it.
 TEST_P(Walk, ThroughTheVtableMembersGetNullAndRefuseIt) {
     ForEach([](const Class& one, const Member& member) {
-        const HRESULT nothing = SlotCall(member).Make(one.MakeObject().get());
-        EXPECT_TRUE(FAILED(nothing) || (nothing == S_OK && !member.result)) << std::hex << nothing;
-        const std::size_t count = member.parameters.size() + (member.result ? 1 : 0);
-        const auto callWithout = [&](std::size_t null) {
-            SlotCall call(member);
+        const std::size_t count = member.takes.size();
+        const auto call = [&](auto&& isGiven) {
+            std::vector<std::optional<Variant>> places(count);
             for (std::size_t i = 0; i < count; ++i) {
-                if (i != null) call.Give(i);
+                if (isGiven(i)) places[i].emplace();
             }
-            return call.Make(one.MakeObject().get());
+            const HRESULT answer = CallSlot(one.MakeObject().get(), member, places);
+            ForgetError();
+            return answer;
         };
-        const HRESULT empty = callWithout(count);  // which may be refused before
+        const HRESULT nothing = call([](std::size_t) { return false; });
+        EXPECT_TRUE(FAILED(nothing) || (nothing == S_OK && !member.hasResult)) << std::hex << nothing;
+        const HRESULT empty = call([](std::size_t) { return true; });  // which may be refused before
         for (std::size_t null = 0; null < count; ++null) {
-            const bool isResult = null == member.parameters.size();
-            if (!isResult && (!member.parameters[null].byReference || member.parameters[null].optional)) continue;
-            const HRESULT answer = callWithout(null);
+            const bool isResult = null == member.arguments();
+            if (!isResult && (!member.takes[null].byReference || member.takes[null].optional)) continue;
+            const HRESULT answer = call([null](std::size_t i) { return i != null; });
             EXPECT_TRUE(answer == E_POINTER || (FAILED(empty) && !isResult && answer == empty))
                 << "argument " << null << std::hex << ": " << answer;
         }
     });
-    SetErrorInfo(0, nullptr);
 }
 
 TEST_P(Walk, AnArgumentOfTheWrongKindIsRefusedByItsPlace) {
@@ -172,12 +182,12 @@ TEST_P(Walk, AnArgumentOfTheWrongKindIsRefusedByItsPlace) {
     array.parray = SafeArrayCreateVector(VT_I4, 0, 1);
     ForEach([&](const Class& one, const Member& member) {
         const ComPtr<IDispatch> object = one.MakeObject();
-        const UINT count = static_cast<UINT>(member.parameters.size());
+        const UINT count = static_cast<UINT>(member.arguments());
         for (UINT wrong = 0; wrong < count; ++wrong) {
-            if (member.parameters[count - 1 - wrong].type == VT_VARIANT) continue;
+            if (member.takes[count - 1 - wrong].type == VT_VARIANT) continue;
             std::vector<VARIANT> arguments(count, VARIANT{});
             for (UINT i = 0; i < count; ++i) {
-                const VARTYPE type = member.parameters[count - 1 - i].type;
+                const VARTYPE type = member.takes[count - 1 - i].type;
                 if (type != VT_VARIANT) arguments[i].vt = type;
             }
             arguments[wrong] = array;
@@ -209,17 +219,15 @@ class Campaign {
         constexpr int kCallsAnObject = 100;
         for (const int last = made_ + calls; made_ < last;) {
             class_ = &AnyOf(classes_);
-            const TestWindow window;
-            realWindow = window.handle();
+            const AttemptWindows windows;
             object_ = class_->MakeObject();
-            if (OneIn(3)) Connect();
+            if (OneIn(3)) sink_.Connect(object_.get());
             for (int i = 0; i < kCallsAnObject && object_; ++i) Call();
-            Disconnect();
+            sink_.Disconnect();
             object_ = nullptr;
             PumpMessages();
-            realWindow = 0;
         }
-        SetErrorInfo(0, nullptr);
+        ForgetError();
     }
 
     void Print() const {
@@ -228,27 +236,15 @@ class Campaign {
     }
 
   private:
-    void Connect() {
-        ComPtr<IEnumConnectionPoints> points;
-        if (const auto container = object_.As<IConnectionPointContainer>()) {
-            container->EnumConnectionPoints(points.Receive());
-            points->Next(1, point_.Receive(), nullptr);
-            EXPECT_EQ(S_OK, point_->Advise(AnyOf(Objects()).get(), &cookie_));
-        }
-    }
-    void Disconnect() {
-        if (const auto point = std::exchange(point_, nullptr)) point->Unadvise(cookie_);
-    }
-
     void Interfere() {
         if (!object_ || depth_ == 2 || OneIn(2)) return Client::ChangeAVariable();
         ++depth_, ++inside_;
         if (OneIn(8)) {
-            point_ = nullptr;  // which holds the object, too
+            sink_.Forget();
             object_ = nullptr;
             ++letGo_;
         } else if (OneIn(8)) {
-            Disconnect();
+            sink_.Disconnect();
         } else {
             Call();
         }
@@ -260,7 +256,7 @@ class Campaign {
         inHand = std::to_string(++made_) + ": " + Narrow(class_->name + L"." + member.name);
         Client client;
         if (OneIn(20)) return AskForNames(member);
-        if (OneIn(8)) return CallSlot(member);
+        if (OneIn(8)) return CallBySlot(member);
         const bool sane = OneIn(3);
         Request request(member, client, sane ? Arguments::Sane : Arguments::Any);
         if (!sane && OneIn(2)) request.Damage(client);
@@ -281,11 +277,11 @@ class Campaign {
     }
 
     // Nothing holds the object but the member.
-    void CallSlot(const Member& member) {
-        SlotCall call(member);
-        for (std::size_t i = 0; i < member.parameters.size(); ++i) call.Give(i, ExactValue(member.parameters[i].type));
-        if (member.result) call.Give(member.parameters.size());
-        call.Make(object_.get());
+    void CallBySlot(const Member& member) {
+        std::vector<std::optional<Variant>> places;
+        for (const Taken& taken : member.takes)
+            places.push_back(places.size() < member.arguments() ? ExactValue(taken.type) : Variant());
+        CallSlot(object_.get(), member, places);
     }
 
     void AskForNames(const Member& member) {
@@ -309,79 +305,26 @@ class Campaign {
     const std::vector<Class>& classes_;
     const Class* class_ = nullptr;
     ComPtr<IDispatch> object_;
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
+    AnySink sink_;
     int made_ = 0, depth_ = 0, inside_ = 0, letGo_ = 0;
     std::map<ULONG, int> answers_;
 };
 
 TEST_P(Walk, HostileCallsGetAProperAnswerAndLeaveNothingBehind) {
     const Heap heap(module_);
-    const int calls = GetParam() == std::wstring_view(kMain) ? AtScale(100'000, 1'000'000) : AtScale(20'000, 200'000);
+    const int calls = isMain_ ? AtScale(100'000, 1'000'000) : AtScale(20'000, 200'000);
     {
         Campaign campaign(GetParam());
-        const OpenBox boxes([] { clientCode(); });
+        const ScopedVariable asBoxes(L"VELKSPRT_REPORTS", nullptr);
+        const Fake boxes("MessageBoxW", &MessageBoxW, [](HWND, LPCWSTR, LPCWSTR, UINT) { return clientCode(), IDOK; });
         campaign.Run(static_cast<int>(ReadClasses(GetParam()).size()) * 2000);  // until all that stays is there
         const Belongings before;
         campaign.Run(calls);
         campaign.Print();
         before.ExpectNoMore();
     }
-    EXPECT_TRUE(CanUnload(GetParam()));
+    EXPECT_TRUE(CanUnload(module_));
     Tell("Malformed and hostile calls of every member of " + library_, std::to_string(calls));
-}
-
-// ---- Over a long time ----
-
-double CommittedMegabytes() {
-    SIZE_T bytes = 0;
-    MEMORY_BASIC_INFORMATION region{};
-    for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region);) {
-        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
-        const char* const next = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
-        if (next <= at) break;
-        at = next;
-    }
-    return static_cast<double>(bytes) / (1 << 20);
-}
-
-// Rounds over all members, as many minutes as VELK_SOAK_MINUTES says.
-TEST_P(Walk, ASoakKeepsNoMemory) {
-    const char* const asked = std::getenv("VELK_SOAK_MINUTES");
-    if (!asked) GTEST_SKIP() << "only where VELK_SOAK_MINUTES is set";
-    unsigned rounds = 0;
-    const auto run = [&] {
-        for (unsigned seed = 0; seed < 50; ++seed, ++rounds)
-            ForEach([&](const Class& one, const Member& member) { Attempt(one, member, seed).Make(); });
-    };
-    run(), run();
-    const Belongings before;
-    const double memory = CommittedMegabytes();
-    for (const ULONGLONG start = GetTickCount64(); GetTickCount64() - start < 60'000 * std::atof(asked);) run();
-    before.ExpectNoMore();
-    EXPECT_LT(CommittedMegabytes(), memory + 1);
-    Tell("Soak over all members of " + library_ + " for " + asked + " minutes",
-         std::to_string(rounds) + " rounds, within 1 MB of " + std::to_string(static_cast<int>(memory)) + " MB");
-}
-
-TEST(HookedWindows, AWindowThatAnObjectLeavesIsAsItWas) {
-    const Surroundings surroundings(kMain);
-    int classes = 0;
-    for (const Class& one : ReadClasses(kMain)) {
-        const ComPtr<IDispatch> object = one.MakeObject();
-        if (!object.As<ISubclass>()) continue;
-        ++classes;
-        const TestWindow first, last;
-        const WNDPROC procedure = first.CurrentProcedure();
-        const int properties = first.CountProperties();
-        for (int i = 0; i < 1000; ++i) {
-            for (const TestWindow* const window : {&first, &last}) AttachTo(window->handle(), object.get());
-        }
-        EXPECT_LT(properties, last.CountProperties()) << "not attached: the test says nothing";
-        EXPECT_EQ(properties, first.CountProperties());
-        EXPECT_EQ(procedure, first.CurrentProcedure());
-    }
-    EXPECT_GE(classes, 3);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 #include "support/facts.h"
 #include "support/fake.h"
-#include "support/gdi_objects.h"
+#include "support/process_counts.h"
 #include "support/report_recorder.h"
 #include "support/sheet.h"
 #include "winhelpers/support/dotted_brush.h"

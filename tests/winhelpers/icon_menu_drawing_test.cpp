@@ -6,9 +6,9 @@
 
 #include "support/facts.h"
 #include "support/fake.h"
-#include "support/gdi_objects.h"
-#include "support/procedure_patch.h"
-#include "support/scarce_memory.h"
+#include "support/heap.h"
+#include "support/import_patch.h"
+#include "support/process_counts.h"
 #include "support/sheet.h"
 #include "winhelpers/menu_fixture.h"
 
@@ -95,7 +95,7 @@ class StagedSystem {
         return font.lfHeight = fontHeight, font.lfWeight = FW_NORMAL, read;
     }
 
-    const ProcedurePatch densityOf_{Library(), "GetDpiForWindow", Address(&DensityOf)};
+    const ImportPatch densityOf_{Library(), "GetDpiForWindow", Address(&DensityOf)};
     const ImportPatch patches_[4]{{Library(), "GetSysColor", Address(&Colour)},
                                   {Library(), "GetTextMetricsW", Address(&Metrics)},
                                   {Library(), "DrawTextW", Address(&DrawBars)},
@@ -190,7 +190,7 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
     };
     for (const auto& change : changes) change(), top += Draw(sheet, 4, top, position) + 4;
     {
-        const ProcedurePatch none(Library(), "GetDpiForWindow", nullptr);
+        const ImportPatch none(Library(), "GetDpiForWindow", nullptr);
         Reopen();
         Draw(sheet, 4, top, position);  // of the system's density
     }
@@ -287,7 +287,7 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown
     showAll(), Reopen(), showAll();
     const int objects = GdiObjects();
     {
-        const ScarceMemory none(0, SIZE_MAX);
+        const Heap none(Library(), [](std::size_t) { return true; });
         Reopen(), showAll(), Close();
     }
     Open(menu);

@@ -5,9 +5,9 @@
 
 #include "support/departures.h"
 #include "support/fake.h"
-#include "support/gdi_objects.h"
+#include "support/heap.h"
+#include "support/process_counts.h"
 #include "support/report_recorder.h"
-#include "support/scarce_memory.h"
 #include "winhelpers/menu_fixture.h"
 
 #include <oleacc.h>
@@ -81,7 +81,7 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
             {'n', [&] { Send(WM_INITMENUPOPUP, second.get()); }},
             {'s', [&] { Send(WM_INITMENUPOPUP, ItemsOf(menu)[kMore].submenu); }},
             {'o', [&] { Send(WM_INITMENUPOPUP, menu, LongToPtr(MAKELPARAM(0, TRUE))); }},
-            {'i', [&] { ScarceMemory(0, SIZE_MAX), Send(WM_INITMENUPOPUP, menu); }},
+            {'i', [&] { Heap(Library(), [](std::size_t) { return true; }), Send(WM_INITMENUPOPUP, menu); }},
             {'E', [&] { inOther(WM_ENTERMENULOOP); }},
             {'X', [&] { inOther(WM_EXITMENULOOP); }},
             {'M', [&] { inOther(WM_INITMENUPOPUP, menu); }},
@@ -102,7 +102,7 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
                  note('s', more, "d", {{.id = 300, .text = L"&Inner"}}), noted += ';';
              }}};
         Attach(window_.get());
-        for (const char* event = play; *event; ++event) actions.at(*event)();
+        for (const char* event = play; *event; ++event) actions.at (*event)();
         EXPECT_EQ(expected, noted) << play;
         SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, 0);
     }

@@ -1,0 +1,54 @@
+// What this process has open, by the platform's own tables.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "platform/platform.h"
+#include "support/departures.h"
+
+#include <winternl.h>
+
+namespace velk::test {
+
+// Kernel handles.
+inline std::size_t OpenHandles() {
+    struct Entry {
+        ULONG process;
+        UCHAR type, attributes;
+        USHORT handle;
+        PVOID object;
+        ULONG access;
+    };
+    struct Table {
+        ULONG count;
+        Entry entries[1];
+    };
+    constexpr auto kHandles = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+    constexpr ULONG kSize = 1 << 20;
+    static const auto query =
+        FindFunction<decltype(NtQuerySystemInformation)>(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation");
+    static auto* const table = static_cast<Table*>(std::malloc(kSize));
+    EXPECT_EQ(0, query(kHandles, table, kSize, nullptr));
+    return static_cast<std::size_t>(
+        std::count_if(table->entries, table->entries + table->count,
+                      [](const Entry& entry) { return entry.process == GetCurrentProcessId(); }));
+}
+
+// Drawing objects and device contexts.
+inline int GdiObjects() {
+    const DWORD counted = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+    EXPECT_EQ(Departs("GetGuiResources"), counted == 0);
+    if (counted) return static_cast<int>(counted);
+    struct Entry {
+        BYTE unknown[14], type, more[9];
+    };
+    constexpr std::size_t kTable = sizeof(void*) == 4 ? 0x94 : 0xF8, kEntries = 0x4000;
+    const auto* const process = reinterpret_cast<const BYTE*>(NtCurrentTeb()->ProcessEnvironmentBlock);
+    const auto* const table = *reinterpret_cast<const Entry* const*>(process + kTable);
+    return static_cast<int>(std::count_if(table, table + kEntries, [](const Entry& entry) { return entry.type != 0; }));
+}
+
+}  // namespace velk::test
