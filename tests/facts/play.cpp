@@ -241,6 +241,9 @@ class ScenarioRun {
         ULONG fetched = 0;
         EXPECT_EQ(S_OK, all->Next(1, &first, &fetched));
         EXPECT_EQ(wanted, L"[" + Show(first) + L", " + Rest(copy.get()) + L"]");
+        for (const HRESULT answer :
+             {all->Next(2, &first, nullptr), all->Next(1, nullptr, &fetched), all->Clone(nullptr)})
+            EXPECT_EQ(E_POINTER, answer);
     }
 
     void Step(const std::wstring& line) {

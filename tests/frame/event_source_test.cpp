@@ -66,7 +66,8 @@ TEST_F(EventSourceTest, ContainerSharesTheObjectsIdentityAndThePointHasItsOwn) {
     }
 }
 
-// Each part keeps the library, and the source with its sinks, as long as somebody holds it.
+// Each part keeps the library, and the source with its sinks, as long as somebody holds it. How enumerators walk, the
+// facts say.
 TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
     const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     ComPtr<IEnumConnectionPoints> points;
@@ -80,34 +81,23 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
     EXPECT_EQ(S_FALSE, points->Next(2, found, &fetched));
     EXPECT_EQ(1u, fetched);
     point_ = ComPtr<IConnectionPoint>::Attach(found[0]);
-    EXPECT_EQ(S_FALSE, points->Next(1, found, nullptr));
-    EXPECT_EQ(E_POINTER, points->Next(2, found, nullptr));
-    EXPECT_EQ(E_POINTER, points->Next(1, nullptr, &fetched));
     points = nullptr;
 
-    ComPtr<IEnumConnections> connections, copy;
+    ComPtr<IEnumConnections> connections;
     ASSERT_EQ(S_OK, point_->EnumConnections(connections.Receive()));
     EXPECT_EQ(S_OK, point_->Unadvise(cookies[1]));
-    EXPECT_FALSE(CanUnload()) << "the connection point alone";
     point_ = nullptr;
     EXPECT_FALSE(CanUnload()) << "the enumerator of connections alone";
     EXPECT_EQ(2u, first_->count()) << "the source has let its sinks go";
     EXPECT_EQ(S_OK, connections->Skip(1));
-    ASSERT_EQ(S_OK, connections->Clone(copy.Receive()));
     CONNECTDATA given[3] = {};
     EXPECT_EQ(S_FALSE, connections->Next(3, given, &fetched));
     EXPECT_EQ(2u, fetched);
     for (const int i : {0, 1}) {
         EXPECT_EQ(cookies[1 + i], given[i].dwCookie);
-        EXPECT_EQ(i ? third_.get() : second_.get(), given[i].pUnk);
-        given[i].pUnk->Release();
+        EXPECT_EQ(i ? third_.get() : second_.get(), ComPtr<IUnknown>::Attach(given[i].pUnk).get());
     }
-    EXPECT_EQ(S_FALSE, connections->Skip(1));
-    EXPECT_EQ(S_OK, connections->Reset());
-    EXPECT_EQ(S_OK, connections->Skip(3));
-    EXPECT_EQ(S_OK, copy->Skip(2));  // the copy stood where it was taken
-    EXPECT_EQ(E_POINTER, copy->Clone(nullptr));
-    copy = connections = nullptr;
+    connections = nullptr;
     EXPECT_EQ(3u, first_->count() + second_->count() + third_->count());
     EXPECT_TRUE(CanUnload());
 }
@@ -115,31 +105,29 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
 TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers) {
     const auto late = EventSink::Make();
     const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
-    ULONG held = 0;
     first_->answer = DISP_E_EXCEPTION;
     first_->onEvent = [&](VARIANT* argument) {
         for (const int i : {0, 2}) point_->Unadvise(cookies[i]);  // the second must not be skipped for it
-        held = first_->count();                                   // by the event alone
-        *argument->pfltVal = 0.25f;                               // the next sink does not see it
+        EXPECT_EQ(2u, first_->count()) << "by the event alone";
+        *argument->pfltVal = 0.25f;  // the next sink does not see it
         Advise(late);
     };
     Raise();
-    EXPECT_EQ(2u, held);
     ASSERT_EQ(1u, second_->events.size());
     EXPECT_EQ(1, second_->events[0].id);
     EXPECT_EQ(0, second_->events[0].value);
-    EXPECT_TRUE(third_->events.empty() && late->events.empty());
+    EXPECT_TRUE(first_->events.size() == 1 && third_->events.empty() && late->events.empty());
     EXPECT_EQ(2u, first_->count() + third_->count());
 
     point_->Unadvise(cookies[1]);
     late->onEvent = [&](VARIANT*) {  // now the only sink
         if (late->events.size() == 1) Advise(second_);
     };
-    Raise();
-    EXPECT_EQ(1u, second_->events.size());
-    Raise();
-    EXPECT_EQ(2u, late->events.size());
-    EXPECT_EQ(2u, second_->events.size());
+    for (const std::size_t heard : {1u, 2u}) {
+        Raise();
+        EXPECT_EQ(heard, late->events.size());
+        EXPECT_EQ(heard, second_->events.size());
+    }
 }
 
 TEST_F(EventSourceTest, ArgumentsOfAnyKindArriveInTheirOrder) {

@@ -4,9 +4,12 @@
 
 #include <psapi.h>
 
+#include <atomic>
+#include <thread>
+
 #include "platform/system_library.h"
 #include "support/client.h"
-#include "support/import_patch.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/malloc_spy.h"
@@ -117,62 +120,50 @@ TEST(Library, StaysWhileAnythingIsHeld) {
 }
 
 TEST(ClassFactory, RefusesWhatItCannotGiveAndEmptiesTheResult) {
-    void* result = nullptr;
-    const auto expect = [&](HRESULT expected, auto call) {
-        result = &result;
-        EXPECT_EQ(expected, call());
-        EXPECT_EQ(nullptr, result);
-    };
-    expect(CLASS_E_CLASSNOTAVAILABLE, [&] { return GetClassObject(IID_IUnknown, IID_IClassFactory, &result); });
     const CLSID clsid = __uuidof(CCRC32);
     const ComPtr<IClassFactory> factory = FactoryOf(clsid);
-    expect(E_NOINTERFACE, [&] { return GetClassObject(clsid, IID_IDispatch, &result); });
-    expect(E_NOINTERFACE, [&] { return factory->CreateInstance(nullptr, IID_IClassFactory, &result); });
-    expect(CLASS_E_NOAGGREGATION, [&] { return factory->CreateInstance(factory.get(), IID_IUnknown, &result); });
-    for (const HRESULT answer :
-         {GetClassObject(clsid, IID_IClassFactory, nullptr), factory->QueryInterface(IID_IUnknown, nullptr),
-          factory->CreateInstance(nullptr, IID_IUnknown, nullptr)}) {
-        EXPECT_EQ(E_POINTER, answer);
-    }
+    const auto expect = [](HRESULT expected, auto call) {
+        void* result = &result;
+        EXPECT_EQ(expected, call(&result));
+        EXPECT_EQ(nullptr, result);
+        EXPECT_EQ(E_POINTER, call(nullptr));
+    };
+    expect(CLASS_E_CLASSNOTAVAILABLE, [](void** to) { return GetClassObject(IID_IUnknown, IID_IClassFactory, to); });
+    expect(E_NOINTERFACE, [&](void** to) { return GetClassObject(clsid, IID_IDispatch, to); });
+    expect(E_NOINTERFACE, [&](void** to) { return factory->QueryInterface(IID_IDispatch, to); });
+    expect(E_NOINTERFACE, [&](void** to) { return factory->CreateInstance(nullptr, IID_IClassFactory, to); });
+    expect(CLASS_E_NOAGGREGATION, [&](void** to) { return factory->CreateInstance(factory.get(), IID_IUnknown, to); });
 }
 
-// Counts the heap blocks of all modules that are loaded when it is first asked. Walking the heaps does not: Wine 10
-// keeps small blocks in groups, and a walk meets only these.
-class HeapSpy {
-  public:
-    static LONG Alive() {
-        static const bool installed = (Install(), true);
-        return installed ? alive_.load() : 0;
-    }
-
-  private:
-    static void Install() {
+// The heap blocks of all modules that are loaded when it is first asked, from then on. Walking the heaps does not tell:
+// Wine 10 keeps small blocks in groups, and a walk meets only these.
+LONG HeapBlocks() {
+    static std::atomic<LONG> alive = 0;
+    static const bool installed = [] {
+        const HMODULE native = GetModuleHandleW(L"ntdll.dll");  // kernel32's own stubs are patched
+        const auto allocate = FindFunction<decltype(HeapAlloc)>(native, "RtlAllocateHeap");
+        const auto release = FindFunction<decltype(HeapFree)>(native, "RtlFreeHeap");
+        const auto counted = [=](auto... given) {
+            void* const block = allocate(given...);
+            alive += block != nullptr;
+            return block;
+        };
+        const auto freed = [=](HANDLE heap, DWORD flags, void* block) {
+            alive -= block != nullptr;
+            return release(heap, flags, block);
+        };
         HMODULE modules[256];
         DWORD size = 0;
         EXPECT_TRUE(EnumProcessModules(GetCurrentProcess(), modules, sizeof modules, &size));
-        for (DWORD i = 0; i < size / sizeof *modules; ++i) {
-            for (const auto& [name, own] : {std::pair("HeapAlloc", reinterpret_cast<void*>(&Alloc)),
-                                            {"HeapFree", reinterpret_cast<void*>(&Free)}}) {
-                if (ImportPatch::IsImported(modules[i], name)) new ImportPatch(modules[i], name, own);  // for good
-            }
+        for (DWORD i = 0; i < size / sizeof *modules; ++i) {  // for good
+            if (ImportPatch::IsImported(modules[i], "HeapAlloc"))
+                new Fake("HeapAlloc", &HeapAlloc, counted, modules[i]);
+            if (ImportPatch::IsImported(modules[i], "HeapFree")) new Fake("HeapFree", &HeapFree, freed, modules[i]);
         }
-    }
-    static void* WINAPI Alloc(HANDLE heap, DWORD flags, SIZE_T size) {
-        void* const block = allocate_(heap, flags, size);
-        if (block) ++alive_;
-        return block;
-    }
-    static BOOL WINAPI Free(HANDLE heap, DWORD flags, void* block) {
-        if (block) --alive_;
-        return free_(heap, flags, block);
-    }
-
-    // kernel32's own stubs are patched.
-    static inline const HMODULE native_ = GetModuleHandleW(L"ntdll.dll");
-    static inline const auto allocate_ = FindFunction<decltype(HeapAlloc)>(native_, "RtlAllocateHeap");
-    static inline const auto free_ = FindFunction<decltype(HeapFree)>(native_, "RtlFreeHeap");
-    static inline std::atomic<LONG> alive_ = 0;
-};
+        return true;
+    }();
+    return installed ? alive.load() : 0;
+}
 
 // What a process that loads and unloads the library again and again would run out of.
 std::vector<std::size_t> Resources() {
@@ -180,40 +171,24 @@ std::vector<std::size_t> Resources() {
     for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
     for (const DWORD slot : slots) TlsFree(slot);
     return {slots.size(), OpenHandles(), static_cast<std::size_t>(MallocSpy::Alive()),
-            static_cast<std::size_t>(HeapSpy::Alive())};
+            static_cast<std::size_t>(HeapBlocks())};
 }
 
 void FailInside(const LibraryCopy& library) {
     EXPECT_EQ(DISP_E_EXCEPTION, Call(library.Create(__uuidof(CDatFile)).get(), L"GetHumanReadable").result);
 }
 
-// A thread that has been in the library and is still there when it goes.
-class Bystander {
-  public:
-    void FailInside(const LibraryCopy& library) {
-        const std::pair call(&library, done_);
-        QueueUserAPC(&Run, thread_, reinterpret_cast<ULONG_PTR>(&call));
-        WaitForSingleObject(done_, INFINITE);
-    }
-
-  private:
-    static void WINAPI Run(ULONG_PTR call) {
-        const auto [library, done] = *reinterpret_cast<std::pair<const LibraryCopy*, HANDLE>*>(call);
-        velk::test::FailInside(*library);
-        SetEvent(done);
-    }
-    static DWORD WINAPI WaitForCalls(void*) {
-        for (;;) SleepEx(INFINITE, TRUE);
-    }
-    const HANDLE done_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE thread_ = CreateThread(nullptr, 0, &WaitForCalls, nullptr, 0, nullptr);  // to the program's end
-};
-
 TEST(Library, LeavesNothingBehindInAHundredRounds) {
     const std::vector<Type> classes = AllClasses();
     ASSERT_TRUE(Library());  // stays, and what it imports with it: Wine 10's winspool.drv keeps a handle each time it
                              // is unloaded
-    Bystander bystander;
+    // A thread that has been in the library and is still there when it goes.
+    static const LibraryCopy* visited = nullptr;
+    static const HANDLE called = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    static const HANDLE ended = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::thread([] {
+        for (;; SetEvent(ended)) WaitForSingleObject(called, INFINITE), FailInside(*visited);
+    }).detach();
     std::vector<std::size_t> before;
     for (int round = 0; round < 103; ++round) {
         {
@@ -225,7 +200,8 @@ TEST(Library, LeavesNothingBehindInAHundredRounds) {
                 EXPECT_EQ(S_OK, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive()));
             }
             FailInside(library);
-            bystander.FailInside(library);
+            visited = &library;
+            SignalObjectAndWait(called, ended, INFINITE, FALSE);
         }
         if (round < 3) before = Resources();  // measuring takes something, too
     }

@@ -51,18 +51,17 @@ HRESULT Unregister() { return Export<decltype(&DllUnregisterServer)>("DllUnregis
 
 // As it is for users without administrative rights, who may only read the machine's part of the registry.
 HRESULT RegisterWhileTheMachineIsClosed() {
-    const auto isOpen = [](HKEY root, REGSAM access) {
-        return root != HKEY_LOCAL_MACHINE || (access & (KEY_WRITE & ~STANDARD_RIGHTS_WRITE)) == 0;
+    const auto isClosed = [](HKEY root, REGSAM access) {
+        return root == HKEY_LOCAL_MACHINE && (access & (KEY_WRITE & ~STANDARD_RIGHTS_WRITE)) != 0;
     };
-    const Fake open(
-        "RegOpenKeyExW", &RegOpenKeyExW, [&](HKEY root, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) {
-            return isOpen(root, access) ? RegOpenKeyExW(root, path, options, access, key) : ERROR_ACCESS_DENIED;
-        });
+    const Fake open("RegOpenKeyExW", &RegOpenKeyExW, [&](HKEY root, auto path, auto options, REGSAM access, PHKEY key) {
+        return isClosed(root, access) ? ERROR_ACCESS_DENIED : RegOpenKeyExW(root, path, options, access, key);
+    });
     const Fake create("RegCreateKeyExW", &RegCreateKeyExW,
-                      [&](HKEY root, auto path, auto reserved, auto type, auto options, REGSAM access, auto... rest) {
-                          return isOpen(root, access)
-                                     ? RegCreateKeyExW(root, path, reserved, type, options, access, rest...)
-                                     : ERROR_ACCESS_DENIED;
+                      [&](HKEY root, auto path, auto zero, auto type, auto options, REGSAM access, auto... rest) {
+                          return isClosed(root, access)
+                                     ? ERROR_ACCESS_DENIED
+                                     : RegCreateKeyExW(root, path, zero, type, options, access, rest...);
                       });
     return Register();
 }
@@ -90,30 +89,30 @@ class Registration : public testing::Test {
         const TypeLib types = LoadTypes(LibraryPath().c_str());
         const Lines made = Made();
         const std::wstring library = GuidText(AttributesOf(types)->guid);
-        const bool elsewhere = Departs("RegisterTypeLibForUser");
         const auto expect = [&](const std::wstring& key, const std::wstring& value) {
-            const bool isThere = std::ranges::any_of(made, [&](const std::wstring& line) {
-                return (line.starts_with(root) || (elsewhere && key.starts_with(library))) &&
-                       line.ends_with(L"\\" + key + L"|" + value + L'\0');
-            });
-            EXPECT_TRUE(isThere) << key;
+            EXPECT_TRUE(made.contains(key + L"|" + value + L'\0')) << key;
         };
-        expect(library + L"\\1.1|", L"Velk Support Functions");
-        expect(library + (sizeof(void*) == 4 ? L"\\1.1\\0\\win32|" : L"\\1.1\\0\\win64|"), LibraryPath());
+        for (const auto& [key, value] :
+             {std::pair(L"\\1.1|", std::wstring(L"Velk Support Functions")),
+              {sizeof(void*) == 4 ? L"\\1.1\\0\\win32|" : L"\\1.1\\0\\win64|", LibraryPath()}}) {
+            EXPECT_TRUE(std::ranges::any_of(made, [&](const std::wstring& line) {
+                return (line.starts_with(root) || Departs("RegisterTypeLibForUser")) &&
+                       line.ends_with(library + key + L"|" + value + L'\0');
+            })) << key;
+        }
         for (const Type& type : TypesOf(types)) {
             if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
-            const std::wstring progId = L"VelkSupport." + NameOf(type), guid = GuidText(AttributesOf(type)->guid);
-            const std::pair<const wchar_t*, std::wstring> values[] = {
-                {L"|", progId},
-                {L"\\InprocServer32|", LibraryPath()},
-                {L"\\InprocServer32|ThreadingModel", L"Apartment"},
-                {L"\\ProgID|", progId},
-                {L"\\Programmable|", L""},
-                {L"\\TypeLib|", library},
-                {L"\\VERSION|", L"1.1"}};
-            for (const auto& [key, value] : values) expect(L"CLSID\\" + guid + key, value);
-            expect(progId + L"|", progId);
-            expect(progId + L"\\CLSID|", guid);
+            const std::wstring name = L"VelkSupport." + NameOf(type), guid = GuidText(AttributesOf(type)->guid);
+            const std::wstring key = root + L"\\CLSID\\" + guid;
+            expect(key + L"|", name);
+            expect(key + L"\\InprocServer32|", LibraryPath());
+            expect(key + L"\\InprocServer32|ThreadingModel", L"Apartment");
+            expect(key + L"\\ProgID|", name);
+            expect(key + L"\\Programmable|", L"");
+            expect(key + L"\\TypeLib|", library);
+            expect(key + L"\\VERSION|", L"1.1");
+            expect(root + L"\\" + name + L"|", name);
+            expect(root + L"\\" + name + L"\\CLSID|", guid);
         }
     }
 
