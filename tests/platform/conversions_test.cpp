@@ -1,6 +1,8 @@
 // Texts, numbers, colours and errors as the platform has them and as clients do.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "frame/failure/failure.h"
 #include "platform/colour.h"
 #include "platform/numbers.h"
@@ -59,30 +61,26 @@ TEST(Text, AnsiConversionsKeepEveryCharacterThatTheCodePageHas) {
 
 // What a caller may branch on must not depend on which of the platform's near synonyms a call failed with.
 TEST(RuntimeError, StandsForFailedCalls) {
-    const std::pair<int, std::vector<DWORD>> system[] = {
-        {5, {ERROR_INVALID_PARAMETER}},
-        {7, {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY}},
+    const std::map<int, std::vector<HRESULT>> errors = {
+        {5, {ERROR_INVALID_PARAMETER, E_FAIL}},
+        {6, {DISP_E_OVERFLOW}},
+        {7, {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY, E_OUTOFMEMORY}},
+        {9, {DISP_E_BADINDEX}},
+        {11, {DISP_E_DIVBYZERO}},
+        {13, {DISP_E_TYPEMISMATCH, DISP_E_BADVARTYPE}},
         {52, {ERROR_INVALID_NAME, ERROR_FILENAME_EXCED_RANGE, ERROR_BUFFER_OVERFLOW}},
         {53, {ERROR_FILE_NOT_FOUND}},
         {57, {ERROR_CRC, ERROR_SEEK, ERROR_READ_FAULT, ERROR_WRITE_FAULT, ERROR_GEN_FAILURE, ERROR_IO_DEVICE}},
         {61, {ERROR_DISK_FULL, ERROR_HANDLE_DISK_FULL}},
-        {70, {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_WRITE_PROTECT}},
+        {70, {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_WRITE_PROTECT, E_ACCESSDENIED}},
         {71, {ERROR_NOT_READY}},
         {75, {ERROR_DIRECTORY, ERROR_SUCCESS, ERROR_ALREADY_EXISTS}},
-        {76, {ERROR_PATH_NOT_FOUND, ERROR_BAD_PATHNAME, ERROR_INVALID_DRIVE, ERROR_BAD_NETPATH, ERROR_BAD_NET_NAME}}};
-    for (const auto& [number, errors] : system) {
-        for (const DWORD error : errors) EXPECT_EQ(number, FromSystemError(error).number()) << error;
+        {76, {ERROR_PATH_NOT_FOUND, ERROR_BAD_PATHNAME, ERROR_INVALID_DRIVE, ERROR_BAD_NETPATH, ERROR_BAD_NET_NAME}},
+        {429, {REGDB_E_CLASSNOTREG}}};
+    for (const auto& [number, meant] : errors) {
+        for (const HRESULT one : meant)
+            EXPECT_EQ(number, (one < 0 ? FromComError(one) : FromSystemError(static_cast<DWORD>(one))).number()) << one;
     }
-    for (const auto& [number, result] : {std::pair(5, E_FAIL),
-                                         {6, DISP_E_OVERFLOW},
-                                         {7, E_OUTOFMEMORY},
-                                         {9, DISP_E_BADINDEX},
-                                         {11, DISP_E_DIVBYZERO},
-                                         {13, DISP_E_TYPEMISMATCH},
-                                         {13, DISP_E_BADVARTYPE},
-                                         {70, E_ACCESSDENIED},
-                                         {429, REGDB_E_CLASSNOTREG}})
-        EXPECT_EQ(number, FromComError(result).number()) << result;
 }
 
 }  // namespace

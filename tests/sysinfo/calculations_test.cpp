@@ -1,46 +1,18 @@
-// The small calculations behind the system's answers: elapsed time, up time, identifiers, drives.
+// The small calculations behind the system's answers: identifiers and drives.
 #include <gtest/gtest.h>
 
 #include <array>
-#include <optional>
 #include <vector>
 
 #include "fuzz/replay.h"
 #include "sysinfo/drive_facts.h"
 #include "sysinfo/identifier_text.h"
 #include "sysinfo/identifier_text_model.h"
-#include "sysinfo/stopwatch.h"
-#include "sysinfo/up_time.h"
 
 namespace velk {
 namespace {
 
 using namespace std::string_literals;
-
-TEST(Stopwatch, TakesRunsAcrossTheClocksWraps) {
-    constexpr std::int32_t kMin = INT32_MIN, kMax = INT32_MAX;
-    struct Case {
-        std::int32_t start, now;
-        std::optional<std::int32_t> run;  // nothing: overflow
-    };
-    for (const Case& c :
-         {Case{-5, 3, 8}, {-1, kMax - 1, kMax}, {-1, kMax, {}}, {kMax, kMin, {}}, {kMin, -1, kMax}, {kMin, 0, {}}}) {
-        Stopwatch watch;
-        watch.Start(c.start);
-        try {
-            EXPECT_EQ(c.run, watch.RunUntil(c.now)) << c.start << " to " << c.now;
-        } catch (const RuntimeError& error) {
-            EXPECT_TRUE(error.number() == 6 && !c.run) << c.start << " to " << c.now;
-        }
-    }
-}
-
-TEST(UpTime, IsRoundedToMinutes) {
-    const std::pair<std::uint32_t, std::int32_t> cases[] = {
-        {30'000, 0},  {30'001, 1},          {90'000, 2},           {150'000, 2},
-        {150'001, 3}, {0x7FFF'FFFF, 35791}, {0x8000'0000, -35791}, {0xFFFF'FFFF, 0}};
-    for (const auto& [milliseconds, minutes] : cases) EXPECT_EQ(minutes, MinutesFromTicks(milliseconds));
-}
 
 TEST(IdentifierText, HasNoPaddingAndAnUndividedLastField) {
     test::Replay(&test::IdentifierTextModel, test::corpus::identifier_text, 1000, 20);
