@@ -295,14 +295,16 @@ class ScenarioRun {
                                  put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
     }
 
-    // Texts and typed variables are handed over as references to what they hold: the platform's own call converts no
-    // script's variables, and puts what comes back in the place of a text.
+    // Texts, arrays and typed variables are handed over as references to what they hold: the platform's own call
+    // converts no script's variables, puts what comes back in the place of a text, and Wine 10's loses copies of
+    // arrays.
     static std::vector<VARIANT> BySlot(std::vector<Variant>& values) {
         std::vector<VARIANT> arguments;
         for (Variant& value : values) {
             const bool isVariable = value.vt == (VT_BYREF | VT_VARIANT) && value.pvarVal->vt != VT_EMPTY;
             VARIANT& held = isVariable ? *value.pvarVal : value;
-            arguments.push_back(isVariable || held.vt == VT_BSTR ? test::Ref(held.vt, &held.byref) : value);
+            const bool refers = isVariable || held.vt == VT_BSTR || (held.vt & VT_ARRAY);
+            arguments.push_back(refers ? test::Ref(held.vt, &held.byref) : value);
         }
         return arguments;
     }

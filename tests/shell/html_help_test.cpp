@@ -23,15 +23,12 @@ TEST(CompiledHelp, LooksForTheEngineUntilItIsThere) {
     };
     const Fake load("LoadLibraryExW", &LoadLibraryExW, find, copy.module());
     Let(help.get(), L"HelpFile", {Text(folder.Write(L"a.chm", ""))});
-    EXPECT_EQ(0, load.calls()) << "not before it is needed";
-    for (engine = nullptr; load.calls() < 2; engine = GetModuleHandleW(nullptr)) {
+    for (int i = 0; i < 3; ++i, engine = GetModuleHandleW(nullptr))
         EXPECT_EQ(L"File not found: hhctrl.ocx", Call(help.get(), L"OpenContents").description);
-    }
-    Call(help.get(), L"OpenContents");
     wchar_t system[MAX_PATH];
     GetSystemDirectoryW(system, MAX_PATH);
     const std::wstring path = std::wstring(system) + L"\\hhctrl.ocx";
-    EXPECT_EQ(path + path, loaded) << "once more after a failure, and then it is kept";
+    EXPECT_EQ(path + path, loaded) << "when it is needed, once more after a failure, and then it is kept";
 }
 
 TEST(CompiledHelp, OpensARealHelpFile) {
