@@ -10,7 +10,7 @@
 
 namespace velk::test {
 
-// With or without ISubclass2.
+// With or without ISubclass2, or as a script's object: the members of ISubclass by name and nothing else.
 class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
   public:
     struct Message {
@@ -18,22 +18,33 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
         LONG_PTR wParam, lParam;
     };
 
-    static ComPtr<TestHook> Make(LONG response, bool wide = false) {
+    static ComPtr<TestHook> Make(LONG response, bool wide = false, bool ofScript = false) {
         auto made = ComPtr<TestHook>::Attach(new TestHook);
-        made->wide_ = wide;
+        made->wide_ = wide, made->ofScript_ = ofScript;
         made->respond = [response](LONG* result) { return *result = response, S_OK; };
         return made;
     }
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
+        if (ofScript_ && iid == __uuidof(ISubclass)) return E_NOINTERFACE;
         if (iid != __uuidof(ISubclass2)) return BareObject::QueryInterface(iid, object);
         *object = wide_ ? static_cast<ISubclass2*>(this) : nullptr;
         return wide_ ? AddRef(), S_OK : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return BareObject::AddRef(); }
     STDMETHODIMP_(ULONG) Release() noexcept override { return BareObject::Release(); }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-        return E_NOTIMPL;
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override {
+        *ids = !_wcsicmp(names[0], L"msgresponse") ? 5 : !_wcsicmp(names[0], L"windowproc") ? 6 : DISPID_UNKNOWN;
+        return *ids != DISPID_UNKNOWN ? S_OK : DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* given, VARIANT* result, EXCEPINFO*,
+                        UINT*) noexcept override {
+        LONG number = 0;
+        const VARIANT* const last = given->rgvarg;
+        EXPECT_EQ(id == 5 ? 0u : 4u, given->cArgs);
+        const HRESULT ends =
+            id == 5 ? respond(&number) : WindowProc(last[3].lVal, last[2].lVal, last[1].lVal, last[0].lVal, &number);
+        return result->vt = VT_R8, result->dblVal = number, ends;  // numbers come as scripts keep them
     }
     STDMETHODIMP get_MsgResponse(LONG* result) noexcept override { return respond(result); }
     STDMETHODIMP put_MsgResponse(LONG) noexcept override { return S_OK; }
@@ -66,7 +77,7 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
     std::function<HRESULT(const Message&, LONG_PTR*)> handle;
 
   private:
-    bool wide_ = false;
+    bool wide_ = false, ofScript_ = false;
 };
 
 // The hook library, found without registration while this lives.

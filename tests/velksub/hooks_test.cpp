@@ -63,21 +63,28 @@ using Wide = OtherProgram<false>;
 using Ansi = OtherProgram<true>;
 
 // A window that answers 7, and hooks for it.
-class Hooks : public testing::TestWithParam<std::tuple<bool, std::string>> {
+class Hooks : public testing::TestWithParam<std::tuple<char, std::string>> {
   protected:
     Hooks() { events.clear(); }
 
+    HRESULT Late(const wchar_t* member, const VARIANT& hook, LONG to, UINT message = kMessage) const {
+        const Outcome outcome = Call(manager.get(), member, {hook, Arg(to), Arg(static_cast<LONG>(message))});
+        return outcome.result == DISP_E_EXCEPTION ? outcome.code : outcome.result;
+    }
     HRESULT Add(TestHook* hook, LONG to, UINT message = kMessage, bool remove = false) {
         ISubclass* subclass = hook;
+        if (!ComPtr<IDispatch>(hook).As<ISubclass>())
+            return Late(remove ? L"RemoveHook" : L"AddHook", Arg(static_cast<IDispatch*>(hook)), to, message);
         const auto change = remove ? &IHookManager::RemoveHook : &IHookManager::AddHook;
         return (manager.get()->*change)(&subclass, to, static_cast<LONG>(message));
     }
     HRESULT Remove(TestHook* hook, LONG from, UINT message = kMessage) { return Add(hook, from, message, true); }
     HRESULT CallPrevious(LONG of, LONG result = -1) { return manager->CallPreviousProc(of, kMessage, 0, 0, &result); }
 
-    TestHook* Make(std::string_view word, bool wide = false) {
+    // Of a kind: w with ISubclass2, n without it, s as scripts have them.
+    TestHook* Make(std::string_view word, char kind = 'n') {
         const std::size_t end = word.find(')'), called = end == word.npos ? 2 : end + 1;
-        TestHook* const hook = (hooks[word[0]] = TestHook::Make(0, wide)).get();
+        TestHook* const hook = (hooks[word[0]] = TestHook::Make(0, kind == 'w', kind == 's')).get();
         hook->respond = [=, this, how = word[1], asked = std::string(word.substr(2, called - 2))](LONG* response) {
             Do(asked);
             return *response = how - '0', how == 'f' ? E_FAIL : S_OK;
@@ -102,7 +109,7 @@ class Hooks : public testing::TestWithParam<std::tuple<bool, std::string>> {
             {'-', [&] { EXPECT_EQ(S_OK, Remove(hook, handle, message)); }},
             {'#', [&] { events += hook->count() == 1 ? '1' : '+'; }},
             {'c', passOn},
-            {'!', [&] { events += std::to_string(SendMessageW(its, message, 0, 0)); }},
+            {'!', [&] { events += std::to_string(SendMessageW(its, message, 3, 4)); }},
             {'.', [&] { manager->get_DispatchedMessage(&number), events += std::to_string(number & 0xFF); }},
             {'q', [&] { events += Owner(); }},
             {'d', [&] { window.Destroy(); }},
@@ -145,8 +152,10 @@ class Hooks : public testing::TestWithParam<std::tuple<bool, std::string>> {
 
     HookLibrary library;
     ComPtr<IHookManager> manager = library.Manager();
-    TestWindow window{WS_OVERLAPPEDWINDOW, [](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+    TestWindow window{WS_OVERLAPPEDWINDOW,
+                      [](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> std::optional<LRESULT> {
                           if (message != kMessage && message != kInner) return std::nullopt;
+                          EXPECT_TRUE(wParam == 3 && lParam == 4) << "passed on as it was";
                           return events += 'w', 7;
                       }};
     const LONG handle = window.handle();
@@ -158,11 +167,11 @@ class Hooks : public testing::TestWithParam<std::tuple<bool, std::string>> {
 
 // The hooks are attached in their order, unless the test does so.
 TEST_P(Hooks, DoAsTheirResponsesSay) {
-    const auto& [wide, play] = GetParam();
+    const auto& [kind, play] = GetParam();
     const std::size_t middle = play.find(" ("), end = play.find(')', middle + 2);
     std::string attach, does = play.substr(middle + 2, end - middle - 2);
     std::istringstream words(play.substr(0, middle));
-    for (std::string word; words >> word; attach += {'+', word[0]}) Make(word, wide);
+    for (std::string word; words >> word; attach += {'+', word[0]}) Make(word, kind);
     Do(does.find('+') == does.npos ? attach + does : does);
     EXPECT_EQ(play.substr(end + 1), events) << play;
     ExpectUntouched();
@@ -188,7 +197,7 @@ std::vector<std::string> Plays() {
     for (std::string play; std::getline(text, play, ';');) all.push_back(play);
     return all;
 }
-INSTANTIATE_TEST_SUITE_P(, Hooks, testing::Combine(testing::Bool(), testing::ValuesIn(Plays())));
+INSTANTIATE_TEST_SUITE_P(, Hooks, testing::Combine(testing::Values('w', 'n', 's'), testing::ValuesIn(Plays())));
 
 // Values at and above what a Long holds, as the system's records lie in 64-bit programs: only hooks with ISubclass2 see
 // what has more than 32 bits. All get and give the rest whole, and so what comes back. Another value that a hook passes
@@ -207,7 +216,7 @@ TEST_F(Hooks, SeeAndPassOnTheWholeOfAMessage) {
         if (std::int64_t{whole} != static_cast<std::int64_t>(value))
             continue;  // more than this process's pointers hold
         for (const bool wide : {false, true}) {
-            TestHook *const hook = Make("a0", wide), *const inner = Make("i0", wide);
+            TestHook *const hook = Make("a0", wide ? 'w' : 'n'), *const inner = Make("i0", wide ? 'w' : 'n');
             bool called = false;
             hook->handle = [&](const TestHook::Message& m, LONG_PTR* result) {
                 EXPECT_EQ(wide ? whole : static_cast<LONG>(whole), m.wParam);
@@ -293,48 +302,17 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
     EXPECT_TRUE(HookLibrary::CanUnload());
 }
 
-// What a script's object is: the members of ISubclass by name and nothing else.
-class NamedHook final : public BareDispatch {
-  public:
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) noexcept override {
-        *ids = !_wcsicmp(names[0], L"msgresponse") ? 5 : !_wcsicmp(names[0], L"windowproc") ? 6 : DISPID_UNKNOWN;
-        return *ids != DISPID_UNKNOWN ? S_OK : DISP_E_UNKNOWNNAME;
+TEST_F(Hooks, AreObjectsThatHaveTheMembers) {
+    TestHook* const hook = Make("a0", 's');
+    VARIANT variable = Arg(static_cast<IDispatch*>(hook));
+    EXPECT_EQ(S_OK, Late(L"AddHook", Arg(&variable), handle)) << "a script's variable";
+    Do("+a!-a!");
+    EXPECT_EQ("a10w7", events);
+    for (const VARIANT& none : {Arg(manager.get()), Arg(5L)}) {
+        EXPECT_EQ(DISP_E_TYPEMISMATCH, Late(L"AddHook", none, handle)) << "no hooks by any name";
     }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* given, VARIANT* result, EXCEPINFO*,
-                        UINT*) noexcept override {
-        result->vt = id == 5 ? VT_I2 : VT_R8;  // numbers come as scripts keep them
-        if (id == 5) return result->iVal = eMsgResponse_HookAlone, S_OK;
-        result->dblVal = given->rgvarg[3].lVal == window ? given->rgvarg[0].lVal * 2.0 : -1;
-        return given->cArgs == 4 ? ends : DISP_E_BADPARAMCOUNT;
-    }
-    LONG window = 0;
-    HRESULT ends = S_OK;
-};
-
-TEST_F(Hooks, MayBeObjectsOfScripts) {
-    const auto call = [&](const wchar_t* member, const VARIANT& hook) {
-        return Call(manager.get(), member, {hook, Arg(handle), Arg(LONG{kMessage})});
-    };
-    const auto script = ComPtr<NamedHook>::Attach(new NamedHook);
-    script->window = handle;
-    for (IDispatch* const hook : {static_cast<IDispatch*>(script.get()), static_cast<IDispatch*>(Make("a0"))}) {
-        const bool real = hook != script.get();
-        VARIANT variable = Arg(hook);
-        for (const VARIANT& given : {Arg(hook), Arg(&variable)}) EXPECT_EQ(S_OK, call(L"AddHook", given).result);
-        EXPECT_EQ(real ? 10 : 42, SendMessageW(window.get(), kMessage, 0, 21));
-        script->ends = DISP_E_EXCEPTION;
-        Do("!");
-        EXPECT_EQ(S_OK, call(L"RemoveHook", Arg(hook)).result);
-        Do("!");
-    }
-    EXPECT_EQ("w7w7aa10w7", events);
-    EXPECT_EQ(1u, script->count());
-    const VARIANT none[] = {Arg(manager.get()), Arg(5L)};  // no hooks by any name
-    for (const VARIANT& one : none) EXPECT_EQ(DISP_E_TYPEMISMATCH, call(L"AddHook", one).result);
     for (const wchar_t* member : {L"AddHook", L"RemoveHook"}) {
-        const Outcome nothing = call(member, Arg(static_cast<IDispatch*>(nullptr)));
-        EXPECT_EQ(static_cast<HRESULT>(0x800A005B), nothing.code);
-        EXPECT_EQ(L"VelkSub", nothing.source);
+        EXPECT_EQ(static_cast<HRESULT>(0x800A005B), Late(member, Arg(static_cast<IDispatch*>(nullptr)), handle));
     }
     ExpectUntouched();
 }
