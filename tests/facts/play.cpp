@@ -78,7 +78,8 @@ class ScenarioRun {
                 return (this->*does)(std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
         }
         for (int times = Times(line); times > 0; --times) Step(line);
-        if (const auto user = std::exchange(user_, nullptr)) Same(L"", user->Problem());
+        const auto user = std::exchange(user_, nullptr);
+        if (const std::wstring problem = user ? user->Problem() : L""; !problem.empty()) Fails(problem);
     }
 
     // Takes "5 times " away.

@@ -20,7 +20,7 @@ class User {
     // What could not be done, when the dialog has returned.
     std::wstring Problem() {
         driver_.Finish();
-        return driver_.sawDialog() || actions_[0] == L"cancels" ? problem_ : L"no dialog came up";
+        return driver_.sawDialog() || actions_[0] == L"cancels" ? problem_ : L"wanted: a dialog\n  given:  none";
     }
 
   private:
@@ -37,7 +37,7 @@ class User {
             if (parts[0] == L"types") test::TypeInto(control, text);
             if (parts[0] == L"selects") test::SelectIn(control, text);
             if (test::WaitUntil([&] { return test::TextOfWindow(control) == text; })) continue;
-            problem_ = L"who " + action + L" finds " + Quote(test::TextOfWindow(control));
+            problem_ = L"wanted: " + action + L"\n  given:  " + Quote(test::TextOfWindow(control));
             return test::Press(dialog, IDCANCEL);
         }
     } catch (const std::exception& problem) {
