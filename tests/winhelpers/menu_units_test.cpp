@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -43,16 +44,15 @@ TEST(MenuKeys, LeadToTheNextItemAndTellTheOnlyOne) {
     constexpr std::size_t kNone = KeyMatch::kNone;
     std::vector<ItemKey> keys;  // the first letter of an item leads nowhere while a mnemonic does
     for (const auto* label : {u"&A", u"", u"C&B", u"x&A", u"C&C", u"D", u"BA"}) keys.push_back(ItemKeyOf(label));
-    const struct {
-        char16_t key;
-        std::size_t current, position;
-        bool onlyOne;
-    } cases[] = {{u'A', kNone, 0, false}, {u'A', 0, 3, false},  {u'A', 3, 0, false},        {u'A', 4, 0, false},
-                 {u'B', kNone, 2, true},  {u'B', 2, 2, true},   {u'C', 99, 4, true},        {u'D', 0, 5, true},
-                 {u'X', 0, kNone, false}, {0, 0, kNone, false}, {u'x', kNone, kNone, false}};
-    for (const auto& c : cases) {
-        const KeyMatch match = FindItemByKey(keys, c.key, c.current);
-        EXPECT_EQ(std::pair(c.position, c.onlyOne), std::pair(match.position, match.onlyOne)) << &c - cases;
+    const std::tuple<char16_t, std::size_t, std::size_t, bool> cases[] = {
+        // the key and where it leads from where
+        {u'A', kNone, 0, false}, {u'A', 0, 3, false},  {u'A', 3, 0, false},        {u'A', 4, 0, false},
+        {u'B', kNone, 2, true},  {u'B', 2, 2, true},   {u'C', 99, 4, true},        {u'D', 0, 5, true},
+        {u'X', 0, kNone, false}, {0, 0, kNone, false}, {u'x', kNone, kNone, false}};
+    for (const auto& [key, current, position, onlyOne] : cases) {
+        const KeyMatch match = FindItemByKey(keys, key, current);
+        EXPECT_EQ(std::pair(position, onlyOne), std::pair(match.position, match.onlyOne))
+            << static_cast<int>(key) << " at " << current;
     }
     EXPECT_EQ(kNone, FindItemByKey({}, u'A', 0).position);
 }
