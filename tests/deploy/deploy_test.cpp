@@ -1,6 +1,7 @@
 // velkdoctor, run as a person does, in each of the states that it knows, and the library in the platform's surrogate
 // process. Every state is set up in the registry and taken back.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <sddl.h>
 

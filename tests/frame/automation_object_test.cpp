@@ -37,8 +37,7 @@ TEST(FailurePolicy, RaisesTheErrorItselfOrTheComponentFailure) {
             shapes->onStep = kOwn;
             shapes->get_Step(&result);  // whose error must not be taken for the next one's
             shapes->onStep = fail;
-            result = 77;
-            EXPECT_EQ(expected.code, shapes->get_Step(&result)) << own.description;
+            EXPECT_EQ(expected.code, shapes->get_Step(&(result = 77))) << own.description;
             EXPECT_EQ(0, result);
             ComPtr<IErrorInfo> error;
             GUID guid = {};
@@ -106,13 +105,13 @@ TEST(Reports, GoToTheDebuggerWhenTheEnvironmentSaysSo) {
     const auto shapes = CShapes::Make(CShapes::kInfoFor<FailurePolicy::Report>);
     shapes->onStep = kOverflow;
     for (const wchar_t* value : {L"debugger", L"Debugger", L"", L"debuggers", L"a text longer than the switch"}) {
-        const bool boxed = _wcsicmp(value, L"debugger") != 0;
         SetEnvironmentVariableW(L"VELKSPRT_REPORTS", value);
-        LONG result = 0;
-        said.clear();
-        EXPECT_EQ(S_OK, shapes->get_Step(&result));
-        EXPECT_EQ(boxed ? L"" : L"Step: Error: 6. Overflow\n", said) << value;
-        EXPECT_EQ(boxed ? L"Step: Error: 6. Overflow|" : L"", recorder.Shown()) << value;
+        said = L"debugger: ";
+        Get(shapes.get(), L"Step");
+        const bool boxed = _wcsicmp(value, L"debugger") != 0;
+        EXPECT_EQ(boxed ? L"debugger: Step: Error: 6. Overflow|" : L"debugger: Step: Error: 6. Overflow\n",
+                  said + recorder.Shown())
+            << value;
     }
 }
 

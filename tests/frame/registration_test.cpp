@@ -92,13 +92,12 @@ class Registration : public testing::Test {
         const auto expect = [&](const std::wstring& key, const std::wstring& value) {
             EXPECT_TRUE(made.contains(key + L"|" + value + L'\0')) << key;
         };
-        for (const auto& [key, value] :
-             {std::pair(L"\\1.1|", std::wstring(L"Velk Support Functions")),
-              {sizeof(void*) == 4 ? L"\\1.1\\0\\win32|" : L"\\1.1\\0\\win64|", LibraryPath()}}) {
+        for (const auto& wanted : {std::pair(L"\\1.1|", std::wstring(L"Velk Support Functions")),
+                                   {sizeof(void*) == 4 ? L"\\1.1\\0\\win32|" : L"\\1.1\\0\\win64|", LibraryPath()}}) {
             EXPECT_TRUE(std::ranges::any_of(made, [&](const std::wstring& line) {
                 return (line.starts_with(root) || Departs("RegisterTypeLibForUser")) &&
-                       line.ends_with(library + key + L"|" + value + L'\0');
-            })) << key;
+                       line.ends_with(library + wanted.first + L"|" + wanted.second + L'\0');
+            })) << wanted.first;
         }
         for (const Type& type : TypesOf(types)) {
             if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
