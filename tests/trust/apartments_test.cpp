@@ -1,8 +1,11 @@
-// Objects that live in another apartment, used through the platform's proxies.
+// Objects that live in another apartment or process, used through the platform's proxies.
 #include <thread>
 
+#include "support/departures.h"
+#include "support/dialog_driver.h"
 #include "support/event_sink.h"
 #include "trust/harness.h"
+#include "velkdoctor/surrogate.h"
 
 namespace velk::test {
 namespace {
@@ -51,8 +54,55 @@ class Apartment {
     ComPtr<IDispatch> object_;
 };
 
+// The library registered for the platform's surrogate process, which inherits this environment.
+class Surrogate {
+  public:
+    Surrogate() {
+        library_.guid = __uuidof(CCRC32);
+        for (const Class& one : ReadClasses(kMain)) library_.classes.push_back({one.name, {}, one.clsid, {}});
+        EXPECT_EQ(S_OK, Export<decltype(&DllRegisterServer)>("DllRegisterServer")());
+        EXPECT_EQ(0, SwitchSurrogate(library_, true).status);
+        stays_ = Create(__uuidof(CStack));
+    }
+    Surrogate(const Surrogate&) = delete;
+    Surrogate& operator=(const Surrogate&) = delete;
+    ~Surrogate() {
+        EXPECT_EQ(0, SwitchSurrogate(library_, false).status);
+        EXPECT_EQ(S_OK, Export<decltype(&DllUnregisterServer)>("DllUnregisterServer")());
+    }
+
+    ComPtr<IDispatch> Create(REFCLSID clsid) const {
+        ComPtr<IDispatch> object;
+        EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, object.ReceiveVoid()));
+        return object;
+    }
+
+  private:
+    KnownLibrary library_{};
+    ComPtr<IDispatch> stays_;  // and with it the process
+};
+
+class Elsewhere : public testing::TestWithParam<bool> {
+  protected:
+    void SetUp() override {
+        if (GetParam() && sizeof(void*) == 8 && Departs("DllSurrogate")) GTEST_SKIP() << "there is a 32-bit one only";
+        if (GetParam() && !surrogate_) surrogate_.emplace();
+    }
+    static void TearDownTestSuite() { surrogate_.reset(); }
+    ComPtr<IDispatch> Create(REFCLSID clsid) {
+        return GetParam() ? surrogate_->Create(clsid) : apartments_.emplace_back(clsid).object();
+    }
+
+  private:
+    static inline std::optional<Surrogate> surrogate_;
+    std::list<Apartment> apartments_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Both, Elsewhere, testing::Bool(),
+                         [](const auto& given) { return given.param ? "Process" : "Thread"; });
+
 // A result, a failure that raises, one that is told in a component's failure, a changed argument.
-TEST(Apartments, MembersAnswerAsTheyDoWithoutAProxy) {
+TEST_P(Elsewhere, MembersAnswerAsTheyDoWithoutAProxy) {
     const struct {
         CLSID clsid;
         std::vector<std::pair<const wchar_t*, const wchar_t*>> calls;  // members, and an argument
@@ -64,14 +114,13 @@ TEST(Apartments, MembersAnswerAsTheyDoWithoutAProxy) {
         {__uuidof(CIniFile), {{L"Init", L""}}},
         {__uuidof(CStack), {{L"Push", nullptr}, {L"Push", L"a"}, {L"Pop", nullptr}, {L"Pop", L"too many"}}}};
     for (const auto& [clsid, calls] : cases) {
-        const auto here = CreateObject<IDispatch>(clsid);
-        const Apartment there(clsid);
+        const auto here = CreateObject<IDispatch>(clsid), there = Create(clsid);
         for (const auto& [member, argument] : calls) {
             Variant given = Text(argument ? argument : L"");
             const auto call = [&](IDispatch* object) {
                 return argument ? Call(object, member, {Arg(&given)}) : Call(object, member);
             };
-            Outcome direct = call(here.get()), remote = call(there.object().get());
+            Outcome direct = call(here.get()), remote = call(there.get());
             EXPECT_EQ(direct.result, remote.result) << member << std::hex << remote.result;
             EXPECT_EQ(VARCMP_EQ, VarCmp(&direct.value, &remote.value, 0, 0));
             EXPECT_EQ(direct.code, remote.code) << std::hex << remote.code;
@@ -82,12 +131,11 @@ TEST(Apartments, MembersAnswerAsTheyDoWithoutAProxy) {
 }
 
 // With a sink that calls the source from inside the event, and fails.
-TEST(Apartments, EventsArriveOnTheSinksOwnThread) {
+TEST_P(Elsewhere, EventsArriveOnTheSinksOwnThread) {
     const auto sink = EventSink::Make();
     sink->answer = E_UNEXPECTED;
     {
-        const Apartment there(__uuidof(CCRC32));
-        const auto& crc = there.object();
+        const auto crc = Create(__uuidof(CCRC32));
         const Variant digits = Text(L"123456789");
         const auto sum = [&] { return Call(crc.get(), L"GetCRCFromStringAscii", {digits}).value.lVal; };
         const Connection connection(crc.get(), __uuidof(__CCRC32), sink.get());
@@ -104,7 +152,7 @@ TEST(Apartments, EventsArriveOnTheSinksOwnThread) {
         EXPECT_EQ(0.0, sink->events.front().value);
         EXPECT_EQ(1.0, sink->events.back().value);
     }
-    EXPECT_EQ(1u, sink->count());
+    EXPECT_TRUE(WaitUntil([&] { return PumpMessages(), sink->count() == 1; }));
 }
 
 #ifndef NDEBUG

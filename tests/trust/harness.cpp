@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <clocale>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "tools/typelib/type_reader.h"
@@ -87,15 +89,16 @@ void ForEachMember(const wchar_t* library, const std::function<void(const Class&
 
 Surroundings::Surroundings(const wchar_t* library) {
     if (std::wstring_view(library) == kHooks) furtherObjects.push_back(hook_.As<IDispatch>());
-    // Without "[END]" the seal is 0.
+    // Without "[END]" the seal is 0. Settings stand in a file beside the library.
     furtherTexts = {folder_.Write(L"sealed", "[BEGIN]\r\nA=1\r\n@CRC=0"),
                     folder_.Write(L"broken", "[BEGIN]\r\n@CRC=1")};
+    EXPECT_TRUE(std::ofstream(std::filesystem::path(settings_)) << "[abc]\nabc=1\n0=2\n[0]\nabc=3\n" << std::flush);
 }
 
 Surroundings::~Surroundings() {
     furtherObjects.clear();
     furtherTexts.clear();
-    DeleteFileW(BuiltFile(L"MyFileSettings.ini").c_str());
+    DeleteFileW(settings_.c_str());
     EXPECT_EQ(1u, hook_->count());
     for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
 }

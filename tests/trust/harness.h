@@ -79,6 +79,7 @@ class Surroundings {
     const HookLibrary hooks_;
     const ComPtr<TestHook> hook_ = TestHook::Make(2);
     const ScratchFolder folder_;
+    const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
 };
 
 // What belongs to the process and its other code.
@@ -104,6 +105,7 @@ struct Belongings {
     ProcessState process{};
 
     void ExpectNoMore() const;
+    bool operator==(const Belongings&) const = default;
 };
 
 // ---- Calls ----
@@ -198,12 +200,13 @@ class Attempt {
 
     Answer Make(unsigned seed, const std::function<void()>& before = {}, const std::function<void()>& after = {});
     IDispatch* object() const noexcept { return object_.get(); }
+    void MayLeaveHooks() noexcept { hooks_ = false; }  // after one that could not be added
 
   private:
     std::optional<AttemptWindows> windows_;  // outlive the object; hooks are destroyed with it
     ComPtr<IDispatch> object_;
     const Member& member_;
-    const bool hooks_, connects_;
+    bool hooks_, connects_;
 };
 
 }  // namespace velk::test

@@ -58,9 +58,9 @@ SAFEARRAY* Filled(SAFEARRAY* array, VARTYPE type) {
     return array;
 }
 
-Variant StringArray() {
-    SAFEARRAY* const array = SafeArrayCreateVector(VT_BSTR, OneIn(2), static_cast<ULONG>(Below(5)));
-    return Of(VT_ARRAY | VT_BSTR, reinterpret_cast<LONG_PTR>(Filled(array, VT_BSTR)));
+Variant VectorOf(VARTYPE type) {
+    SAFEARRAY* const array = SafeArrayCreateVector(type, OneIn(2), static_cast<ULONG>(Below(5)));
+    return Of(VT_ARRAY | type, reinterpret_cast<LONG_PTR>(Filled(array, type)));
 }
 
 // Of any type, dimensions and bounds; sometimes not allocated, without data, or of another type than its value says.
@@ -83,10 +83,10 @@ Variant ArrayValue() {
 }
 
 Variant SaneValue(VARTYPE type) {
-    if (type == VT_VARIANT) return OneIn(5) ? StringArray() : SimpleValue();
+    if (type == VT_VARIANT) return OneIn(5) ? VectorOf(VT_BSTR) : SimpleValue();
     if (type == VT_BSTR) return TextValue();
     if (type == VT_DISPATCH || type == VT_UNKNOWN) return ObjectValue();
-    if (type == (VT_ARRAY | VT_BSTR)) return OneIn(5) ? Of(type) : StringArray();
+    if (type == (VT_ARRAY | VT_BSTR)) return OneIn(5) ? Of(type) : VectorOf(VT_BSTR);
     if (type == VT_I4 && !realWindows.empty() && OneIn(2)) return Of(type, AnyOf(realWindows));
     Variant value = Of(type, Below(5));
     if (type == VT_R8) value.dblVal = Below(1000) / 8.0;
@@ -145,9 +145,11 @@ std::vector<ComPtr<ValueObject>>& Objects() {
     return objects;
 }
 
+// Scripts have texts for numbers, and arrays of variants for those of texts.
 VARIANT Client::Sane(Taken taken) {
     Variant value = OneIn(4) ? SimpleValue() : SaneValue(taken.type);
     if (value.vt < VT_BSTR && OneIn(8)) VariantChangeType(&value, &value, 0, VT_BSTR);
+    if (value.vt == (VT_ARRAY | VT_BSTR) && OneIn(3)) value = VectorOf(VT_VARIANT);
     if (value.vt != taken.type || OneIn(3)) return OneIn(2) ? Plain(std::move(value)) : Variable(std::move(value));
     return taken.byReference ? Reference(std::move(value)) : Plain(std::move(value));
 }
