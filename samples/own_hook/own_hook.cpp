@@ -8,6 +8,7 @@
 #include <ole2.h>
 #include <atomic>
 #include <cstdio>
+#include <initializer_list>
 
 #include "velksub.h"
 
