@@ -37,7 +37,7 @@ class Bstr {
 // The characters of a counted string, embedded NULs included; a null string is the empty text. Only as long as nobody
 // else can change the string. Its length in bytes stands before the first character.
 inline std::wstring_view View(BSTR text) noexcept {
-    if (!text) return {L"", 0};
+    if (!text) return L"";
     return {text, reinterpret_cast<const DWORD*>(text)[-1] / sizeof(wchar_t)};
 }
 
