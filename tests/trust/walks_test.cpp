@@ -1,8 +1,10 @@
 // What every member of every class is put through: calls again and again, failing allocations, nulls, wrong kinds, and
 // hostile calls during which the client's code does what it likes.
 #include <map>
+#include <thread>
 
 #include "support/fake.h"
+#include "support/heap.h"
 #include "support/scoped_variable.h"
 #include "trust/harness.h"
 
@@ -152,6 +154,18 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
     });
     Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failures));
     EXPECT_GT(failures, isMain_ ? 100 : 0);
+}
+
+TEST(Memory, MayBeMissingWhenAThreadsFirstMemberFails) {
+    HRESULT ended = S_OK;
+    std::thread([&] {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        const auto file = CreateObject<_CDatFile>(__uuidof(::CDatFile));
+        const Heap heap(Library(), [](std::size_t) { return true; });
+        BSTR text = nullptr;
+        ended = file->get_Parameter(&text);
+    }).join();
+    EXPECT_EQ(E_OUTOFMEMORY, ended);
 }
 
 // ---- Nothing and the wrong thing ----

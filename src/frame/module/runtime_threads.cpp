@@ -5,7 +5,10 @@
 // but one slot while the library is loaded. A class that needs more of them than this does not link.
 #include "frame/module/runtime_threads.h"
 
+#include <cxxabi.h>
 #include <pthread.h>
+
+#include <cstdlib>
 
 #include "platform/platform.h"
 
@@ -98,6 +101,14 @@ int pthread_setspecific(pthread_key_t key, const void* value) {
 }  // extern "C"
 
 namespace velk {
+
+bool PrepareThread() noexcept {
+    if (slot != FLS_OUT_OF_INDEXES && FlsGetValue(slot)) return true;
+    constexpr std::size_t kEnough = 1024;  // for the thread's table of values and the values
+    void* const tried = std::malloc(kEnough);
+    std::free(tried);
+    return tried && abi::__cxa_get_globals();
+}
 
 void ReleaseRuntime() noexcept {
     if (slot != FLS_OUT_OF_INDEXES) FlsFree(slot);  // destroys the values of all threads

@@ -4,7 +4,10 @@
 #include "frame/server/class_factory.h"
 #include "frame/server/registration.h"
 
+// The thread that asks is the one whose calls the objects will take.
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** factory) {
+    if (factory) *factory = nullptr;
+    if (!velk::PrepareThread()) return E_OUTOFMEMORY;
     return velk::GetClassFactory(clsid, iid, factory);
 }
 
