@@ -16,7 +16,7 @@ for file in sys.argv[2:]:
     for wanted in ("\n\tDLL\n", "DYNAMIC_BASE", "NX_COMPAT", r"Entry 5 \w+ 0*[1-9a-f]", r"Entry 6 \w+ 0{8}",
                    r"\nTime/Date\t+.* 1970\n", r"\nTime/Date stamp \t*0+\n"):
         assert re.search(wanted, told), f"{file}: no {wanted!r}"
-    assert re.findall(r"\n\t\[ *\d+\] (\w+)(?=\n)", told) == EXPORTS, f"{file}: other exports"
+    assert re.findall(r"\n\t\[ *\d+\] (?:\+base\[ *\d+\] +\w+ )?(\w+)(?=\n)", told) == EXPORTS, f"{file}: other exports"
     foreign = {name.lower() for name in re.findall(r"DLL Name: (\S+)", told)} - SYSTEM
     assert not foreign, f"{file}: imports {foreign}"
 

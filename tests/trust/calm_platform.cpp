@@ -1,11 +1,10 @@
 // Keeps calls with any arguments from harming what is not the tests': the machine's names and settings, files of any
 // name, foreign registry keys, boxes that wait for a person. Everything else reaches the platform.
-// clang-format off: these need the first
+#include <windows.h>
+
 #include <commdlg.h>
 #include <shellapi.h>
 #include <wininet.h>
-#include "platform/platform.h"
-// clang-format on
 
 #include <string_view>
 

@@ -1,5 +1,7 @@
 #include "trust/values.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <limits>
 
