@@ -161,7 +161,7 @@ class AutomationObject : public DispatchImpl<Interface>,
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
         if (!object) return E_POINTER;
-        *object = Find(iid);
+        *object = Face(iid);
         if (!*object) return E_NOINTERFACE;
         AddRef();
         return S_OK;
@@ -283,7 +283,7 @@ class AutomationObject : public DispatchImpl<Interface>,
         return Fail(member, kPolicy, nullptr);
     }
 
-    void* Find(REFIID iid) noexcept {
+    void* Face(REFIID iid) noexcept {
         void* const face = FaceOf(iid, __uuidof(Interface), this, this, this);
         return face ? face : ExtraInterface(iid);
     }
