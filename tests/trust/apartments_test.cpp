@@ -117,7 +117,7 @@ TEST_P(Elsewhere, MembersAnswerAsTheyDoWithoutAProxy) {
         const auto here = CreateObject<IDispatch>(clsid), there = Create(clsid);
         for (const auto& [member, argument] : calls) {
             Variant given = Text(argument ? argument : L"");
-            const auto call = [&](IDispatch* object) {
+            const auto call = [&given, member = member, argument = argument](IDispatch* object) {
                 return argument ? Call(object, member, {Arg(&given)}) : Call(object, member);
             };
             Outcome direct = call(here.get()), remote = call(there.get());
