@@ -62,7 +62,6 @@ class Surrogate {
         for (const Class& one : ReadClasses(kMain)) library_.classes.push_back({one.name, {}, one.clsid, {}});
         EXPECT_EQ(S_OK, Export<decltype(&DllRegisterServer)>("DllRegisterServer")());
         EXPECT_EQ(0, SwitchSurrogate(library_, true).status);
-        stays_ = Create(__uuidof(CStack));
     }
     Surrogate(const Surrogate&) = delete;
     Surrogate& operator=(const Surrogate&) = delete;
@@ -79,22 +78,20 @@ class Surrogate {
 
   private:
     KnownLibrary library_{};
-    ComPtr<IDispatch> stays_;  // and with it the process
 };
 
 class Elsewhere : public testing::TestWithParam<bool> {
   protected:
     void SetUp() override {
         if (GetParam() && sizeof(void*) == 8 && Departs("DllSurrogate")) GTEST_SKIP() << "there is a 32-bit one only";
-        if (GetParam() && !surrogate_) surrogate_.emplace();
+        if (GetParam()) surrogate_.emplace();
     }
-    static void TearDownTestSuite() { surrogate_.reset(); }
     ComPtr<IDispatch> Create(REFCLSID clsid) {
         return GetParam() ? surrogate_->Create(clsid) : apartments_.emplace_back(clsid).object();
     }
 
   private:
-    static inline std::optional<Surrogate> surrogate_;
+    std::optional<Surrogate> surrogate_;
     std::list<Apartment> apartments_;
 };
 
