@@ -1,4 +1,4 @@
-// What the benches of the containers are filled with and searched for.
+// Values that benches pass, and what the containers among them are filled with and searched for.
 #pragma once
 
 #include <cwchar>
@@ -15,21 +15,14 @@ constexpr LONG kMillion = 1'000'000;
 inline ComPtr<_CLinkedList> NewList() { return test::CreateObject<_CLinkedList>(__uuidof(::CLinkedList)); }
 
 // A value as clients make it.
-inline VARIANT LongOf(LONG number) {
-    VARIANT value;
-    VariantInit(&value);
-    value.vt = VT_I4;
-    value.lVal = number;
-    return value;
+inline VARIANT ValueOf(VARTYPE type, auto value) {
+    VARIANT made{};
+    made.vt = type;
+    *reinterpret_cast<decltype(value)*>(&made.byref) = value;
+    return made;
 }
-
-inline VARIANT StringOf(BSTR text) {
-    VARIANT value;
-    VariantInit(&value);
-    value.vt = VT_BSTR;
-    value.bstrVal = text;
-    return value;
-}
+inline VARIANT LongOf(LONG number) { return ValueOf(VT_I4, number); }
+inline VARIANT StringOf(BSTR text) { return ValueOf(VT_BSTR, text); }
 
 inline LONG Find(_CLinkedList* list, VARIANT value) {
     LONG start = -1, index = 0;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "frame/failure/failure.h"
+#include "list_values.h"
 #include "platform/text.h"
 #include "ratio.h"
 #include "support/bare_dispatch.h"
@@ -15,6 +16,7 @@
 namespace {
 
 using namespace velk;
+using bench::ValueOf;
 
 struct LateCall {
     const char* name;
@@ -24,13 +26,6 @@ struct LateCall {
     std::vector<VARIANT> arguments;  // the last one first
     double target;
 };
-
-VARIANT ValueOf(VARTYPE type, auto value) {
-    VARIANT made{};
-    made.vt = type;
-    *reinterpret_cast<decltype(value)*>(&made.byref) = value;
-    return made;
-}
 
 bool Compare(const LateCall& call, std::vector<VARIANT> arguments) {
     const auto object = test::CreateUnknown(call.clsid).As<IDispatch>();
