@@ -16,8 +16,9 @@ int CheckedLength(std::size_t length) {
 
 // Nearly all names, paths and keys, and most files. Every ANSI code page holds these characters as they are.
 bool IsAscii(const auto& text) noexcept {
-    unsigned all = 0;
-    for (const auto character : text) all |= static_cast<std::make_unsigned_t<decltype(+character)>>(character);
+    using Unit = std::make_unsigned_t<std::remove_cvref_t<decltype(text[0])>>;  // as narrow as can be: it is vectorised
+    Unit all = 0;
+    for (const auto character : text) all |= static_cast<Unit>(character);
     return all < 0x80;
 }
 
