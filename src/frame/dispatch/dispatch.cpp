@@ -149,26 +149,24 @@ HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept {
     return DISP_E_EXCEPTION;
 }
 
-HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, DISPID id, REFIID reserved,
-               LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-               UINT* badArgument) noexcept {
-    if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-    if (!parameters) return DISP_E_BADPARAMCOUNT;
+HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, const Request& request) noexcept {
+    if (request.reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if (!request.parameters) return DISP_E_BADPARAMCOUNT;
     Variant answer;  // not the client's yet: its place for the result may be one of the arguments
     HRESULT called = DISP_E_MEMBERNOTFOUND;
     HRESULT ended = S_OK;
     UINT ignored = 0;
-    if (const CallPlan* const member = plan.Find(id, flags)) {
+    if (const CallPlan* const member = plan.Find(request.id, request.flags)) {
         void* const place = PlaceOf(answer, member->result);
-        called = FittingCall::Make(*member, references, *parameters, object, place, &ended)
+        called = FittingCall::Make(*member, references, *request.parameters, object, place, &ended)
                      ? S_OK
-                     : CallWithAny(*member, object, *parameters, locale, place, &ended,
-                                   badArgument ? badArgument : &ignored);
+                     : CallWithAny(*member, object, *request.parameters, request.locale, place, &ended,
+                                   request.badArgument ? request.badArgument : &ignored);
     }
     const bool succeeded = SUCCEEDED(called) && SUCCEEDED(ended);
-    if (result) *result = succeeded ? answer.Detach() : VARIANT{};
+    if (request.result) *request.result = succeeded ? answer.Detach() : VARIANT{};
     if (succeeded) return S_OK;
-    return FAILED(called) ? called : Exception(ended, exception);
+    return FAILED(called) ? called : Exception(ended, request.exception);
 }
 
 }  // namespace velk::dispatch

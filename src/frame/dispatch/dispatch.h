@@ -12,10 +12,20 @@ HRESULT GetTypeInfoOf(REFGUID guid, ITypeInfo** info) noexcept;
 
 HRESULT GetIDsOfNames(const InterfacePlan& plan, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids) noexcept;
 
+// What a client gives to IDispatch::Invoke.
+struct Request {
+    DISPID id;
+    REFIID reserved;
+    LCID locale;
+    WORD flags;
+    DISPPARAMS* parameters;
+    VARIANT* result;
+    EXCEPINFO* exception;
+    UINT* badArgument;
+};
+
 // The object has to outlive the call, in which the client's code may drop the last reference.
-HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, DISPID id, REFIID reserved,
-               LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-               UINT* badArgument) noexcept;
+HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, const Request& request) noexcept;
 
 // Turns the thread's error information into the form of a late-bound call.
 HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept;
@@ -29,7 +39,8 @@ inline bool IsQuick(const QuickCall& call, REFIID reserved, WORD flags, const DI
 
 // Makes such a call, which runs no code but the member's. This needs no calling convention of words: every platform
 // passes one or two pointers to it as to any function.
-inline HRESULT InvokeQuick(const QuickCall& call, IDispatch* object, VARIANT* result, EXCEPINFO* exception) noexcept {
+[[gnu::always_inline]] inline HRESULT InvokeQuick(const QuickCall& call, IDispatch* object, VARIANT* result,
+                                                  EXCEPINFO* exception) noexcept {
     using Getter = HRESULT(STDMETHODCALLTYPE*)(IDispatch*, void*);
     using Method = HRESULT(STDMETHODCALLTYPE*)(IDispatch*);
     void* const function = (*reinterpret_cast<void***>(object))[call.slot];

@@ -29,8 +29,8 @@ class DispatchImpl : public Interface {
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
         const InterfacePlan* const plan = Plan();
         if (!plan) return E_OUTOFMEMORY;
-        return dispatch::Invoke(*plan, References::Replaced, this, id, reserved, locale, flags, parameters, result,
-                                exception, badArgument);
+        return dispatch::Invoke(*plan, References::Replaced, this,
+                                {id, reserved, locale, flags, parameters, result, exception, badArgument});
     }
 
   protected:

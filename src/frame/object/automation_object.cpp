@@ -95,17 +95,15 @@ HRESULT ObjectCore::CheckThread(const char* member) const noexcept try {
 }
 #endif
 
-HRESULT ObjectCore::InvokePlanned(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale,
-                                  WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                                  UINT* badArgument) noexcept {
-    const auto invoke = [&](DISPID member) {
-        return dispatch::Invoke(plan, info_.references, object, member, reserved, locale, flags, parameters, result,
-                                exception, badArgument);
-    };
-    const HRESULT called = invoke(id);
-    if (called != DISP_E_MEMBERNOTFOUND) return called;
-    if (id == DISPID_VALUE && info_.defaultMember != DISPID_UNKNOWN) return invoke(info_.defaultMember);
-    return id == DISPID_NEWENUM ? InvokeEnumerator(*parameters, result, exception) : called;
+HRESULT ObjectCore::InvokeUnlisted(const InterfacePlan& plan, IDispatch* object,
+                                   const dispatch::Request& request) noexcept {
+    if (request.id == DISPID_VALUE && info_.defaultMember != DISPID_UNKNOWN) {
+        dispatch::Request ofDefault = request;
+        ofDefault.id = info_.defaultMember;
+        return dispatch::Invoke(plan, info_.references, object, ofDefault);
+    }
+    if (request.id != DISPID_NEWENUM) return DISP_E_MEMBERNOTFOUND;
+    return InvokeEnumerator(*request.parameters, request.result, request.exception);
 }
 
 HRESULT ObjectCore::InvokeEnumerator(const DISPPARAMS& parameters, VARIANT* result, EXCEPINFO* exception) noexcept try {

@@ -108,10 +108,9 @@ class ObjectCore {
     HRESULT CheckThread(const char* member) const noexcept;
 #endif
 
-    // A late-bound call that takes arguments, or that the type library does not list. `object` is this one.
-    HRESULT InvokePlanned(const InterfacePlan& plan, IDispatch* object, DISPID id, REFIID reserved, LCID locale,
-                          WORD flags, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                          UINT* badArgument) noexcept;
+    // A late-bound call of what the type library does not list: the default member, or the enumerator. `object` is this
+    // one.
+    HRESULT InvokeUnlisted(const InterfacePlan& plan, IDispatch* object, const dispatch::Request& request) noexcept;
 
     // The items of a class that can be enumerated, in order.
     virtual std::optional<std::vector<Variant>> Items() { return std::nullopt; }
@@ -180,7 +179,9 @@ class AutomationObject : public DispatchImpl<Interface>,
             return dispatch::InvokeQuick(quick, this, result, exception);
         }
         const Hold hold(*this);
-        return InvokePlanned(*plan, this, id, reserved, locale, flags, parameters, result, exception, badArgument);
+        const dispatch::Request request{id, reserved, locale, flags, parameters, result, exception, badArgument};
+        const HRESULT called = dispatch::Invoke(*plan, info_.references, this, request);
+        return called == DISP_E_MEMBERNOTFOUND ? InvokeUnlisted(*plan, this, request) : called;
     }
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
