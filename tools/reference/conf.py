@@ -43,8 +43,8 @@ if tags.has("help"):  # noqa: F821 (given by Sphinx); the help viewer brings its
 def bundle(app, failure):
     """Puts together what Debian leaves apart of the theme, so that the pages work from disk.
 
-    Its script is in modules, one style sheet is on the web server, and the sheet's compiler lost the rule for readers whose
-    system is dark.
+    Its script is in modules. In Debian 12 one style sheet is on the web server, and the sheet's compiler lost the rule for
+    readers whose system is dark.
     """
     if failure:
         return
@@ -54,14 +54,17 @@ def bundle(app, failure):
     static = Path(app.outdir) / "_static"
     (static / "excerpts.js").write_text(f"const EXCERPTS = {json.dumps(excerpts(app), sort_keys=True)};{SHOW_EXCERPTS}")
     script, part = static / "scripts" / "furo.js", static / "scripts" / "gumshoe-patched.js"
-    modules = part.read_text() + script.read_text().replace('import Gumshoe from "./gumshoe-patched.js";\n', "")
+    modules = part.read_text() + re.sub(r"^import .*\n", "", script.read_text())
     script.write_text("(function () {\n" + modules + "\n}).call(window);\n")
     style = static / "styles" / "furo.css"
-    normalize = Path("/usr/share/javascript/normalize.css/normalize.css").read_text()
-    rules = style.read_text().replace("@import url(/javascript/normalize.css/normalize.css);", normalize)
-    chosen = re.search(r"@media not print \{.*?\n?\}\s*\}", rules, re.S)[0]
-    dark = chosen.replace("not print", "screen and (prefers-color-scheme: dark)").replace('"dark"', '"auto"')
-    style.write_text(rules.replace(chosen, chosen + "\n" + dark))
+    rules = style.read_text()
+    for imported in re.findall(r"@import url\((/javascript/[^)]*)\);", rules):
+        rules = rules.replace(f"@import url({imported});", Path("/usr/share" + imported).read_text())
+    if "prefers-color-scheme: dark" not in rules:
+        chosen = re.search(r"@media not print \{.*?\n?\}\s*\}", rules, re.S)[0]
+        dark = chosen.replace("not print", "screen and (prefers-color-scheme: dark)").replace('"dark"', '"auto"')
+        rules = rules.replace(chosen, chosen + "\n" + dark)
+    style.write_text(rules)
 
 
 SHOW_EXCERPTS = """
