@@ -1,21 +1,9 @@
-#include "frame/shapes_test.h"
-#include "support/value_object.h"
+// What arguments are on their way to a member and back, compared with the platform's own generic call where that has an
+// answer of its own.
+#include "frame/test_shapes.h"
 
 namespace velk::test {
 namespace {
-
-Variant Copy(const VARIANT& value) {
-    Variant copy;
-    EXPECT_EQ(S_OK, VariantCopy(&copy, const_cast<VARIANT*>(&value)));
-    return copy;
-}
-
-Variant Holding(IUnknown* object, VARTYPE type = VT_DISPATCH) {
-    VARIANT held{};
-    held.vt = type;
-    held.punkVal = object;
-    return Copy(held);
-}
 
 ComPtr<IFontDisp> MakeFont() {
     FONTDESC description{sizeof(FONTDESC), const_cast<LPOLESTR>(L"Tahoma"), {}, FW_NORMAL, 0, FALSE, FALSE, FALSE};
@@ -39,18 +27,19 @@ std::vector<Variant> EveryKindOfValue() {
     }
     values.push_back(Text({L"a\0b", 3}));
     const Variant text = Text(L"text");
-    ComPtr<IDispatch> objects[] = {nullptr, MakeFont().As<IDispatch>()};
     for (const auto& [value, answer] : {std::pair(Arg(5L), S_OK),
                                         {text, S_OK},
                                         {Arg(1e10), S_OK},
                                         {Arg(5L), DISP_E_EXCEPTION},
                                         {Arg(5L), DISP_E_MEMBERNOTFOUND}}) {
-        const auto object = ValueObject::Make(value);
-        object->answer = answer;
-        values.push_back(Holding(object.get()));
-        values.push_back(Holding(object.get(), VT_UNKNOWN));
+        for (const VARTYPE type : {VT_DISPATCH, VT_UNKNOWN}) {
+            auto object = ValueObject::Make(value);
+            object->answer = answer;
+            values.push_back(Holding(type, object.Detach()));
+        }
     }
-    for (const auto& object : objects) values.push_back(Holding(object.get()));
+    values.push_back(Holding(VT_DISPATCH));
+    values.push_back(Holding(VT_DISPATCH, MakeFont().Detach()));
     return values;
 }
 
@@ -60,34 +49,40 @@ ULONG CountOf(const VARIANT& value) {
     return value.punkVal->Release();
 }
 
-std::wstring Told(const Outcome& outcome, const VARIANT& held) {
+std::wstring Told(const Outcome& outcome, const std::wstring& held) {
     return Describe(outcome.value) + L", error " + std::to_wstring(outcome.result & 0xFFFF) + L" of argument " +
-           std::to_wstring(static_cast<int>(outcome.badArgument)) + L", the client holds " + Describe(held);
+           std::to_wstring(static_cast<int>(outcome.badArgument)) + L", the client holds " + held;
 }
-
-struct Member {
-    const wchar_t *takes, *changes;  // the same type by value and by reference
-};
-constexpr Member kVariant{L"EchoVariant", L"BumpVariant"}, kObject{L"EchoObject", L"BumpObject"};
-constexpr Member kFont{L"EchoFont", L"BumpFont"};
-constexpr Member kOthers[] = {{L"EchoShort", L"BumpShort"},     {L"EchoLong", L"BumpLong"},
-                              {L"EchoLong", L"BumpKind"},       {L"EchoDouble", L"BumpDouble"},
-                              {L"EchoBoolean", L"BumpBoolean"}, {L"EchoString", L"BumpString"}};
 
 // How a client passes a value: a literal, a script's variable, a place of the value's own type, a variable that refers
 // to such a place.
 enum Way { kLiteral, kVariable, kPlace, kVariableOfPlace };
+constexpr Way kWays[] = {kLiteral, kVariable, kPlace, kVariableOfPlace};
+
+bool Exists(Way way, const VARIANT& value) { return way < kPlace || value.vt > VT_NULL; }
+
+struct Passed {
+    explicit Passed(const VARIANT& value) : held(Copy(value)) {}
+
+    Variant held, refers;
+    VARIANT In(Way way) {
+        const VARIANT place = Ref(held.vt, held.vt == VT_DECIMAL ? static_cast<void*>(&held) : &held.llVal);
+        static_cast<VARIANT&>(refers) = place;
+        const VARIANT given[] = {held, Arg(&held), place, Arg(&refers)};
+        return given[way];
+    }
+};
+
+// What members take by value, "EchoShort", and by reference, "SwapShort".
+constexpr const wchar_t* kTypes[] = {L"Variant", L"Object", L"Font",    L"Short",
+                                     L"Long",    L"Double", L"Boolean", L"String"};
 
 class DispatchValues : public ShapesTest {
   protected:
-    Outcome ByPlatform(const wchar_t* member, const VARIANT& argument) {
-        return InvokeByPlatform(shapes_.get(), member, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {argument});
-    }
-
     // What the platform's own generic call makes of the value on its way to the member.
-    Outcome Arriving(const Member& member, VARIANT value) {
-        if (&member == &kFont && value.vt == VT_UNKNOWN) value.vt = VT_DISPATCH;  // Wine loses a reference to the other
-        Outcome arrived = ByPlatform(member.takes, value);
+    Outcome Arriving(const std::wstring& type, VARIANT value) {
+        if (type == L"Font" && value.vt == VT_UNKNOWN) value.vt = VT_DISPATCH;  // Wine loses a reference to the other
+        Outcome arrived = InvokeByPlatform(shapes_.get(), (L"Echo" + type).c_str(), DISPATCH_METHOD, {value});
         if (arrived.result == E_NOINTERFACE) arrived.result = DISP_E_TYPEMISMATCH;
         if (FAILED(arrived.result)) arrived.badArgument = 0;
         const bool isWord = value.vt == VT_BOOL && arrived.value.vt == VT_BSTR;  // deliberately not the platform's "-1"
@@ -95,91 +90,54 @@ class DispatchValues : public ShapesTest {
         return arrived;
     }
 
-    // What the member itself makes of what arrived.
-    Variant Written(const Member& member, const Outcome& arrived) {
-        Variant written = Copy(arrived.value), was;
-        shapes_->put_Step(1);
-        if (&member == &kVariant) {
-            shapes_->BumpVariant(&written, &was);
-        } else if (SUCCEEDED(arrived.result)) {
-            ByPlatform(member.changes, Ref(written.vt, &written.llVal));
-        }
-        return written;
+    void Expect(const std::wstring& member, Way way, const Variant& value, const Outcome& expected,
+                const std::wstring& left) {
+        Passed passed(value);
+        const Outcome ours = Call(shapes_.get(), member.c_str(), {passed.In(way)});
+        EXPECT_EQ(Told(expected, left), Told(ours, Describe(passed.held)))
+            << member << L"(" << Describe(value) << L") in way " << way;
     }
 
-    void Expect(const wchar_t* member, Way way, const Variant& value, Outcome expected, const Variant& left) {
-        const ULONG count = CountOf(value);
-        {
-            Variant held = Copy(value), refers;
-            const VARIANT place = Ref(held.vt, held.vt == VT_DECIMAL ? static_cast<void*>(&held) : &held.llVal);
-            static_cast<VARIANT&>(refers) = place;
-            const VARIANT given[] = {held, Arg(&held), place, Arg(&refers)};
-            const Outcome ours = Call(shapes_.get(), member, {given[way]});
-            if (FAILED(expected.result)) expected.value = Variant();
-            EXPECT_EQ(Told(expected, left), Told(ours, held))
-                << member << L"(" << Describe(value) << L") in way " << way;
-        }
-        EXPECT_EQ(count, CountOf(value)) << member << L"(" << Describe(value) << L") in way " << way;
-    }
-
-    // What the member writes goes into a variable as it is and into a place converted; what it leaves alone keeps its
-    // type and value, but for a variable that was never set.
-    void Check(const Member& member, const Variant& value) {
-        const Outcome arrived = Arriving(member, value);
-        Variant written = Written(member, arrived);
-        const bool succeeded = SUCCEEDED(arrived.result),
-                   writes = succeeded && Describe(written) != Describe(arrived.value);
-        const bool held =
-            value.vt != VT_UNKNOWN && value.vt != VT_DECIMAL && (value.vt != VT_DISPATCH || &member == &kObject);
-        for (const Way way : {kLiteral, kVariable, kPlace, kVariableOfPlace}) {
-            if (way >= kPlace && value.vt <= VT_NULL) continue;  // there is no place of these types
-            const auto expect = [&](const wchar_t* name, HRESULT result, const Variant& left) {
-                Expect(name, way, value, {result, Copy(arrived.value), {}, {}, {}, arrived.badArgument}, left);
+    // The member gives what it got the time before, at the second time the same again. What it writes goes into a
+    // variable as it is and into a place converted; what stays the same keeps its type and value there, but for a
+    // variable that was never set.
+    void Check(const std::wstring& type, const Variant& value, Variant* kept) {
+        const Outcome arrived = Arriving(type, value);
+        const bool succeeded = SUCCEEDED(arrived.result);
+        const bool converts = value.vt != VT_UNKNOWN && value.vt != VT_DECIMAL && type != L"Variant" &&
+                              (value.vt != VT_DISPATCH || type == L"Object");
+        for (const Way way : kWays) {
+            if (!Exists(way, value)) continue;
+            const auto expect = [&](const wchar_t* does, HRESULT result, const Variant& left) {
+                Variant answer = FAILED(result) ? Variant() : Copy(arrived.value);
+                const Outcome expected{result, std::move(answer), {}, {}, {}, arrived.badArgument};
+                Expect(does + type, way, value, expected, Describe(left));
             };
-            expect(member.takes, arrived.result, value);
-            shapes_->put_Step(0);
-            expect(member.changes, arrived.result,
-                   succeeded && way == kVariable && value.vt == VT_EMPTY ? arrived.value : value);
-            shapes_->put_Step(1);
-            Variant left = Copy(way == kVariable && writes ? written : value);
-            HRESULT result = arrived.result;
-            if (way >= kPlace && writes && held && &member != &kVariant) {
-                result = VariantChangeTypeEx(&left, &written, LOCALE_USER_DEFAULT, VARIANT_ALPHABOOL, value.vt);
+            expect(L"Echo", arrived.result, value);
+            for (int time = 0; time < 2; ++time) {
+                const bool writes = succeeded && Describe(*kept) != Describe(arrived.value);
+                const bool takesOver = writes || (succeeded && value.vt == VT_EMPTY);
+                Variant left = Copy(way == kVariable && takesOver ? *kept : value);
+                HRESULT result = arrived.result;
+                if (way >= kPlace && writes && converts) {
+                    result = VariantChangeTypeEx(&left, kept, LOCALE_USER_DEFAULT, VARIANT_ALPHABOOL, value.vt);
+                }
+                expect(L"Swap", result, left);
+                if (succeeded) *kept = Copy(arrived.value);
             }
-            expect(member.changes, result, left);
         }
     }
 };
 
 TEST_F(DispatchValues, ArriveAsThroughThePlatformAndComeBackInTheFormThatTheClientHolds) {
-    for (const Variant& value : EveryKindOfValue()) {
-        for (const Member* member : {&kVariant, &kObject, &kFont}) Check(*member, value);
-        for (const Member& member : kOthers) Check(member, value);
-    }
-}
-
-TEST_F(DispatchValues, PropertiesTakeWhatThePlatformWouldLetThemTake) {
-    const auto put = [this](bool byPlatform, WORD flags, const VARIANT& value, std::vector<VARIANT> index) {
-        const wchar_t* const name = index.empty() ? L"Step" : L"Item";
-        shapes_->put_Step(77);
-        shapes_->put_Item(1, Arg(77L));
-        std::vector<VARIANT> arguments = index;
-        arguments.push_back(value);
-        Outcome outcome = byPlatform ? InvokeByPlatform(shapes_.get(), name, flags, arguments)
-                                     : InvokeNamed(shapes_.get(), name, flags, arguments, {DISPID_PROPERTYPUT});
-        outcome.badArgument = 0;
-        const Outcome kept = InvokeNamed(shapes_.get(), name, DISPATCH_PROPERTYGET, index, {});
-        return Told(outcome, kept.value);
-    };
-    for (const Variant& value : EveryKindOfValue()) {
-        for (const WORD flags : {DISPATCH_PROPERTYPUT, DISPATCH_PROPERTYPUTREF}) {
-            for (const auto& index : {std::vector<VARIANT>(), {Arg(1L)}}) {
-                Variant held = Copy(value);
-                const std::wstring expected = put(true, flags, value, index);
-                EXPECT_EQ(expected, put(false, flags, value, index)) << Describe(value);
-                EXPECT_EQ(expected, put(false, flags, Arg(&held), index)) << Describe(value);
-            }
+    for (const wchar_t* const type : kTypes) {
+        const auto values = EveryKindOfValue();
+        {
+            Variant kept;
+            for (const Variant& value : values) Check(type, value, &kept);
+            shapes_ = CShapes::Make();
         }
+        for (const Variant& value : values) EXPECT_GE(1u, CountOf(value)) << type << L" " << Describe(value);
     }
 }
 
@@ -208,10 +166,76 @@ TEST_F(DispatchValues, ADefaultPropertyMayChangeTheCallersOtherVariables) {
         // An object that comes in that way behind the arguments that are settled is not read any more.
         if (changing != 6) continue;
         late->onRead = [] { ADD_FAILURE() << "was read"; };
-        object->onRead = [&] { c = Holding(late.get()); };
+        object->onRead = [&] { c = Holding(VT_DISPATCH, ComPtr(late).Detach()); };
         const Outcome refused = call();
         EXPECT_EQ(DISP_E_TYPEMISMATCH, refused.result);
         EXPECT_EQ(5u, refused.badArgument);
+    }
+}
+
+// ---- Arrays ----
+
+Variant ArrayOf(VARTYPE type, std::vector<SAFEARRAYBOUND> bounds, std::initializer_list<const wchar_t*> texts = {}) {
+    SAFEARRAY* const array = SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
+    std::size_t i = 0;
+    for (const wchar_t* text : texts) {
+        VARIANT element = Text(text).Detach();
+        if (type == VT_VARIANT)
+            static_cast<VARIANT*>(array->pvData)[i++] = element;
+        else
+            static_cast<BSTR*>(array->pvData)[i++] = element.bstrVal;
+    }
+    return Holding(VT_ARRAY | type, array);
+}
+
+// The platform's own call takes arrays of texts only. Others come as those, and go back as those that a script can
+// index.
+TEST_F(DispatchValues, ArraysAreReadAndFilledInTheFormThatTheClientCanIndexUnlessPassedByValue) {
+    struct {
+        Variant held;
+        const wchar_t* arrives;  // null for what is refused
+    } cases[] = {{{}, L"no array of 8"},
+                 {ArrayOf(VT_VARIANT, {{2, 0}}, {L"a", L"b"}), L"array of 8 from 0: 8:a 8:b"},
+                 {ArrayOf(VT_BSTR, {{2, 5}}, {L"a", L"b"}), L"array of 8 from 5: 8:a 8:b"},
+                 {ArrayOf(VT_VARIANT, {{1, 2}}, {L"c"}), L"array of 8 from 2: 8:c"},
+                 {Holding(VT_ARRAY | VT_VARIANT), L"no array of 8"},
+                 {ArrayOf(VT_VARIANT, {{1, 0}, {2, 3}}, {L"", L"d"}), L"array of 8 from 3: 8: 8:d"},
+                 {Holding(VT_ARRAY | VT_BSTR), L"no array of 8"},
+                 {ArrayOf(VT_BSTR, {{1, 0}, {2, 3}}, {L"", L"e"}), L"array of 8 from 3: 8: 8:e"},
+                 {Text(L"text"), nullptr},
+                 {Holding(VT_NULL), nullptr},
+                 {ArrayOf(VT_I4, {{2, 0}}), nullptr},
+                 {Holding(VT_ARRAY | VT_BSTR, ArrayOf(VT_I8, {{2, 0}}).Detach().parray), nullptr},  // which it is not
+                 {ArrayOf(VT_VARIANT, {{2, 0}}, {L"a", L"an object"}), nullptr}};
+    auto* const object = static_cast<VARIANT*>(std::end(cases)[-1].held.parray->pvData) + 1;
+    VariantClear(object);
+    *object = Arg(ValueObject::Make(Arg(1L)).Detach());
+    std::wstring kept = L"no array of 8";
+    for (const auto& [value, arrives] : cases) {
+        for (const Way way : kWays) {
+            if (!Exists(way, value)) continue;
+            std::wstring left = value.vt == (VT_ARRAY | VT_BSTR) || kept[0] == L'a' ? kept : L"array of 8 from 0:";
+            if (value.vt != (VT_ARRAY | VT_BSTR)) left.replace(left.find(L'8'), 1, L"12");
+            const Outcome expected =
+                arrives ? Outcome{S_OK, Text(arrives)} : Outcome{DISP_E_TYPEMISMATCH, {}, {}, {}, {}, 0};
+            Expect(L"SwapStrings", way, value, expected, way == kLiteral || !arrives ? Describe(value) : left);
+            if (arrives) kept = arrives;
+        }
+    }
+}
+
+// The call of a member that does not ask whether it may replace an array fails and loses nothing.
+TEST_F(DispatchValues, ArraysStayWhereTheyAreWhenInUse) {
+    for (const USHORT feature : {0, FADF_FIXEDSIZE}) {
+        Passed passed(ArrayOf(VT_VARIANT, {{1, 1}}, {L"a"}));
+        SAFEARRAY* const array = passed.held.parray;
+        array->cLocks = feature ? 0 : 1;
+        array->fFeatures |= feature;
+        for (const Way way : {kVariable, kPlace, kVariableOfPlace}) {
+            EXPECT_EQ(DISP_E_ARRAYISLOCKED, Call(shapes_.get(), L"SwapStrings", {passed.In(way)}).result);
+            EXPECT_EQ(L"array of 12 from 1: 8:a", Describe(passed.held));
+        }
+        array->cLocks = 0;
     }
 }
 

@@ -1,9 +1,6 @@
 #include "frame/test_shapes.h"
 
 #include <sstream>
-#include <utility>
-
-#include "platform/string_array.h"
 
 namespace velk::test {
 namespace {
@@ -23,17 +20,11 @@ std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
 
 }  // namespace
 
-STDMETHODIMP CShapes::FillStrings(SAFEARRAY** strings, LONG count, BSTR* result) noexcept {
+STDMETHODIMP CShapes::SwapStrings(SAFEARRAY** value, BSTR* result) noexcept {
     return Guard(result, [&] {
-        Variant was;
-        was.vt = VT_ARRAY | VT_BSTR;
-        was.parray = std::exchange(Given(strings), nullptr);
-        if (count >= 0) {
-            StringArray made(static_cast<ULONG>(count), 1);
-            for (LONG i = 0; i < count; ++i) made.Put(static_cast<ULONG>(i), Bstr(L"s" + std::to_wstring(i + 1)));
-            *strings = made.Detach();
-        }
-        return Bstr(Describe(was));
+        Bstr was(Describe(Held(VT_ARRAY | VT_BSTR, Given(value))));
+        Exchange(VT_ARRAY | VT_BSTR, *value);
+        return was;
     });
 }
 
@@ -43,7 +34,7 @@ STDMETHODIMP CShapes::Mixed(SHORT a, DOUBLE b, LONG* c, BSTR d, VARIANT e, VARIA
         std::wostringstream all;
         all << a << L' ' << b << L' ' << *c << L' ' << View(d) << L' ' << Describe(e) << L' ' << Describe(*f) << L' '
             << g << L' ' << View(*h);
-        Change(*c);
+        ++*c;
         return Bstr(all.str());
     });
 }
@@ -56,33 +47,20 @@ STDMETHODIMP CShapes::get_Step(LONG* result) noexcept {
 }
 
 STDMETHODIMP CShapes::put_Item(LONG index, VARIANT value) noexcept {
-    return Guard([&] { items_[index & 3] = Copy<VARIANT>(value); });
+    return Guard([&] { items_[index & 3] = Copy(value); });
 }
 
 STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
     return Guard([&] {
         if (value.vt != VT_DISPATCH) throw RuntimeError(Error::TypeMismatch);
-        items_[index & 3] = Copy<VARIANT>(value);
+        items_[index & 3] = Copy(value);
     });
 }
 
-void CShapes::Change(BSTR& value) {
-    Bstr changed(TextOf(value) + L"!");
-    SysFreeString(std::exchange(value, changed.Detach()));
-}
-
-void CShapes::Change(VARIANT& value) {
-    VariantClear(&value);
-    value.vt = VT_BSTR;
-    value.bstrVal = Bstr(L"changed").Detach();
-}
-
 std::wstring Describe(const VARIANT& value) {
-    if (value.vt == (VT_BYREF | VT_VARIANT)) return L"reference to " + Describe(*value.pvarVal);
     if (value.vt & VT_ARRAY) {
         const VARTYPE type = value.vt & ~(VT_ARRAY | VT_BYREF);
-        return value.vt & VT_BYREF ? L"reference to " + DescribeArray(*value.pparray, type)
-                                   : DescribeArray(value.parray, type);
+        return DescribeArray(value.vt & VT_BYREF ? *value.pparray : value.parray, type);
     }
     const std::wstring type = std::to_wstring(value.vt & ~VT_BYREF) + L":";
     if (value.vt == VT_ERROR) return value.scode == DISP_E_PARAMNOTFOUND ? L"missing" : type;

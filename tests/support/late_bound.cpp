@@ -70,7 +70,7 @@ DISPID IdOf(IDispatch* object, const wchar_t* name) {
     return id;
 }
 
-Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments) {
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments) {
     return InvokeNamed(object, name, flags, arguments, PutName(flags));
 }
 

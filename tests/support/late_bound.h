@@ -34,7 +34,7 @@ struct Outcome {
 };
 
 DISPID IdOf(IDispatch* object, const wchar_t* name);  // "#-4" is the identifier itself
-Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::initializer_list<VARIANT> arguments);
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments);
 
 // The last arguments are named ones, with these identifiers in reading order.
 Outcome InvokeNamed(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,

@@ -31,8 +31,6 @@ bool StoreNumber(VARIANT* own, VARTYPE type, LONG number) noexcept {
             return own->lVal = number, true;
         case VT_I2:
             return own->iVal = static_cast<SHORT>(number), own->iVal == number;
-        case VT_UI1:
-            return own->bVal = static_cast<BYTE>(number), own->bVal == number;
         case VT_BOOL:
             return own->boolVal = number ? VARIANT_TRUE : VARIANT_FALSE, true;
         case VT_R8:
