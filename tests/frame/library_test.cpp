@@ -27,21 +27,6 @@ std::vector<Type> AllClasses() {
     return all;
 }
 
-// The constants of enumerations are left out: the type-library compiler gives them none.
-TEST(Types, HaveAHelpTextForEveryTypeAndMember) {
-    for (const wchar_t* file : {L"VelkSprt.dll", L"VelkSub.dll"}) {
-        for (const Type& type : TypesOf(LoadTypes(BuiltFile(file).c_str()))) {
-            const Documentation about = DocumentationOf(type, MEMBERID_NIL);
-            EXPECT_FALSE(about.help.empty()) << about.name;
-            const Type own = OwnMembers(type);
-            for (UINT i = 0; i < AttributesOf(own)->cFuncs; ++i) {
-                const Documentation member = DocumentationOf(own, FunctionOf(own, i)->memid);
-                EXPECT_FALSE(member.help.empty()) << about.name << L"." << member.name;
-            }
-        }
-    }
-}
-
 // One identity behind all its faces, as the type library describes it.
 void ExpectIsWhatItSays(const ComPtr<IUnknown>& object, const Type& coclass) {
     std::vector<GUID> faces = {IID_IUnknown, IID_IDispatch, IID_ISupportErrorInfo, IID_IProvideClassInfo,
