@@ -7,35 +7,20 @@
 #include <fstream>
 #include <map>
 
-#include "tools/typelib/type_reader.h"
+#include "tools/typelib/resolved_type.h"
 
 namespace velk::test {
 namespace {
-
-Taken Resolve(const Type& type, const TYPEDESC& description) {
-    if (description.vt == VT_PTR) {
-        const Taken target = Resolve(type, *description.lptdesc);
-        return {target.type, target.type != VT_DISPATCH || description.lptdesc->vt != VT_USERDEFINED, false};
-    }
-    if (description.vt == VT_SAFEARRAY) return {static_cast<VARTYPE>(VT_ARRAY | description.lptdesc->vt), false, false};
-    if (description.vt != VT_USERDEFINED) return {description.vt, false, false};
-    Type named;
-    ThrowIfFailed(type->GetRefTypeInfo(description.hreftype, named.Receive()));
-    const auto attributes = AttributesOf(named);
-    if (attributes->typekind == TKIND_ALIAS) return Resolve(named, attributes->tdescAlias);
-    return {static_cast<VARTYPE>(attributes->typekind == TKIND_ENUM ? VT_I4 : VT_DISPATCH), false, false};
-}
 
 Member ReadMember(const Type& type, const FUNCDESC& function) {
     Member member{DocumentationOf(type, function.memid).name, function.memid, static_cast<WORD>(function.invkind),
                   static_cast<ULONG_PTR>(function.oVft)};
     for (SHORT i = 0; i < function.cParams; ++i) {
-        const TYPEDESC& description = function.lprgelemdescParam[i].tdesc;
-        const USHORT attributes = function.lprgelemdescParam[i].paramdesc.wParamFlags;
-        Taken taken = Resolve(type, description);
-        taken.optional = attributes & PARAMFLAG_FOPT;
+        const ELEMDESC& parameter = function.lprgelemdescParam[i];
+        const USHORT attributes = parameter.paramdesc.wParamFlags;
+        const ResolvedType resolved = Resolve(type, parameter.tdesc);
+        member.takes.push_back({resolved.type, resolved.byReference, (attributes & PARAMFLAG_FOPT) != 0});
         member.hasResult |= (attributes & PARAMFLAG_FRETVAL) != 0;
-        member.takes.push_back(taken);
     }
     return member;
 }
