@@ -38,7 +38,7 @@ class NodeArray {
         void SetNext(Index to) noexcept { Written().next = to; }
         void SetLinks(Index previous, Index next) noexcept { Written() = {previous, next}; }
         Value& value() noexcept {
-            if (!block_.values) nodes_.MakeValues(block_, index_ / kBlock);
+            if (!block_.values) MakeValues(block_);
             return block_.values[Inside(index_)];
         }
 
@@ -127,15 +127,18 @@ class NodeArray {
     static constexpr Index kMostNodes = std::numeric_limits<Index>::max() / kNodeSize;
 
     struct Block {
-        Value* values;  // null before the first use; never where there are links
-        Links* links;   // null: the initial ones
+        Value* values = nullptr;  // null before the first use; never where there are links
+        Links* links = nullptr;   // null: the initial ones
+        Value* valuePlace;        // memory that a block may use, not initialised and not touched before it does
+        Links* linkPlace;         // likewise, for this or another block
+        std::unique_ptr<std::byte[]> slab;  // the memory of this block and those that follow, for the first of them
     };
 
-    // Memory that a block may use, not initialised and not touched before it does.
-    struct Place {
-        Value* values;
-        Links* links;
+    // Memory of links that a block has given back. It lies there.
+    struct UsedLinks {
+        UsedLinks* next;
     };
+    static_assert(sizeof(UsedLinks) <= sizeof(Links[kBlock]) && sizeof(Value[kBlock]) % alignof(UsedLinks) == 0);
 
     static Index Inside(Index index) noexcept {
         return static_cast<Index>(static_cast<std::uint32_t>(index) % std::uint32_t{kBlock});
@@ -143,31 +146,31 @@ class NodeArray {
 
     [[noreturn, gnu::noinline]] static void ThrowOutOfRange() { throw RuntimeError(Error::SubscriptOutOfRange); }
 
-    void MakeValues(Block& block, Index number) noexcept {
-        block.values = places_[static_cast<std::size_t>(number)].values;
+    static void MakeValues(Block& block) noexcept {
+        block.values = block.valuePlace;
         std::uninitialized_value_construct_n(block.values, kBlock);
     }
 
     // There is a place for every block's links, but those that were used before are in the processor's cache.
     [[gnu::noinline]] void GiveLinks(Index number) noexcept {
         Links* links = nullptr;
-        if (usedLinks_.empty()) {
-            links = places_[freshLinks_++].links;
+        if (usedLinks_) {
+            links = reinterpret_cast<Links*>(std::exchange(usedLinks_, usedLinks_->next));
         } else {
-            links = usedLinks_.back();
-            usedLinks_.pop_back();
+            links = blocks_[freshLinks_++].linkPlace;
         }
         for (Index i = 0; i < kBlock; ++i) links[i] = {kFree, number * kBlock + i + 1};
         Block& block = blocks_[static_cast<std::size_t>(number)];
         block.links = links;
-        if (!block.values) MakeValues(block, number);
+        if (!block.values) MakeValues(block);
         linked_.push_back(number);
         std::ranges::push_heap(linked_);
     }
 
     void TakeLinksFromHighest() noexcept {
         std::ranges::pop_heap(linked_);
-        usedLinks_.push_back(std::exchange(blocks_[static_cast<std::size_t>(linked_.back())].links, nullptr));
+        Links* const links = std::exchange(blocks_[static_cast<std::size_t>(linked_.back())].links, nullptr);
+        usedLinks_ = new (links) UsedLinks{usedLinks_};
         linked_.pop_back();
     }
 
@@ -189,42 +192,34 @@ class NodeArray {
         const std::size_t count = std::max(wanted - blocks_.size(), std::min(blocks_.size() / 4, kMostSpareBlocks));
         auto slab = std::make_unique_for_overwrite<std::byte[]>(count * kBlock * kNodeSize);
         ReserveForBlocks(blocks_.size() + count);
-        slabs_.push_back(std::move(slab));
-        auto* values = reinterpret_cast<Value*>(slabs_.back().get());
+        auto* values = reinterpret_cast<Value*>(slab.get());
         auto* links = reinterpret_cast<Links*>(values + count * kBlock);
         for (std::size_t at = 0; at < count * kBlock; at += kBlock) {
-            places_.push_back({values + at, links + at});
-            blocks_.push_back({});
+            blocks_.push_back({nullptr, nullptr, values + at, links + at, std::move(slab)});
         }
     }
 
-    // So that giving and taking links never fails.
+    // So that giving links never fails.
     void ReserveForBlocks(std::size_t count) {
         if (count <= blocks_.capacity()) return;
         count = std::max(count, 2 * blocks_.capacity());
         linked_.reserve(count);
-        usedLinks_.reserve(count);
-        places_.reserve(count);
         blocks_.reserve(count);
     }
 
     void Swap(NodeArray& other) noexcept {
         std::swap(count_, other.count_);
         std::swap(freshLinks_, other.freshLinks_);
-        slabs_.swap(other.slabs_);
-        places_.swap(other.places_);
+        std::swap(usedLinks_, other.usedLinks_);
         blocks_.swap(other.blocks_);
         linked_.swap(other.linked_);
-        usedLinks_.swap(other.usedLinks_);
     }
 
     std::uint32_t count_ = 0;
-    std::size_t freshLinks_ = 0;  // the first place whose links were never used
-    std::vector<std::unique_ptr<std::byte[]>> slabs_;
-    std::vector<Place> places_;
+    std::size_t freshLinks_ = 0;      // the first block whose place for links was never used
+    UsedLinks* usedLinks_ = nullptr;  // free again
     std::vector<Block> blocks_;
-    std::vector<Index> linked_;      // the blocks that have links: a heap, the highest first
-    std::vector<Links*> usedLinks_;  // free again
+    std::vector<Index> linked_;  // the blocks that have links: a heap, the highest first
 };
 
 }  // namespace velk
