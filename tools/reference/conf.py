@@ -103,6 +103,15 @@ def accessible(app, page, template, context, doctree):
     context["furo_navigation_tree"] = context["furo_navigation_tree"].replace('role="heading"', 'role="heading" aria-level="2"')
 
 
+def without_modules(app, page, template, context, doctree):
+    """Browsers load no module from disk."""
+    for script in context.get("script_files", []):
+        attributes = getattr(script, "attributes", {})
+        if attributes.pop("type", None) == "module":
+            attributes["defer"] = "defer"
+
+
 def setup(app):
     app.connect("build-finished", bundle)
+    app.connect("html-page-context", without_modules)
     app.connect("html-page-context", accessible, priority=900)  # after the theme's own
