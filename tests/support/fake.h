@@ -1,6 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <list>
+#include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -35,19 +38,35 @@ Fake(const char*, Function, Body) -> Fake<Function, Body>;
 template <class Function, class Body>
 Fake(const char*, Function, Body, HMODULE) -> Fake<Function, Body>;
 
-// A platform function where a call is allowed; any other is refused, for want of memory where it can say so.
-// kGuarded<&MoveToEx, [](HDC context, auto...) { return context != nullptr; }>
-template <auto Function, auto Allows, class = decltype(Function)>
-struct Checked;
-template <auto Function, auto Allows, class Result, class... Given>
-struct Checked<Function, Allows, Result(WINAPI*)(Given...)> {
+template <auto Allows, auto Function, class = decltype(Function)>
+struct Guarded;
+template <auto Allows, auto Function, class Result, class... Given>
+struct Guarded<Allows, Function, Result(WINAPI*)(Given...)> {
     static Result WINAPI Call(Given... given) {
         if (Allows(given...)) return Function(given...);
         if constexpr (std::is_same_v<Result, HRESULT>) return E_OUTOFMEMORY;
         return Result{};
     }
 };
-template <auto Function, auto Allows>
-inline void* const kGuarded = reinterpret_cast<void*>(&Checked<Function, Allows>::Call);
+
+// The compiler's own text of the template's argument has it.
+template <auto Function>
+std::string NameOf() {
+    const std::string_view told = __PRETTY_FUNCTION__, before = "Function = ";
+    const std::size_t start = told.find_first_not_of("& ", told.find(before) + before.size());
+    return std::string(told.substr(start, told.find_first_of(";]", start) - start));
+}
+
+// Platform functions do only what is allowed for a module; any other call is refused, for want of memory where it can
+// say so: Guard<[](HDC context, auto...) { return context != nullptr; }, &MoveToEx, &LineTo>(Library(), patches);
+// The main library has to use all of them.
+template <auto Allows, auto... Functions>
+void Guard(HMODULE module, std::list<ImportPatch>& patches) {
+    const auto patch = [&](const std::string& name, void* replacement) {
+        if (module == Library() || ImportPatch::IsImported(module, name.c_str()))
+            patches.emplace_back(module, name.c_str(), replacement);
+    };
+    (patch(NameOf<Functions>(), reinterpret_cast<void*>(&Guarded<Allows, Functions>::Call)), ...);
+}
 
 }  // namespace velk::test

@@ -52,51 +52,28 @@ BOOL WINAPI OnlyTell(UINT action, UINT parameter, PVOID place, UINT update) {
 }
 DWORD WINAPI Jump() { return static_cast<DWORD>(engine()); }
 
-template <auto Function>
-void* const kRefused = kGuarded<Function, kNever>;
-template <auto Function>
-void* const kDrawn = kGuarded<Function, kOnContext>;
-
 }  // namespace
 
 std::list<ImportPatch> CalmPlatform() {
     const auto low = static_cast<ULONG_PTR>(HandleToLong(GetStockObject(WHITE_BRUSH)) & 0xFFFF);
     EXPECT_EQ(Departs("GetObjectType"), GetObjectType(reinterpret_cast<HGDIOBJ>(low)) != 0);
     std::list<ImportPatch> patches;
-    const auto patch = [&](std::initializer_list<std::pair<const char*, void*>> functions) {
-        for (const auto& [name, replacement] : functions) patches.emplace_back(Library(), name, replacement);
-    };
-    patch({{"SetVolumeLabelA", kRefused<&SetVolumeLabelA>},
-           {"SetComputerNameA", kRefused<&SetComputerNameA>},
-           {"InternetSetOptionA", kRefused<&InternetSetOptionA>},
-           {"InternetGetConnectedStateExA", kRefused<&InternetGetConnectedStateExA>},
-           {"ShellExecuteA", kRefused<&ShellExecuteA>},
-           {"ShellExecuteExA", kRefused<&ShellExecuteExA>},
-           {"GetOpenFileNameA", kRefused<&GetOpenFileNameA>},
-           {"GetSaveFileNameA", kRefused<&GetSaveFileNameA>},
-           {"PrintDlgA", kRefused<&PrintDlgA>},
-           {"ChooseFontA", kRefused<&ChooseFontA>},
-           {"OpenClipboard", kRefused<&OpenClipboard>},
-           {"SetClipboardData", kRefused<&SetClipboardData>},
-           {"Arc", kDrawn<&Arc>},
-           {"Ellipse", kDrawn<&Ellipse>},
-           {"LineTo", kDrawn<&LineTo>},
-           {"MoveToEx", kDrawn<&MoveToEx>},
-           {"Rectangle", kDrawn<&Rectangle>},
-           {"GetROP2", kDrawn<&GetROP2>},
-           {"SetROP2", kDrawn<&SetROP2>},
-           {"SelectObject", kDrawn<&SelectObject>},
-           {"WritePrivateProfileStringA", kGuarded<&WritePrivateProfileStringA, kIntoSettings>},
-           {"RegCreateKeyExA", kGuarded<&RegCreateKeyExA, kBelowRoot>},
-           {"GetDiskFreeSpaceA", kGuarded<&GetDiskFreeSpaceA, kSometimes>},
-           {"GetDiskFreeSpaceExA", kGuarded<&GetDiskFreeSpaceExA, kSometimes>},
-           {"GetDriveTypeA", kGuarded<&GetDriveTypeA, kSometimes>},
-           {"GetVolumeInformationA", kGuarded<&GetVolumeInformationA, kSometimes>},
-           {"CreateDCA", reinterpret_cast<void*>(&LendContext)},
-           {"ReleaseDC", reinterpret_cast<void*>(&TakeBackContext)},
-           {"BitBlt", reinterpret_cast<void*>(&Copy)},
-           {"SystemParametersInfoA", reinterpret_cast<void*>(&OnlyTell)},
-           {"timeGetTime", reinterpret_cast<void*>(&Jump)}});
+    Guard<kNever, &SetVolumeLabelA, &SetComputerNameA, &InternetSetOptionA, &InternetGetConnectedStateExA,
+          &ShellExecuteA, &ShellExecuteExA, &GetOpenFileNameA, &GetSaveFileNameA, &PrintDlgA, &ChooseFontA,
+          &OpenClipboard, &SetClipboardData>(Library(), patches);
+    Guard<kOnContext, &Arc, &Ellipse, &LineTo, &MoveToEx, &Rectangle, &GetROP2, &SetROP2, &SelectObject>(Library(),
+                                                                                                         patches);
+    Guard<kIntoSettings, &WritePrivateProfileStringA>(Library(), patches);
+    Guard<kBelowRoot, &RegCreateKeyExA>(Library(), patches);
+    Guard<kSometimes, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetVolumeInformationA>(Library(),
+                                                                                                        patches);
+    for (const auto& [name, replacement] : {std::pair("CreateDCA", reinterpret_cast<void*>(&LendContext)),
+                                            {"ReleaseDC", reinterpret_cast<void*>(&TakeBackContext)},
+                                            {"BitBlt", reinterpret_cast<void*>(&Copy)},
+                                            {"SystemParametersInfoA", reinterpret_cast<void*>(&OnlyTell)},
+                                            {"timeGetTime", reinterpret_cast<void*>(&Jump)}}) {
+        patches.emplace_back(Library(), name, replacement);
+    }
     return patches;
 }
 

@@ -41,25 +41,14 @@ double CommittedMegabytes() {
 // ---- Memory that runs out ----
 
 constexpr auto kUnlessRefused = [](auto...) { return !Heap::Refuses(0); };
-template <auto Function>
-void* const kScarce = kGuarded<Function, kUnlessRefused>;
-
 // The allocation with the number that is set, counted from then on, fails, on the heap or in the platform.
 class FailingMemory {
   public:
     explicit FailingMemory(HMODULE library)
         : heap_(library, [this](std::size_t) { return left_ > 0 && --left_ == 0; }) {
-        for (const auto& [name, replacement] : {std::pair("SysAllocStringLen", kScarce<&SysAllocStringLen>),
-                                                {"SysAllocStringByteLen", kScarce<&SysAllocStringByteLen>},
-                                                {"SafeArrayCreate", kScarce<&SafeArrayCreate>},
-                                                {"SafeArrayCopy", kScarce<&SafeArrayCopy>},
-                                                {"VariantCopy", kScarce<&VariantCopy>},
-                                                {"VariantCopyInd", kScarce<&VariantCopyInd>},
-                                                {"VariantChangeType", kScarce<&VariantChangeType>},
-                                                {"VariantChangeTypeEx", kScarce<&VariantChangeTypeEx>},
-                                                {"CreateErrorInfo", kScarce<&CreateErrorInfo>}}) {
-            if (ImportPatch::IsImported(library, name)) patches_.emplace_back(library, name, replacement);
-        }
+        Guard<kUnlessRefused, &SysAllocStringLen, &SysAllocStringByteLen, &SafeArrayCreate, &SafeArrayCopy,
+              &VariantCopy, &VariantCopyInd, &VariantChangeType, &VariantChangeTypeEx, &CreateErrorInfo>(library,
+                                                                                                         patches_);
     }
     void FailAt(int number) noexcept { left_ = number; }
     bool Disarm() noexcept { return std::exchange(left_, 0) == 0; }  // whether it has failed
