@@ -1,6 +1,6 @@
 @echo off
-rem windows.cmd WIDTH BUILD RESULTS [SETUP]: what has to pass on Windows, from an administrator's prompt: every test program and
-rem script client, registered and unregistered, and with SETUP the installer. WIDTH is x86 or x64. Ends with the failures' number.
+rem windows.cmd WIDTH BUILD RESULTS [SETUP]: what has to pass on Windows, from an administrator's prompt: every test program, a script
+rem in each language while registered, and with SETUP the installer. WIDTH is x86 or x64. Ends with the failures' number.
 setlocal
 set VELKSPRT_REPORTS=debugger
 set OANOCACHE=1
@@ -14,7 +14,8 @@ for %%p in (%2\tests\*_tests.exe) do call :passes %%p --gtest_brief=1 --gtest_ou
 
 for %%l in (VelkSprt VelkSub) do call :passes %system%\regsvr32.exe /s %2\%%l.dll
 call :passes %2\velkdoctor.exe
-for %%c in (vbs js) do call :prints PASSED %system% %2\tests\clients\facts.%%c
+call :prints unexpected %system% %~dp0..\samples\stack.vbs
+call :prints 309.375 %system% %~dp0..\samples\stack.js
 for %%l in (VelkSprt VelkSub) do call :passes %system%\regsvr32.exe /s /u %2\%%l.dll
 call :fails reg query HKLM\%class%
 

@@ -1,8 +1,8 @@
 // Runs the files of facts: what each class does, as lines. They lie beside the other tests of their folder, one file a
 // class. A scenario begins at the margin with a class, "CStack: what it shows", and makes an object; the lines below
-// are done in order, late bound and then once more through the members' slots. What the platform was asked, what was
-// shown and what events told has to be said by the next step. " ; " stands between the steps of a line, and a line that
-// ends with it goes on in the next.
+// are done in order: late bound, once more through the members' slots, and once more by a script. What the platform was
+// asked, what was shown and what events told has to be said by the next step. " ; " stands between the steps of a line,
+// and a line that ends with it goes on in the next.
 //
 //   Member 1, "a"              is called and has to succeed
 //   Member = 2                 ... and gives just this (see values.h)
@@ -18,7 +18,7 @@
 //   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together, {1}
 //                              for what stands in the first ones
 //
-//   with F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 _ 3p reads 3 longs 2 does drop
+//   with F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 _ 3p reads 3 ii does drop
 //                              platform calls whose line begins so get these answers, and are told as
 //   saw F 1, _, "a" quietly    what the step before asked of the platform, _ for anything, quietly: without prompts for
 //                              disks;  saw 5 times F: so many lines that begin so;
@@ -41,7 +41,8 @@
 //   until Member = False       asks for up to five seconds
 //
 // What a call fills: 5 a Long, 5i 16 bits, 5b a byte, 5q 64 bits, 5p as wide as an address, _ what stays; each at a
-// multiple of its size. Place 0 is the first argument's; behind a record's place come those that it leads to.
+// multiple of its size. Place 0 is the first argument's; behind a record's place come those that it leads to. What it
+// reads there has a letter for each field: platform_log.h lists them.
 //
 //   listen                     to the object's events: each is told as "saw Progress 0.5f";  leave: no longer
 //   on Progress 0.5 does STEP  what a handler does in events whose line begins so; on box "title" does STEP: what is
@@ -56,7 +57,6 @@
 #include <filesystem>
 #include <list>
 
-#include "facts/play.h"
 #include "facts/scenario.h"
 #include "platform/text.h"
 #include "support/client.h"
@@ -67,14 +67,17 @@ namespace {
 
 class ScenarioTest : public testing::Test {
   public:
-    ScenarioTest(const Scenario& scenario, bool bySlot) : scenario_(scenario), bySlot_(bySlot) {}
+    ScenarioTest(const Scenario& scenario, Way way) : scenario_(scenario), way_(way) {}
 
-    void TestBody() override { Play(scenario_, bySlot_); }
+    void TestBody() override { Play(scenario_, way_); }
 
   private:
     const Scenario& scenario_;
-    const bool bySlot_;
+    const Way way_;
 };
+
+constexpr std::pair<Way, const char*> kWays[] = {
+    {Way::kLateBound, "LateBound"}, {Way::kBySlot, "BySlot"}, {Way::kByScript, "ByScript"}};
 
 std::string TestName(std::wstring_view title) {
     std::string name;
@@ -84,12 +87,13 @@ std::string TestName(std::wstring_view title) {
 }
 
 void Register(const Scenario& scenario, const std::string& folder, const std::string& title) {
-    for (const bool bySlot : {false, true}) {
+    for (const auto& [way, name] : kWays) {
+        const bool bySlot = way == Way::kBySlot;
         if (bySlot && scenario.title.ends_with(L"(by name)")) continue;
         if (bySlot && scenario.title.ends_with(L"(defaults)") && test::Departs("ITypeInfo::Invoke")) continue;
-        testing::RegisterTest((folder + "_" + ToAnsi(scenario.className) + (bySlot ? "BySlot" : "LateBound")).c_str(),
-                              title.c_str(), nullptr, nullptr, scenario.file.c_str(), scenario.line,
-                              [&scenario, bySlot]() -> testing::Test* { return new ScenarioTest(scenario, bySlot); });
+        testing::RegisterTest((folder + "_" + ToAnsi(scenario.className) + name).c_str(), title.c_str(), nullptr,
+                              nullptr, scenario.file.c_str(), scenario.line,
+                              [&scenario, way = way]() -> testing::Test* { return new ScenarioTest(scenario, way); });
     }
 }
 

@@ -1,16 +1,24 @@
-// What a scenario makes: objects, pictures to draw on, and objects that do something as they are destroyed.
+// What a scenario makes: objects, listeners, pictures to draw on, and a registry key.
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
+#include "facts/values.h"
 #include "platform/drawing_handles.h"
 #include "platform/text.h"
-#include "support/bare_dispatch.h"
 #include "support/client.h"
+#include "support/event_sink.h"
 
 namespace velk::facts {
+
+inline ComPtr<ITypeLib> Types() {
+    ComPtr<ITypeLib> types;
+    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
+    return types;
+}
 
 // By the name of a class of the library, or by a program identifier.
 inline ComPtr<IDispatch> Made(const std::wstring& name) {
@@ -20,12 +28,10 @@ inline ComPtr<IDispatch> Made(const std::wstring& name) {
         CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid());
         return object;
     }
-    ComPtr<ITypeLib> types;
-    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
     ComPtr<ITypeInfo> info;
     MEMBERID member = 0;
     USHORT found = 1;
-    types->FindName(const_cast<LPOLESTR>(name.c_str()), 0, info.Receive(), &member, &found);
+    Types()->FindName(const_cast<LPOLESTR>(name.c_str()), 0, info.Receive(), &member, &found);
     TYPEATTR* attributes = nullptr;
     if (!info || FAILED(info->GetTypeAttr(&attributes))) throw std::runtime_error("no class " + ToAnsi(name));
     clsid = attributes->guid;
@@ -36,10 +42,42 @@ inline ComPtr<IDispatch> Made(const std::wstring& name) {
 // Another dispatch interface of an object, by its identifier.
 inline ComPtr<IDispatch> PartOf(IDispatch* object, const std::wstring& identifier) {
     IID iid{};
-    ComPtr<IDispatch> part;
     IIDFromString(identifier.c_str(), &iid);
-    object->QueryInterface(iid, part.ReceiveVoid());
-    return part;
+    return ComPtr<IDispatch>(object).As<IDispatch>(iid);
+}
+
+// An object that does something when its last reference is released.
+inline ComPtr<IDispatch> Farewell(const std::function<void()>& bye) {
+    return test::Callee::Make(
+        [kept = std::shared_ptr<void>(nullptr, [bye](void*) { bye(); })](auto...) { return DISP_E_MEMBERNOTFOUND; });
+}
+
+// Hears the first source of events of an object, each event as a line: "Progress 0.5f".
+inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::function<void(const std::wstring&)> hear) {
+    ComPtr<IEnumConnectionPoints> points;
+    ComPtr<IConnectionPoint> point;
+    ComPtr<ITypeInfo> events;
+    IID iid;
+    const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+    if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) throw std::runtime_error("no events");
+    points->Next(1, point.Receive(), nullptr);
+    point->GetConnectionInterface(&iid);
+    Types()->GetTypeInfoOfGuid(iid, events.Receive());
+    const auto sink = test::Callee::Make([events, hear](DISPID id, DISPPARAMS* given) {
+        Bstr name;
+        events->GetDocumentation(id, name.Receive(), nullptr, nullptr, nullptr);
+        std::vector<std::wstring> values;
+        for (UINT i = given->cArgs; i-- > 0;) {
+            Variant value;
+            VariantCopyInd(&value, &given->rgvarg[i]);
+            values.push_back(Show(value));
+        }
+        // What a handler writes into a Single is read by no class.
+        if (given->cArgs && given->rgvarg[0].vt == (VT_BYREF | VT_R4)) *given->rgvarg[0].pfltVal = 77;
+        hear(TextOf(name.get()) + L" " + Joined(values));
+        return S_OK;
+    });
+    return std::make_unique<test::Connection>(source, iid, sink.get());
 }
 
 // A picture in memory.
@@ -50,17 +88,33 @@ struct Canvas {
     SelectedObject selected{context.get(), bitmap.get()};
 };
 
-// An object that does something when its last reference is released.
-class Farewell final : public test::BareDispatch {
+// A key of the current user's that is empty at first and gone in the end, with values below it: "Sub\v" is v of Sub.
+class RegistryKey {
   public:
-    explicit Farewell(std::function<void()> onGone) : onGone_(std::move(onGone)) {}
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-        return DISP_E_MEMBERNOTFOUND;
+    explicit RegistryKey(std::string root) : root_(std::move(root)) { Remove(); }
+    RegistryKey(const RegistryKey&) = delete;
+    RegistryKey& operator=(const RegistryKey&) = delete;
+    ~RegistryKey() { Remove(); }
+
+    LSTATUS Store(const std::string& value, DWORD type, const std::string& bytes) const {
+        const std::size_t slash = value.rfind('\\');
+        return RegSetKeyValueA(HKEY_CURRENT_USER, (root_ + '\\' + value.substr(0, slash)).c_str(), &value[slash + 1],
+                               type, bytes.data(), static_cast<DWORD>(bytes.size()));
+    }
+    // 1 "bytes"
+    std::wstring Load(const std::string& value) const {
+        const std::size_t slash = value.rfind('\\');
+        std::string bytes(200'000, '\0');
+        DWORD type = 0, size = static_cast<DWORD>(bytes.size());
+        RegGetValueA(HKEY_CURRENT_USER, (root_ + '\\' + value.substr(0, slash)).c_str(), &value[slash + 1],
+                     RRF_RT_ANY | RRF_NOEXPAND, &type, bytes.data(), &size);
+        return std::to_wstring(type) + L" " + Quote(std::string_view(bytes).substr(0, size));
     }
 
   private:
-    ~Farewell() override { onGone_(); }
-    std::function<void()> onGone_;
+    void Remove() const { RegDeleteTreeA(HKEY_CURRENT_USER, root_.c_str()); }
+
+    const std::string root_;
 };
 
 }  // namespace velk::facts

@@ -19,19 +19,10 @@
 #include "support/import_patch.h"
 
 namespace velk::facts {
-
-struct PlatformLog::State {
-    Take act, box;
-    std::list<Rule> rules;
-    std::list<test::ImportPatch> patches;  // the latest first, and taken away first
-    std::deque<std::wstring> lines;
-    std::map<std::wstring, std::vector<HGDIOBJ>> drawing;  // the objects of each kind that were told
-};
-
 namespace {
 
-PlatformLog::State* current = nullptr;
-[[maybe_unused]] std::wstring Shown(LPCSTR text) { return text ? Quote(Wide(FromAnsi(text))) : L"null"; }
+PlatformLog* current = nullptr;
+[[maybe_unused]] std::wstring Shown(LPCSTR text) { return text ? Quote(text) : L"null"; }
 [[maybe_unused]] std::wstring Shown(LPCWSTR text) { return text ? Quote(text) : L"null"; }
 template <class Number>
 requires std::is_integral_v<Number> || std::is_enum_v<Number> std::wstring Shown(Number number) {
@@ -67,83 +58,14 @@ std::wstring Shown(T* place) {
 }
 std::wstring Shown(const GUID&) { return L"guid"; }
 
-// Fields of a record. Each is cleared as it is shown, so that what is left of the record has to be 0.
-template <class... Fields>
-std::wstring Taken(Fields&... fields) {
-    std::wstring shown;
-    ((shown += (shown.empty() ? L"" : L", ") + Shown(std::exchange(fields, Fields{}))), ...);
-    return shown;
-}
-template <class Record>
-std::wstring Bracketed(const std::wstring& shown, const Record& left) {
-    const std::string bytes(reinterpret_cast<const char*>(&left), sizeof left);
-    return L"[" + shown + (bytes == std::string(sizeof left, '\0') ? L"]" : L", and something else]");
-}
-// Without the NULs at its end.
-std::wstring TakenBuffer(LPSTR& buffer, DWORD& size) {
-    std::string bytes(std::exchange(buffer, nullptr), size);
-    while (bytes.ends_with('\0')) bytes.pop_back();
-    return Quote(Wide(FromAnsi(bytes))) + L" of " + std::to_wstring(std::exchange(size, 0));
-}
-std::wstring Shown(SHELLEXECUTEINFOA* order) {
-    SHELLEXECUTEINFOA left = *order;
-    left.cbSize -= sizeof left;
-    return Bracketed(
-        Taken(left.fMask, left.hwnd, left.lpVerb, left.lpFile, left.lpParameters, left.lpDirectory, left.nShow), left);
-}
-std::wstring Shown(OPENFILENAMEA* dialog) {
-    OPENFILENAMEA left = *dialog;
-    left.lStructSize -= sizeof(OPENFILENAME_NT4A);
-    const char kEnd[] = "\0";
-    LPCSTR filter = std::exchange(left.lpstrFilter, nullptr);
-    const LPCSTR end = std::search(filter, filter + 32768, kEnd, kEnd + 2);
-    const std::wstring first = Taken(left.hwndOwner) + L", " + Quote(Wide(FromAnsi({filter, end}))) + L", " +
-                               Taken(left.nFilterIndex) + L", " + TakenBuffer(left.lpstrFile, left.nMaxFile);
-    return Bracketed(first + L", " + TakenBuffer(left.lpstrFileTitle, left.nMaxFileTitle) + L", " +
-                         Taken(left.lpstrInitialDir, left.lpstrTitle, left.Flags, left.lpstrDefExt),
-                     left);
-}
-std::wstring Shown(PRINTDLGA* dialog) {
-    PRINTDLGA left = *dialog;  // packed, so that nothing can refer to its fields
-    std::wstring shown = Shown(+left.hwndOwner);
-    for (const DWORD number : {left.Flags, DWORD{left.nFromPage}, DWORD{left.nToPage}, DWORD{left.nMinPage},
-                               DWORD{left.nMaxPage}, DWORD{left.nCopies}})
-        shown += L", " + Shown(number);
-    left.lStructSize -= sizeof left;
-    left.hwndOwner = nullptr;
-    left.Flags = left.nFromPage = left.nToPage = left.nMinPage = left.nMaxPage = left.nCopies = 0;
-    return Bracketed(shown, left);
-}
-std::wstring Shown(CHOOSEFONTA* dialog) {
-    CHOOSEFONTA left = *dialog;
-    left.lStructSize -= sizeof left;
-    LOGFONTA font = *std::exchange(left.lpLogFont, nullptr);
-    const std::string face = dialog->lpLogFont->lfFaceName;  // which may have 33 bytes here
-    std::memset(font.lfFaceName, 0, sizeof font.lfFaceName);
-    const std::wstring style = Taken(font.lfHeight, font.lfWeight, font.lfItalic, font.lfUnderline, font.lfStrikeOut);
-    return Bracketed(Taken(left.hwndOwner, left.hDC) + L", " + Bracketed(style + L", " + Shown(face.c_str()), font) +
-                         L", " + Taken(left.Flags, left.rgbColors, left.nSizeMin, left.nSizeMax),
-                     left);
-}
-std::wstring Shown(const LOGBRUSH* brush) {
-    return L"{" + Shown(brush->lbStyle) + L", " + Shown(brush->lbColor) + L", " + Shown(brush->lbHatch) + L"}";
-}
+std::wstring Shown(SHELLEXECUTEINFOA* order) { return Read(order, "Snhssssi", sizeof *order); }
+std::wstring Shown(OPENFILENAMEA* dialog) { return Read(dialog, "Shpfp_nBBssn_s", sizeof(OPENFILENAME_NT4A)); }
+std::wstring Shown(PRINTDLGA* dialog) { return Read(dialog, "Shpppnwwwww", sizeof *dialog); }
+std::wstring Shown(CHOOSEFONTA* dialog) { return Read(dialog, "ShhL_nnppppp_ii", sizeof *dialog); }
+std::wstring Shown(const LOGBRUSH* brush) { return Read(brush, "nni"); }
 std::wstring Shown(LARGE_INTEGER number) { return Shown(number.QuadPart); }
-std::wstring Shown(OSVERSIONINFOA* place) { return L"[" + std::to_wstring(place->dwOSVersionInfoSize) + L"]"; }
+std::wstring Shown(OSVERSIONINFOA* place) { return Read(place, "n"); }
 std::wstring Shown(MEMORYSTATUS* place) { return place->dwLength == sizeof *place ? L"&" : L"of another size"; }
-
-std::wstring Joined(const std::vector<std::wstring>& texts) {
-    std::wstring joined;
-    for (const std::wstring& text : texts) joined += (joined.empty() ? L"" : L", ") + text;
-    return joined;
-}
-
-Rule* RuleFor(const char* function, const std::wstring& arguments) {
-    for (Rule& rule : current->rules) {
-        if (rule.function == function && Alike(rule.arguments, arguments + L",")) return &rule;
-    }
-    return nullptr;
-}
 
 // The places that an argument leads to: numbers may be addresses, and the records of the shell and of dialogs lead to
 // more.
@@ -163,8 +85,50 @@ void AddPlaces(std::vector<void*>& places, T argument) {
         places.insert(places.end(), {&argument->hInstApp, &argument->hProcess});
 }
 
+Rule* RuleFor(std::string_view function, const std::wstring& arguments) {
+    for (Rule& rule : current->rules) {
+        if (rule.function == function && Alike(rule.arguments, arguments)) return &rule;
+    }
+    return nullptr;
+}
+
+// The answer to one call. The platform's own function runs between its rule and its end.
+struct Answer {
+    ~Answer() {
+        for (const std::wstring& filling : rule ? rule->fillings : std::vector<std::wstring>()) Fill(filling, places);
+        if (!itself) SetLastError(rule->error.value_or(errorBefore));
+    }
+    void FindRule(std::string_view name, std::vector<std::wstring> shown);
+
+    const DWORD errorBefore = GetLastError();
+    std::vector<void*> places;
+    Rule* rule = nullptr;
+    bool itself = true;
+    LONG_PTR own = 0;
+};
+
+void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
+    rule = current ? RuleFor(name, Joined(shown) + L",") : nullptr;
+    if (rule) {
+        for (const std::wstring& reading : rule->readings) {
+            const auto parts = Split(reading, L" ");
+            const std::size_t argument = std::stoul(parts.at(0));
+            shown.at(argument) = Read(places.at(argument), ToAnsi(parts.at(1)));
+        }
+        const bool quietly = GetThreadErrorMode() & SEM_FAILCRITICALERRORS;
+        if (rule->logged)
+            current->lines.push_back(L"saw " + std::wstring(name.begin(), name.end()) + (shown.empty() ? L"" : L" ") +
+                                     Joined(shown) + (quietly ? L" quietly" : L""));
+        if (!rule->action.empty()) current->act(rule->action);
+        itself = rule->answers.empty() || !rule->answers.front();
+        if (!itself) own = *rule->answers.front();
+        if (rule->answers.size() > 1) rule->answers.pop_front();
+    }
+    if (itself) SetLastError(errorBefore);
+}
+
 struct Watchable {
-    const char* name;
+    std::string_view name;
     void* replacement;
 };
 
@@ -172,142 +136,45 @@ template <auto Function, class = decltype(Function)>
 struct Watch;
 template <auto Function, class Result, class... Arguments>
 struct Watch<Function, Result(WINAPI*)(Arguments...)> {
-    static inline const char* name;
-
     static Result WINAPI Run(Arguments... arguments) {
-        const DWORD errorBefore = GetLastError();
-        std::vector<std::wstring> shown{Shown(arguments)...};
-        std::vector<void*> places;
-        (AddPlaces(places, arguments), ...);
-        Rule* const rule = current ? RuleFor(name, Joined(shown)) : nullptr;
-        if (!rule) return SetLastError(errorBefore), Function(arguments...);
-        for (const std::wstring& reading : rule->readings) {
-            const auto [argument, text] = Read(reading, places);
-            shown.at(argument) = text;
-        }
-        const bool quietly = GetThreadErrorMode() & SEM_FAILCRITICALERRORS;
-        if (rule->logged)
-            current->lines.push_back(L"saw " + std::wstring(Wide(FromAnsi(name))) + (shown.empty() ? L"" : L" ") +
-                                     Joined(shown) + (quietly ? L" quietly" : L""));
-        if (!rule->action.empty()) current->act(rule->action);
-        const bool itself = rule->answers.empty() || !rule->answers.front();
-        const LONG_PTR own = itself ? 0 : *rule->answers.front();
-        if (rule->answers.size() > 1) rule->answers.pop_front();
-        const auto fill = [&] {
-            for (const std::wstring& filling : rule->fillings) Fill(filling, places);
-        };
-        if (itself) SetLastError(errorBefore);
-        if constexpr (std::is_void_v<Result>) {
-            if (itself) Function(arguments...);
-            fill();
-        } else {
-            const Result answer = itself ? Function(arguments...) : (Result)own;  // a number, a truth or a handle
-            fill();
-            if (!itself) SetLastError(rule->error.value_or(errorBefore));
-            return answer;
-        }
+        Answer answer;
+        (AddPlaces(answer.places, arguments), ...);
+        answer.FindRule(Name(), {Shown(arguments)...});
+        return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
+    }
+    // As the compiler writes it: "... Function = &ReadFile; ..."
+    static std::string_view Name() {
+        std::string_view name = __PRETTY_FUNCTION__;
+        name.remove_prefix(name.find("Function = ") + 11);
+        name.remove_prefix(name.find_first_not_of("(& "));
+        return name.substr(0, name.find_first_of(");],"));
     }
 };
 
-template <auto Function>
-Watchable Watched(const char* name) {
-    Watch<Function>::name = name;
-    return {name, reinterpret_cast<void*>(&Watch<Function>::Run)};
+template <auto... Functions>
+std::vector<Watchable> AllOf() {
+    return {{Watch<Functions>::Name(), reinterpret_cast<void*>(&Watch<Functions>::Run)}...};
 }
 
-const Watchable kWatchable[] = {
-    Watched<&Arc>("Arc"),
-    Watched<&BitBlt>("BitBlt"),
-    Watched<&CLSIDFromProgID>("CLSIDFromProgID"),
-    Watched<&ChooseFontA>("ChooseFontA"),
-    Watched<&CloseClipboard>("CloseClipboard"),
-    Watched<&CloseHandle>("CloseHandle"),
-    Watched<&CoCreateGuid>("CoCreateGuid"),
-    Watched<&CoCreateInstance>("CoCreateInstance"),
-    Watched<&CreateBrushIndirect>("CreateBrushIndirect"),
-    Watched<&CreateCompatibleBitmap>("CreateCompatibleBitmap"),
-    Watched<&CreateCompatibleDC>("CreateCompatibleDC"),
-    Watched<&CreateDCA>("CreateDCA"),
-    Watched<&CreatePen>("CreatePen"),
-    Watched<&DeleteDC>("DeleteDC"),
-    Watched<&DeleteObject>("DeleteObject"),
-    {"DllGetClassObject", nullptr},  // of oleaut32.dll, for facts without it
-    Watched<&Ellipse>("Ellipse"),
-    Watched<&EmptyClipboard>("EmptyClipboard"),
-    Watched<&FindClose>("FindClose"),
-    Watched<&FreeLibrary>("FreeLibrary"),
-    Watched<&GetActiveWindow>("GetActiveWindow"),
-    Watched<&GetClientRect>("GetClientRect"),
-    Watched<&GetComputerNameA>("GetComputerNameA"),
-    Watched<&GetCurrentHwProfileA>("GetCurrentHwProfileA"),
-    Watched<&GetDesktopWindow>("GetDesktopWindow"),
-    Watched<&GetDeviceCaps>("GetDeviceCaps"),
-    Watched<&GetDiskFreeSpaceA>("GetDiskFreeSpaceA"),
-    Watched<&GetDiskFreeSpaceExA>("GetDiskFreeSpaceExA"),
-    Watched<&GetDriveTypeA>("GetDriveTypeA"),
-    Watched<&GetExitCodeProcess>("GetExitCodeProcess"),
-    Watched<&GetFileSizeEx>("GetFileSizeEx"),
-    Watched<&GetLocaleInfoA>("GetLocaleInfoA"),
-    Watched<&GetLogicalDriveStringsA>("GetLogicalDriveStringsA"),
-    Watched<&GetLogicalDrives>("GetLogicalDrives"),
-    Watched<&GetModuleFileNameW>("GetModuleFileNameW"),
-    Watched<&GetOpenFileNameA>("GetOpenFileNameA"),
-    Watched<&GetProfileStringA>("GetProfileStringA"),
-    Watched<&GetSaveFileNameA>("GetSaveFileNameA"),
-    Watched<&GetSystemDirectoryA>("GetSystemDirectoryA"),
-    Watched<&GetSystemInfo>("GetSystemInfo"),
-    Watched<&GetSystemMetrics>("GetSystemMetrics"),
-    Watched<&GetTempFileNameA>("GetTempFileNameA"),
-    Watched<&GetTempPathA>("GetTempPathA"),
-    Watched<&GetTickCount>("GetTickCount"),
-    Watched<&GetUserDefaultLCID>("GetUserDefaultLCID"),
-    Watched<&GetUserNameA>("GetUserNameA"),
-    Watched<&GetVersionExA>("GetVersionExA"),
-    Watched<&GetVolumeInformationA>("GetVolumeInformationA"),
-    Watched<&GetWindowLongA>("GetWindowLongA"),
-    Watched<&GetWindowRect>("GetWindowRect"),
-    Watched<&GetWindowsDirectoryA>("GetWindowsDirectoryA"),
-    Watched<&GlobalMemoryStatus>("GlobalMemoryStatus"),
-    Watched<&HtmlHelpA>("HtmlHelpA"),
-    Watched<&InternetGetConnectedStateExA>("InternetGetConnectedStateExA"),
-    Watched<&InternetSetOptionA>("InternetSetOptionA"),
-    Watched<&InvalidateRect>("InvalidateRect"),
-    Watched<&IsProcessorFeaturePresent>("IsProcessorFeaturePresent"),
-    Watched<&IsWindow>("IsWindow"),
-    Watched<&LineTo>("LineTo"),
-    Watched<&LoadLibraryExW>("LoadLibraryExW"),
-    Watched<&MoveToEx>("MoveToEx"),
-    Watched<&OpenClipboard>("OpenClipboard"),
-    Watched<&OutputDebugStringW>("OutputDebugStringW"),
-    Watched<&PrintDlgA>("PrintDlgA"),
-    Watched<&ReadFile>("ReadFile"),
-    Watched<&Rectangle>("Rectangle"),
-    Watched<&RegCreateKeyExA>("RegCreateKeyExA"),
-    Watched<&RegOpenKeyExA>("RegOpenKeyExA"),
-    Watched<&RegQueryValueExA>("RegQueryValueExA"),
-    Watched<&RegSetValueExA>("RegSetValueExA"),
-    Watched<&ReleaseDC>("ReleaseDC"),
-    Watched<&SelectObject>("SelectObject"),
-    Watched<&SendMessageA>("SendMessageA"),
-    Watched<&SetClipboardData>("SetClipboardData"),
-    Watched<&SetComputerNameA>("SetComputerNameA"),
-    Watched<&SetFilePointerEx>("SetFilePointerEx"),
-    Watched<&SetROP2>("SetROP2"),
-    Watched<&SetVolumeLabelA>("SetVolumeLabelA"),
-    Watched<&SetWindowLongA>("SetWindowLongA"),
-    Watched<&SetWindowPos>("SetWindowPos"),
-    Watched<&SetWindowsHookExW>("SetWindowsHookExW"),
-    Watched<&ShellExecuteA>("ShellExecuteA"),
-    Watched<&ShellExecuteExA>("ShellExecuteExA"),
-    Watched<&SysAllocStringLen>("SysAllocStringLen"),
-    Watched<&SystemParametersInfoA>("SystemParametersInfoA"),
-    Watched<&UnhookWindowsHookEx>("UnhookWindowsHookEx"),
-    Watched<&WritePrivateProfileStringA>("WritePrivateProfileStringA"),
-    Watched<&timeGetTime>("timeGetTime"),
-};
-
 const Watchable& Find(const std::string& name) {
-    for (const Watchable& one : kWatchable) {
+    static const auto watchable =
+        AllOf<&Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid,
+              &CoCreateInstance, &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA,
+              &CreatePen, &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose, &FreeLibrary,
+              &GetActiveWindow, &GetClientRect, &GetComputerNameA, &GetCurrentHwProfileA, &GetDesktopWindow,
+              &GetDeviceCaps, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetExitCodeProcess,
+              &GetFileSizeEx, &GetLocaleInfoA, &GetLogicalDriveStringsA, &GetLogicalDrives, &GetModuleFileNameW,
+              &GetOpenFileNameA, &GetProfileStringA, &GetSaveFileNameA, &GetSystemDirectoryA, &GetSystemInfo,
+              &GetSystemMetrics, &GetTempFileNameA, &GetTempPathA, &GetTickCount, &GetUserDefaultLCID, &GetUserNameA,
+              &GetVersionExA, &GetVolumeInformationA, &GetWindowLongA, &GetWindowRect, &GetWindowsDirectoryA,
+              &GlobalMemoryStatus, &HtmlHelpA, &InternetGetConnectedStateExA, &InternetSetOptionA, &InvalidateRect,
+              &IsProcessorFeaturePresent, &IsWindow, &LineTo, &LoadLibraryExW, &MoveToEx, &OpenClipboard,
+              &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle, &RegCreateKeyExA, &RegOpenKeyExA,
+              &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA, &SetClipboardData,
+              &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA, &SetWindowPos,
+              &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen, &SystemParametersInfoA,
+              &UnhookWindowsHookEx, &WritePrivateProfileStringA, &timeGetTime>();
+    for (const Watchable& one : watchable) {
         if (name == one.name) return one;
     }
     throw std::runtime_error(name + " is not among the functions that can be watched");
@@ -326,27 +193,23 @@ int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
 
 }  // namespace
 
-PlatformLog::PlatformLog(Take step, Take box) : state_(std::make_unique<State>()) {
-    current = state_.get();
-    state_->act = std::move(step), state_->box = std::move(box);
-    state_->patches.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
+PlatformLog::PlatformLog(Take step, Take box) : act(std::move(step)), box(std::move(box)) {
+    current = this;
+    patches.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
 }
 
 PlatformLog::~PlatformLog() { current = nullptr; }
-// The latest rule counts first.
+
 void PlatformLog::Add(Rule rule) {
-    const Watchable& function = Find(rule.function);
-    void* const replacement = rule.missing ? nullptr : function.replacement;
-    state_->patches.emplace_front(test::Library(), function.name, replacement);
-    state_->rules.push_front(std::move(rule));
+    void* const replacement = rule.missing ? nullptr : Find(rule.function).replacement;
+    patches.emplace_front(test::Library(), rule.function.c_str(), replacement);
+    rules.push_front(std::move(rule));
 }
 
-void PlatformLog::Tell(const std::wstring& event) { state_->lines.push_back(L"saw " + event); }
-
 std::wstring PlatformLog::Next() {
-    if (state_->lines.empty()) return L"";
-    std::wstring line = std::move(state_->lines.front());
-    state_->lines.pop_front();
+    if (lines.empty()) return L"";
+    std::wstring line = std::move(lines.front());
+    lines.pop_front();
     return line;
 }
 

@@ -1,5 +1,6 @@
-#include "facts/rule.h"
+#include <cstring>
 
+#include "facts/platform_log.h"
 #include "facts/values.h"
 #include "platform/text.h"
 
@@ -26,31 +27,72 @@ struct Item {
     std::string bytes;  // none: what is there stays
 };
 
+class Reader {
+  public:
+    Reader(const void* place, std::size_t size) : at_(static_cast<const char*>(place)), size_(size) {}
+
+    std::wstring Next(char field) {
+        if (field == 'i') return std::to_wstring(Take<LONG>());
+        if (field == 'n') return std::to_wstring(Take<DWORD>());
+        if (field == 'w') return std::to_wstring(Take<WORD>());
+        if (field == 'b') return std::to_wstring(Take<BYTE>());
+        if (field == 'h') return std::to_wstring(HandleToLong(Take<HANDLE>()));
+        if (field == 't') return Quote(std::exchange(at_, start_ + size_));
+        if (field == 'L') return Read(Take<LPCSTR>(), "i___ibbbzzzzzt", sizeof(LOGFONTA));
+        if (field == '_') return Zero(Take<DWORD>());
+        if (field == 'z') return Zero(Take<BYTE>());
+        if (field == 'p') return Zero(Take<ULONG_PTR>());
+        if (field == 'S') return Zero(Take<DWORD>() - static_cast<DWORD>(size_));
+        const char* const text = Take<LPCSTR>();
+        std::size_t size = text ? std::strlen(text) : 0;
+        if (field == 'f')
+            for (size = 0; text[size] || text[size + 1];) ++size;
+        if (field != 'B') return text ? Quote(std::string_view(text, size)) : L"null";
+        const std::string_view buffer(text, Take<DWORD>());
+        return Quote(buffer.substr(0, buffer.find_last_not_of('\0') + 1)) + L" of " + std::to_wstring(buffer.size());
+    }
+    // The bytes that are left.
+    std::wstring Rest() {
+        bool zero = true;
+        while (at_ < start_ + size_) zero = *at_++ == 0 && zero;
+        return Zero(!zero);
+    }
+
+  private:
+    template <class T>
+    T Take() {
+        at_ += static_cast<std::size_t>(start_ - at_) % sizeof(T);
+        T field;
+        std::memcpy(&field, std::exchange(at_, at_ + sizeof field), sizeof field);
+        return field;
+    }
+    static std::wstring Zero(ULONG_PTR field) { return field ? L"something else" : L""; }
+
+    const char* at_;
+    const char* const start_ = at_;
+    const std::size_t size_;
+};
+
 }  // namespace
 
-Rule RuleOf(const std::wstring& line) {
+Rule RuleOf(std::wstring line) {
     Rule rule;
     rule.logged = line.starts_with(L"with ");
     rule.missing = line.starts_with(L"without ");
-    auto parts = Split(line, L" does ");
-    if (parts.size() == 2) rule.action = parts[1];
-    parts = Split(parts[0], L" reads ");
+    rule.action = Cut(line, L" does ");
+    auto parts = Split(line, L" reads ");
     rule.readings.assign(parts.begin() + 1, parts.end());
     parts = Split(parts[0], L" fills ");
     rule.fillings.assign(parts.begin() + 1, parts.end());
-    parts = Split(parts[0], L" error ");
-    if (parts.size() == 2) rule.error = static_cast<DWORD>(std::stoul(parts[1]));
-    parts = Split(parts[0], L" answers ");
-    if (parts.size() == 2) {
-        for (const auto& answer : Split(parts[1], L",")) {
-            rule.answers.emplace_back();
-            if (answer != L"itself") rule.answers.back() = static_cast<LONG_PTR>(std::stoll(answer, nullptr, 0));
-        }
+    line = parts[0];
+    if (const auto error = Cut(line, L" error "); !error.empty()) rule.error = static_cast<DWORD>(std::stoul(error));
+    for (const auto& answer : Split(Cut(line, L" answers "), L",")) {
+        rule.answers.emplace_back();
+        if (answer != L"itself") rule.answers.back() = static_cast<LONG_PTR>(std::stoll(answer, nullptr, 0));
     }
-    const std::wstring call = parts[0].substr(parts[0].find(L' ') + 1);
-    const std::size_t name = call.find(L' ');
-    rule.function = ToAnsi(call.substr(0, name));
-    if (name != call.npos) rule.arguments = call.substr(name + 1);
+    line.erase(0, line.find(L' ') + 1);
+    rule.function = ToAnsi(line.substr(0, line.find(L' ')));
+    rule.arguments = Trim(line.substr(rule.function.size()));
     return rule;
 }
 
@@ -66,14 +108,13 @@ void Fill(const std::wstring& filling, const std::vector<void*>& places) {
     }
 }
 
-std::pair<std::size_t, std::wstring> Read(const std::wstring& reading, const std::vector<void*>& places) {
-    const std::vector<std::wstring> parts = Split(reading, L" ");
-    const std::size_t argument = std::stoul(parts.at(0));
-    if (parts.at(1) == L"text") return {argument, Quote(Wide(FromAnsi(static_cast<LPCSTR>(places.at(argument)))))};
-    std::wstring shown;
-    for (int i = 0; i < std::stoi(parts.at(2)); ++i)
-        shown += (i ? L", " : L"") + std::to_wstring(static_cast<const LONG*>(places.at(argument))[i]);
-    return {argument, L"[" + shown + L"]"};
+std::wstring Read(const void* place, std::string_view fields, std::size_t size) {
+    Reader reader(place, size);
+    std::vector<std::wstring> shown;
+    for (const char field : fields) shown.push_back(reader.Next(field));
+    shown.push_back(reader.Rest());
+    std::erase(shown, L"");
+    return L"[" + Joined(shown) + L"]";
 }
 
 }  // namespace velk::facts

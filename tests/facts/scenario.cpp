@@ -4,26 +4,14 @@
 #include <string_view>
 
 #include "facts/values.h"
-#include "platform/platform.h"
 
 namespace velk::facts {
-namespace {
-
-std::wstring FromUtf8(const std::string& bytes) {
-    std::wstring text(bytes.size(), L'\0');
-    const int size = static_cast<int>(bytes.size());
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
-    return text;
-}
-
-}  // namespace
-
 std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
     std::list<Scenario> made;
     std::ifstream file(path, std::ios::binary);
     std::string bytes;
     for (int number = 1; std::getline(file, bytes); ++number) {
-        const std::wstring line = FromUtf8(bytes);
+        const std::wstring line(bytes.begin(), bytes.end());  // other characters are written as escapes
         const std::wstring_view text = Trim(line);
         if (text.empty() || text.starts_with(L"//")) continue;
         if (std::vector<Line>* lines = line.starts_with(L' ') ? &made.back().lines : nullptr) {
@@ -51,13 +39,8 @@ std::vector<std::wstring> Alternatives(const std::wstring& line) {
     for (std::size_t open; (open = line.find(L'{', at)) != line.npos;) {
         const std::size_t close = line.find(L'}', open);
         auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
-        if (close == open + 2 && line[open + 1] >= L'1' && line[open + 1] - L'1' < static_cast<int>(groups.size())) {
-            parts = groups[line[open + 1] - L'1'];
-        } else if (parts.size() < 2) {
-            for (std::wstring& one : made) one += line.substr(at, open + 1 - at);
-            at = open + 1;
-            continue;
-        }
+        if (close == open + 2) parts = groups.at(line[open + 1] - L'1');
+        if (parts.size() == 1) parts[0] = L'{' + parts[0] + L'}';  // nothing to choose from
         groups.push_back(parts);
         if (made.size() == 1) made.resize(parts.size(), made[0]);
         for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);

@@ -14,15 +14,22 @@ namespace {
 constexpr std::pair<wchar_t, wchar_t> kEscapes[] = {{L'0', L'\0'}, {L'r', L'\r'}, {L'n', L'\n'},
                                                     {L't', L'\t'}, {L'"', L'"'},  {L'\\', L'\\'}};
 
-struct Suffix {
-    wchar_t mark;
+// What stands behind the values of a type.
+constexpr std::pair<std::wstring_view, VARTYPE> kMarks[] = {
+    {L"i", VT_I2},  {L" as I1", VT_I1},   {L" as Int", VT_INT},        {L" as Date", VT_DATE},
+    {L"b", VT_UI1}, {L" as UI2", VT_UI2}, {L" as UI8", VT_UI8},        {L" as Decimal", VT_DECIMAL},
+    {L"f", VT_R4},  {L" as UI4", VT_UI4}, {L" as UInt", VT_UINT},      {L" as Error", VT_ERROR},
+    {L"c", VT_CY},  {L" as I8", VT_I8},   {L" as Unknown", VT_UNKNOWN}};
+
+struct Constant {
+    std::wstring_view name;
     VARTYPE type;
+    LONG content;
 };
-constexpr Suffix kSuffixes[] = {{L'i', VT_I2}, {L'b', VT_UI1}, {L'f', VT_R4}, {L'c', VT_CY}};
-constexpr std::pair<std::wstring_view, VARTYPE> kTypes[] = {
-    {L"I1", VT_I1},           {L"UI2", VT_UI2},     {L"UI4", VT_UI4},        {L"I8", VT_I8},
-    {L"UI8", VT_UI8},         {L"Int", VT_INT},     {L"UInt", VT_UINT},      {L"Date", VT_DATE},
-    {L"Decimal", VT_DECIMAL}, {L"Error", VT_ERROR}, {L"Unknown", VT_UNKNOWN}};
+constexpr Constant kConstants[] = {{L"Empty", VT_EMPTY, 0},          {L"Null", VT_NULL, 0},
+                                   {L"Nothing", VT_DISPATCH, 0},     {L"Nothing as Unknown", VT_UNKNOWN, 0},
+                                   {L"NullText", VT_BSTR, 0},        {L"Missing", VT_ERROR, DISP_E_PARAMNOTFOUND},
+                                   {L"True", VT_BOOL, VARIANT_TRUE}, {L"False", VT_BOOL, VARIANT_FALSE}};
 
 Variant Converted(VARIANT value, VARTYPE type) {
     Variant made;
@@ -33,25 +40,15 @@ Variant Converted(VARIANT value, VARTYPE type) {
 }
 
 Variant NumberOf(std::wstring text) {
-    if (text.starts_with(L"0x"))
-        return Converted(test::Arg(static_cast<LONG>(std::wcstoul(text.c_str(), nullptr, 16))), VT_I4);
     VARTYPE type = text.find(L'.') != text.npos ? VT_R8 : VT_I4;
-    for (const Suffix& suffix : kSuffixes) {
-        if (text.back() == suffix.mark) type = suffix.type, text.pop_back();
+    if (text.starts_with(L"0x")) return Converted(test::Text(L"&H" + text.substr(2)), type);
+    for (const auto& [mark, marked] : kMarks) {
+        if (text.ends_with(mark)) type = marked, text.resize(text.size() - mark.size());
     }
-    return Converted(test::Text(text), type);
-}
-
-// Errors and objects are no numbers: they only get another type.
-Variant TypedValue(const std::wstring& text, std::wstring_view typeName, Variables& variables) {
-    for (const auto& [name, type] : kTypes) {
-        if (name != typeName) continue;
-        if (type != VT_ERROR && type != VT_UNKNOWN) return Converted(test::Text(text), type);
-        Variant made = ValueOf(text, variables);
-        made.vt = type;
-        return made;
-    }
-    throw std::runtime_error("no type: " + ToAnsi(typeName));
+    const VARTYPE number = type == VT_ERROR ? VARTYPE{VT_I4} : type;
+    Variant made = Converted(test::Text(text), number);
+    made.vt = type;
+    return made;
 }
 
 Variant BytesOf(std::wstring_view quoted) {
@@ -60,13 +57,6 @@ Variant BytesOf(std::wstring_view quoted) {
     made.bstrVal = SysAllocStringByteLen(bytes.data(), static_cast<UINT>(bytes.size()));
     made.vt = VT_BSTR;
     return made;
-}
-
-std::wstring ShowText(BSTR text) {
-    const UINT size = SysStringByteLen(text);
-    if (!text) return L"NullText";
-    if (size % 2 == 0) return Quote(View(text));
-    return L"bytes " + Quote(Wide(FromAnsi({reinterpret_cast<const char*>(text), size})));
 }
 
 Variant ArrayOf(std::wstring_view inside, Variables& variables) {
@@ -82,12 +72,9 @@ Variant ArrayOf(std::wstring_view inside, Variables& variables) {
 
 Variant NamedValue(std::wstring_view text, Variables& variables) {
     Variant made;
-    if (text == L"Empty") return made;
-    if (text == L"Null") return made.vt = VT_NULL, std::move(made);
-    if (text == L"Nothing") return made.vt = VT_DISPATCH, std::move(made);
-    if (text == L"NullText") return made.vt = VT_BSTR, std::move(made);
-    if (text == L"Missing") return static_cast<VARIANT&>(made) = test::Missing(), std::move(made);
-    if (text == L"True" || text == L"False") return Converted(test::Arg(text == L"True"), VT_BOOL);
+    for (const auto& [name, type, content] : kConstants) {
+        if (name == text) return made.vt = type, made.lVal = content, std::move(made);
+    }
     const bool byReference = text.starts_with(L'&');
     const auto found = variables.find(text.substr(byReference));
     if (found == variables.end()) throw std::runtime_error("no value: " + ToAnsi(text));
@@ -102,16 +89,33 @@ Variant NamedValue(std::wstring_view text, Variables& variables) {
 std::wstring ItemsOf(SAFEARRAY* array) {
     if (!array || array->cDims != 1) return L"";
     const LONG first = array->rgsabound[0].lLbound;
-    std::wstring shown = first ? std::to_wstring(first) + L": " : L"";
     VARTYPE type = VT_EMPTY;
     SafeArrayGetVartype(array, &type);
-    for (LONG i = first, n = 0; n < static_cast<LONG>(array->rgsabound[0].cElements); ++i, ++n) {
+    std::vector<std::wstring> shown;
+    for (LONG i = first; shown.size() < array->rgsabound[0].cElements; ++i) {
         Variant item;
         item.vt = type;
         SafeArrayGetElement(array, &i, type == VT_VARIANT ? static_cast<void*>(&item) : &item.byref);
-        shown += (n ? L", " : L"") + Show(item);
+        shown.push_back(Show(item));
     }
-    return shown;
+    return (first ? std::to_wstring(first) + L": " : L"") + Joined(shown);
+}
+
+// The size of what comes next: a text in quotes, or one character.
+std::size_t NextIn(std::wstring_view text) {
+    if (!text.starts_with(L'"')) return 1;
+    std::size_t end = 1;
+    while (end < text.size() && text[end] != L'"') end += text[end] == L'\\' ? 2 : 1;
+    return std::min(end + 1, text.size());
+}
+
+// Where a separator stands first, outside texts and brackets.
+std::size_t FindOutside(std::wstring_view text, std::wstring_view separator) {
+    for (std::size_t i = 0, depth = 0; i < text.size(); i += NextIn(text.substr(i))) {
+        if (depth == 0 && text.substr(i).starts_with(separator)) return i;
+        depth += (text[i] == L'[') - (text[i] == L']');
+    }
+    return text.npos;
 }
 
 }  // namespace
@@ -123,44 +127,44 @@ std::wstring_view Trim(std::wstring_view text) {
 }
 
 bool Alike(std::wstring_view pattern, std::wstring_view line) {
-    constexpr std::wstring_view kEnds = L" ,]\n", kEndsHere = L",]\n";  // "dc 1" is one
-    std::size_t at = 0;
-    bool quoted = false, escaping = false;
-    for (std::size_t i = 0; i < pattern.size(); ++i, ++at) {
-        const bool escaped = std::exchange(escaping, !escaping && pattern[i] == L'\\');
-        const bool isWord = (i == 0 || pattern[i - 1] == L' ' || pattern[i - 1] == L'[') &&
-                            (i + 1 == pattern.size() || kEnds.find(pattern[i + 1]) != kEnds.npos);
-        if (pattern[i] == L'_' && isWord && !quoted) {
-            if (at < line.size() && line[at] == L'"') at = line.find(L'"', at + 1);
-            at = std::min({line.find_first_of(kEndsHere, at), line.find(L" quietly", at), line.size()}) - 1;
-        } else if (at >= line.size() || pattern[i] != line[at]) {
+    constexpr std::wstring_view kBefore = L" [", kBehind = L" ,]\n", kEnds = L",]\n";  // "dc 1" is one word
+    for (wchar_t last = L' '; !pattern.empty();) {
+        const std::size_t size = NextIn(pattern);
+        const wchar_t next = pattern.size() > 1 ? pattern[1] : L' ';
+        if (pattern[0] == L'_' && kBefore.find(last) != kBefore.npos && kBehind.find(next) != kBehind.npos) {
+            line.remove_prefix(line.starts_with(L'"') ? NextIn(line) : 0);
+            line.remove_prefix(std::min({line.find_first_of(kEnds), line.find(L" quietly"), line.size()}));
+        } else if (line.starts_with(pattern.substr(0, size))) {
+            line.remove_prefix(size);
+        } else {
             return false;
-        } else if (pattern[i] == L'"' && !escaped) {
-            quoted = !quoted;
         }
+        last = pattern[size - 1];
+        pattern.remove_prefix(size);
     }
     return true;
 }
 
 std::vector<std::wstring> Split(std::wstring_view text, std::wstring_view separator) {
     std::vector<std::wstring> pieces;
-    std::size_t start = 0, depth = 0;
-    bool quoted = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (quoted && text[i] == L'\\') {
-            ++i;
-        } else if (text[i] == L'"') {
-            quoted = !quoted;
-        } else if (!quoted && (text[i] == L'[' || text[i] == L']')) {
-            depth += text[i] == L'[' ? 1 : -1;
-        } else if (!quoted && depth == 0 && text.substr(i).starts_with(separator)) {
-            pieces.emplace_back(Trim(text.substr(start, i - start)));
-            start = i + separator.size();
-            i = start - 1;
-        }
-    }
-    if (const auto last = Trim(text.substr(start)); !last.empty() || !pieces.empty()) pieces.emplace_back(last);
+    for (std::size_t at; (at = FindOutside(text, separator)) != text.npos; text.remove_prefix(at + separator.size()))
+        pieces.emplace_back(Trim(text.substr(0, at)));
+    if (const auto last = Trim(text); !last.empty() || !pieces.empty()) pieces.emplace_back(last);
     return pieces;
+}
+
+std::wstring Cut(std::wstring& text, std::wstring_view separator) {
+    const std::size_t at = FindOutside(text, separator);
+    if (at == text.npos) return L"";
+    const std::wstring rest(Trim(std::wstring_view(text).substr(at + separator.size())));
+    text = Trim(std::wstring_view(text).substr(0, at));
+    return rest;
+}
+
+std::wstring Joined(const std::vector<std::wstring>& texts) {
+    std::wstring joined;
+    for (const std::wstring& text : texts) joined += (joined.empty() ? L"" : L", ") + text;
+    return joined;
 }
 
 std::wstring Unquote(std::wstring_view quoted) {
@@ -169,7 +173,7 @@ std::wstring Unquote(std::wstring_view quoted) {
         if (quoted[i] != L'\\') {
             text += quoted[i];
         } else if (quoted[++i] == L'u') {
-            text += static_cast<wchar_t>(std::wcstoul(std::wstring(quoted.substr(i + 1, 4)).c_str(), nullptr, 16));
+            text += static_cast<wchar_t>(std::stoul(std::wstring(quoted.substr(i + 1, 4)), nullptr, 16));
             i += 4;
         } else {
             for (const auto& [mark, character] : kEscapes) {
@@ -183,29 +187,27 @@ std::wstring Unquote(std::wstring_view quoted) {
 std::wstring Quote(std::wstring_view text) {
     std::wstring quoted = L"\"";
     for (const wchar_t character : text) {
-        const wchar_t* escaped = nullptr;
+        wchar_t shown[8] = {character};
+        if (character < L' ' || character > L'~') swprintf(shown, 8, L"\\u%04X", static_cast<unsigned>(character));
         for (const auto& [mark, meant] : kEscapes) {
-            if (meant == character) escaped = &mark;
+            if (meant == character) shown[0] = L'\\', shown[1] = mark, shown[2] = L'\0';
         }
-        wchar_t code[8];
-        swprintf(code, 8, L"\\u%04X", static_cast<unsigned>(character));
-        quoted += escaped                                ? std::wstring{L'\\', *escaped}
-                  : character > L'~' || character < L' ' ? code
-                                                         : std::wstring(1, character);
+        quoted += shown;
     }
     return quoted + L'"';
 }
+std::wstring Quote(std::string_view bytes) { return Quote(Wide(FromAnsi(bytes))); }
 
 Variant ValueOf(std::wstring_view text, Variables& variables) {
-    if (const auto parts = Split(text, L"*"); parts.size() == 2 && Split(text, L" + ").size() == 1) {
+    if (const auto parts = Split(text, L" + "); parts.size() > 1) {
+        std::wstring joined;
+        for (const std::wstring& part : parts) joined += View(ValueOf(part, variables).bstrVal);
+        return test::Text(joined);
+    }
+    if (const auto parts = Split(text, L" * "); parts.size() == 2) {
         std::wstring repeated;
         for (int i = std::stoi(parts[1]); i > 0; --i) repeated += Unquote(parts[0]);
         return test::Text(repeated);
-    }
-    if (const auto parts = Split(text, L" as "); parts.size() == 2) return TypedValue(parts[0], parts[1], variables);
-    if (const auto parts = Split(text, L" + "); parts.size() == 2) {
-        return test::Text(std::wstring(View(ValueOf(parts[0], variables).bstrVal)) +
-                          std::wstring(View(ValueOf(parts[1], variables).bstrVal)));
     }
     if (text.starts_with(L'"')) return test::Text(Unquote(text));
     if (text.starts_with(L"bytes ")) return BytesOf(text.substr(6));
@@ -216,29 +218,22 @@ Variant ValueOf(std::wstring_view text, Variables& variables) {
 
 std::wstring Show(const VARIANT& value) {
     if (value.vt & VT_ARRAY) return L"[" + ItemsOf(value.parray) + L"]";
-    switch (value.vt) {
-        case VT_EMPTY:
-            return L"Empty";
-        case VT_NULL:
-            return L"Null";
-        case VT_BSTR:
-            return ShowText(value.bstrVal);
-        case VT_DISPATCH:
-            return value.punkVal ? L"object" : L"Nothing";
-        case VT_UNKNOWN:
-            return value.punkVal ? L"object as Unknown" : L"Nothing as Unknown";
-        case VT_ERROR:
-            return value.scode == DISP_E_PARAMNOTFOUND ? L"Missing" : std::to_wstring(value.scode) + L" as Error";
-        default:
-            break;
+    for (const auto& [name, type, content] : kConstants) {
+        if (value.vt == type && (type <= VT_NULL || value.lVal == content)) return std::wstring(name);
     }
-    std::wstring shown(View(Converted(value, VT_BSTR).bstrVal));
+    if (value.vt == VT_BSTR) {
+        const UINT size = SysStringByteLen(value.bstrVal);
+        if (size % 2 == 0) return Quote(View(value.bstrVal));
+        return L"bytes " + Quote(std::string_view(reinterpret_cast<const char*>(value.bstrVal), size));
+    }
+    std::wstring shown = L"object";
+    if (value.vt == VT_ERROR)
+        shown = std::to_wstring(value.scode);
+    else if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN)
+        shown = View(Converted(value, VT_BSTR).bstrVal);
     if (value.vt == VT_R8 && shown.find_first_of(L".E") == shown.npos) shown += L".0";
-    for (const Suffix& suffix : kSuffixes) {
-        if (value.vt == suffix.type) shown += suffix.mark;
-    }
-    for (const auto& [name, type] : kTypes) {
-        if (value.vt == type) shown += L" as " + std::wstring(name);
+    for (const auto& [mark, type] : kMarks) {
+        if (value.vt == type) shown += mark;
     }
     return shown;
 }

@@ -21,14 +21,20 @@ using Variables = std::map<std::wstring, Variant, std::less<>>;
 // Pieces between separators that stand outside texts and brackets, without the blanks round them.
 std::vector<std::wstring> Split(std::wstring_view text, std::wstring_view separator);
 
+// What follows the first separator, which is taken away with it; empty for none.
+std::wstring Cut(std::wstring& text, std::wstring_view separator);
+
 // Whether a line begins as a pattern does, in which _ stands for any word.
 bool Alike(std::wstring_view pattern, std::wstring_view line);
 
 std::wstring_view Trim(std::wstring_view text);
 
+std::wstring Joined(const std::vector<std::wstring>& texts);  // with commas
+
 // What the escapes of a quoted text stand for.
 std::wstring Unquote(std::wstring_view quoted);
 std::wstring Quote(std::wstring_view text);
+std::wstring Quote(std::string_view bytes);
 
 // Throws a text that says what is wrong with the line.
 Variant ValueOf(std::wstring_view text, Variables& variables);

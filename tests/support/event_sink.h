@@ -37,23 +37,16 @@ class Connection {
   public:
     Connection(IUnknown* source, REFIID events, IUnknown* sink) {
         const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
-        if (container && SUCCEEDED(container->FindConnectionPoint(events, point_.Receive()))) {
-            result_ = point_->Advise(sink, &cookie_);
-        }
+        if (!container || FAILED(container->FindConnectionPoint(events, point_.Receive()))) return;
+        result_ = point_->Advise(sink, &cookie_);
     }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
-    ~Connection() { Disconnect(); }
+    ~Connection() {
+        if (point_) point_->Unadvise(cookie_);
+    }
 
     HRESULT result() const noexcept { return result_; }
-    void Disconnect() {
-        if (point_ && cookie_) point_->Unadvise(cookie_);
-        Forget();
-    }
-    void Forget() {  // it stays connected
-        point_ = nullptr;
-        cookie_ = 0;
-    }
 
   private:
     ComPtr<IConnectionPoint> point_;

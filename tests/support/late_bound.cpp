@@ -17,12 +17,6 @@ VARIANT Make(VARTYPE type, T value) {
     return made;
 }
 
-std::wstring Take(BSTR text) {
-    std::wstring taken(View(text));
-    SysFreeString(text);
-    return taken;
-}
-
 std::vector<DISPID> PutName(WORD flags) {
     if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) return {DISPID_PROPERTYPUT};
     return {};
@@ -37,14 +31,18 @@ Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> nam
     EXCEPINFO exception{};
     Outcome outcome;
     outcome.result = call(&parameters, &outcome.value, &exception, &outcome.badArgument);
-    outcome.code = exception.scode;
-    outcome.source = Take(exception.bstrSource);
-    outcome.description = Take(exception.bstrDescription);
-    SysFreeString(exception.bstrHelpFile);
+    outcome.Take(exception);
     return outcome;
 }
 
 }  // namespace
+
+void Outcome::Take(const EXCEPINFO& thrown) {
+    code = thrown.scode;
+    source = View(thrown.bstrSource);
+    description = View(thrown.bstrDescription);
+    for (const BSTR text : {thrown.bstrSource, thrown.bstrDescription, thrown.bstrHelpFile}) SysFreeString(text);
+}
 
 VARIANT Arg(LONG value) { return Make(VT_I4, value); }
 VARIANT Arg(bool value) { return Make(VT_BOOL, value ? VARIANT_TRUE : VARIANT_FALSE); }

@@ -31,6 +31,8 @@ struct Outcome {
     std::wstring source;
     std::wstring description;
     UINT badArgument = static_cast<UINT>(-1);
+
+    void Take(const EXCEPINFO& thrown);  // over, with its texts
 };
 
 DISPID IdOf(IDispatch* object, const wchar_t* name);  // "#-4" is the identifier itself
