@@ -285,27 +285,5 @@ TEST_F(Deploy, TheSurrogateIsOffByDefaultServesWhenOnAndGoesWithoutATrace) {
     EXPECT_FALSE(isSet());
 }
 
-bool SpeaksOfHandles(const Type& members) {
-    std::wstring all;
-    for (UINT i = 0; i < AttributesOf(members)->cFuncs; ++i) {
-        BSTR names[32] = {};
-        UINT count = 0;
-        ThrowIfFailed(members->GetNames(FunctionOf(members, i)->memid, names, ARRAYSIZE(names), &count));
-        for (UINT n = 0; n < count; ++n) {
-            all += CharLowerW(names[n]);
-            SysFreeString(names[n]);
-        }
-    }
-    return all.find(L"hwnd") != all.npos || all.find(L"hdc") != all.npos || all.find(L"handle") != all.npos;
-}
-
-TEST(SurrogateChoice, LeavesOutEveryClassThatTakesOrGivesHandles) {
-    for (const Type& type : TypesOf(LoadTypes(LibraryPath().c_str()))) {
-        if (AttributesOf(type)->typekind == TKIND_COCLASS && SpeaksOfHandles(OwnMembers(Implemented(type, 0)))) {
-            EXPECT_FALSE(MakesSenseOutside(NameOf(type))) << NameOf(type);
-        }
-    }
-}
-
 }  // namespace
 }  // namespace velk::test
