@@ -152,44 +152,30 @@ class LiteralList {
     bool movedForward_ = false;
 };
 
-int Operate(auto& list, char operation, int value, int a, int b, bool flag) {
-    switch (operation) {
-        case 'a':
-            return list.Add(value, 0, 0);
-        case 'b':
-            return list.Add(value, a, flag ? b : 0);
-        case 'c':
-            return list.Add(value, 0, a);
-        case 'd':
-            return list.Add(value, -1, 0);
-        case 'e':
-            return list.Remove(a);
-        case 'f':
-            return list.Remove(0);
-        case 'g':
-            return list.Item(a) = value;
-        case 'h':
-            return list.Move(a), 0;
-        case 'i':
-            return list.MoveFirst(), 0;
-        case 'j':
-            return list.MoveLast(), 0;
-        case 'k':
-            return list.MoveNext(), 0;
-        case 'l':
-            return list.MovePrevious(), 0;
-        case 'm':
-            return list.Find(list.SearchStart(a, flag), flag, [value](int item) { return item == value; });
-        case 'n':
-            return list.Find(list.SearchStart(a, flag), flag, [value](int item) { return item < value; });
-        case 'o':
-            return list.SetSize(list.upper() - 20 + 8 * value, b), 0;
-        case 'p':
-            return list.SetCursor(a), 0;
-        default:
-            return list.Create(), 0;
-    }
-}
+// The operations by their letters, from a on.
+template <class List>
+constexpr int (*kOperations[])(List&, int value, int a, int b, bool flag) = {
+    [](auto& list, int value, int, int, bool) { return list.Add(value, 0, 0); },
+    [](auto& list, int value, int a, int b, bool flag) { return list.Add(value, a, flag ? b : 0); },
+    [](auto& list, int value, int a, int, bool) { return list.Add(value, 0, a); },
+    [](auto& list, int value, int, int, bool) { return list.Add(value, -1, 0); },
+    [](auto& list, int, int a, int, bool) { return list.Remove(a); },
+    [](auto& list, int, int, int, bool) { return list.Remove(0); },
+    [](auto& list, int value, int a, int, bool) { return list.Item(a) = value; },
+    [](auto& list, int, int a, int, bool) { return list.Move(a), 0; },
+    [](auto& list, int, int, int, bool) { return list.MoveFirst(), 0; },
+    [](auto& list, int, int, int, bool) { return list.MoveLast(), 0; },
+    [](auto& list, int, int, int, bool) { return list.MoveNext(), 0; },
+    [](auto& list, int, int, int, bool) { return list.MovePrevious(), 0; },
+    [](auto& list, int value, int a, int, bool flag) {
+        return list.Find(list.SearchStart(a, flag), flag, [value](int item) { return item == value; });
+    },
+    [](auto& list, int value, int a, int, bool flag) {
+        return list.Find(list.SearchStart(a, flag), flag, [value](int item) { return item < value; });
+    },
+    [](auto& list, int value, int, int b, bool) { return list.SetSize(list.upper() - 20 + 8 * value, b), 0; },
+    [](auto& list, int, int a, int, bool) { return list.SetCursor(a), 0; },
+    [](auto& list, int, int, int, bool) { return list.Create(), 0; }};
 
 // All that a client can see.
 std::vector<int> Seen(auto& list) {
@@ -216,8 +202,8 @@ inline void NodeListModel(Bytes& bytes) {
             return kind < 160 ? 1 + at % items : kind < 232 ? kind % (items + 2) : at % (literal.upper() + 7) - 3;
         };
         const int a = index(), b = index();
-        const auto operate = [&](auto& on) {
-            return Answer([&] { return Operate(on, operation, value % 16, a, b, value >= 128); });
+        const auto operate = [&]<class List>(List& on) {
+            return Answer([&] { return kOperations<List>[operation - 'a'](on, value % 16, a, b, value >= 128); });
         };
         Require(operate(literal) == operate(list));
         if (step % 16 == 0 || bytes.empty()) Require(Seen(literal) == Seen(list));
