@@ -160,20 +160,20 @@ const Watchable& Find(const std::string& name) {
     static const auto watchable =
         AllOf<&Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid,
               &CoCreateInstance, &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA,
-              &CreatePen, &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose, &FreeLibrary,
-              &GetActiveWindow, &GetClientRect, &GetComputerNameA, &GetCurrentHwProfileA, &GetDesktopWindow,
-              &GetDeviceCaps, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetExitCodeProcess,
-              &GetFileSizeEx, &GetLocaleInfoA, &GetLogicalDriveStringsA, &GetLogicalDrives, &GetModuleFileNameW,
-              &GetOpenFileNameA, &GetProfileStringA, &GetSaveFileNameA, &GetSystemDirectoryA, &GetSystemInfo,
-              &GetSystemMetrics, &GetTempFileNameA, &GetTempPathA, &GetTickCount, &GetUserDefaultLCID, &GetUserNameA,
-              &GetVersionExA, &GetVolumeInformationA, &GetWindowLongA, &GetWindowRect, &GetWindowsDirectoryA,
-              &GlobalMemoryStatus, &HtmlHelpA, &InternetGetConnectedStateExA, &InternetSetOptionA, &InvalidateRect,
-              &IsProcessorFeaturePresent, &IsWindow, &LineTo, &LoadLibraryExW, &MoveToEx, &OpenClipboard,
-              &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle, &RegCreateKeyExA, &RegOpenKeyExA,
-              &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA, &SetClipboardData,
-              &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA, &SetWindowPos,
-              &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen, &SystemParametersInfoA,
-              &UnhookWindowsHookEx, &WritePrivateProfileStringA, &timeGetTime>();
+              &CreateFileW, &CreatePen, &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose,
+              &FindFirstFileW, &FindNextFileW, &FreeLibrary, &GetActiveWindow, &GetClientRect, &GetComputerNameA,
+              &GetCurrentHwProfileA, &GetDesktopWindow, &GetDeviceCaps, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA,
+              &GetDriveTypeA, &GetExitCodeProcess, &GetFileSizeEx, &GetLocaleInfoA, &GetLogicalDriveStringsA,
+              &GetLogicalDrives, &GetModuleFileNameW, &GetOpenFileNameA, &GetProfileStringA, &GetSaveFileNameA,
+              &GetSystemDirectoryA, &GetSystemInfo, &GetSystemMetrics, &GetTempFileNameA, &GetTempPathA, &GetTickCount,
+              &GetUserDefaultLCID, &GetUserNameA, &GetVersionExA, &GetVolumeInformationA, &GetWindowLongA,
+              &GetWindowRect, &GetWindowsDirectoryA, &GlobalMemoryStatus, &HtmlHelpA, &InternetGetConnectedStateExA,
+              &InternetSetOptionA, &InvalidateRect, &IsProcessorFeaturePresent, &IsWindow, &LineTo, &LoadLibraryExW,
+              &MoveToEx, &OpenClipboard, &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle, &RegCreateKeyExA,
+              &RegOpenKeyExA, &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA,
+              &SetClipboardData, &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA,
+              &SetWindowPos, &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen,
+              &SystemParametersInfoA, &UnhookWindowsHookEx, &VarI4FromStr, &WritePrivateProfileStringA, &timeGetTime>();
     for (const Watchable& one : watchable) {
         if (name == one.name) return one;
     }

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <climits>
+#include <cmath>
 
 #include "fuzz/replay.h"
-#include "platform/run_time_error.h"
 #include "shell/file_dialog_text.h"
 #include "shell/file_dialog_text_model.h"
 #include "shell/font_height.h"
@@ -31,33 +31,23 @@ TEST(FileDialogText, OnlyWhatStoodThereBeforeCountsAsRemains) {
     EXPECT_EQ("d\0a\0b\0\0"s, left("d\0a\0b\0\0"s, "longer\0"s));  // several names
 }
 
-int ErrorOf(const std::function<void()>& conversion) try { return conversion(), 0; } catch (const RuntimeError& error) {
-    return error.number();
-}
-
-TEST(FontHeight, PixelsPerInchGoByWholeTwips) {
-    const std::pair<int, int> cases[] = {{72, 72},   {96, 96},   {120, 120},  {144, 144},
-                                         {192, 180}, {168, 160}, {1440, 1440}};
-    for (const auto& [dots, pixels] : cases) EXPECT_EQ(pixels, PixelsPerInch(dots)) << dots;
-    for (const int dots : {0, 5000}) EXPECT_EQ(11, ErrorOf([=] { PixelsPerInch(dots); })) << dots;
-}
-
-TEST(FontHeight, RoundsHalvesToEven) {
-    const std::pair<std::int16_t, int> heights[] = {{8, -11}, {0, 0}, {9, -12}, {10, -13}, {-8, 11}, {72, -96}};
-    for (const auto& [points, height] : heights) EXPECT_EQ(height, FromPoints(points, 96)) << points;
-    EXPECT_EQ(-2, FromPoints(1, 180));  // 2.5
-    EXPECT_EQ(-4, FromPoints(1, 252));  // 3.5
-    const std::pair<int, int> points[] = {{-11, 8}, {11, 8}, {0, 0}, {-13, 10}, {-14, 10}, {-2, 2}, {-6, 4}};
-    for (const auto& [height, size] : points) EXPECT_EQ(size, ToPoints(height, 96)) << height;
-}
-
-TEST(FontHeight, ProductsThatDoNotFitAreOverflows) {
-    EXPECT_EQ(-455, FromPoints(341, 96));
-    EXPECT_EQ(6, ErrorOf([] { FromPoints(342, 96); }));
-    EXPECT_EQ(6, ErrorOf([] { FromPoints(-342, 96); }));
-    EXPECT_EQ(6, ErrorOf([] { FromPoints(-256, 128); }));  // -32768 has no counterpart
-    for (const int height : {455, -455}) EXPECT_EQ(341, ToPoints(height, 96));
-    for (const int height : {456, -456, 40000, -2147483647 - 1}) EXPECT_EQ(6, ErrorOf([=] { ToPoints(height, 96); }));
+// The same in floating point, which holds every product of the runtime's 16-bit arithmetic.
+TEST(FontHeight, IsExactOrOverflowsAndHalvesGoToTheEvenNeighbour) {
+    const auto expect = [](bool fits, double exact, auto calculation) {
+        EXPECT_EQ(fits ? static_cast<int>(std::nearbyint(exact)) : -1006, test::Answer(calculation)) << exact;
+    };
+    const std::pair<int, std::int16_t> screens[] = {{72, 72},   {96, 96},   {120, 120}, {144, 144},
+                                                    {168, 160}, {192, 180}, {256, 240}, {1440, 1440}};
+    for (const auto& [dots, pixels] : screens) {
+        EXPECT_EQ(pixels, PixelsPerInch(dots));  // by whole twips
+        for (std::int16_t size = -500; size <= 500; ++size) {
+            expect(std::abs(size * pixels) < 32768, -size * pixels / 72.0, [=] { return FromPoints(size, pixels); });
+            expect(std::abs(size * 72) < 32768, std::abs(size) * 72.0 / pixels, [=] { return ToPoints(size, pixels); });
+        }
+    }
+    expect(false, -32768, [] { return FromPoints(-256, 128); });  // has no counterpart
+    for (const int height : {40000, INT_MIN}) expect(false, height, [=] { return ToPoints(height, 96); });
+    for (const int dots : {0, 5000}) EXPECT_EQ(-1011, test::Answer([=] { return PixelsPerInch(dots); })) << dots;
 }
 
 }  // namespace
