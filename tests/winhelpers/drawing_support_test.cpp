@@ -43,7 +43,7 @@ void ExpectReport(const std::wstring& member, int error, const std::function<voi
 class DrawingSupport : public testing::Test {
   protected:
     ~DrawingSupport() override { EXPECT_EQ(before, GdiObjects()) << "nothing is left behind"; }
-    const ComPtr<IPictureDisp> warmUp = PictureOf(NewBitmap(kRed, 1, 1));  // the platform keeps what this takes
+    const ComPtr<IPictureDisp> warmUp = PictureOf(L"red.bmp");  // the platform keeps what this takes
     const int before = GdiObjects();
 };
 
@@ -91,7 +91,7 @@ ULONG STDMETHODCALLTYPE Count(void*) { return 1; }
 HRESULT STDMETHODCALLTYPE NoHandle(void*, OLE_HANDLE*) { return OLE_E_BLANK; }
 
 TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
-    const ComPtr<IPictureDisp> large = PictureOf(NewBitmap(kBlue, 30, 12)), small = PictureOf(NewBitmap(kRed, 4, 3));
+    const ComPtr<IPictureDisp> large = PictureOf(L"blue.bmp"), small = PictureOf(L"red.bmp");
     const void* const members[] = {Address(&Query), Address(&Count), Address(&Count), Address(&NoHandle)};
     const void* const* failing = members;
     cMemDC memory;

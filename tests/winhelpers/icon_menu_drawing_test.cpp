@@ -23,13 +23,9 @@ struct ImageListTraits {
 using Images = UniqueHandle<ImageListTraits>;
 
 // Image 0 is red, image 1 blue; the lower quarter of both is transparent.
-Images TwoImages(int side) {
-    Images images(ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, 2, 2));
-    for (const COLORREF colour : {kRed, kBlue}) {
-        const GdiObject bitmap(NewBitmap(colour, side, side, kMagenta, side * 3 / 4));
-        ImageList_AddMasked(images.get(), static_cast<HBITMAP>(bitmap.get()), kMagenta);
-    }
-    return images;
+Images TwoImages(const wchar_t* file, int side) {
+    const std::wstring path = BuiltFile((std::wstring(L"tests\\pictures\\") + file).c_str());
+    return Images(ImageList_LoadImageW(nullptr, path.c_str(), side, 0, kMagenta, IMAGE_BITMAP, LR_LOADFROMFILE));
 }
 
 // Colours that all differ, densities, and texts as bars that show their font by its height alone: in the usual one
@@ -141,7 +137,7 @@ class IconMenuDrawing : public IconMenuTest {
 
     static constexpr LONG kCommand = CommandAt(kOpen);
     StagedSystem system_;
-    Images images_ = TwoImages(16);
+    Images images_ = TwoImages(L"images16.bmp", 16);
 };
 
 // An item a row, a state a column. Without a message the window comes to a screen of another density.
@@ -180,7 +176,7 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
     const Sheet sheet(120, 360);
     int top = 4;
     UINT position = kOpen;
-    Images large = TwoImages(32);
+    Images large = TwoImages(L"images32.bmp", 32);
     const std::function<void()> changes[] = {
         [&] { Rename(menu, kOpen, L"Ot&her"); },
         [&] { InsertMenuW(menu, 0, MF_BYPOSITION, 700, L"First"), icons_->put_CommandImage(kCommand, 1), ++position; },
@@ -205,42 +201,11 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
     EXPECT_EQ(300, Measure(kLong + 1).cx - Measure(0).cx) << "no text is too long";
 }
 
-// The lower half is transparent.
-ComPtr<IPictureDisp> IconPicture(int side) {
-    const GdiObject bitmap(NewBitmap(kRed, side, side, 0, side / 2)), mask(NewBitmap(0, side, side, kWhite, side / 2));
-    ICONINFO info{TRUE, 0, 0, static_cast<HBITMAP>(mask.get()), static_cast<HBITMAP>(bitmap.get())};
-    return PictureOf(PICTYPE_ICON, CreateIconIndirect(&info));
-}
-
-ComPtr<IPictureDisp> MetafilePicture() {
-    const HDC recording = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
-    Paint(recording, kRed, {0, 0, 200, 200});
-    return PictureOf(PICTYPE_ENHMETAFILE, CloseEnhMetaFile(recording));
-}
-
-// Twice as wide as high, red above blue.
-ComPtr<IPictureDisp> OldMetafilePicture() {
-    const HDC recording = CreateMetaFileW(nullptr);
-    SetMapMode(recording, MM_ANISOTROPIC);
-    SetWindowExtEx(recording, 100, 100, nullptr);
-    Paint(recording, kRed, {0, 0, 100, 50});
-    Paint(recording, kBlue, {0, 50, 100, 100});
-    return PictureOf(PICTYPE_METAFILE, CloseMetaFile(recording), 2000, 1000);
-}
-
-// Lines that are a pixel high, red and blue in turn.
-ComPtr<IPictureDisp> FineBitmap(int side) {
-    const HBITMAP bitmap = NewBitmap(kBlue, side, side);
-    const CreatedContext context(CreateCompatibleDC(nullptr));
-    const SelectedObject selected(context.get(), bitmap);
-    for (int y = 0; y < side; y += 2) Paint(context.get(), kRed, {0, y, side, y + 1});
-    return PictureOf(bitmap);
-}
-
 TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
     const Sheet sheet(230, 4 + 12 * 28);
     int top = 4;
     const auto draw = [&](const ComPtr<IPictureDisp>& picture, LONG mask = kMagenta, bool isEmpty = false) {
+        const ULONG references = References(picture.get());
         EXPECT_EQ(S_OK, icons_->put_CommandImage(kCommand, 0));
         EXPECT_EQ(S_OK, icons_->put_MaskColor(mask));
         EXPECT_EQ(S_OK, icons_->putref_CommandPicture(kCommand, picture.get()));
@@ -250,16 +215,18 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
         ComPtr<IPictureDisp> given;
         EXPECT_EQ(S_OK, icons_->get_CommandPicture(kCommand, given.Receive()));
         EXPECT_EQ(isEmpty ? nullptr : picture.get(), given.get());
+        given = nullptr, icons_->ClearIcons();
+        EXPECT_EQ(references, References(picture.get()));
     };
-    const auto bitmap = [](int side) { return PictureOf(NewBitmap(kMagenta, side, side, kRed, side / 2)); };
-    for (const int side : {16, 8, 64}) draw(bitmap(side));
-    draw(bitmap(16), -1);
-    for (const int side : {16, 32}) draw(IconPicture(side));
-    draw(MetafilePicture());
-    draw(OldMetafilePicture());
-    draw(PictureOf(NewBitmap(kRed, 8, 32)));
-    for (const auto& none : {PictureOf(PICTYPE_NONE, nullptr), ComPtr<IPictureDisp>()}) draw(none, kMagenta, true);
-    draw(FineBitmap(64), -1);
+    for (const wchar_t* file : {L"halves16.bmp", L"halves8.bmp", L"halves64.bmp"}) draw(PictureOf(file));
+    draw(PictureOf(L"halves16.bmp"), -1);
+    for (const wchar_t* file : {L"icon16.ico", L"icon32.ico", L"square.emf", L"halves.wmf", L"tall.bmp"})
+        draw(PictureOf(file));
+    PICTDESC nothing{sizeof nothing, PICTYPE_NONE, {}};
+    ComPtr<IPictureDisp> none;
+    EXPECT_EQ(S_OK, OleCreatePictureIndirect(&nothing, IID_IPictureDisp, TRUE, none.ReceiveVoid()));
+    for (const auto& empty : {none, ComPtr<IPictureDisp>()}) draw(empty, kMagenta, true);
+    draw(PictureOf(L"lines.bmp"), -1);
     sheet.ExpectIs(L"menu_pictures");
 }
 

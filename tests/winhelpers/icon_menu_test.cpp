@@ -42,7 +42,7 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
         {"<em.x.", ";;"},
         {"ems.r.", "ms;;"},
     };
-    const GdiObject bitmap(NewBitmap(kRed, 10, 10));
+    const GdiObject bitmap(CreateBitmap(10, 10, 1, 1, nullptr));
     const auto handle = static_cast<HBITMAP>(bitmap.get());
     const auto made = [&] {
         Menu full = FullMenu(handle);
@@ -115,16 +115,15 @@ TEST_F(IconMenu, RefusesWindowsOfOthersAndForgetsMenusThatAreGone) {
         EXPECT_EQ(RunTime(5), Call(icons_.get(), L"Attach", {Arg(handle)}).code) << handle;
         EXPECT_EQ(window_.handle(), AttachedTo());
     }
-    const auto picture = PictureOf(NewBitmap(kRed, 4, 4));
-    const auto references = [&] { return picture->AddRef(), picture->Release(); };
-    const ULONG before = references();
+    const auto picture = PictureOf(L"red.bmp");
+    const ULONG before = References(picture.get());
     for (const auto& end : Steps{[&] { Close(); }, [&] { icons_->Detach(); }}) {
         const HMENU submenu = CreatePopupMenu();
         EXPECT_EQ(S_OK, icons_->putref_SubmenuPicture(HandleOf(submenu), picture.get()));
-        EXPECT_LT(before, references());
+        EXPECT_LT(before, References(picture.get()));
         DestroyMenu(submenu);
         end();
-        EXPECT_EQ(before, references()) << "its icons are gone with it";
+        EXPECT_EQ(before, References(picture.get())) << "its icons are gone with it";
     }
     EXPECT_EQ(0, AttachedTo());
     const auto alone = CreateObject<IDispatch>(__uuidof(::cIconMenu));

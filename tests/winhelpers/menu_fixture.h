@@ -95,6 +95,7 @@ class IconMenuTest : public testing::Test {
     IconMenuTest() { EXPECT_EQ(S_OK, Attach(window_.get())); }
 
     HRESULT Attach(HWND window) { return icons_->Attach(HandleToLong(window)); }
+    static ULONG References(IUnknown* object) { return object ? object->AddRef(), object->Release() : 0; }
     LONG AttachedTo() const { return Get(icons_.get(), L"hWnd").value.lVal; }
 
     // What the system sends when a menu loop begins, when a popup menu opens, and when the last one closes.
