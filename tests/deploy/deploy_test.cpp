@@ -5,6 +5,7 @@
 
 #include <sddl.h>
 
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -35,38 +36,18 @@ std::string Contents(const std::wstring& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// A run with this typed into it: what it told, and its exit code.
 struct Doctor {
-    explicit Doctor(const std::wstring& arguments, const std::string& typed = "", DWORD console = DETACHED_PROCESS) {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        const auto open = [&](const std::wstring& path, DWORD access) {
-            return FileHandle(CreateFileW(path.c_str(), access, 0, &inherited, OPEN_ALWAYS, 0, nullptr));
-        };
-        const FileHandle input = open(folder.Write(L"typed", typed), GENERIC_READ);
-        FileHandle output = open(folder.Path(L"told"), GENERIC_WRITE);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        if (console == DETACHED_PROCESS) {
-            startup.dwFlags = STARTF_USESTDHANDLES;
-            startup.hStdInput = input.get();
-            startup.hStdOutput = output.get();
-        }
-        PROCESS_INFORMATION started{};
-        std::wstring line = L"velkdoctor " + arguments;
-        EXPECT_TRUE(CreateProcessW(BuiltFile(L"velkdoctor.exe").c_str(), line.data(), nullptr, nullptr, TRUE, console,
-                                   nullptr, nullptr, &startup, &started));
-        CloseHandle(started.hThread);
-        process = FileHandle(started.hProcess);
-        if (console != DETACHED_PROCESS) return;
-        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.get(), 60'000));
-        GetExitCodeProcess(process.get(), &code);
-        output = {};
-        text = Contents(folder.Path(L"told"));
+    explicit Doctor(const std::wstring& arguments, const std::string& typed = "") {
+        const ScratchFolder folder;
+        const std::wstring program = L"\"" + BuiltFile(L"velkdoctor.exe") + L"\" " + arguments;
+        FILE* const told = _wpopen((L"\"" + program + L" <" + folder.Write(L"typed", typed) + L"\"").c_str(), L"rt");
+        for (int byte; (byte = std::fgetc(told)) != EOF;) text += static_cast<char>(byte);
+        code = static_cast<DWORD>(_pclose(told));
     }
     bool Says(const std::string& words) const { return text.find(words) != text.npos; }
 
-    const ScratchFolder folder;
-    FileHandle process;
-    DWORD code = STILL_ACTIVE;
+    DWORD code;
     std::string text;
 };
 
@@ -98,14 +79,18 @@ class Deploy : public testing::Test {
     ~Deploy() override { Unregister(); }
 
     // As after a double click: a console of its own stays open until Enter, here through all the tests.
-    static void SetUpTestSuite() { console_.emplace(L"", "", CREATE_NEW_CONSOLE); }
+    static void SetUpTestSuite() {
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        EXPECT_TRUE(CreateProcessW(BuiltFile(L"velkdoctor.exe").c_str(), nullptr, nullptr, nullptr, FALSE,
+                                   CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &console_));
+    }
     static void TearDownTestSuite() {
-        EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(console_->process.get(), 0));
-        TerminateProcess(console_->process.get(), 0);
-        console_.reset();
+        EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(console_.hProcess, 0));
+        TerminateProcess(console_.hProcess, 0);
     }
 
-    static inline std::optional<Doctor> console_;
+    static inline PROCESS_INFORMATION console_;
     const ScratchFolder folder_;
 };
 
@@ -240,29 +225,19 @@ TEST_F(Deploy, TheDoctorSaysWhatItMayNotDo) {
     }
 }
 
-HRESULT CreateInSurrogate(REFCLSID clsid, ComPtr<IDispatch>& object) {
-    return CoCreateInstance(clsid, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, object.ReceiveVoid());
-}
-
-// A surrogate that runs goes on serving until it has seen that it has no object left.
-bool IsNoLongerServed(REFCLSID clsid) {
-    for (const ULONGLONG start = GetTickCount64(); GetTickCount64() - start < 20000; Sleep(20)) {
-        ComPtr<IDispatch> object;
-        if (FAILED(CreateInSurrogate(clsid, object))) return true;
-    }
-    return false;
-}
-
 // What calls and events answer there, trust/apartments_test.cpp compares.
 TEST_F(Deploy, TheSurrogateIsOffByDefaultServesWhenOnAndGoesWithoutATrace) {
     if (sizeof(void*) == 8 && Departs("DllSurrogate")) GTEST_SKIP() << "there is a 32-bit surrogate only";
     EXPECT_EQ(2u, CodeOf(L"--surrogate on")) << "nothing is registered";
     ASSERT_EQ(S_OK, Register());
     ComPtr<IDispatch> object;
-    EXPECT_TRUE(FAILED(CreateInSurrogate(__uuidof(CDatFile), object)));
+    const auto create = [&] {
+        return CoCreateInstance(__uuidof(CDatFile), nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, object.ReceiveVoid());
+    };
+    EXPECT_TRUE(FAILED(create()));
     EXPECT_EQ(0u, CodeOf(L"--surrogate on"));
     ASSERT_EQ(S_OK, Register()) << "registering again keeps the setting";
-    ASSERT_EQ(S_OK, CreateInSurrogate(__uuidof(CDatFile), object));
+    ASSERT_EQ(S_OK, create());
     EXPECT_TRUE(object.As<IClientSecurity>(IID_IClientSecurity)) << "no object of another process";
     const Bstr name(L"C:\\no such file.dat");
     BSTR file = name.get();
@@ -273,10 +248,11 @@ TEST_F(Deploy, TheSurrogateIsOffByDefaultServesWhenOnAndGoesWithoutATrace) {
     object = nullptr;
 
     EXPECT_EQ(0u, CodeOf(L"--surrogate off"));
-    EXPECT_TRUE(IsNoLongerServed(__uuidof(CDatFile)));
     const auto isSet = [] {
+        const std::wstring application = L"AppID\\" + kTypes;
         RegistryKey left;
-        return !RegOpenKeyExW(HKEY_CLASSES_ROOT, (L"AppID\\" + kTypes).c_str(), 0, KEY_READ, left.Receive());
+        return ReadText(HKEY_LOCAL_MACHINE, kClassKey, L"AppID") ||
+               !RegOpenKeyExW(HKEY_CLASSES_ROOT, application.c_str(), 0, KEY_READ, left.Receive());
     };
     EXPECT_FALSE(isSet());
     EXPECT_EQ(0u, CodeOf(L"--surrogate on"));

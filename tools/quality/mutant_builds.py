@@ -115,7 +115,7 @@ ROOMS = {
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
     "src/frame": FRAME,
     "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
-    "src/platform": Room(["VelkSprt", "frame_tests"], ["facts:integrity", "facts:settings", *FRAME.suites[:3]]),
+    "src/platform": Room(["VelkSprt", "frame_tests"], ["facts:drawing", "facts:integrity", "facts:settings", "facts:winhelpers", *FRAME.suites[:3]]),
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell"]),
     "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
