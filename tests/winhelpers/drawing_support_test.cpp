@@ -82,26 +82,20 @@ TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
     EXPECT_EQ(before, GdiObjects());
 }
 
-// The members of an object without a class.
-HRESULT STDMETHODCALLTYPE Query(void* object, REFIID iid, void** found) {
-    *found = iid == IID_IPicture ? object : nullptr;
-    return *found ? S_OK : E_NOINTERFACE;
-}
-ULONG STDMETHODCALLTYPE Count(void*) { return 1; }
 HRESULT STDMETHODCALLTYPE NoHandle(void*, OLE_HANDLE*) { return OLE_E_BLANK; }
 
 TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
     const ComPtr<IPictureDisp> large = PictureOf(L"blue.bmp"), small = PictureOf(L"red.bmp");
-    const void* const members[] = {Address(&Query), Address(&Count), Address(&Count), Address(&NoHandle)};
-    const void* const* failing = members;
     cMemDC memory;
     memory.CreateFromPicture(large.get());
     EXPECT_EQ(12, memory.Height());
     memory.CreateFromPicture(small.get());
     EXPECT_EQ(30, memory.Width());
     ExpectReport(L"cMemDC.CreateFromPicture", 91, [&] { memory.CreateFromPicture(nullptr); });
-    ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK,
-                 [&] { memory.CreateFromPicture(reinterpret_cast<IUnknown*>(&failing)); });
+    void** const slot = *reinterpret_cast<void***>(small.As<IPicture>(IID_IPicture).get()) + 3;  // get_Handle
+    void* const original = WriteInto(slot, Address(&NoHandle));
+    ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK, [&] { memory.CreateFromPicture(large.get()); });
+    WriteInto(slot, original);
     EXPECT_EQ(kRed, GetPixel(memory.HDC(), 3, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 4, 2));
     EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 29, 11));
@@ -170,42 +164,30 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
     EXPECT_EQ(GetSystemMetrics(SM_CYMENU), metrics.MenuHeight() + 1);  // a line below
 }
 
-// Notes what a font is set to, in order: the platform's own rounds sizes and replaces faces by what it has.
-std::wstring notes;
-template <int slot, class Value>
-HRESULT STDMETHODCALLTYPE Note(void*, Value value) {
-    notes += L'|' + std::to_wstring(slot) + L' ';
-    if constexpr (std::is_same_v<Value, BSTR>) {
-        notes += value + std::to_wstring(SysStringLen(value));
-    } else if constexpr (std::is_same_v<Value, CY>) {
-        notes += std::to_wstring(value.int64);
-    } else {
-        notes += std::to_wstring(value);
-    }
-    return S_OK;
-}
-
+// As the platform makes a font of the same description: it rounds sizes and replaces faces by what it has.
 TEST_F(NCMetrics, FillsAFontFromARecord) {
     const ScreenContext screen(GetDC(nullptr));
     ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY));
-    const void* slots[27] = {};  // of IFont: the setters of name, size, bold, italic, under-, strike- and character set
-    slots[4] = Address(&Note<4, BSTR>), slots[6] = Address(&Note<6, CY>), slots[8] = Address(&Note<8, BOOL>);
-    slots[10] = Address(&Note<10, BOOL>), slots[12] = Address(&Note<12, BOOL>), slots[14] = Address(&Note<14, BOOL>);
-    slots[18] = Address(&Note<18, short>);
-    const void* const* members = slots;
-    auto* const font = reinterpret_cast<IFont*>(&members);
-    const std::pair<LOGFONTA, const wchar_t*> cases[] = {
-        // the name with all that follows in its field
-        {{1, 0, 0, 0, 400, 0, 1, 255, 0, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 10000|18 0|10 0|12 1|14 1|8 0"},
-        {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "Face "}, L"|4 Face 32|6 97500|18 238|10 1|12 0|14 0|8 1"}};
-    for (const auto& [record, set] : cases) {
-        notes.clear();
-        NCMetricsProbe::Fill(record, screen.get(), font);
-        EXPECT_EQ(set, notes);
+    const auto values = [](IFont* font) {
+        return Facts(ComPtr<IFont>(font).As<IDispatch>().get(),
+                     {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"});
+    };
+    wchar_t name[] = L"Tahoma";
+    const std::pair<LOGFONTA, FONTDESC> cases[] = {
+        {{20, 0, 0, 0, 400, 0, 1, 255, 0, 0, 0, 0, 0, "Tahoma"},
+         {sizeof(FONTDESC), name, {{200000, 0}}, FW_NORMAL, 0, FALSE, TRUE, TRUE}},
+        {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "Tahoma"},
+         {sizeof(FONTDESC), name, {{97500, 0}}, FW_BOLD, 238, TRUE, FALSE, FALSE}}};
+    for (auto [record, description] : cases) {
+        ComPtr<IFont> wanted;
+        EXPECT_EQ(S_OK, OleCreateFontIndirect(&description, IID_IFont, wanted.ReceiveVoid()));
+        const auto font = metrics_.Font(screen.get(), 1).As<IFont>();
+        NCMetricsProbe::Fill(record, screen.get(), font.get());
+        EXPECT_EQ(values(wanted.get()), values(font.get()));
+        ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill({}, nullptr, font.get()); });
+        EXPECT_EQ(Facts(wanted.As<IDispatch>().get(), {L"Size", L"Bold"}),
+                  Facts(font.As<IDispatch>().get(), {L"Size", L"Bold"}));
     }
-    notes.clear();
-    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill(cases[1].first, nullptr, font); });
-    EXPECT_EQ(L"|4 Face 32", notes) << "the rest stays as it was";
 }
 
 // On white, with black text on yellow ground as the context's own colours.
