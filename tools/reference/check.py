@@ -11,8 +11,9 @@ from pathlib import Path
 from urllib.parse import quote_plus, unquote, urldefrag, urlparse
 
 from selenium import webdriver
-from selenium.webdriver.common.by import By
 from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.support.ui import WebDriverWait
 
 READ_PAGE = """
 const text = (element) => element.textContent.replace(/¶|#$/g, "").trim();
@@ -57,6 +58,8 @@ def emulate(driver: webdriver.Chrome, size: str, scheme: str) -> None:
 
 def read(driver: webdriver.Chrome, page: Path) -> tuple[dict, list[str]]:
     driver.get(page.as_uri())
+    shown = page.as_uri() + "complete"  # get() may end before, when the machine is busy
+    WebDriverWait(driver, 60).until(lambda _: driver.execute_script("return location.href + document.readyState") == shown)
     found = driver.execute_script(READ_PAGE)
     return found, [entry["message"] for entry in driver.get_log("browser")]
 
