@@ -97,26 +97,19 @@ void Register(const Scenario& scenario, const std::string& folder, const std::st
     }
 }
 
-void RegisterAll() {
-    static std::list<Scenario> scenarios;
+// Before the program's main function reads the filter.
+const std::list<Scenario> kAll = [] {
+    std::list<Scenario> all;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(test::BuiltFile(L"tests/facts"))) {
         if (entry.path().extension() != ".facts") continue;
         std::list<Scenario> made = ScenariosOf(entry.path());
         const std::string folder = entry.path().parent_path().filename().string();
         if (sizeof(void*) != 4) made.remove_if([](const Scenario& one) { return one.title.ends_with(L"(32 bits)"); });
         for (const Scenario& one : made) Register(one, folder, TestName(one.title));
-        scenarios.splice(scenarios.end(), made);
+        all.splice(all.end(), made);
     }
-}
+    return all;
+}();
 
 }  // namespace
 }  // namespace velk::facts
-
-int main(int count, char** arguments) {
-    testing::InitGoogleTest(&count, arguments);
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    velk::facts::RegisterAll();
-    const int result = RUN_ALL_TESTS();
-    CoUninitialize();
-    return result;
-}

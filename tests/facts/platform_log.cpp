@@ -16,7 +16,7 @@
 #include "facts/values.h"
 #include "platform/text.h"
 #include "support/client.h"
-#include "support/import_patch.h"
+#include "support/fake.h"
 
 namespace velk::facts {
 namespace {
@@ -128,7 +128,7 @@ void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
 }
 
 struct Watchable {
-    std::string_view name;
+    std::string name;
     void* replacement;
 };
 
@@ -139,21 +139,14 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
     static Result WINAPI Run(Arguments... arguments) {
         Answer answer;
         (AddPlaces(answer.places, arguments), ...);
-        answer.FindRule(Name(), {Shown(arguments)...});
+        answer.FindRule(test::NameOf<Function>(), {Shown(arguments)...});
         return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
-    }
-    // As the compiler writes it: "... Function = &ReadFile; ..."
-    static std::string_view Name() {
-        std::string_view name = __PRETTY_FUNCTION__;
-        name.remove_prefix(name.find("Function = ") + 11);
-        name.remove_prefix(name.find_first_not_of("(& "));
-        return name.substr(0, name.find_first_of(");],"));
     }
 };
 
 template <auto... Functions>
 std::vector<Watchable> AllOf() {
-    return {{Watch<Functions>::Name(), reinterpret_cast<void*>(&Watch<Functions>::Run)}...};
+    return {{test::NameOf<Functions>(), test::Address(&Watch<Functions>::Run)}...};
 }
 
 const Watchable& Find(const std::string& name) {
@@ -195,7 +188,7 @@ int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
 
 PlatformLog::PlatformLog(Take step, Take box) : act(std::move(step)), box(std::move(box)) {
     current = this;
-    patches.emplace_back(test::Library(), "MessageBoxW", reinterpret_cast<void*>(&ShowBox));
+    patches.emplace_back(test::Library(), "MessageBoxW", test::Address(&ShowBox));
 }
 
 PlatformLog::~PlatformLog() { current = nullptr; }

@@ -3,6 +3,8 @@
 // only cancels, if there is one. Numbers are those of the dialog's controls.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -31,13 +33,13 @@ class User {
             const int id = std::stoi(parts.at(1), nullptr, 0);
             if (parts[0] == L"presses") return test::Press(dialog, id);
             const HWND control = test::ControlOf(dialog, id);
-            const bool isOther = parts.at(2) == L"other";
-            if (isOther && parts[0] == L"selects") other_ = test::Text(test::OtherEntry(control));
+            const bool isOther = parts.at(2) == L"other", selects = parts[0] == L"selects";
+            if (selects) Select(control, isOther ? nullptr : Unquote(parts[2]).c_str());
+            if (selects && isOther) other_ = test::Text(TextOf(control));
             const std::wstring text(isOther ? View(other_.bstrVal) : Unquote(parts[2]));
-            if (parts[0] == L"types") test::TypeInto(control, text);
-            if (parts[0] == L"selects") test::SelectIn(control, text);
-            if (test::WaitUntil([&] { return test::TextOfWindow(control) == text; })) continue;
-            problem_ = L"wanted: " + action + L"\n  given:  " + Quote(test::TextOfWindow(control));
+            if (parts[0] == L"types") Ask(control, WM_SETTEXT, 0, text.c_str());
+            if (test::WaitUntil([&] { return TextOf(control) == text; })) continue;
+            problem_ = L"wanted: " + action + L"\n  given:  " + Quote(TextOf(control));
             return test::Press(dialog, IDCANCEL);
         }
     } catch (const std::exception& problem) {
@@ -45,7 +47,31 @@ class User {
         test::Press(dialog, IDCANCEL);
     }
 
-    std::vector<std::wstring> actions_;
+    // An entry of a combo box, once it is there, or the last one that is not selected.
+    static void Select(HWND box, const wchar_t* entry) {
+        LRESULT index = CB_ERR;
+        test::WaitUntil([&] {
+            const LRESULT last = Ask(box, CB_GETCOUNT) - 1, other = Ask(box, CB_GETCURSEL) == last ? last - 1 : last;
+            index = entry ? Ask(box, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), entry) : other;
+            return index >= 0;
+        });
+        Ask(box, CB_SETCURSEL, static_cast<WPARAM>(index));
+        Ask(GetParent(box), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(box), CBN_SELCHANGE), box);
+    }
+    static std::wstring TextOf(HWND control) {
+        wchar_t text[1024] = L"";
+        Ask(control, WM_GETTEXT, ARRAYSIZE(text), text);
+        return text;
+    }
+    static LRESULT Ask(HWND window, UINT message, WPARAM number = 0, const void* text = nullptr) {
+        DWORD_PTR answer = 0;
+        const LRESULT sent =
+            SendMessageTimeoutW(window, message, number, reinterpret_cast<LPARAM>(text), SMTO_BLOCK, 5000, &answer);
+        EXPECT_TRUE(sent || !IsWindow(window)) << message;  // it may go at any time
+        return static_cast<LRESULT>(answer);
+    }
+
+    const std::vector<std::wstring> actions_;
     std::wstring problem_;
     Variant& other_;
     test::DialogDriver driver_{[this](HWND dialog) { Act(dialog); }};

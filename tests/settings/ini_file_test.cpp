@@ -1,7 +1,7 @@
 // CIniFile where it depends on more than its files' bytes, which ini_file.facts is about.
 #include "platform/text.h"
 #include "support/departures.h"
-#include "support/facts.h"
+#include "support/late_bound.h"
 #include "support/library_copy.h"
 
 namespace velk::test {

@@ -3,7 +3,7 @@
 
 #include "support/client.h"
 #include "support/dialog_driver.h"
-#include "support/facts.h"
+#include "support/late_bound.h"
 #include "support/test_window.h"
 
 namespace velk::test {

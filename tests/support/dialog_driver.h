@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <string>
 #include <thread>
 
 #include "platform/platform.h"
@@ -31,11 +30,6 @@ class DialogDriver {
 bool WaitUntil(const std::function<bool()>& condition);
 
 HWND ControlOf(HWND dialog, int id);  // however deep it lies; null for none
-std::wstring TextOfWindow(HWND window);
-void TypeInto(HWND control, const std::wstring& text);
-void Press(HWND dialog, int id);  // posted: a nested box would keep a sender waiting
-// An entry of a combo box, once it is there, chosen as a user does.
-void SelectIn(HWND box, const std::wstring& entry);
-std::wstring OtherEntry(HWND box);  // the last one that is not selected
+void Press(HWND dialog, int id);      // posted: a nested box would keep a sender waiting
 
 }  // namespace velk::test

@@ -4,6 +4,11 @@
 
 namespace velk::test {
 
+template <class Function>
+void* Address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
 // Exchanges what stands in a read-only place.
 void* WriteInto(void** slot, void* value);
 

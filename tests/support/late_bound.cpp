@@ -1,21 +1,14 @@
 #include "support/late_bound.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "platform/text.h"
 
 namespace velk::test {
 namespace {
-
-template <class T>
-VARIANT Make(VARTYPE type, T value) {
-    VARIANT made{};
-    made.vt = type;
-    std::memcpy(&made.llVal, &value, sizeof(value));
-    return made;
-}
 
 std::vector<DISPID> PutName(WORD flags) {
     if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) return {DISPID_PROPERTYPUT};
@@ -44,19 +37,9 @@ void Outcome::Take(const EXCEPINFO& thrown) {
     for (const BSTR text : {thrown.bstrSource, thrown.bstrDescription, thrown.bstrHelpFile}) SysFreeString(text);
 }
 
-VARIANT Arg(LONG value) { return Make(VT_I4, value); }
-VARIANT Arg(bool value) { return Make(VT_BOOL, value ? VARIANT_TRUE : VARIANT_FALSE); }
-VARIANT Arg(double value) { return Make(VT_R8, value); }
-VARIANT Arg(BSTR text) { return Make(VT_BSTR, text); }
-VARIANT Arg(IDispatch* object) { return Make(VT_DISPATCH, object); }
-VARIANT Arg(VARIANT* variable) { return Make(VT_BYREF | VT_VARIANT, variable); }
-VARIANT Missing() { return Make(VT_ERROR, DISP_E_PARAMNOTFOUND); }
-VARIANT Ref(VARTYPE type, void* place) { return Make(type | VT_BYREF, place); }
-
 Variant Text(std::wstring_view text) {
     Variant made;
-    made.vt = VT_BSTR;
-    made.bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    static_cast<VARIANT&>(made) = Arg(Bstr(text).Detach());
     return made;
 }
 
@@ -89,6 +72,19 @@ Outcome InvokeByPlatform(IDispatch* object, const wchar_t* name, WORD flags, std
 
 std::wstring TextOf(const VARIANT& value) {
     return value.vt == VT_BSTR ? std::wstring(View(value.bstrVal)) : L"<no string>";
+}
+
+std::wstring Fact(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments) {
+    Outcome outcome = Call(object, name, arguments);
+    EXPECT_EQ(S_OK, outcome.result) << name;
+    VariantChangeTypeEx(&outcome.value, &outcome.value, LOCALE_INVARIANT, VARIANT_ALPHABOOL, VT_BSTR);
+    return TextOf(outcome.value);
+}
+
+std::wstring Facts(IDispatch* object, std::initializer_list<const wchar_t*> names) {
+    std::wstring values;
+    for (const wchar_t* name : names) values += Fact(object, name) + L"|";
+    return values;
 }
 
 }  // namespace velk::test

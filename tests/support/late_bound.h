@@ -1,6 +1,7 @@
 // Calls members by name, as scripts do.
 #pragma once
 
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -12,24 +13,32 @@
 
 namespace velk::test {
 
-// Arguments: values by value, pointers to variants as a script's variables, Missing() for one that is left out.
-VARIANT Arg(LONG value);
-VARIANT Arg(bool value);
-VARIANT Arg(double value);
-VARIANT Arg(BSTR text);
-VARIANT Arg(IDispatch* object);
-VARIANT Arg(VARIANT* variable);
-VARIANT Missing();
-VARIANT Ref(VARTYPE type, void* place);  // a reference to a value of the type
+template <class T>
+VARIANT Bare(VARTYPE type, T content) {
+    VARIANT made{};
+    made.vt = type;
+    std::memcpy(&made.llVal, &content, sizeof content);
+    return made;
+}
+
+// Arguments: values by value, pointers to variants as a script's variables, Missing() for one that is left out, Ref for
+// a reference to a value of a type.
+inline VARIANT Arg(LONG value) { return Bare(VT_I4, value); }
+inline VARIANT Arg(bool value) { return Bare(VT_BOOL, value ? VARIANT_TRUE : VARIANT_FALSE); }
+inline VARIANT Arg(double value) { return Bare(VT_R8, value); }
+inline VARIANT Arg(BSTR text) { return Bare(VT_BSTR, text); }
+inline VARIANT Arg(IDispatch* object) { return Bare(VT_DISPATCH, object); }
+inline VARIANT Arg(VARIANT* variable) { return Bare(VT_BYREF | VT_VARIANT, variable); }
+inline VARIANT Missing() { return Bare(VT_ERROR, DISP_E_PARAMNOTFOUND); }
+inline VARIANT Ref(VARTYPE type, void* place) { return Bare(type | VT_BYREF, place); }
 
 Variant Text(std::wstring_view text);
 
 struct Outcome {
     HRESULT result = S_OK;  // of Invoke itself
-    Variant value;
+    Variant value{};
     HRESULT code = S_OK;  // what the member failed with
-    std::wstring source;
-    std::wstring description;
+    std::wstring source{}, description{};
     UINT badArgument = static_cast<UINT>(-1);
 
     void Take(const EXCEPINFO& thrown);  // over, with its texts
@@ -57,5 +66,10 @@ inline Outcome Let(IDispatch* object, const wchar_t* name, std::initializer_list
 
 // The text of a string result; a sentinel no member returns when it is none.
 std::wstring TextOf(const VARIANT& value);
+
+// What a member gives, as text: numbers in decimal, True and False.
+std::wstring Fact(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments = {});
+// ... of several members, each followed by "|".
+std::wstring Facts(IDispatch* object, std::initializer_list<const wchar_t*> names);
 
 }  // namespace velk::test

@@ -2,26 +2,19 @@
 
 #include <atomic>
 
-#include "platform/platform.h"
+#include "support/bare_dispatch.h"
 
 namespace velk::test {
 
 // Counts the strings, arrays and blocks of task memory that were made since it was first asked and are still there.
 // Exact only with OANOCACHE=1 in the environment. It stays for good: the platform does not let go of a spy before the
 // last block is freed.
-class MallocSpy final : public IMallocSpy {
+class MallocSpy final : public BareUnknown<IMallocSpy> {
   public:
     static LONG Alive() {
         static MallocSpy* const spy = Install();
         return spy->alive_;
     }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        *object = iid == IID_IUnknown || iid == IID_IMallocSpy ? this : nullptr;
-        return *object ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
-    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
 
     STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T size) noexcept override { return size; }
     STDMETHODIMP_(void*) PostAlloc(void* block) noexcept override {

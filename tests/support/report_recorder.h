@@ -17,10 +17,7 @@ class ReportRecorder {
         UINT type;
     };
 
-    explicit ReportRecorder(HMODULE module) : patch_(module, "MessageBoxW", reinterpret_cast<void*>(&Record)) {
-        current_ = this;
-    }
-    ~ReportRecorder() { current_ = nullptr; }
+    explicit ReportRecorder(HMODULE module) : patch_(module, "MessageBoxW", Address(&Record)) { reports_.clear(); }
 
     const std::vector<Report>& reports() const noexcept { return reports_; }
     // All that were shown since the last call, each as "title: text|".
@@ -32,12 +29,11 @@ class ReportRecorder {
 
   private:
     static int WINAPI Record(HWND, LPCWSTR text, LPCWSTR title, UINT type) {
-        current_->reports_.push_back({title, text, type});
+        reports_.push_back({title, text, type});
         return IDOK;
     }
 
-    static inline ReportRecorder* current_ = nullptr;
-    std::vector<Report> reports_;
+    static inline std::vector<Report> reports_;
     std::size_t seen_ = 0;
     const ScopedVariable asBoxes_{L"VELKSPRT_REPORTS", nullptr};
     ImportPatch patch_;

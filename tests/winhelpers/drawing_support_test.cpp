@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "support/facts.h"
+#include "support/late_bound.h"
 #include "support/fake.h"
 #include "support/process_counts.h"
 #include "support/report_recorder.h"
