@@ -9,12 +9,9 @@
 
 #include "containers/node_list_model.h"
 #include "containers/value_stack.h"
-#include "fuzz/replay.h"
 
 namespace velk::test {
 namespace {
-
-TEST(NodeList, AnswersAsDescribedAfterEveryStep) { Replay(&NodeListModel, corpus::node_list, 64, 12000); }
 
 // Those that are destroyed before are among the classes' facts.
 TEST(NodeList, AndAStackMayBeAddedToByTheirLastValues) {

@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "drawing/arc_geometry_model.h"
-#include "fuzz/replay.h"
+#include "fuzz/model.h"
 
 namespace velk::test {
 namespace {
 
 TEST(ArcGeometry, PutsTheEndsOnTheEllipseOrOverflows) {
-    Replay(&ArcGeometryModel, corpus::arc_geometry, 20000, 48);
     const auto expect = [](Box box, double start, double sweep, Point first, Point last) {
         const ArcEnds ends = EndsOfSweep(box, start, sweep);
         EXPECT_EQ(first, ends.start) << box.right << ' ' << start;

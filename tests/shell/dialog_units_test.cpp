@@ -3,9 +3,8 @@
 #include <climits>
 #include <cmath>
 
-#include "fuzz/replay.h"
+#include "fuzz/model.h"
 #include "shell/file_dialog_text.h"
-#include "shell/file_dialog_text_model.h"
 #include "shell/font_height.h"
 
 namespace velk {
@@ -16,7 +15,6 @@ using namespace file_dialog;
 using namespace font_height;
 
 TEST(FileDialogText, TrimmingEndsAtTheFirstPairOfNuls) {
-    test::Replay(&test::FileDialogTextModel, test::corpus::file_dialog_text, 20000, 16);
     EXPECT_EQ(u"dir a b", TrimNulls(u"dir\0a\0b\0\0xyz\0\0\0"s));
     EXPECT_EQ(u"", TrimNulls(u"abc\0\0"s)) << "the pair ends the buffer";
 }

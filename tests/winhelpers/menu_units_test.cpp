@@ -1,4 +1,4 @@
-// What needs no Windows of drawn menus, texts and keys, and how columns follow a width.
+// What needs no Windows of drawn menus: texts and keys.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,15 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "fuzz/replay.h"
-#include "winhelpers/column_fit_model.h"
 #include "winhelpers/menu/menu_keys.h"
 #include "winhelpers/menu/menu_text.h"
 
 namespace velk::test {
 namespace {
-
-TEST(ColumnFit, ScalesAllButTheLastAndLeavesItTheRest) { Replay(&ColumnFitModel, corpus::column_fit, 5000, 60); }
 
 TEST(MenuText, IsALabelWithAMnemonicAndAnAccelerator) {
     const struct {
