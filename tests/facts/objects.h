@@ -21,7 +21,7 @@ inline ComPtr<ITypeLib> Types() {
 }
 
 // By the name of a class of the library, or by a program identifier.
-inline ComPtr<IDispatch> Made(const std::wstring& name) {
+inline ComPtr<IDispatch> New(const std::wstring& name) {
     ComPtr<IDispatch> object;
     CLSID clsid;
     if (SUCCEEDED(CLSIDFromProgID(name.c_str(), &clsid))) {

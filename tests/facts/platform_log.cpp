@@ -127,11 +127,6 @@ void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
     if (itself) SetLastError(errorBefore);
 }
 
-struct Watchable {
-    std::string name;
-    void* replacement;
-};
-
 template <auto Function, class = decltype(Function)>
 struct Watch;
 template <auto Function, class Result, class... Arguments>
@@ -145,11 +140,11 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
 };
 
 template <auto... Functions>
-std::vector<Watchable> AllOf() {
+std::map<std::string, void*> AllOf() {
     return {{test::NameOf<Functions>(), test::Address(&Watch<Functions>::Run)}...};
 }
 
-const Watchable& Find(const std::string& name) {
+void* ReplacementOf(const std::string& name) {
     static const auto watchable =
         AllOf<&Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid,
               &CoCreateInstance, &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA,
@@ -167,10 +162,9 @@ const Watchable& Find(const std::string& name) {
               &SetClipboardData, &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA,
               &SetWindowPos, &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen,
               &SystemParametersInfoA, &UnhookWindowsHookEx, &VarI4FromStr, &WritePrivateProfileStringA, &timeGetTime>();
-    for (const Watchable& one : watchable) {
-        if (name == one.name) return one;
-    }
-    throw std::runtime_error(name + " is not among the functions that can be watched");
+    const auto found = watchable.find(name);
+    if (found == watchable.end()) throw std::runtime_error(name + " is not among the functions that can be watched");
+    return found->second;
 }
 
 // The owner and the type are told where they are not the usual ones.
@@ -194,7 +188,7 @@ PlatformLog::PlatformLog(Take step, Take box) : act(std::move(step)), box(std::m
 PlatformLog::~PlatformLog() { current = nullptr; }
 
 void PlatformLog::Add(Rule rule) {
-    void* const replacement = rule.missing ? nullptr : Find(rule.function).replacement;
+    void* const replacement = rule.missing ? nullptr : ReplacementOf(rule.function);
     patches.emplace_front(test::Library(), rule.function.c_str(), replacement);
     rules.push_front(std::move(rule));
 }

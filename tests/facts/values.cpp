@@ -53,10 +53,7 @@ Variant NumberOf(std::wstring text) {
 
 Variant BytesOf(std::wstring_view quoted) {
     const std::string bytes = ToAnsi(Unquote(quoted));
-    Variant made;
-    made.bstrVal = SysAllocStringByteLen(bytes.data(), static_cast<UINT>(bytes.size()));
-    made.vt = VT_BSTR;
-    return made;
+    return test::Owned(test::Arg(SysAllocStringByteLen(bytes.data(), static_cast<UINT>(bytes.size()))));
 }
 
 Variant ArrayOf(std::wstring_view inside, Variables& variables) {
@@ -78,11 +75,8 @@ Variant NamedValue(std::wstring_view text, Variables& variables) {
     const bool byReference = text.starts_with(L'&');
     const auto found = variables.find(text.substr(byReference));
     if (found == variables.end()) throw std::runtime_error("no value: " + ToAnsi(text));
-    if (byReference) {
-        static_cast<VARIANT&>(made) = test::Arg(&found->second);
-    } else {
-        VariantCopy(&made, &found->second);
-    }
+    if (byReference) return test::Owned(test::Arg(&found->second));
+    VariantCopy(&made, &found->second);
     return made;
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <map>
 #include <string>
 #include <utility>
@@ -15,29 +14,20 @@ T* At(HMODULE module, DWORD offset) {
     return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(module) + offset);
 }
 
-const IMAGE_DATA_DIRECTORY& Imports(HMODULE module) {
-    const auto* headers = At<IMAGE_NT_HEADERS>(module, At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew);
-    return headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+const IMAGE_OPTIONAL_HEADER& HeaderOf(HMODULE module) {
+    return At<IMAGE_NT_HEADERS>(module, At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew)->OptionalHeader;
 }
 
-void** FindIn(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& library, const char* function) {
-    auto* names = At<IMAGE_THUNK_DATA>(module, library.OriginalFirstThunk);
-    auto* slots = At<IMAGE_THUNK_DATA>(module, library.FirstThunk);
-    for (; names->u1.AddressOfData; ++names, ++slots) {
-        if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) continue;
-        const auto* name = At<IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(names->u1.AddressOfData));
-        if (std::strcmp(reinterpret_cast<const char*>(name->Name), function) == 0) {
-            return reinterpret_cast<void**>(&slots->u1.Function);
+void** FindSlot(HMODULE module, std::string_view function) {
+    const auto& imports = HeaderOf(module).DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(module, imports.VirtualAddress);
+    for (; imports.Size && library->Name; ++library) {
+        const auto* name = At<IMAGE_THUNK_DATA>(module, library->OriginalFirstThunk);
+        for (auto* slot = At<void*>(module, library->FirstThunk); name->u1.AddressOfData; ++name, ++slot) {
+            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) continue;
+            const auto* imported = At<IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(name->u1.AddressOfData));
+            if (function == reinterpret_cast<const char*>(imported->Name)) return slot;
         }
-    }
-    return nullptr;
-}
-
-void** FindSlot(HMODULE module, const char* function) {
-    if (!Imports(module).Size) return nullptr;
-    const auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(module, Imports(module).VirtualAddress);
-    for (; library->Name; ++library) {
-        if (void** slot = FindIn(module, *library, function)) return slot;
     }
     return nullptr;
 }
@@ -57,8 +47,7 @@ FARPROC WINAPI FindLate(HMODULE module, LPCSTR name) {
 }
 
 bool Names(HMODULE module, std::string_view function) {
-    const auto* headers = At<IMAGE_NT_HEADERS>(module, At<IMAGE_DOS_HEADER>(module, 0)->e_lfanew);
-    const std::string_view image(At<char>(module, 0), headers->OptionalHeader.SizeOfImage);
+    const std::string_view image(At<char>(module, 0), HeaderOf(module).SizeOfImage);
     return image.find(std::string(function) + '\0') != image.npos;
 }
 

@@ -37,11 +37,12 @@ void Outcome::Take(const EXCEPINFO& thrown) {
     for (const BSTR text : {thrown.bstrSource, thrown.bstrDescription, thrown.bstrHelpFile}) SysFreeString(text);
 }
 
-Variant Text(std::wstring_view text) {
+Variant Owned(VARIANT value) {
     Variant made;
-    static_cast<VARIANT&>(made) = Arg(Bstr(text).Detach());
+    static_cast<VARIANT&>(made) = value;
     return made;
 }
+Variant Text(std::wstring_view text) { return Owned(Arg(Bstr(text).Detach())); }
 
 DISPID IdOf(IDispatch* object, const wchar_t* name) {
     DISPID id = DISPID_UNKNOWN;

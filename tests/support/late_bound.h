@@ -32,6 +32,7 @@ inline VARIANT Arg(VARIANT* variable) { return Bare(VT_BYREF | VT_VARIANT, varia
 inline VARIANT Missing() { return Bare(VT_ERROR, DISP_E_PARAMNOTFOUND); }
 inline VARIANT Ref(VARTYPE type, void* place) { return Bare(type | VT_BYREF, place); }
 
+Variant Owned(VARIANT value);  // takes over what it holds
 Variant Text(std::wstring_view text);
 
 struct Outcome {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
 #include "support/client.h"
 
@@ -26,25 +25,6 @@ GdiObject MakeBitmap(int width, int height, DWORD** pixels) {
     return GdiObject(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, reinterpret_cast<void**>(pixels), nullptr, 0));
 }
 
-// Nothing when there is no such picture, or one of another size.
-std::vector<DWORD> Committed(const wchar_t* picture, int width, int height) {
-    Gdiplus::Bitmap image(BuiltFile((std::wstring(L"tests/pictures/") + picture + L".png").c_str()).c_str());
-    if (static_cast<int>(image.GetWidth()) != width || static_cast<int>(image.GetHeight()) != height) return {};
-    std::vector<DWORD> pixels;
-    for (int i = 0; i < width * height; ++i) {
-        Gdiplus::Color colour;
-        image.GetPixel(i % width, i / width, &colour);
-        pixels.push_back(colour.GetValue() & 0xFFFFFF);
-    }
-    return pixels;
-}
-
-void Save(const std::wstring& path, DWORD* pixels, int width, int height) {
-    constexpr CLSID kPng{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
-    Gdiplus::Bitmap image(width, height, 4 * width, PixelFormat32bppRGB, reinterpret_cast<BYTE*>(pixels));
-    EXPECT_EQ(Gdiplus::Ok, image.Save(path.c_str(), &kPng, nullptr));
-}
-
 }  // namespace
 
 Sheet::Sheet(int width, int height)
@@ -56,17 +36,24 @@ Sheet::Sheet(int width, int height)
 }
 
 void Sheet::ExpectIs(const wchar_t* picture) const {
+    constexpr CLSID kPng{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
     GdiFlush();
     const GdiPlus started;
-    const auto wanted = Committed(picture, width_, height_);
-    const auto differs = std::mismatch(wanted.begin(), wanted.end(), pixels_,
-                                       [](DWORD pixel, DWORD drawn) { return pixel == (drawn & 0xFFFFFF); });
-    if (!wanted.empty() && differs.first == wanted.end()) return;
-    const std::wstring path = BuiltFile((std::wstring(L"tests/") + picture + L".png").c_str());
-    Save(path, pixels_, width_, height_);
-    const auto first = static_cast<int>(differs.first - wanted.begin());
-    ADD_FAILURE() << (wanted.empty() ? "no such picture, or another size" : "other pixels") << ", the first at "
-                  << first % width_ << ", " << first / width_ << "; drawn: " << std::string(path.begin(), path.end());
+    const std::wstring name = std::wstring(picture) + L".png", path = BuiltFile((L"tests/" + name).c_str());
+    Gdiplus::Bitmap wanted(BuiltFile((L"tests/pictures/" + name).c_str()).c_str());
+    Gdiplus::Bitmap drawn(width_, height_, 4 * width_, PixelFormat32bppRGB, reinterpret_cast<BYTE*>(pixels_));
+    const bool fits = static_cast<int>(wanted.GetWidth()) == width_ && static_cast<int>(wanted.GetHeight()) == height_;
+    int same = 0;
+    const auto next = [&](Gdiplus::Bitmap& image) {
+        Gdiplus::Color colour;
+        image.GetPixel(same % width_, same / width_, &colour);
+        return colour.GetValue() & 0xFFFFFF;
+    };
+    while (fits && same < width_ * height_ && next(wanted) == next(drawn)) ++same;
+    if (same == width_ * height_) return;
+    EXPECT_EQ(Gdiplus::Ok, drawn.Save(path.c_str(), &kPng, nullptr));
+    ADD_FAILURE() << (fits ? "other pixels" : "no such picture, or another size") << ", the first at " << same % width_
+                  << ", " << same / width_ << "; drawn: " << std::string(path.begin(), path.end());
 }
 
 }  // namespace velk::test
