@@ -8,10 +8,10 @@ namespace velk::test {
 namespace {
 
 TEST(Hardening, LoadingTheLibraryChangesNothingOfTheProcess) {
-    const ProcessState before;
+    const Snapshot before = ProcessState();
     const LibraryCopy copy;
     EXPECT_TRUE(copy.Create(__uuidof(CStack)));
-    EXPECT_TRUE(before == ProcessState());
+    EXPECT_EQ(before, ProcessState());
 }
 
 const wchar_t* const kDecoys[] = {L"wininet.dll", L"winmm.dll", L"hhctrl.ocx"};
@@ -30,7 +30,8 @@ TEST(DISABLED_Decoys, AreFoundByWhoeverAsksForABareName) {
 TEST(DISABLED_Decoys, AreNotWhatTheLibraryLoads) {
     const Surroundings surroundings(kMain);
     ForEachMember(kMain, [](const Class& one, const Member& member) {
-        for (unsigned seed = 0; seed < 3; ++seed) Attempt(one, member, seed).Make(seed);
+        Subject subject(one);
+        for (unsigned seed = 0; seed < 3; ++seed) Attempt(subject, member, seed);
     });
     const auto help = CreateObject<IDispatch>(__uuidof(CHtmlHelp));
     const ImportPatch engine(Library(), "HtmlHelpA", nullptr);  // which is loaded only for a file that is there

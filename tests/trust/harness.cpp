@@ -5,7 +5,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <map>
 
 #include "tools/typelib/resolved_type.h"
 
@@ -88,22 +87,30 @@ Surroundings::~Surroundings() {
     for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
 }
 
-ProcessState::ProcessState()
-    : paths(TextFrom(&GetCurrentDirectoryW) + L"|" + TextFrom(&GetDllDirectoryW) + L"|" +
-            TextFrom([](DWORD size, wchar_t* text) { GetEnvironmentVariableW(L"PATH", text, size); })) {
+Snapshot ProcessState() {
     constexpr unsigned kControl = 0xFFC0;  // the other bits tell what happened
+    WORD controlWord = 0;
+    unsigned mxcsr = 0;
     asm volatile("fnstcw %0" : "=m"(controlWord));
     asm volatile("stmxcsr %0" : "=m"(mxcsr));
-    mxcsr &= kControl;
+    const std::string locale = setlocale(LC_ALL, nullptr);
+    return {{"floating-point control", std::to_wstring(controlWord) + L" " + std::to_wstring(mxcsr & kControl)},
+            {"error mode", std::to_wstring(GetErrorMode())},
+            {"thread's locale", std::to_wstring(GetThreadLocale())},
+            {"thread's priority", std::to_wstring(GetThreadPriority(GetCurrentThread()))},
+            {"locale", std::wstring(locale.begin(), locale.end())},
+            {"current folder", TextFrom(&GetCurrentDirectoryW)},
+            {"folder to load from", TextFrom(&GetDllDirectoryW)},
+            {"search path", TextFrom([](DWORD size, wchar_t* text) { GetEnvironmentVariableW(L"PATH", text, size); })}};
 }
 
-void Belongings::ExpectNoMore() const {
-    const Belongings now;
-    EXPECT_EQ(blocks, now.blocks) << "strings, arrays, task memory";
-    EXPECT_EQ(heap, now.heap) << "the library's own heap";
-    EXPECT_EQ(handles, now.handles) << "kernel handles";
-    EXPECT_EQ(drawing, now.drawing) << "drawing objects";
-    EXPECT_TRUE(process == now.process) << "what belongs to the process";
+Snapshot Belongings() {
+    Snapshot all = ProcessState();
+    all["strings, arrays, task memory"] = std::to_wstring(MallocSpy::Alive());
+    all["the library's own heap"] = std::to_wstring(Heap::held.blocks);
+    all["kernel handles"] = std::to_wstring(OpenHandles());
+    all["drawing objects"] = std::to_wstring(GdiObjects());
+    return all;
 }
 
 bool IsProper(HRESULT answer) {
@@ -171,50 +178,44 @@ void ForgetError() {
     }
 }
 
-void AnySink::Connect(IUnknown* source) {
+Subject::Subject(const Class& one, bool isAttached) : object(one.MakeObject()), hooks_(object.As<ISubclass>()) {
+    PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
+    for (const TestWindow& window : windows_) realWindows.push_back(window.handle());
+    if (!hooks_ || !isAttached) return;
+    for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object.get(), attach, {Arg(realWindows[0])});
+}
+
+Subject::~Subject() {
+    Disconnect();
+    object = nullptr;
+    realWindows.clear();
+    for (const TestWindow& window : windows_) {
+        EXPECT_TRUE(!hooks_ || procedure_ == window.CurrentProcedure());
+        EXPECT_TRUE(!hooks_ || properties_ == window.CountProperties());
+    }
+}
+
+void Subject::Connect() {
     ComPtr<IEnumConnectionPoints> points;
     ComPtr<IConnectionPoint> point;
-    const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+    const auto container = object.As<IConnectionPointContainer>();
     if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) return;
     points->Next(1, point.Receive(), nullptr);
     EXPECT_TRUE(FAILED(point->Advise(points.get(), &cookie_))) << "it hears no events";
     if (SUCCEEDED(point->Advise(AnyOf(Objects()).get(), &cookie_))) point_ = std::move(point);
 }
 
-AttemptWindows::AttemptWindows() {
-    PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
-    for (const TestWindow& window : windows_) realWindows.push_back(window.handle());
-}
-
-void AttemptWindows::ExpectUntouched() const {
-    for (const TestWindow& window : windows_) {
-        EXPECT_EQ(procedure_, window.CurrentProcedure());
-        EXPECT_EQ(properties_, window.CountProperties());
-    }
-}
-
-Attempt::Attempt(const Class& one, const Member& member, unsigned seed)
-    : object_(one.MakeObject()), member_(member), hooks_(object_.As<ISubclass>()), connects_(seed % 2) {
-    if (hooks_ || one.library != Library()) windows_.emplace();
-    if (!hooks_ || seed % 2 == 0) return;
-    for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object_.get(), attach, {Arg(realWindows[0])});
-}
-
-Attempt::~Attempt() {
-    object_ = nullptr;
-    if (hooks_) windows_->ExpectUntouched();
-}
-
-Attempt::Answer Attempt::Make(unsigned seed, const std::function<void()>& before, const std::function<void()>& after) {
+Answer Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before,
+               const std::function<void()>& after) {
     engine.seed(seed);
     Client client;
-    Request request(member_, client, Arguments::Sane);
+    Request request(member, client, Arguments::Sane);
     Variant result;
     Raised raised;
     UINT bad = 0;
     if (before) before();
-    if (connects_) AnySink().Connect(object_.get());
-    const HRESULT called = request.SendTo(object_.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
+    if (seed % 2) subject.Connect();
+    const HRESULT called = request.SendTo(subject.object.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
     if (after) after();
     ForgetError();
     return {called, raised.scode};

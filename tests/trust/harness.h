@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <list>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -82,31 +83,10 @@ class Surroundings {
     const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
 };
 
-// What belongs to the process and its other code.
-struct ProcessState {
-    WORD controlWord = 0;
-    unsigned mxcsr = 0;
-    UINT errorMode = GetErrorMode();
-    LCID threadLocale = GetThreadLocale();
-    int priority = GetThreadPriority(GetCurrentThread());
-    std::string locale = setlocale(LC_ALL, nullptr);
-    std::wstring paths;  // the current folder, the one to load libraries from, the search path
-
-    ProcessState();
-    bool operator==(const ProcessState&) const = default;
-};
-
-// What a member might leave behind or change.
-struct Belongings {
-    LONG blocks = MallocSpy::Alive();
-    std::ptrdiff_t heap = Heap::held.blocks;
-    std::size_t handles = OpenHandles();
-    int drawing = GdiObjects();
-    ProcessState process{};
-
-    void ExpectNoMore() const;
-    bool operator==(const Belongings&) const = default;
-};
+// What belongs to the process and its other code, and what a member might leave behind as well, by name.
+using Snapshot = std::map<std::string, std::wstring>;
+Snapshot ProcessState();
+Snapshot Belongings();
 
 // ---- Calls ----
 
@@ -153,60 +133,40 @@ HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optio
 // What the thread's last error is told with has to be gone with the thread's own reference.
 void ForgetError();
 
-// Connects an object's events, if it has any: a sink that is refused, and one that is not.
-class AnySink {
+// An object of a class, and windows as calls meet them. What hooked those leaves them as they were, in the end. Without
+// a parent on the screen they cost little.
+class Subject {
   public:
-    void Connect(IUnknown* source);
+    explicit Subject(const Class& one, bool isAttached = false);  // to a window, if that is what the class is for
+    Subject(const Subject&) = delete;
+    Subject& operator=(const Subject&) = delete;
+    ~Subject();
+
+    void Connect();  // its events, if it has any: a sink that is refused, and one that is not
     void Disconnect() {
         if (const auto point = std::exchange(point_, nullptr)) point->Unadvise(cookie_);
     }
-    void Forget() { point_ = nullptr; }  // which holds the source, too
+    void LetGo() { point_ = nullptr, object = nullptr; }  // whose connection stays
+    void MayLeaveHooks() noexcept { hooks_ = false; }     // after one that could not be added
 
-  private:
-    ComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
-};
-
-// Windows as calls meet them, and check that what hooked them leaves them as they were. Without a parent on the screen
-// they cost little.
-class AttemptWindows {
-  public:
-    AttemptWindows();
-    AttemptWindows(const AttemptWindows&) = delete;
-    AttemptWindows& operator=(const AttemptWindows&) = delete;
-    ~AttemptWindows() { realWindows.clear(); }
-
-    void ExpectUntouched() const;
+    ComPtr<IDispatch> object;
 
   private:
     const TestWindow windows_[2]{TestWindow(WS_CHILD), TestWindow(WS_CHILD)};
     const WNDPROC procedure_ = windows_[0].CurrentProcedure();
     const int properties_ = windows_[0].CountProperties();
+    bool hooks_;
+    ComPtr<IConnectionPoint> point_;
+    DWORD cookie_ = 0;
 };
 
-// Calls of one member of one object with sane arguments; the same ones for the same seed. With odd seeds objects that
-// hook windows have one from the start, and those with events a sink.
-class Attempt {
-  public:
-    struct Answer {
-        HRESULT called;
-        HRESULT code;  // what the member failed with
-    };
-
-    Attempt(const Class& one, const Member& member, unsigned seed);
-    Attempt(const Attempt&) = delete;
-    Attempt& operator=(const Attempt&) = delete;
-    ~Attempt();
-
-    Answer Make(unsigned seed, const std::function<void()>& before = {}, const std::function<void()>& after = {});
-    IDispatch* object() const noexcept { return object_.get(); }
-    void MayLeaveHooks() noexcept { hooks_ = false; }  // after one that could not be added
-
-  private:
-    std::optional<AttemptWindows> windows_;  // outlive the object; hooks are destroyed with it
-    ComPtr<IDispatch> object_;
-    const Member& member_;
-    bool hooks_, connects_;
+struct Answer {
+    HRESULT called;
+    HRESULT code;  // what the member failed with
 };
+
+// A call with sane arguments, the same ones for the same seed.
+Answer Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before = {},
+               const std::function<void()>& after = {});
 
 }  // namespace velk::test

@@ -71,7 +71,7 @@ std::map<std::wstring, std::wstring> StateOf(const Class& one, IDispatch* object
     return state;
 }
 
-bool SaysSo(const Attempt::Answer& answer, const Attempt::Answer& undisturbed) {
+bool SaysSo(const Answer& answer, const Answer& undisturbed) {
     if (answer.called != DISP_E_EXCEPTION) return IsProper(answer.called);
     const bool ofTheClass = HRESULT_FACILITY(answer.code) == FACILITY_ITF;
     return answer.code == E_OUTOFMEMORY || answer.code == kOutOfMemory || ofTheClass || answer.code == undisturbed.code;
@@ -83,21 +83,21 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
     int failures = 0;
     ForEach([&](const Class& one, const Member& member) {
         for (unsigned seed = 0; seed < static_cast<unsigned>(AtScale(3, 20)); ++seed) {
-            Attempt::Answer undisturbed{};
+            Answer undisturbed{};
             // Whether the call has as many allocations as that; 0: none fails.
             const auto fail = [&](int number) {
-                Attempt attempt(one, member, seed);
-                attempt.Make(seed + 1000);
-                const auto before = StateOf(one, attempt.object());
+                Subject subject(one, seed % 2);
+                Attempt(subject, member, seed + 1000);
+                const auto before = StateOf(one, subject.object.get());
                 bool failed = false;
-                const auto answer = attempt.Make(
-                    seed, [&] { memory.FailAt(number); }, [&] { failed = memory.Disarm() && number; });
+                const auto answer = Attempt(
+                    subject, member, seed, [&] { memory.FailAt(number); }, [&] { failed = memory.Disarm() && number; });
                 if (number == 0) undisturbed = answer;
-                if (failed) attempt.MayLeaveHooks();
+                if (failed) subject.MayLeaveHooks();
                 EXPECT_TRUE(SaysSo(answer, undisturbed))
                     << "allocation " << number << std::hex << ": " << answer.called << " " << answer.code;
                 if (FAILED(answer.called)) {
-                    EXPECT_EQ(before, StateOf(one, attempt.object())) << "allocation " << number;
+                    EXPECT_EQ(before, StateOf(one, subject.object.get())) << "allocation " << number;
                 }
                 return failed;
             };
@@ -107,12 +107,12 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
                 return number - 1;
             };
             fail(0);
-            const Belongings before;
+            const Snapshot before = Belongings();
             failures += failEach();
             if (before == Belongings()) continue;
-            const Belongings again;  // with what is made once and kept
+            const Snapshot again = Belongings();  // with what is made once and kept
             failEach();
-            again.ExpectNoMore();
+            EXPECT_EQ(again, Belongings());
         }
     });
     Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failures));
@@ -178,12 +178,11 @@ class Campaign {
         constexpr int kCallsAnObject = 100;
         for (const int last = made_ + calls; made_ < last;) {
             class_ = &AnyOf(classes_);
-            const AttemptWindows windows;
-            object_ = class_->MakeObject();
-            if (OneIn(3)) sink_.Connect(object_.get());
-            for (int i = 0; i < kCallsAnObject && object_; ++i) Call();
-            sink_.Disconnect();
-            object_ = nullptr;
+            subject_.emplace(*class_);
+            if (OneIn(3)) subject_->Connect();
+            for (int i = 0; i < kCallsAnObject && subject_->object; ++i) Call();
+            subject_->Disconnect();
+            subject_.reset();
             PumpMessages();
         }
         ForgetError();
@@ -193,14 +192,13 @@ class Campaign {
 
   private:
     void Interfere() {
-        if (!object_ || depth_ == 2 || OneIn(2)) return Client::ChangeAVariable();
+        if (!subject_ || !subject_->object || depth_ == 2 || OneIn(2)) return Client::ChangeAVariable();
         ++depth_;
         if (OneIn(8)) {
-            sink_.Forget();
-            object_ = nullptr;
+            subject_->LetGo();
             ++letGo_;
         } else if (OneIn(8)) {
-            sink_.Disconnect();
+            subject_->Disconnect();
         } else {
             Call();
         }
@@ -221,7 +219,7 @@ class Campaign {
         const std::string where = inHand;
         const bool wantsException = !OneIn(4);
         const LCID locale = OneIn(2) ? LOCALE_USER_DEFAULT : engine() & 0xFFFF;
-        const HRESULT answer = request.SendTo(object_.get(), locale, OneIn(4) ? nullptr : &result,
+        const HRESULT answer = request.SendTo(subject_->object.get(), locale, OneIn(4) ? nullptr : &result,
                                               wantsException ? &raised : nullptr, OneIn(4) ? nullptr : &badArgument);
         EXPECT_TRUE(IsProper(answer)) << where << std::hex << ": " << answer;
         const bool tells = answer == DISP_E_EXCEPTION && wantsException;
@@ -236,13 +234,12 @@ class Campaign {
         std::vector<std::optional<Variant>> places;
         for (const Taken& taken : member.takes)
             places.push_back(places.size() < member.arguments() ? ExactValue(taken.type) : Variant());
-        CallSlot(object_.get(), member, places);
+        CallSlot(subject_->object.get(), member, places);
     }
 
     const std::vector<Class>& classes_;
     const Class* class_ = nullptr;
-    ComPtr<IDispatch> object_;
-    AnySink sink_;
+    std::optional<Subject> subject_;
     int made_ = 0, depth_ = 0, letGo_ = 0;
 };
 
@@ -258,11 +255,11 @@ TEST_P(Walk, HostileCallsGetAProperAnswerAndLeaveNothingBehind) {
         const ScopedVariable asBoxes(L"VELKSPRT_REPORTS", nullptr);
         const Fake boxes("MessageBoxW", &MessageBoxW, [](HWND, LPCWSTR, LPCWSTR, UINT) { return clientCode(), IDOK; });
         campaign.Run(static_cast<int>(ReadClasses(GetParam()).size()) * 2000);  // until all that stays is there
-        const Belongings before;
+        const Snapshot before = Belongings();
         const double memory = CommittedMegabytes();
         for (; made == 0 || static_cast<double>(GetTickCount64()) < end; made += calls) campaign.Run(calls);
         EXPECT_LT(isMain_ ? 100 : 0, campaign.letGo());
-        before.ExpectNoMore();
+        EXPECT_EQ(before, Belongings());
         EXPECT_LT(CommittedMegabytes(), memory + 1);
     }
     EXPECT_TRUE(CanUnload(module_));
