@@ -251,47 +251,39 @@ TEST_F(Hooks, AreReleasedAfterTheWindow) {
     EXPECT_TRUE(HookLibrary::CanUnload());
 }
 
-template <class Body>
-void OnAnotherThread(Body body) {
+void OnAnotherThread(const std::function<void()>& body) {
     std::thread([&] {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        body(HookLibrary().Manager());
+        body();
         CoUninitialize();
     }).join();
 }
 
 TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindows) {
     TestHook* const hook = Make("a0");
-    const auto expect = [&](HRESULT code, const wchar_t* text, const wchar_t* member, LONG of) {
-        std::vector<VARIANT> given{Arg(of), Arg(LONG{kMessage}), Arg(0L), Arg(0L)};
-        if (member[0] != L'C') given = {Arg(static_cast<IDispatch*>(hook)), Arg(of), Arg(LONG{kMessage})};
-        const Outcome refused = InvokeNamed(manager.get(), member, DISPATCH_METHOD, given, {});
-        EXPECT_EQ(std::tuple(code, std::wstring(text), std::wstring(L"VelkSub.HookManager")),
-                  std::tuple(refused.code, refused.description, refused.source));
-    };
     const LONG low = handle & 0xFFFF, desktop = HandleToLong(GetDesktopWindow());
     Do("+a");
-    OnAnotherThread([&](const ComPtr<IHookManager>& here) {
-        EXPECT_EQ(manager.As<IUnknown>().get(), here.As<IUnknown>().get()) << "one manager a process";
-        for (const wchar_t* member : {L"AddHook", L"RemoveHook", L"CallPreviousProc"}) {
-            expect(eErrHookManager_OtherThread, L"The window belongs to another thread", member, handle);
-        }
+    OnAnotherThread([&] {
+        EXPECT_EQ(manager.As<IUnknown>().get(), library.Manager().As<IUnknown>().get()) << "one manager a process";
+        for (const HRESULT answer : {Add(hook, handle), Remove(hook, handle), CallPrevious(handle)})
+            EXPECT_EQ(eErrHookManager_OtherThread, answer);
         EXPECT_EQ(S_OK, Remove(hook, low)) << "the platform answers for it, but no hook can be there";
         const TestWindow mine;
         EXPECT_EQ(S_OK, Add(hook, mine.handle()));
         EXPECT_EQ(S_OK, Remove(hook, mine.handle()));
     });
     EXPECT_EQ(eErrHookManager_OtherThread, Add(hook, desktop));
-    for (const LONG none : {0L, low, static_cast<LONG>(low | 0xFFFF0000)}) {
-        expect(eErrHookManager_InvalidWindowHandle, L"Invalid window handle", L"AddHook", none);
-    }
+    for (const LONG none : {0L, low, static_cast<LONG>(low | 0xFFFF0000)})
+        EXPECT_EQ(eErrHookManager_InvalidWindowHandle, Add(hook, none));
     for (const LONG nothing : {0L, desktop, low}) EXPECT_EQ(S_OK, Remove(hook, nothing));
     Do("-a");
-    OnAnotherThread([&](auto&&) { EXPECT_EQ(S_OK, Remove(hook, handle)) << "not attached any more"; });
-    expect(eErrHookManager_NotHooked, L"The window has no hooks", L"CallPreviousProc", handle);
+    OnAnotherThread([&] { EXPECT_EQ(S_OK, Remove(hook, handle)) << "not attached any more"; });
+    const Outcome refused = Call(manager.get(), L"CallPreviousProc", {Arg(handle), Arg(1L), Arg(0L), Arg(0L)});
+    EXPECT_EQ(std::tuple(eErrHookManager_NotHooked, L"The window has no hooks", L"VelkSub.HookManager"),
+              std::tie(refused.code, refused.description, refused.source));
     EXPECT_EQ(S_OK, manager.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(__uuidof(IHookManager2)));
     // The platform destroys a thread's windows at its end without a message, when objects may not be called any more.
-    OnAnotherThread([&](auto&&) {
+    OnAnotherThread([&] {
         const HWND left = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
         EXPECT_EQ(S_OK, Add(hook, HandleToLong(left)));
     });
@@ -308,12 +300,10 @@ TEST_F(Hooks, AreObjectsThatHaveTheMembers) {
     EXPECT_EQ(S_OK, Late(L"AddHook", Arg(&variable), handle)) << "a script's variable";
     Do("+a!-a!");
     EXPECT_EQ("a10w7", events);
-    for (const VARIANT& none : {Arg(manager.get()), Arg(5L)}) {
+    for (const VARIANT& none : {Arg(manager.get()), Arg(5L)})
         EXPECT_EQ(DISP_E_TYPEMISMATCH, Late(L"AddHook", none, handle)) << "no hooks by any name";
-    }
-    for (const wchar_t* member : {L"AddHook", L"RemoveHook"}) {
+    for (const wchar_t* member : {L"AddHook", L"RemoveHook"})
         EXPECT_EQ(static_cast<HRESULT>(0x800A005B), Late(member, Arg(static_cast<IDispatch*>(nullptr)), handle));
-    }
     ExpectUntouched();
 }
 // Run by the test after it, as a process of its own.
