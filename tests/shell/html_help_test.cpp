@@ -2,8 +2,8 @@
 // tells the engine is in html_help.facts.
 #include <filesystem>
 
-#include "support/late_bound.h"
 #include "support/fake.h"
+#include "support/late_bound.h"
 #include "support/library_copy.h"
 #include "support/test_window.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "support/late_bound.h"
 #include "support/fake.h"
+#include "support/late_bound.h"
 #include "support/process_counts.h"
 #include "support/report_recorder.h"
 #include "support/sheet.h"

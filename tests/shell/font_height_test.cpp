@@ -4,30 +4,12 @@
 #include <cmath>
 
 #include "fuzz/model.h"
-#include "shell/file_dialog_text.h"
 #include "shell/font_height.h"
 
 namespace velk {
 namespace {
 
-using namespace std::string_literals;
-using namespace file_dialog;
 using namespace font_height;
-
-TEST(FileDialogText, TrimmingEndsAtTheFirstPairOfNuls) {
-    EXPECT_EQ(u"dir a b", TrimNulls(u"dir\0a\0b\0\0xyz\0\0\0"s));
-    EXPECT_EQ(u"", TrimNulls(u"abc\0\0"s)) << "the pair ends the buffer";
-}
-
-TEST(FileDialogText, OnlyWhatStoodThereBeforeCountsAsRemains) {
-    const auto left = [](std::string buffer, std::string before) {
-        DropRemains(buffer, before);
-        return buffer;
-    };
-    EXPECT_EQ("b\0\0\0\0\0"s, left("b\0nger"s, "longer"s));
-    EXPECT_EQ("a b\0\0\0\0\0"s, left("a b\0\"b\"\0"s, "\"a\"\"\"b\"\0"s));
-    EXPECT_EQ("d\0a\0b\0\0"s, left("d\0a\0b\0\0"s, "longer\0"s));  // several names
-}
 
 // The same in floating point, which holds every product of the runtime's 16-bit arithmetic.
 TEST(FontHeight, IsExactOrOverflowsAndHalvesGoToTheEvenNeighbour) {
