@@ -21,8 +21,7 @@ std::u16string Padded(std::u16string_view text, std::int16_t size) {
 
 std::u16string TrimNulls(std::u16string_view buffer) {
     constexpr std::u16string_view kPair(u"\0\0", 2);
-    if (buffer.empty()) return {};
-    const std::size_t end = buffer.substr(0, buffer.size() - 1).find(kPair);
+    const std::size_t end = buffer.substr(0, buffer.size() - 1).find(kPair);  // of an empty one: all of it
     if (end == std::u16string_view::npos) return {};
     std::u16string text(buffer.substr(0, end));
     std::replace(text.begin(), text.end(), u'\0', u' ');
