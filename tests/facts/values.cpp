@@ -81,15 +81,15 @@ Variant NamedValue(std::wstring_view text, Variables& variables) {
 }
 
 std::wstring ItemsOf(SAFEARRAY* array) {
-    if (!array || array->cDims != 1) return L"";
+    if (!array) return L"";
     const LONG first = array->rgsabound[0].lLbound;
     VARTYPE type = VT_EMPTY;
     SafeArrayGetVartype(array, &type);
     std::vector<std::wstring> shown;
-    for (LONG i = first; shown.size() < array->rgsabound[0].cElements; ++i) {
+    for (auto* at = static_cast<std::byte*>(array->pvData); shown.size() < array->rgsabound[0].cElements;) {
         Variant item;
-        item.vt = type;
-        SafeArrayGetElement(array, &i, type == VT_VARIANT ? static_cast<void*>(&item) : &item.byref);
+        VARIANT place = test::Ref(type, std::exchange(at, at + array->cbElements));
+        VariantCopyInd(&item, &place);
         shown.push_back(Show(item));
     }
     return (first ? std::to_wstring(first) + L": " : L"") + Joined(shown);

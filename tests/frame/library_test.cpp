@@ -19,14 +19,6 @@
 namespace velk::test {
 namespace {
 
-std::vector<Type> AllClasses() {
-    std::vector<Type> all;
-    for (const Type& type : TypesOf(LoadTypes(LibraryPath().c_str()))) {
-        if (AttributesOf(type)->typekind == TKIND_COCLASS) all.push_back(type);
-    }
-    return all;
-}
-
 // One identity behind all its faces, as the type library describes it.
 void ExpectIsWhatItSays(const ComPtr<IUnknown>& object, const Type& coclass) {
     std::vector<GUID> faces = {IID_IUnknown, IID_IDispatch, IID_ISupportErrorInfo, IID_IProvideClassInfo,
@@ -86,7 +78,7 @@ ComPtr<IClassFactory> FactoryOf(REFCLSID clsid) {
 // While an object of any class, a factory or a lock is held; event_source_test.cpp has the parts of an event source.
 TEST(Library, StaysWhileAnythingIsHeld) {
     EXPECT_TRUE(CanUnload());
-    for (const Type& type : AllClasses()) {
+    for (const Type& type : ClassesOf(LoadTypes(LibraryPath().c_str()))) {
         SCOPED_TRACE(NameOf(type));
         const ComPtr<IUnknown> object = CreateUnknown(AttributesOf(type)->guid);
         EXPECT_FALSE(CanUnload());
@@ -164,7 +156,7 @@ void FailInside(const LibraryCopy& library) {
 }
 
 TEST(Library, LeavesNothingBehindInAHundredRounds) {
-    const std::vector<Type> classes = AllClasses();
+    const std::vector<Type> classes = ClassesOf(LoadTypes(LibraryPath().c_str()));
     ASSERT_TRUE(Library());  // stays, and what it imports with it: Wine 10's winspool.drv keeps a handle each time it
                              // is unloaded
     // A thread that has been in the library and is still there when it goes.

@@ -90,8 +90,7 @@ class Registration : public testing::Test {
                        line.ends_with(library + wanted.first + L"|" + wanted.second + L'\0');
             })) << wanted.first;
         }
-        for (const Type& type : TypesOf(types)) {
-            if (AttributesOf(type)->typekind != TKIND_COCLASS) continue;
+        for (const Type& type : ClassesOf(types)) {
             const std::wstring name = L"VelkSupport." + NameOf(type), guid = GuidText(AttributesOf(type)->guid);
             const std::wstring key = root + L"\\CLSID\\" + guid;
             expect(key + L"|", name);

@@ -2,24 +2,9 @@
 
 #include <sstream>
 
+#include "facts/values.h"
+
 namespace velk::test {
-namespace {
-
-std::wstring DescribeArray(SAFEARRAY* array, VARTYPE type) {
-    if (!array) return L"no array of " + std::to_wstring(type);
-    std::wstring text =
-        L"array of " + std::to_wstring(type) + L" from " + std::to_wstring(array->rgsabound[0].lLbound) + L":";
-    for (ULONG i = 0; i < array->rgsabound[0].cElements; ++i) {
-        VARIANT element{};
-        element.vt = type | VT_BYREF;
-        element.byref = static_cast<std::byte*>(array->pvData) + i * array->cbElements;
-        text += L" " + Describe(type == VT_VARIANT ? *element.pvarVal : element);
-    }
-    return text;
-}
-
-}  // namespace
-
 STDMETHODIMP CShapes::SwapStrings(SAFEARRAY** value, BSTR* result) noexcept {
     return Guard(result, [&] {
         Bstr was(Describe(Held(VT_ARRAY | VT_BSTR, Given(value))));
@@ -58,19 +43,10 @@ STDMETHODIMP CShapes::putref_Item(LONG index, VARIANT value) noexcept {
 }
 
 std::wstring Describe(const VARIANT& value) {
-    if (value.vt & VT_ARRAY) {
-        const VARTYPE type = value.vt & ~(VT_ARRAY | VT_BYREF);
-        return DescribeArray(value.vt & VT_BYREF ? *value.pparray : value.parray, type);
-    }
-    const std::wstring type = std::to_wstring(value.vt & ~VT_BYREF) + L":";
-    if (value.vt == VT_ERROR) return value.scode == DISP_E_PARAMNOTFOUND ? L"missing" : type;
-    if (type == L"9:" || type == L"13:") {
-        return type +
-               std::to_wstring(reinterpret_cast<ULONG_PTR>(value.vt & VT_BYREF ? *value.ppunkVal : value.punkVal));
-    }
-    Variant text;
-    VariantChangeTypeEx(&text, const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, VT_BSTR);
-    return text.vt == VT_BSTR ? type + std::wstring(View(text.bstrVal)) : type;
+    const Variant plain = Copy(value);
+    const bool isObject = plain.vt == VT_DISPATCH || plain.vt == VT_UNKNOWN;
+    return std::to_wstring(plain.vt) + L":" + facts::Show(plain) +
+           (isObject ? std::to_wstring(reinterpret_cast<ULONG_PTR>(plain.punkVal)) : L"");
 }
 
 }  // namespace velk::test

@@ -120,7 +120,7 @@ class CShapes : public AutomationObject<_CShapes> {
     Variant kept_, items_[4];
 };
 
-// What a value is and holds, independent of the locale, such as "8:text" or "array of 12 from 1: 8:a 8:b".
+// The number of a value's type and what it holds as facts have it; which object, too.
 std::wstring Describe(const VARIANT& value);
 
 inline Variant Holding(VARTYPE type, void* content = nullptr) {

@@ -44,8 +44,7 @@ const std::vector<Class>& ReadClasses(const wchar_t* library) {
     std::vector<Class>& classes = read[library];
     if (!classes.empty()) return classes;
     const HMODULE module = LoadLibraryW(BuiltFile(library).c_str());
-    for (const Type& coclass : TypesOf(LoadTypes(BuiltFile(library).c_str()))) {
-        if (AttributesOf(coclass)->typekind != TKIND_COCLASS) continue;
+    for (const Type& coclass : ClassesOf(LoadTypes(BuiltFile(library).c_str()))) {
         const Type face = OwnMembers(Implemented(coclass, 0));
         Class& made = classes.emplace_back(Class{NameOf(coclass), AttributesOf(coclass)->guid, module});
         for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {

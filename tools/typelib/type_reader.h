@@ -71,6 +71,12 @@ inline std::vector<Type> TypesOf(const TypeLib& library) {
     return types;
 }
 
+inline std::vector<Type> ClassesOf(const TypeLib& library) {
+    std::vector<Type> classes = TypesOf(library);
+    std::erase_if(classes, [](const Type& type) { return AttributesOf(type)->typekind != TKIND_COCLASS; });
+    return classes;
+}
+
 // The type that another one names: an interface of a coclass by index, or with -1 the vtable face of a dual interface.
 inline Type Implemented(const Type& type, UINT index) {
     HREFTYPE reference = 0;
