@@ -15,13 +15,6 @@
 namespace velk::test {
 namespace {
 
-struct ImageListTraits {
-    using Handle = HIMAGELIST;
-    static Handle Invalid() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { ImageList_Destroy(handle); }
-};
-using Images = UniqueHandle<ImageListTraits>;
-
 // Image 0 is red, image 1 blue; the lower quarter of both is transparent.
 Images TwoImages(const wchar_t* file, int side) {
     const std::wstring path = BuiltFile((std::wstring(L"tests\\pictures\\") + file).c_str());

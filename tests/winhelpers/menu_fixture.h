@@ -17,12 +17,14 @@
 
 namespace velk::test {
 
-struct MenuTraits {
-    using Handle = HMENU;
+template <class Owned, auto Destroy>
+struct Destroyed {
+    using Handle = Owned;
     static Handle Invalid() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DestroyMenu(handle); }
+    static void Close(Handle handle) noexcept { Destroy(handle); }
 };
-using Menu = UniqueHandle<MenuTraits>;
+using Menu = UniqueHandle<Destroyed<HMENU, &DestroyMenu>>;
+using Images = UniqueHandle<Destroyed<HIMAGELIST, &ImageList_Destroy>>;
 
 // All that a client can see of an item.
 struct ItemOfMenu {
