@@ -9,34 +9,23 @@
 #include "facts/values.h"
 #include "platform/drawing_handles.h"
 #include "platform/text.h"
+#include "support/activation.h"
 #include "support/client.h"
 #include "support/event_sink.h"
 
 namespace velk::facts {
 
-inline ComPtr<ITypeLib> Types() {
-    ComPtr<ITypeLib> types;
-    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
-    return types;
-}
-
-// By the name of a class of the library, or by a program identifier.
+// By the name of a class, which the library's manifest tells, or by another program identifier.
 inline ComPtr<IDispatch> New(const std::wstring& name) {
-    ComPtr<IDispatch> object;
+    static const test::Activation known(test::BuiltFile(L"VelkSupport.manifest"));
     CLSID clsid;
-    if (SUCCEEDED(CLSIDFromProgID(name.c_str(), &clsid))) {
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid());
-        return object;
-    }
-    ComPtr<ITypeInfo> info;
-    MEMBERID member = 0;
-    USHORT found = 1;
-    Types()->FindName(const_cast<LPOLESTR>(name.c_str()), 0, info.Receive(), &member, &found);
-    TYPEATTR* attributes = nullptr;
-    if (!info || FAILED(info->GetTypeAttr(&attributes))) throw std::runtime_error("no class " + ToAnsi(name));
-    clsid = attributes->guid;
-    info->ReleaseTypeAttr(attributes);
-    return test::CreateObject<IDispatch>(clsid);
+    ComPtr<IDispatch> object;
+    HRESULT found = CLSIDFromProgID((L"VelkSupport." + name).c_str(), &clsid);
+    if (FAILED(found)) found = CLSIDFromProgID(name.c_str(), &clsid);
+    if (FAILED(found) ||
+        FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid())))
+        throw std::runtime_error("no class " + ToAnsi(name));
+    return object;
 }
 
 // Another dispatch interface of an object, by its identifier.
@@ -56,13 +45,15 @@ inline ComPtr<IDispatch> Farewell(const std::function<void()>& bye) {
 inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::function<void(const std::wstring&)> hear) {
     ComPtr<IEnumConnectionPoints> points;
     ComPtr<IConnectionPoint> point;
+    ComPtr<ITypeLib> types;
     ComPtr<ITypeInfo> events;
     IID iid;
     const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
     if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) throw std::runtime_error("no events");
     points->Next(1, point.Receive(), nullptr);
     point->GetConnectionInterface(&iid);
-    Types()->GetTypeInfoOfGuid(iid, events.Receive());
+    LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
+    types->GetTypeInfoOfGuid(iid, events.Receive());
     const auto sink = test::Callee::Make([events, hear](DISPID id, DISPPARAMS* given) {
         Bstr name;
         events->GetDocumentation(id, name.Receive(), nullptr, nullptr, nullptr);

@@ -7,10 +7,8 @@
 #include <shellapi.h>
 #include <wininet.h>
 #include <algorithm>
-#include <cstring>
-#include <list>
+#include <bit>
 #include <map>
-#include <optional>
 #include <stdexcept>
 
 #include "facts/values.h"
@@ -71,10 +69,8 @@ std::wstring Shown(MEMORYSTATUS* place) { return place->dwLength == sizeof *plac
 // more.
 template <class T>
 void AddPlaces(std::vector<void*>& places, T argument) {
-    if constexpr (std::is_pointer_v<T> && !std::is_function_v<std::remove_pointer_t<T>>) {
-        places.push_back(const_cast<void*>(static_cast<const void*>(argument)));
-    } else if constexpr (sizeof(T) == sizeof(void*) && std::is_integral_v<T>) {
-        places.push_back(reinterpret_cast<void*>(argument));
+    if constexpr (sizeof(T) == sizeof(void*) && std::is_scalar_v<T>) {
+        places.push_back(std::bit_cast<void*>(argument));
     } else {
         places.push_back(nullptr);
     }

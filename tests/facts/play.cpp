@@ -153,10 +153,10 @@ class ScenarioRun {
             const bool found = text.starts_with(kind);
             return text.erase(0, found ? kind.size() : 0), found;
         };
-        const auto bye = [&] { return [this, step = text] { Heard(L"farewell"), Act(step); }; };
         if (is(L"new ")) return test::Owned(test::Arg(New(text).Detach()));
         if (is(L"part ")) return test::Owned(test::Arg(PartOf(object_.get(), text).Detach()));
-        if (is(L"farewell ")) return test::Owned(test::Arg(Farewell(bye()).Detach()));
+        if (is(L"farewell "))
+            return test::Owned(test::Arg(Farewell([this, text] { Heard(L"farewell"), Act(text); }).Detach()));
         if (is(L"strings")) return test::Owned(test::Bare(VT_ARRAY | VT_BSTR, nullptr));
         if (!is(L"call ")) return ValueOf(text, variables_);
         Variant called = Call(text).value;
@@ -284,8 +284,7 @@ class ScenarioRun {
             if (name.ends_with(L"Color") && outcome.value.vt == VT_UI4) outcome.value.vt = VT_I4;  // as by name
             return outcome;
         }
-        return test::InvokeNamed(object, name.c_str(), flags, arguments,
-                                 put.empty() ? std::vector<DISPID>() : std::vector<DISPID>{DISPID_PROPERTYPUT});
+        return test::Invoke(object, name.c_str(), flags, arguments);
     }
 
     // Texts, arrays and typed variables are handed over as references to what they hold: the platform's own call

@@ -1,4 +1,5 @@
 #include <cstring>
+#include <span>
 
 #include "facts/platform_log.h"
 #include "facts/values.h"
@@ -7,25 +8,11 @@
 namespace velk::facts {
 namespace {
 
-// What one item of a filling stands for: its bytes, and how many of the place it covers.
-struct Item {
-    explicit Item(const std::wstring& text) {
-        if (text.starts_with(L'"')) {
-            bytes = ToAnsi(Unquote(text)) + '\0';
-            size = bytes.size();
-            return;
-        }
-        constexpr std::pair<wchar_t, std::size_t> kSizes[] = {{L'p', sizeof(void*)}, {L'q', 8}, {L'i', 2}, {L'b', 1}};
-        for (const auto& [mark, bySuffix] : kSizes) {
-            if (text.back() == mark && (mark != L'b' || !text.starts_with(L"0x"))) size = bySuffix;
-        }
-        if (text.starts_with(L'_')) return;
-        const LONGLONG number = std::stoll(text, nullptr, 0);
-        bytes.assign(reinterpret_cast<const char*>(&number), size);
-    }
-    std::size_t size = 4;
-    std::string bytes;  // none: what is there stays
-};
+// How much of a place an item of a filling covers.
+std::size_t SizeOf(const std::wstring& item) {
+    if (item.ends_with(L'b') && !item.starts_with(L"0x")) return 1;
+    return item.ends_with(L'p') ? sizeof(void*) : item.ends_with(L'q') ? 8 : item.ends_with(L'i') ? 2 : 4;
+}
 
 class Reader {
   public:
@@ -99,12 +86,16 @@ Rule RuleOf(std::wstring line) {
 void Fill(const std::wstring& filling, const std::vector<void*>& places) {
     const std::vector<std::wstring> items = Split(filling, L" ");
     char* const place = static_cast<char*>(places.at(std::stoul(items.at(0))));
-    std::size_t offset = 0;
-    for (std::size_t i = 1; i < items.size(); ++i) {
-        const Item item(items[i]);
-        if (!items[i].starts_with(L'"')) offset = (offset + item.size - 1) / item.size * item.size;
-        item.bytes.copy(place + offset, item.bytes.size());
-        offset += item.size;
+    std::size_t at = 0;
+    for (const std::wstring& item : std::span(items).subspan(1)) {
+        const bool isText = item.starts_with(L'"');
+        const std::string text = isText ? ToAnsi(Unquote(item)) + '\0' : "";
+        const LONGLONG number = isText || item.starts_with(L'_') ? 0 : std::stoll(item, nullptr, 0);
+        const std::size_t size = isText ? text.size() : SizeOf(item);
+        if (!isText) at = (at + size - 1) / size * size;
+        if (!item.starts_with(L'_'))
+            std::memcpy(place + at, isText ? text.data() : static_cast<const void*>(&number), size);
+        at += size;
     }
 }
 

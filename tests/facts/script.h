@@ -58,7 +58,7 @@ class Script {
 
     test::Outcome Call(IDispatch* object, std::vector<VARIANT> arguments) {
         arguments.insert(arguments.begin(), test::Arg(object));
-        test::Outcome outcome = test::InvokeNamed(script_.get(), L"M", DISPATCH_METHOD, std::move(arguments), {});
+        test::Outcome outcome = test::Invoke(script_.get(), L"M", DISPATCH_METHOD, std::move(arguments));
         if (FAILED(outcome.result)) {
             outcome = std::exchange(site_->failed, {});
             outcome.result = DISP_E_EXCEPTION;

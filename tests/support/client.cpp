@@ -22,8 +22,8 @@ HMODULE Library() {
     return module;
 }
 
-HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object) {
-    return Export<decltype(&DllGetClassObject)>("DllGetClassObject")(clsid, iid, object);
+HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object, HMODULE module) {
+    return Export<decltype(&DllGetClassObject)>("DllGetClassObject", module)(clsid, iid, object);
 }
 
 bool CanUnload(HMODULE module) { return Export<decltype(&DllCanUnloadNow)>("DllCanUnloadNow", module)() == S_OK; }
@@ -31,11 +31,8 @@ bool CanUnload(HMODULE module) { return Export<decltype(&DllCanUnloadNow)>("DllC
 ComPtr<IUnknown> CreateUnknown(REFCLSID clsid, HMODULE module) {
     ComPtr<IClassFactory> factory;
     ComPtr<IUnknown> object;
-    const auto find = Export<decltype(&DllGetClassObject)>("DllGetClassObject", module);
-    EXPECT_EQ(S_OK, find(clsid, IID_IClassFactory, factory.ReceiveVoid()));
-    if (factory) {
-        EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()));
-    }
+    EXPECT_EQ(S_OK, GetClassObject(clsid, IID_IClassFactory, factory.ReceiveVoid(), module));
+    EXPECT_TRUE(factory && factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()) == S_OK);
     return object;
 }
 

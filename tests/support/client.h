@@ -24,7 +24,7 @@ Function Export(const char* name, HMODULE module = Library()) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object);
+HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object, HMODULE module = Library());
 bool CanUnload(HMODULE module = Library());
 
 ComPtr<IUnknown> CreateUnknown(REFCLSID clsid, HMODULE module = Library());

@@ -19,7 +19,6 @@ class Heap {
     using Refusal = std::function<bool(std::size_t size)>;
     struct Held {
         std::ptrdiff_t blocks, bytes;
-        int requests;
     };
     static inline Held held{};
 
@@ -32,10 +31,7 @@ class Heap {
     ~Heap() { refuses_ = nullptr; }
 
     // Whether a request is to fail, for other ways to memory, too.
-    static bool Refuses(std::size_t size) {
-        ++held.requests;
-        return refuses_ && refuses_(size);
-    }
+    static bool Refuses(std::size_t size) { return refuses_ && refuses_(size); }
 
   private:
     // Odd, and where a program has nothing; the beginning of what is very large. Volatile, since the compiler takes out

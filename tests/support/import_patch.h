@@ -24,11 +24,6 @@ class ImportPatch {
 
     static bool IsImported(HMODULE module, const char* function) noexcept;
 
-    template <class Function>
-    Function Original() const noexcept {
-        return reinterpret_cast<Function>(original_);
-    }
-
   private:
     void** slot_ = nullptr;
     void* original_ = nullptr;

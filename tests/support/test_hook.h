@@ -95,13 +95,6 @@ class HookLibrary {
         return module && test::CanUnload(module);
     }
 
-    // An earlier run may have left it registered.
-    static void Unregister() {
-        const HMODULE module = LoadLibraryW(BuiltFile(L"VelkSub.dll").c_str());
-        EXPECT_EQ(S_OK, Export<decltype(&DllUnregisterServer)>("DllUnregisterServer", module)());
-        FreeLibrary(module);
-    }
-
   private:
     Activation active_{BuiltFile(L"VelkHooks.manifest")};
 };
