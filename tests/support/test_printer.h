@@ -1,19 +1,80 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "platform/platform.h"
+#include "support/departures.h"
+
+#include <winspool.h>
+
 namespace velk::test {
 
 // A printer that prints to a file, and the default printer for as long as it lives.
 class TestPrinter {
   public:
-    TestPrinter();
+    // Windows has a driver that needs no device; elsewhere one is made of a description.
+    TestPrinter() {
+        DWORD size = sizeof before_;
+        GetDefaultPrinterA(before_, &size);
+        if (WineVersion()) AddDriver();
+        std::string driver = WineVersion() ? name_ : "Microsoft Print To PDF", port = "FILE:", processor = "winprint";
+        PRINTER_INFO_2A info{};
+        info.pPrinterName = name_.data();
+        info.pPortName = port.data();
+        info.pDriverName = driver.data();
+        info.pPrintProcessor = processor.data();
+        info.pDatatype = type_.data();
+        const HANDLE printer = AddPrinterA(nullptr, 2, reinterpret_cast<BYTE*>(&info));
+        EXPECT_TRUE(printer || GetLastError() == ERROR_PRINTER_ALREADY_EXISTS) << GetLastError();
+        if (printer) ClosePrinter(printer);
+        EXPECT_TRUE(SetDefaultPrinterA(name_.c_str())) << GetLastError();
+    }
     TestPrinter(const TestPrinter&) = delete;
     TestPrinter& operator=(const TestPrinter&) = delete;
-    ~TestPrinter();
-
-    static constexpr const char* kName = "Velk Test Printer";
+    ~TestPrinter() {
+        PRINTER_DEFAULTSA access{nullptr, nullptr, PRINTER_ALL_ACCESS};
+        HANDLE printer = nullptr;
+        EXPECT_TRUE(OpenPrinterA(name_.data(), &printer, &access)) << GetLastError();
+        EXPECT_TRUE(DeletePrinter(printer)) << GetLastError();
+        ClosePrinter(printer);
+        if (!*before_ || !SetDefaultPrinterA(before_)) WriteProfileStringA("windows", "device", nullptr);
+    }
 
   private:
-    char before_[256] = "";  // the default printer until now
+    static constexpr char kDescription[] =
+        "*PPD-Adobe: \"4.3\"\r\n*NickName: \"Velk Test Printer\"\r\n*ColorDevice: True\r\n*DefaultResolution: "
+        "300dpi\r\n"
+        "*OpenUI *PageSize: PickOne\r\n*DefaultPageSize: A4\r\n*PageSize A4/A4: \"\"\r\n*CloseUI: *PageSize\r\n"
+        "*DefaultImageableArea: A4\r\n*ImageableArea A4/A4: \"18 18 577 824\"\r\n"
+        "*DefaultPaperDimension: A4\r\n*PaperDimension A4/A4: \"595 842\"\r\n";
+
+    void AddDriver() {
+        // The spooler's name for the programs that its drivers serve.
+        std::string environment = sizeof(void*) == 4 ? "Windows NT x86" : "Windows x64", driver = "wineps.drv";
+        char folder[MAX_PATH] = "";
+        DWORD size = 0;
+        EXPECT_TRUE(GetPrinterDriverDirectoryA(nullptr, environment.data(), 1, reinterpret_cast<BYTE*>(folder),
+                                               MAX_PATH, &size));
+        std::string description = std::string(folder) + "\\3\\velk.ppd";
+        CreateDirectoryA((std::string(folder) + "\\3").c_str(), nullptr);
+        EXPECT_TRUE(std::ofstream(description, std::ios::binary) << kDescription << std::flush) << description;
+        DRIVER_INFO_3A info{};
+        info.cVersion = 3;
+        info.pName = name_.data();
+        info.pEnvironment = environment.data();
+        info.pDriverPath = info.pConfigFile = driver.data();
+        info.pDataFile = description.data();
+        info.pDefaultDataType = type_.data();
+        EXPECT_TRUE(AddPrinterDriverExA(nullptr, 3, reinterpret_cast<BYTE*>(&info),
+                                        APD_COPY_NEW_FILES | APD_COPY_FROM_DIRECTORY))
+            << GetLastError();
+    }
+
+    std::string name_ = "Velk Test Printer", type_ = "RAW";  // the spooler takes texts that it could write to
+    char before_[256] = "";                                  // the default printer until now
 };
 
 }  // namespace velk::test

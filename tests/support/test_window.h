@@ -1,7 +1,10 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "platform/platform.h"
 
@@ -13,26 +16,63 @@ class TestWindow {
   public:
     using Handler = std::function<std::optional<LRESULT>(HWND, UINT, WPARAM, LPARAM)>;
 
-    explicit TestWindow(DWORD style = WS_OVERLAPPEDWINDOW, Handler handler = {}, int width = 300, int height = 200);
+    explicit TestWindow(DWORD style = WS_OVERLAPPEDWINDOW, Handler first = {}, int width = 300, int height = 200)
+        : handler(std::move(first)) {
+        static const ATOM kClass = [] {
+            WNDCLASSW description{};
+            description.lpfnWndProc = Procedure;
+            description.hInstance = GetModuleHandleW(nullptr);
+            description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+            description.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
+            description.lpszClassName = L"VelkTestWindow";
+            return RegisterClassW(&description);
+        }();
+        window_ = CreateWindowExW(0, MAKEINTATOM(kClass), L"test", style, 20, 20, width, height,
+                                  style & WS_CHILD ? HWND_MESSAGE : nullptr, nullptr, GetModuleHandleW(nullptr), this);
+        EXPECT_NE(nullptr, window_) << "no window: is there a display?";
+    }
     TestWindow(const TestWindow&) = delete;
     TestWindow& operator=(const TestWindow&) = delete;
-    ~TestWindow();
+    ~TestWindow() { Destroy(); }
 
     HWND get() const noexcept { return window_; }
     LONG handle() const noexcept { return HandleToLong(window_); }  // as the library's members take it
     WNDPROC CurrentProcedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window_, GWLP_WNDPROC)); }
-    int CountProperties() const;
-    void Destroy();
+    int CountProperties() const {
+        int count = 0;
+        EnumPropsExW(window_, &Count, reinterpret_cast<LPARAM>(&count));
+        return count;
+    }
+    void Destroy() {
+        if (IsWindow(window_)) DestroyWindow(window_);
+        window_ = nullptr;
+    }
 
     Handler handler;
 
   private:
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+    static BOOL CALLBACK Count(HWND, LPWSTR, HANDLE, ULONG_PTR count) noexcept {
+        return ++*reinterpret_cast<int*>(count);
+    }
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+        if (message == WM_NCCREATE) {
+            const auto* const create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+        }
+        auto* const self = reinterpret_cast<TestWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        const auto answer = self && self->handler ? self->handler(window, message, wParam, lParam) : std::nullopt;
+        return answer ? *answer : DefWindowProcW(window, message, wParam, lParam);
+    }
 
     HWND window_ = nullptr;
 };
 
 // Dispatches what is waiting in this thread's queue.
-void PumpMessages();
+inline void PumpMessages() {
+    for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
 
 }  // namespace velk::test
