@@ -96,7 +96,7 @@ expect_surrogate() {
 }
 
 for library in "$root"/build/{i686,x86_64}/Velk*.dll; do
-    [ -e "$library" ] && for folder in "$narrow" 'C:\windows\system32'; do run "$folder\\regsvr32.exe" /s /u "$library"; done
+    [ -e "$library" ] && for folder in "$narrow" 'C:\windows\system32'; do run "$folder\\regsvr32.exe" /s /u "$library" >/dev/null 2>&1; done
 done
 name=$(basename "$setup" -setup.exe) version=${name#VelkSupport-}
 next=${version%.*}.$((${version##*.} + 1))
