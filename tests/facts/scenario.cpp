@@ -1,7 +1,6 @@
 #include "facts/scenario.h"
 
 #include <fstream>
-#include <string_view>
 
 #include "facts/values.h"
 
@@ -12,21 +11,15 @@ std::list<Scenario> ScenariosOf(const std::filesystem::path& path) {
     std::string bytes;
     for (int number = 1; std::getline(file, bytes); ++number) {
         const std::wstring line(bytes.begin(), bytes.end());  // other characters are written as escapes
-        const std::wstring_view text = Trim(line);
+        std::wstring text(Trim(line));
         if (text.empty() || text.starts_with(L"//")) continue;
-        if (std::vector<Line>* lines = line.starts_with(L' ') ? &made.back().lines : nullptr) {
-            if (!lines->empty() && lines->back().text.ends_with(L" ;")) {
-                lines->back().text += L' ' + std::wstring(text);
-            } else {
-                lines->push_back({number, std::wstring(text)});
-            }
+        if (!line.starts_with(L' ')) {
+            const std::wstring title = Cut(text, L":");
+            made.push_back({path.filename().string(), number, text, title, {}});
+        } else if (auto& lines = made.back().lines; !lines.empty() && lines.back().text.ends_with(L" ;")) {
+            lines.back().text += L' ' + text;
         } else {
-            const std::size_t colon = text.find(L':');
-            made.push_back({path.filename().string(),
-                            number,
-                            std::wstring(text.substr(0, colon)),
-                            std::wstring(Trim(text.substr(colon + 1))),
-                            {}});
+            lines.push_back({number, text});
         }
     }
     return made;
