@@ -1,5 +1,5 @@
-// What every member of every class is put through: calls again and again, failing allocations, nulls, wrong kinds, and
-// hostile calls during which the client's code does what it likes.
+// What every member of every class is put through: failing allocations, nulls, and hostile calls during which the
+// client's code does what it likes.
 #include <map>
 #include <thread>
 
@@ -41,6 +41,7 @@ double CommittedMegabytes() {
 // ---- Memory that runs out ----
 
 constexpr auto kUnlessRefused = [](auto...) { return !Heap::Refuses(0); };
+
 // The allocation with the number that is set, counted from then on, fails, on the heap or in the platform.
 class FailingMemory {
   public:
@@ -131,7 +132,7 @@ TEST(Memory, MayBeMissingWhenAThreadsFirstMemberFails) {
     EXPECT_EQ(E_OUTOFMEMORY, ended);
 }
 
-// ---- Nothing and the wrong thing ----
+// ---- Nothing ----
 
 // As a compiled client that passes null and zero for everything, and one that does so for one argument. What a member
 // may not do without is a pointer to it.
