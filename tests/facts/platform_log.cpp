@@ -130,8 +130,16 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
     static Result WINAPI Run(Arguments... arguments) {
         Answer answer;
         (AddPlaces(answer.places, arguments), ...);
-        answer.FindRule(test::NameOf<Function>(), {Shown(arguments)...});
+        answer.FindRule(test::NameOf<Function>(), {Name(arguments)...});
         return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
+    }
+    // The address of a file's buffer may be the number of a drawing object.
+    template <class T>
+    static std::wstring Name(T argument) {
+        if constexpr (std::is_same_v<T, void*> && (std::is_same_v<Arguments, LPOVERLAPPED> || ...))
+            return L"&";
+        else
+            return Shown(argument);
     }
 };
 
