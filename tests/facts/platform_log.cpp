@@ -44,7 +44,7 @@ std::wstring DrawingName(HGDIOBJ object) {
 // The handles of windows and the like are pointers to records of one number; other pointers lead to places.
 template <class T>
 std::wstring Shown(T* place) {
-    if constexpr (std::is_void_v<T> || std::is_same_v<T, HDC__> || std::is_same_v<T, HWND__>) {
+    if constexpr (std::is_same_v<T, HDC__> || std::is_same_v<T, HWND__>) {
         const bool window = std::is_same_v<T, HWND__> && IsWindow(reinterpret_cast<HWND>(place));
         const std::wstring name = window ? L"" : DrawingName(place);
         if (!name.empty()) return name;
@@ -123,6 +123,16 @@ void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
     if (itself) SetLastError(errorBefore);
 }
 
+// The type of drawing objects is that of any address, and addresses may be the numbers of drawing objects.
+template <auto Function>
+constexpr bool kTakesDrawing = false;
+template <>
+constexpr bool kTakesDrawing<&DeleteObject> = true;
+template <>
+constexpr bool kTakesDrawing<&SelectObject> = true;
+template <>
+constexpr bool kTakesDrawing<&SetClipboardData> = true;
+
 template <auto Function, class = decltype(Function)>
 struct Watch;
 template <auto Function, class Result, class... Arguments>
@@ -133,13 +143,13 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
         answer.FindRule(test::NameOf<Function>(), {Name(arguments)...});
         return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
     }
-    // The address of a file's buffer may be the number of a drawing object.
     template <class T>
     static std::wstring Name(T argument) {
-        if constexpr (std::is_same_v<T, void*> && (std::is_same_v<Arguments, LPOVERLAPPED> || ...))
-            return L"&";
-        else
-            return Shown(argument);
+        if constexpr (std::is_same_v<T, HGDIOBJ> && kTakesDrawing<Function>) {
+            const std::wstring name = DrawingName(argument);
+            if (!name.empty()) return name;
+        }
+        return Shown(argument);
     }
 };
 
