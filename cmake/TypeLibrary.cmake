@@ -23,7 +23,7 @@ function(velk_compile_interfaces output file)
     cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY ${out} OUTPUT_VARIABLE source)
     add_custom_command(
         OUTPUT ${output}
-        COMMAND ${CMAKE_CXX_COMPILER} -M -MT ${output} -MF ${output}.d -I${root} -x c ${file}
+        COMMAND ${CMAKE_CXX_COMPILER} -M -MT ${output} -MF ${output}.d -I${root} -x c ${source}
         # The compiler writes the time into the library unless told another one.
         COMMAND ${CMAKE_COMMAND} -E env WIDL_TIME_OVERRIDE=0 HELP_TEXTS=${VELK_HELP_TEXTS} ${PROJECT_SOURCE_DIR}/cmake/compile_interfaces ${output}
             ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl ${VELK_IDL_FLAGS} -I${root} ${ARGN} ${file}
