@@ -1,6 +1,6 @@
 // Runs the files of facts: what each class does, as lines. They lie beside the other tests of their folder, one file a
 // class. A scenario begins at the margin with a class, "CStack: what it shows", and makes an object; the lines below
-// are done in order: late bound, once more through the members' slots, and once more by a script. What the platform was
+// are done in order, members called by name as scripts do. What the platform was
 // asked, what was shown and what events told has to be said by the next step. " ; " stands between the steps of a line,
 // and a line that ends with it goes on in the next.
 //
@@ -13,8 +13,7 @@
 //   each = [1, 2]              what For Each gives, and so do an enumerator's other ways to walk
 //   &name = 5                  what a script's variable holds now
 //   let name = 5               a variable; new CStack or a program identifier makes an object, call Member takes what a
-//                              member gives, strings is an array of none, part {IID} another interface that the
-//                              object has; name.Member calls it
+//                              member gives, part {IID} another interface that the object has; name.Member calls it
 //   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together, {1}
 //                              for what stands in the first ones
 //
@@ -28,7 +27,6 @@
 //   held below 1000            so many bytes more than at first are on the library's heap
 //   canvas c 0xFF0000          a blue picture of 80 x 80 pixels, c is its context;  pixel c 3 4 = 0x0000FF
 //   file "name" = "bytes"      written to the scenario's folder;  file "name" holds "bytes": compared, in Windows-1252
-//   delete "path"              a file that has to be there;  folder "name": made in the scenario's folder
 //   key "Software\\Own"        a key of the current user's, empty at first, for as long as the scenario runs
 //   value "Sub\\v" = 1 "bytes" stored below it with this type;  value "Sub\\v" holds 1 "bytes": compared
 //   set NAME = "value"         a variable of the environment
@@ -49,9 +47,7 @@
 //                              done while a report is open
 //
 // In the end nothing is left behind: no object, nothing on the library's heap and, where texts are not cached
-// (OANOCACHE=1), no text or array. A title that ends with "(32 bits)" is for the library of that width only, one that
-// ends with "(by name)" has arguments that the platform's own call does not convert, one with "(defaults)" leaves some
-// out.
+// (OANOCACHE=1), no text or array. A title that ends with "(32 bits)" is for the library of that width only.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -60,24 +56,17 @@
 #include "facts/scenario.h"
 #include "platform/text.h"
 #include "support/client.h"
-#include "support/departures.h"
 
 namespace velk::facts {
 namespace {
 
-class ScenarioTest : public testing::Test {
-  public:
-    ScenarioTest(const Scenario& scenario, Way way) : scenario_(scenario), way_(way) {}
+struct ScenarioTest : testing::Test {
+    explicit ScenarioTest(const Scenario& one) : scenario(one) {}
 
-    void TestBody() override { Play(scenario_, way_); }
+    void TestBody() override { Play(scenario); }
 
-  private:
-    const Scenario& scenario_;
-    const Way way_;
+    const Scenario& scenario;
 };
-
-constexpr std::pair<Way, const char*> kWays[] = {
-    {Way::kLateBound, "LateBound"}, {Way::kBySlot, "BySlot"}, {Way::kByScript, "ByScript"}};
 
 std::string TestName(std::wstring_view title) {
     std::string name;
@@ -86,15 +75,10 @@ std::string TestName(std::wstring_view title) {
     return name;
 }
 
-void Register(const Scenario& scenario, const std::string& folder, const std::string& title) {
-    for (const auto& [way, name] : kWays) {
-        const bool bySlot = way == Way::kBySlot;
-        if (bySlot && scenario.title.ends_with(L"(by name)")) continue;
-        if (bySlot && scenario.title.ends_with(L"(defaults)") && test::Departs("ITypeInfo::Invoke")) continue;
-        testing::RegisterTest((folder + "_" + ToAnsi(scenario.className) + name).c_str(), title.c_str(), nullptr,
-                              nullptr, scenario.file.c_str(), scenario.line,
-                              [&scenario, way = way]() -> testing::Test* { return new ScenarioTest(scenario, way); });
-    }
+void Register(const Scenario& scenario, const std::string& folder) {
+    testing::RegisterTest((folder + "_" + ToAnsi(scenario.className)).c_str(), TestName(scenario.title).c_str(),
+                          nullptr, nullptr, scenario.file.c_str(), scenario.line,
+                          [&scenario]() -> testing::Test* { return new ScenarioTest(scenario); });
 }
 
 // Before the program's main function reads the filter.
@@ -105,7 +89,7 @@ const std::list<Scenario> kAll = [] {
         std::list<Scenario> made = ScenariosOf(entry.path());
         const std::string folder = entry.path().parent_path().filename().string();
         if (sizeof(void*) != 4) made.remove_if([](const Scenario& one) { return one.title.ends_with(L"(32 bits)"); });
-        for (const Scenario& one : made) Register(one, folder, TestName(one.title));
+        for (const Scenario& one : made) Register(one, folder);
         all.splice(all.end(), made);
     }
     return all;

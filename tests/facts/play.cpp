@@ -4,12 +4,10 @@
 #include <fstream>
 #include <map>
 #include <optional>
-#include <set>
 
 #include "facts/objects.h"
 #include "facts/platform_log.h"
 #include "facts/scenario.h"
-#include "facts/script.h"
 #include "facts/user.h"
 #include "facts/values.h"
 #include "platform/text.h"
@@ -26,7 +24,7 @@ namespace {
 
 class ScenarioRun {
   public:
-    ScenarioRun(const Scenario& scenario, Way way) : scenario_(scenario), way_(way) {}
+    explicit ScenarioRun(const Scenario& scenario) : scenario_(scenario) {}
 
     void Play() {
         for (const Line& line : scenario_.lines) {
@@ -42,19 +40,16 @@ class ScenarioRun {
         NothingUntold();
         listener_ = nullptr;
         variables_.clear();
-        scripts_.clear();
         object_ = nullptr;
         number_ = scenario_.line, said_ = scenario_.title;
         if (!test::CanUnload()) Fails(L"an object is left behind");
     }
 
     // What is still there afterwards, of bytes on the library's heap and, where they are not cached, of texts.
-    // Wine's script engine loses texts of errors itself.
     std::wstring Left() const {
         const LONG texts = test::MallocSpy::Alive() - texts_;
         if (held_ > 0) return std::to_wstring(held_) + L" bytes are left behind";
-        const bool counted = std::getenv("OANOCACHE") && way_ != Way::kByScript;
-        return counted && texts > 0 ? std::to_wstring(texts) + L" texts are left behind" : L"";
+        return std::getenv("OANOCACHE") && texts > 0 ? std::to_wstring(texts) + L" texts are left behind" : L"";
     }
     void Fails(const std::wstring& why) const {
         ADD_FAILURE_AT(scenario_.file.c_str(), number_) << ToAnsi(said_ + L"\n  " + why);
@@ -135,10 +130,6 @@ class ScenarioRun {
         if (const std::wstring told = log_.Next(); !told.empty()) Fails(L"no line says before this one: " + told);
     }
 
-    void Folder(std::wstring name) { folder_.MakeFolder(Unquote(name)); }
-    void Delete(std::wstring path) {
-        EXPECT_TRUE(DeleteFileW(View(ValueOf(path, variables_).bstrVal).data())) << "no such file";
-    }
     void Drop(std::wstring) { object_ = nullptr; }
     void Let(std::wstring line) {
         Variant value = Made(Cut(line, L"="));
@@ -155,11 +146,7 @@ class ScenarioRun {
         if (is(L"part ")) return test::Owned(test::Arg(PartOf(object_.get(), text).Detach()));
         if (is(L"farewell "))
             return test::Owned(test::Arg(Farewell([this, text] { Heard(L"farewell"), Act(text); }).Detach()));
-        if (is(L"strings")) return test::Owned(test::Bare(VT_ARRAY | VT_BSTR, nullptr));
-        if (!is(L"call ")) return ValueOf(text, variables_);
-        Variant called = Call(text).value;
-        foreign_.insert(called.pdispVal);
-        return called;
+        return is(L"call ") ? Call(text).value : ValueOf(text, variables_);
     }
 
     // A text or an array changes where it lies, so that whoever only kept a pointer to it sees that.
@@ -272,31 +259,7 @@ class ScenarioRun {
         for (const auto& text : Split(std::wstring_view(call).substr(name.size()), L","))
             values.push_back(ValueOf(text, variables_));
         if (!put.empty()) values.push_back(ValueOf(put, variables_));
-        const std::vector<VARIANT> arguments(values.begin(), values.end());
-        const bool named = name[0] != L'#';
-        const std::wstring program = ProgramFor(name, flags, arguments);
-        if (way_ == Way::kByScript && named && std::ranges::all_of(arguments, KnownToScripts))
-            return scripts_.try_emplace(program, program).first->second.Call(object, arguments);
-        if (way_ == Way::kBySlot && named && !foreign_.contains(object)) {
-            test::Outcome outcome = test::InvokeByPlatform(object, name.c_str(), flags, BySlot(values));
-            if (name.ends_with(L"Color") && outcome.value.vt == VT_UI4) outcome.value.vt = VT_I4;  // as by name
-            return outcome;
-        }
-        return test::Invoke(object, name.c_str(), flags, arguments);
-    }
-
-    // Texts, arrays and typed variables are handed over as references to what they hold: the platform's own call
-    // converts no script's variables, puts what comes back in the place of a text, and Wine 10's loses copies of
-    // arrays.
-    static std::vector<VARIANT> BySlot(std::vector<Variant>& values) {
-        std::vector<VARIANT> arguments;
-        for (Variant& value : values) {
-            const bool isVariable = value.vt == (VT_BYREF | VT_VARIANT) && value.pvarVal->vt != VT_EMPTY;
-            VARIANT& held = isVariable ? *value.pvarVal : value;
-            const bool refers = isVariable || held.vt == VT_BSTR || (held.vt & VT_ARRAY);
-            arguments.push_back(refers ? test::Ref(held.vt, &held.byref) : value);
-        }
-        return arguments;
+        return test::Invoke(object, name.c_str(), flags, {values.begin(), values.end()});
     }
 
     static std::wstring ErrorOf(const test::Outcome& outcome) {
@@ -309,8 +272,6 @@ class ScenarioRun {
         const bool failed = FAILED(outcome.result);
         const std::wstring given = failed ? ErrorOf(outcome) : L"= " + Show(outcome.value);
         if (failed && !wanted.empty() && Alike(wanted + L" ", given + L" ")) return;
-        // A script's engine has numbers of its own for what it is refused.
-        if (failed && way_ == Way::kByScript && wanted.starts_with(L"! 0x8002")) return;
         const bool same = !failed && given == L"= NullText" && wanted == L"= \"\"";  // to a client
         if (failed || !(same || wanted.empty())) Same(wanted.empty() ? L"success" : wanted, given);
     }
@@ -327,17 +288,15 @@ class ScenarioRun {
     }
 
     static constexpr std::pair<std::wstring_view, void (ScenarioRun::*)(std::wstring)> kVerbs[] = {
-        {L"let ", &ScenarioRun::Let},           {L"set ", &ScenarioRun::Set},       {L"file ", &ScenarioRun::File},
-        {L"folder ", &ScenarioRun::Folder},     {L"delete ", &ScenarioRun::Delete}, {L"key ", &ScenarioRun::Key},
-        {L"value ", &ScenarioRun::StoredValue}, {L"memory", &ScenarioRun::Memory},  {L"on ", &ScenarioRun::On},
-        {L"drop", &ScenarioRun::Drop},          {L"canvas ", &ScenarioRun::DrawOn}, {L"pixel ", &ScenarioRun::Pixel},
-        {L"held below ", &ScenarioRun::Held},   {L"user ", &ScenarioRun::UserDoes}, {L"printer", &ScenarioRun::Printer},
-        {L"until ", &ScenarioRun::Until},       {L"listen", &ScenarioRun::Listen},  {L"leave", &ScenarioRun::Leave},
-        {L"each = ", &ScenarioRun::Each},
+        {L"let ", &ScenarioRun::Let},        {L"set ", &ScenarioRun::Set},           {L"file ", &ScenarioRun::File},
+        {L"key ", &ScenarioRun::Key},        {L"value ", &ScenarioRun::StoredValue}, {L"memory", &ScenarioRun::Memory},
+        {L"on ", &ScenarioRun::On},          {L"drop", &ScenarioRun::Drop},          {L"canvas ", &ScenarioRun::DrawOn},
+        {L"pixel ", &ScenarioRun::Pixel},    {L"held below ", &ScenarioRun::Held},   {L"user ", &ScenarioRun::UserDoes},
+        {L"printer", &ScenarioRun::Printer}, {L"until ", &ScenarioRun::Until},       {L"listen", &ScenarioRun::Listen},
+        {L"leave", &ScenarioRun::Leave},     {L"each = ", &ScenarioRun::Each},
     };
 
     const Scenario& scenario_;
-    const Way way_;
     int number_ = 0;
     std::wstring said_;  // the step, with one part of its braces
     const test::ScopedVariable boxes_{L"VELKSPRT_REPORTS", nullptr};
@@ -353,8 +312,6 @@ class ScenarioRun {
     const test::Heap heap_{test::Library(), [this](std::size_t size) { return size >= scarce_; }};
     std::map<std::wstring, Canvas> canvases_;
     Variables variables_;
-    std::map<std::wstring, Script> scripts_;
-    std::set<IDispatch*> foreign_;  // the platform's, which are called by name only
     ComPtr<IDispatch> object_ = New(scenario_.className);
     std::vector<std::vector<std::wstring>> on_;
     std::unique_ptr<test::Connection> listener_;
@@ -363,9 +320,9 @@ class ScenarioRun {
 }  // namespace
 
 // The library and the platform keep what they need from first calls on, so what leaves something is played once more.
-void Play(const Scenario& scenario, Way way) {
+void Play(const Scenario& scenario) {
     for (const bool again : {false, true}) {
-        ScenarioRun run(scenario, way);
+        ScenarioRun run(scenario);
         run.Play();
         const std::wstring left = run.Left();
         if (left.empty() || testing::Test::HasFailure()) return;

@@ -23,10 +23,7 @@ struct Scenario {
 
 std::list<Scenario> ScenariosOf(const std::filesystem::path& path);
 
-// How members are called.
-enum class Way { kLateBound, kBySlot, kByScript };
-
-void Play(const Scenario& scenario, Way way);
+void Play(const Scenario& scenario);
 
 // The line once for each part of its braces.
 std::vector<std::wstring> Alternatives(const std::wstring& line);
