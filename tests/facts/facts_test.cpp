@@ -34,8 +34,8 @@
 //   drop                       gives the object up
 //   user types 0x47C "name", selects 0x471 "Bold", sees 0x480 "2", presses 1
 //                              in the dialog that the next step shows, by its controls' numbers;  selects 0x470 other
-//                              names what was not selected other;  user cancels: if there is a dialog;  printer: there
-//                              is one while the scenario runs, the default one
+//                              names what was not selected other;  printer: there is one while the scenario runs, the
+//                              default one
 //   until Member = False       asks for up to five seconds
 //
 // What a call fills: 5 a Long, 5i 16 bits, 5b a byte, 5q 64 bits, 5p as wide as an address, _ what stays; each at a

@@ -41,17 +41,14 @@ inline ComPtr<IDispatch> Farewell(const std::function<void()>& bye) {
         [kept = std::shared_ptr<void>(nullptr, [bye](void*) { bye(); })](auto...) { return DISP_E_MEMBERNOTFOUND; });
 }
 
-// Hears the first source of events of an object, each event as a line: "Progress 0.5f".
+// Hears the events of an object, each event as a line: "Progress 0.5f".
 inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::function<void(const std::wstring&)> hear) {
-    ComPtr<IEnumConnectionPoints> points;
-    ComPtr<IConnectionPoint> point;
     ComPtr<ITypeLib> types;
     ComPtr<ITypeInfo> events;
     IID iid;
-    const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
-    if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) throw std::runtime_error("no events");
-    points->Next(1, point.Receive(), nullptr);
-    point->GetConnectionInterface(&iid);
+    const auto described = ComPtr<IUnknown>(source).As<IProvideClassInfo2>();
+    if (!described || FAILED(described->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &iid)))
+        throw std::runtime_error("no events");
     LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
     types->GetTypeInfoOfGuid(iid, events.Receive());
     const auto sink = test::Callee::Make([events, hear](DISPID id, DISPPARAMS* given) {

@@ -1,53 +1,21 @@
 // What the platform does to the shell's classes where it may depart from its documentation.
 #include "platform/text.h"
 #include "support/departures.h"
-#include "support/dialog_driver.h"
 #include "support/fake.h"
 #include "support/late_bound.h"
-#include "support/own_process.h"
 #include "support/report_recorder.h"
 #include "support/scratch_folder.h"
-#include "support/test_printer.h"
 
 #include <commdlg.h>
 
 namespace velk::test {
 namespace {
 
-TEST(ShellPlatform, AnswersAFontDialogThatItCannotMake) {
-    LOGFONTA font{};
-    CHOOSEFONTA record{};
-    record.lStructSize = sizeof record;
-    record.lpLogFont = &font;
-    record.Flags = CF_SCREENFONTS | CF_ENABLETEMPLATEHANDLE;
-    EXPECT_EQ(Departs("ChooseFont") ? -1 : 0, ChooseFontA(&record));
-}
-
 TEST(ShellPlatform, ShowsProperties) {
     const ScratchFolder folder;
     const auto shell = CreateObject<IDispatch>(__uuidof(::CShellExecute));
     const HRESULT shown = Call(shell.get(), L"ShowProperties", {Text(folder.Write(L"shown.txt", ""))}).code;
     EXPECT_EQ(Departs("ShellExecuteEx, properties") ? static_cast<HRESULT>(0x80044678) : S_OK, shown);
-}
-
-TEST(ShellPlatform, SurvivesAHookThatIsNotThereAndALongName) {
-    const TestPrinter printer;
-    EXPECT_EQ(Departs("PrintDlg"), OwnProcess(L"*DISABLED_LacksAHook").Ended() != 42);
-    EXPECT_EQ(Departs("ShellExecuteEx, long name"), OwnProcess(L"*DISABLED_GetsALongName").Ended() != 42);
-}
-
-TEST(ShellPlatform, DISABLED_LacksAHook) {
-    const auto dialog = CreateObject<IDispatch>(__uuidof(::CPrintDialog));
-    const DialogDriver user([](HWND window) { Press(window, IDCANCEL); });
-    Let(dialog.get(), L"Flags", {Arg(LONG{priEnablePrintHook})});
-    Call(dialog.get(), L"Show");
-    std::exit(42);
-}
-
-TEST(ShellPlatform, DISABLED_GetsALongName) {
-    const auto shell = CreateObject<IDispatch>(__uuidof(::CShellExecute));
-    EXPECT_NE(-1, Call(shell.get(), L"LaunchProgram", {Arg(0L), Text(std::wstring(5000, L'x'))}).value.lVal);
-    std::exit(42);
 }
 
 // The platform's font object answers with the name of an installed font that is like the one asked for. Here it gives
