@@ -16,15 +16,7 @@
 #include "winhelpers/support/nc_metrics.h"
 #include "winhelpers/test_bitmaps.h"
 
-namespace velk {
-
-struct NCMetricsProbe {
-    static void Fill(const LOGFONTA& logFont, HDC context, IFont* font) {
-        cNCMetrics::pLogFontToStdFont(logFont, context, font);
-    }
-};
-
-namespace test {
+namespace velk::test {
 namespace {
 
 // What is tested lies in this program, too.
@@ -47,58 +39,51 @@ class DrawingSupport : public testing::Test {
     const int before = GdiObjects();
 };
 
-TEST_F(DrawingSupport, MemDCGrowsAndNeverShrinks) {
+HRESULT STDMETHODCALLTYPE NoHandle(void*, OLE_HANDLE*) { return OLE_E_BLANK; }
+
+TEST_F(DrawingSupport, MemDCGrowsAndCopiesPicturesToItsTopLeftCorner) {
+    const ComPtr<IPictureDisp> large = PictureOf(L"blue.bmp"), small = PictureOf(L"red.bmp");
     cMemDC memory;
     EXPECT_EQ(nullptr, memory.HDC());
     EXPECT_EQ(0, memory.Width() | memory.Height());
-    memory.SetWidth(20), memory.SetHeight(10);
-    const HDC context = memory.HDC();
-    Paint(context, kRed, {0, 0, 20, 10});
-    memory.SetWidth(20), memory.SetWidth(5), memory.SetHeight(-3);
-    EXPECT_EQ(context, memory.HDC());
-    EXPECT_EQ(kRed, GetPixel(context, 19, 9));
-    EXPECT_EQ(CLR_INVALID, GetPixel(context, 20, 9));
-    HGDIOBJ removed = nullptr;
-    const auto remove = [&](HGDIOBJ object) {
-        EXPECT_NE(nullptr, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "the context goes last";
-        EXPECT_NE(object, GetCurrentObject(memory.HDC(), OBJ_BITMAP)) << "still selected";
-        return removed = object, TRUE;
-    };
-    {
-        const Fake removes("DeleteObject", &DeleteObject, remove, Here());
-        memory.SetHeight(11);
-    }
-    EXPECT_TRUE(DeleteObject(removed));
-    EXPECT_EQ(20, memory.Width());
-    EXPECT_NE(kRed, GetPixel(memory.HDC(), 19, 9)) << "a new bitmap is empty";
-    EXPECT_NE(CLR_INVALID, GetPixel(memory.HDC(), 19, 10));
-    {
-        const auto refused = [](HDC, HGDIOBJ) { return HGDIOBJ{}; };
-        const Fake refuse("SelectObject", &SelectObject, refused, Here());
-        memory.SetWidth(21);
-    }
-    EXPECT_EQ(nullptr, memory.HDC());
-    EXPECT_EQ(20, memory.Width()) << "the size stays";
-    EXPECT_EQ(before, GdiObjects());
-}
-
-HRESULT STDMETHODCALLTYPE NoHandle(void*, OLE_HANDLE*) { return OLE_E_BLANK; }
-
-TEST_F(DrawingSupport, MemDCCopiesPicturesToItsTopLeftCorner) {
-    const ComPtr<IPictureDisp> large = PictureOf(L"blue.bmp"), small = PictureOf(L"red.bmp");
-    cMemDC memory;
     memory.CreateFromPicture(large.get());
-    EXPECT_EQ(12, memory.Height());
+    const HDC context = memory.HDC();
+    memory.SetWidth(30), memory.SetWidth(5), memory.SetHeight(-3);
     memory.CreateFromPicture(small.get());
-    EXPECT_EQ(30, memory.Width());
+    EXPECT_EQ(context, memory.HDC()) << "it never shrinks";
     ExpectReport(L"cMemDC.CreateFromPicture", 91, [&] { memory.CreateFromPicture(nullptr); });
     void** const slot = *reinterpret_cast<void***>(small.As<IPicture>(IID_IPicture).get()) + 3;  // get_Handle
     void* const original = WriteInto(slot, Address(&NoHandle));
     ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK, [&] { memory.CreateFromPicture(large.get()); });
     WriteInto(slot, original);
-    EXPECT_EQ(kRed, GetPixel(memory.HDC(), 3, 2));
-    EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 4, 2));
-    EXPECT_EQ(kBlue, GetPixel(memory.HDC(), 29, 11));
+    for (const auto& [x, y, colour] : {std::tuple{3, 2, kRed},
+                                       {4, 2, kBlue},
+                                       {3, 3, kBlue},
+                                       {29, 11, kBlue},
+                                       {30, 11, CLR_INVALID},
+                                       {29, 12, CLR_INVALID}})
+        EXPECT_EQ(colour, GetPixel(memory.HDC(), x, y)) << x << ' ' << y;
+    HGDIOBJ removed = nullptr;
+    {
+        const Fake deletes(
+            "DeleteObject", &DeleteObject,
+            [&](HGDIOBJ object) {
+                const HGDIOBJ selected = GetCurrentObject(memory.HDC(), OBJ_BITMAP);
+                EXPECT_TRUE(selected && selected != object) << "the context goes last";
+                return removed = object, TRUE;
+            },
+            Here());
+        memory.SetHeight(13);
+    }
+    EXPECT_TRUE(DeleteObject(removed));
+    EXPECT_EQ(RGB(0, 0, 0), GetPixel(memory.HDC(), 29, 12)) << "a new bitmap is empty";
+    {
+        const Fake refuse(
+            "SelectObject", &SelectObject, [](HDC, HGDIOBJ) { return HGDIOBJ{}; }, Here());
+        memory.SetWidth(31);
+    }
+    EXPECT_EQ(nullptr, memory.HDC());
+    EXPECT_EQ((std::pair{30L, 13L}), (std::pair{memory.Width(), memory.Height()})) << "the size stays";
 }
 
 // Every size and font gets its place in the record as its number, so that a mix-up shows.
@@ -111,7 +96,9 @@ class NCMetrics : public testing::Test {
         if (action == SPI_GETICONTITLELOGFONT) return words[0] = 99, TRUE;
         EXPECT_EQ(340u, words[0]);
         for (UINT i = 1; i < 340 / sizeof(UINT); ++i) words[i] = i;
-        return words[59] = 700, TRUE;  // the status font's weight
+        words[59] = 700;  // the status font's weight
+        if (menuFont_) static_cast<NONCLIENTMETRICSA*>(record)->lfMenuFont = *menuFont_;
+        return TRUE;
     }
     static LOGFONTA Read(LONG font) {
         LOGFONTA logFont{};
@@ -119,7 +106,8 @@ class NCMetrics : public testing::Test {
         return logFont;
     }
 
-    static inline UINT refused_;
+    static inline UINT refused_ = 0;
+    static inline const LOGFONTA* menuFont_ = nullptr;
     cNCMetrics metrics_;
     ImportPatch patch_{Here(), "SystemParametersInfoA", Address(&Numbered)};
 };
@@ -153,9 +141,6 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecordsWithCachedFontsAndBolderOnes) {
         EXPECT_NE(one.get(), other.get());
         EXPECT_EQ(weight, Read(HandleToLong(one.get())).lfWeight) << number;
     }
-    CY size{};
-    EXPECT_EQ(S_OK, metrics_.Font(nullptr, 2).As<IFont>()->get_Size(&size));
-    EXPECT_NEAR(400000, size.int64, 12000) << "always the menu font; the platform rounds its size to what it has";
 }
 
 TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
@@ -165,12 +150,11 @@ TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
 }
 
 // As the platform makes a font of the same description: it rounds sizes and replaces faces by what it has.
-TEST_F(NCMetrics, FillsAFontFromARecord) {
+TEST_F(NCMetrics, GivesTheMenuFontAsAnObject) {
     const ScreenContext screen(GetDC(nullptr));
     ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY));
-    const auto values = [](IFont* font) {
-        return Facts(ComPtr<IFont>(font).As<IDispatch>().get(),
-                     {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"});
+    const auto values = [](const ComPtr<IFontDisp>& font) {
+        return Facts(font.get(), {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"});
     };
     wchar_t name[] = L"Tahoma";
     const std::pair<LOGFONTA, FONTDESC> cases[] = {
@@ -179,15 +163,14 @@ TEST_F(NCMetrics, FillsAFontFromARecord) {
         {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "Tahoma"},
          {sizeof(FONTDESC), name, {{97500, 0}}, FW_BOLD, 238, TRUE, FALSE, FALSE}}};
     for (auto [record, description] : cases) {
-        ComPtr<IFont> wanted;
-        EXPECT_EQ(S_OK, OleCreateFontIndirect(&description, IID_IFont, wanted.ReceiveVoid()));
-        const auto font = metrics_.Font(screen.get(), 1).As<IFont>();
-        NCMetricsProbe::Fill(record, screen.get(), font.get());
-        EXPECT_EQ(values(wanted.get()), values(font.get()));
-        ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { NCMetricsProbe::Fill({}, nullptr, font.get()); });
-        EXPECT_EQ(Facts(wanted.As<IDispatch>().get(), {L"Size", L"Bold"}),
-                  Facts(font.As<IDispatch>().get(), {L"Size", L"Bold"}));
+        menuFont_ = &record;
+        EXPECT_TRUE(metrics_.GetMetrics());
+        ComPtr<IFontDisp> wanted;
+        EXPECT_EQ(S_OK, OleCreateFontIndirect(&description, IID_IFontDisp, wanted.ReceiveVoid()));
+        EXPECT_EQ(values(wanted), values(metrics_.Font(screen.get(), 2))) << "whichever is asked for";
     }
+    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { EXPECT_TRUE(metrics_.Font(nullptr, 1)); });
+    menuFont_ = nullptr;
 }
 
 // On white, with black text on yellow ground as the context's own colours.
@@ -195,12 +178,14 @@ TEST_F(DrawingSupport, DottedBrushDrawsLinesFramesAndFillings) {
     const Sheet sheet(112, 36);
     const HDC dc = sheet.get();
     const HGDIOBJ selected = GetCurrentObject(dc, OBJ_BRUSH);
-    constexpr COLORREF kBack = RGB(255, 255, 0), kText = 0;
-    SetBkColor(dc, kBack);
-    SetTextColor(dc, kText);
+    SetBkColor(dc, RGB(255, 255, 0));
+    SetTextColor(dc, 0);
     {
         cDottedBrush brush;
         EXPECT_FALSE(brush.Create());
+        const int made = GdiObjects();
+        brush.Create();
+        EXPECT_EQ(made, GdiObjects());
         brush.DrawLine(dc, 2, 3, 17, 2);
         brush.DrawLine(dc, 22, 1, 5, 20, PATCOPY, kBlue, kRed);
         brush.DrawLine(dc, 30, 0, 24, 1, PATCOPY, static_cast<LONG>(0x80000000 | COLOR_WINDOWTEXT), kRed);
@@ -209,21 +194,12 @@ TEST_F(DrawingSupport, DottedBrushDrawsLinesFramesAndFillings) {
         Paint(dc, kWhite, {58, 0, 112, 14});
         brush.DrawLine(dc, 60, 0, 24, 3, PATINVERT);
         brush.Rectangle(dc, 90, 0, 10, 10, 1, PATINVERT);
-        EXPECT_EQ(kBack, GetBkColor(dc));
-        EXPECT_EQ(kText, GetTextColor(dc));
         brush.SetBrushOrigin(dc, 3, 0);
-        brush.DrawLine(dc, 0, 28, 24, 2);
-        POINT origin{};
-        GetBrushOrgEx(dc, &origin);
-        EXPECT_EQ((std::pair{5L, 0L}), (std::pair{origin.x, origin.y}));
-        brush.Rectangle(dc, 30, 28, 6, 5, 1, PATCOPY, true, kBlue, kRed);
-        EXPECT_EQ(kBlue, GetBkColor(dc)) << "a filling keeps the colours that it set";
-        EXPECT_EQ(kRed, GetTextColor(dc));
-        EXPECT_EQ(selected, GetCurrentObject(dc, OBJ_BRUSH));
         ExpectReport(L"cDottedBrush.SetBrushOrigin", 6, [&] { brush.SetBrushOrigin(dc, LONG_MIN, 0); });
-        const int made = GdiObjects();
-        brush.Create();
-        EXPECT_EQ(made, GdiObjects());
+        brush.DrawLine(dc, 0, 28, 24, 2);
+        brush.Rectangle(dc, 30, 28, 6, 5, 1, PATCOPY, true, kBlue, kRed);
+        brush.DrawLine(dc, 40, 28, 24, 2);  // a filling keeps the colours that it set
+        EXPECT_EQ(selected, GetCurrentObject(dc, OBJ_BRUSH));
         brush.Destroy();
         EXPECT_EQ(made - 1, GdiObjects());
     }
@@ -236,5 +212,4 @@ TEST_F(DrawingSupport, DottedBrushDrawsLinesFramesAndFillings) {
 }
 
 }  // namespace
-}  // namespace test
-}  // namespace velk
+}  // namespace velk::test

@@ -52,8 +52,6 @@ class cNCMetrics {
     ComPtr<IFontDisp> Font(HDC context, LONG number) const noexcept;
 
   private:
-    friend struct NCMetricsProbe;  // tests
-
     LOGFONTA LogFontOf(LONG number) const noexcept;
     Variant plGetFont(LONG number, const LOGFONTA& logFont) noexcept;
     static void pLogFontToStdFont(const LOGFONTA& logFont, HDC context, IFont* font) noexcept;
