@@ -96,7 +96,7 @@ class IconMenuDrawing : public IconMenuTest {
     IconMenuDrawing() {
         icons_->put_ImageList(HandleToLong(images_.get()));
         for (const UINT position : {kOpen, kChecked, kDisabled}) icons_->put_CommandImage(CommandAt(position), 0);
-        icons_->put_SubmenuImage(HandleOf(ItemsOf(menu)[kMore].submenu), 1);
+        icons_->put_SubmenuImage(HandleOf(more), 1);
         Open(menu);
     }
     // Such a list is refused, and CommandPicture is what 64-bit programs use.
@@ -223,18 +223,23 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
     sheet.ExpectIs(L"menu_pictures");
 }
 
-TEST_F(IconMenuDrawing, RefusesBadIconsAndKeepsTheOldOnes) {
-    constexpr HRESULT kBadCall = static_cast<HRESULT>(0x800A0005), kSubscript = static_cast<HRESULT>(0x800A0009);
+TEST_F(IconMenuDrawing, RefusesBadIconsAndWindowsAndKeepsTheOldOnes) {
+    constexpr auto kRunTime = static_cast<HRESULT>(0x800A0000);
     const std::array<char, 300> memory{};
-    const LONG list = HandleToLong(images_.get()), gone = HandleOf(FullMenu().get());
-    for (const LONG bad : {gone, HandleToLong(memory.data())}) EXPECT_EQ(kBadCall, icons_->put_ImageList(bad));
-    EXPECT_EQ(kSubscript, icons_->put_CommandImage(kCommand, 2));
-    EXPECT_EQ(kSubscript, icons_->put_SubmenuImage(HandleOf(menu), 2));
-    EXPECT_EQ(kBadCall, icons_->put_SubmenuPicture(gone, nullptr));
-    EXPECT_EQ(std::to_wstring(list), Fact(icons_.get(), L"ImageList"));
+    const LONG list = HandleToLong(images_.get()), gone = HandleOf(FullMenu().get()), window = window_.handle();
+    for (const LONG bad : {window & 0xFFFF, HandleToLong(GetDesktopWindow())})
+        EXPECT_EQ(kRunTime + 5, icons_->Attach(bad));
+    for (const LONG bad : {gone, HandleToLong(memory.data())}) EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(bad));
+    EXPECT_EQ(kRunTime + 9, icons_->put_CommandImage(kCommand, 2));
+    EXPECT_EQ(kRunTime + 9, icons_->put_SubmenuImage(HandleOf(menu), 2));
+    EXPECT_EQ(kRunTime + 5, icons_->put_SubmenuPicture(gone, nullptr));
+    EXPECT_EQ(std::to_wstring(window) + L"|" + std::to_wstring(list) + L"|",
+              Facts(icons_.get(), {L"hWnd", L"ImageList"}));
     EXPECT_EQ(L"0", Fact(icons_.get(), L"CommandImage", {Arg(kCommand)}));
-    const Fake none("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
-    EXPECT_EQ(kBadCall, icons_->put_ImageList(list)) << "without the library that has image lists";
+    const Fake noLists("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
+    const Fake noHooks("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
+    EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(list)) << "without the library that has image lists";
+    EXPECT_EQ(kRunTime + 429, CreateObject<_cIconMenu>(__uuidof(::cIconMenu))->Attach(window));
 }
 
 TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown) {
@@ -254,7 +259,7 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown
     for (int change = 1; change <= 3; ++change) {
         Send(WM_SETTINGCHANGE);
         showAll();  // still open: drawn in the fonts that it was measured in
-        Send(WM_INITMENUPOPUP, ItemsOf(menu)[kMore].submenu);
+        Send(WM_INITMENUPOPUP, more);
         EXPECT_EQ(change, system_.asked) << "so are its submenus";
         Reopen(), showAll();
         EXPECT_EQ(change + 1, system_.asked);

@@ -26,10 +26,10 @@ struct Destroyed {
 using Menu = UniqueHandle<Destroyed<HMENU, &DestroyMenu>>;
 using Images = UniqueHandle<Destroyed<HIMAGELIST, &ImageList_Destroy>>;
 
-// All that a client can see of an item.
+// All that a client can see of an item, but for the highlight.
 struct ItemOfMenu {
     UINT type = 0, state = 0, id = 0;
-    HMENU submenu = nullptr;
+    bool opens = false;  // a submenu, by whose handle it is known
     ULONG_PTR data = 0;
     std::wstring text{};
 
@@ -43,7 +43,9 @@ inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
         const UINT mask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
         MENUITEMINFOW info{sizeof info, mask, 0, 0, 0, nullptr, nullptr, nullptr, 0, text, ARRAYSIZE(text), nullptr};
         EXPECT_TRUE(GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info));
-        items.push_back({info.fType, info.fState, info.wID, info.hSubMenu, info.dwItemData, text});
+        const bool opens = info.hSubMenu != nullptr;
+        const UINT state = info.fState & ~UINT{MFS_HILITE}, id = opens ? 0 : info.wID;
+        items.push_back({info.fType, state, id, opens, info.dwItemData, text});
     }
     return items;
 }
@@ -51,7 +53,7 @@ inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
 // What the mask names becomes what the item says.
 inline void Change(HMENU menu, UINT position, UINT mask, const ItemOfMenu& item) {
     const auto text = const_cast<LPWSTR>(item.text.c_str());
-    const MENUITEMINFOW info{sizeof info, mask,    item.type, item.state, item.id, item.submenu,
+    const MENUITEMINFOW info{sizeof info, mask,    item.type, item.state, item.id, nullptr,
                              nullptr,     nullptr, item.data, text,       0,       nullptr};
     EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
 }
@@ -78,19 +80,11 @@ inline Menu FullMenu(HBITMAP bitmap = nullptr) {
     if (bitmap) ModifyMenuW(menu, kBitmap, MF_BYPOSITION | MF_BITMAP, 100 + kBitmap, reinterpret_cast<LPCWSTR>(bitmap));
     CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
     SetMenuDefaultItem(menu, kDefault, TRUE);
-    for (const UINT position : {kOpen, kOwn}) Change(menu, position, MIIM_DATA, {.data = 12345});
+    for (const UINT position : {kOpen, kOwn, kBitmap}) Change(menu, position, MIIM_DATA, {.data = 12345});
     return Menu(menu);
 }
 
-// A letter an item: d when it is drawn by the library.
-inline std::string Drawn(HMENU menu) {
-    std::string drawn;
-    for (const ItemOfMenu& item : ItemsOf(menu)) {
-        const bool own = item.id == UINT{CommandAt(kOwn)} || item.id == UINT{CommandAt(kBitmap)};
-        drawn += item.type & MFT_OWNERDRAW && !own ? 'd' : '.';
-    }
-    return drawn;
-}
+inline bool IsDrawn(HMENU menu) { return GetMenuState(menu, 0, MF_BYPOSITION) & MF_OWNERDRAW; }
 
 class IconMenuTest : public testing::Test {
   protected:
@@ -111,7 +105,7 @@ class IconMenuTest : public testing::Test {
     TestWindow window_;
     ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
     Menu menu_ = FullMenu();
-    HMENU menu = menu_.get();
+    HMENU menu = menu_.get(), more = GetSubMenu(menu, kMore);
 };
 
 }  // namespace velk::test
