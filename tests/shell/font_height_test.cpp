@@ -18,7 +18,8 @@ TEST(FontHeight, IsExactOrOverflowsAndHalvesGoToTheEvenNeighbour) {
     };
     const std::pair<int, std::int16_t> screens[] = {{72, 72},   {96, 96},   {120, 120}, {144, 144},
                                                     {168, 160}, {192, 180}, {256, 240}, {1440, 1440}};
-    for (const auto& [dots, pixels] : screens) {
+    for (const auto& [dots, perInch] : screens) {
+        const int pixels = perInch;
         EXPECT_EQ(pixels, PixelsPerInch(dots));  // by whole twips
         for (std::int16_t size = -500; size <= 500; ++size) {
             expect(std::abs(size * pixels) < 32768, -size * pixels / 72.0, [=] { return FromPoints(size, pixels); });
