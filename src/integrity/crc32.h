@@ -31,7 +31,7 @@ class CCRC32 final : public AutomationObject<_CCRC32> {
     LONG ChecksumOfFile();
     LONG ChecksumOf(const void* bytes, std::size_t size) noexcept;
     void RaiseStringProgress(std::size_t size) noexcept;
-    void RaiseProgress(double fraction) noexcept;
+    void RaiseProgress(FLOAT fraction) noexcept;
 
     std::wstring inputFileName_;
     EventSource events_;

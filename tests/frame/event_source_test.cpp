@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "support/client.h"
 #include "support/event_sink.h"
 
@@ -90,15 +89,11 @@ TEST_F(EventSourceTest, EnumeratesItsPointAndASnapshotOfItsConnections) {
 TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers) {
     const auto late = EventSink::Make();
     const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
-    const Bstr text(L"net");
-    const auto raise = [&] { own_.point().Raise(1, {7L, ByReference(text.get()), true, ByReference(0.5f)}); };
+    const FLOAT half = 0.5f;
+    const auto raise = [&] { own_.point().Raise(1, {&half, 1}); };
     first_->answer = DISP_E_EXCEPTION;
-    first_->onEvent = second_->onEvent = [&](VARIANT* last) {
-        EXPECT_EQ(7, last[3].lVal);
-        EXPECT_EQ(L"net", View(*last[2].pbstrVal)) << "what the sink before has made of it";
-        EXPECT_EQ(S_OK, VarBstrCat(*last[2].pbstrVal, *last[2].pbstrVal, last[2].pbstrVal));
-        EXPECT_EQ(VARIANT_TRUE, last[1].boolVal);
-        *last[0].pfltVal = 0.25f;
+    first_->onEvent = second_->onEvent = [&](VARIANT* number) {
+        *number->pfltVal = 0.25f;
         if (!second_->events.empty()) return;
         for (const int i : {0, 2}) point_->Unadvise(cookies[i]);  // the second must not be skipped for it
         EXPECT_EQ(2u, first_->count()) << "by the event alone";
@@ -110,7 +105,6 @@ TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers)
     EXPECT_EQ(0.5, second_->events[0].value);
     EXPECT_TRUE(first_->events.size() == 1 && third_->events.empty() && late->events.empty());
     EXPECT_EQ(2u, first_->count() + third_->count());
-    EXPECT_EQ(L"net", View(text.get()));
 
     point_->Unadvise(cookies[1]);
     late->onEvent = [&](VARIANT*) {  // now the only sink

@@ -4,8 +4,6 @@
 #include <utility>
 
 #include "frame/object/enumerator.h"
-#include "platform/system_errors.h"
-#include "platform/variant.h"
 
 namespace velk {
 namespace {
@@ -27,37 +25,13 @@ struct ConnectionItem {
     }
 };
 
-// Field by field, as a variant is slow to copy right after it was filled in.
-void Fill(VARIANT* place, const EventArgument& argument) noexcept {
-    place->vt = argument.type;
-    place->llVal = static_cast<LONGLONG>(argument.bits);
-}
-
-// Without memory for a sink's own variables the event does not reach it, and the computation goes on.
-void CallSink(IDispatch* sink, DISPID event, std::initializer_list<EventArgument> arguments) noexcept {
-    VARIANT passed[ConnectionPoint::kMostArguments], variables[ConnectionPoint::kMostArguments];
-    VARIANT* place = passed + arguments.size();  // the last argument comes first
-    VARIANT* variable = variables;
-    HRESULT result = S_OK;
-    for (const EventArgument& argument : arguments) {
-        Fill(--place, argument);
-        if (!argument.isVariable) continue;
-        if (IsSelfContained(argument.type)) {
-            Fill(variable, argument);
-        } else {
-            variable->vt = VT_EMPTY;
-            if (SUCCEEDED(result)) result = VariantCopy(variable, place);
-        }
-        place->vt = argument.type | VT_BYREF;
-        place->byref = &variable++->byref;
-    }
-    DISPPARAMS parameters{passed, nullptr, static_cast<UINT>(arguments.size()), 0};
-    if (SUCCEEDED(result)) {
-        sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
-    }
-    while (variable != variables) {
-        if (!IsSelfContained((--variable)->vt)) VariantClear(variable);
-    }
+void CallSink(IDispatch* sink, DISPID event, const FLOAT& number) noexcept {
+    FLOAT variable = number;
+    VARIANT passed;
+    passed.vt = VT_BYREF | VT_R4;
+    passed.pfltVal = &variable;
+    DISPPARAMS parameters{&passed, nullptr, 1, 0};
+    sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
 }
 
 }  // namespace
@@ -144,14 +118,16 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) no
     return E_OUTOFMEMORY;
 }
 
-void ConnectionPoint::Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept {
-    const std::size_t before = std::exchange(inEvent_, sinks_.size());
-    const std::size_t count = inEvent_;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (sinks_[i].cookie != 0) CallSink(sinks_[i].object.get(), event, arguments);
+void ConnectionPoint::Raise(DISPID event, std::span<const FLOAT> numbers) noexcept {
+    for (const FLOAT& number : numbers) {
+        const std::size_t before = std::exchange(inEvent_, sinks_.size());
+        const std::size_t count = inEvent_;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (sinks_[i].cookie != 0) CallSink(sinks_[i].object.get(), event, number);
+        }
+        inEvent_ = before;
+        if (disconnected_ != 0) ReleaseDisconnected(before);
     }
-    inEvent_ = before;
-    if (disconnected_ != 0) ReleaseDisconnected(before);
 }
 
 // Those that an outer event is still on its way to stay. A sink is released when the list is in order again.

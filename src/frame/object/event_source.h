@@ -1,38 +1,14 @@
 // Connection points for a class that raises events: one outgoing dispatch interface, any number of sinks.
 #pragma once
 
-#include <bit>
-#include <cstdint>
-#include <initializer_list>
+#include <cstddef>
+#include <span>
 #include <vector>
 
 #include "platform/com_ptr.h"
 #include "platform/platform.h"
 
 namespace velk {
-
-// What an event carries. A text or an object is the caller's and is only read.
-struct EventArgument {
-    EventArgument(bool truth) noexcept : EventArgument(VT_BOOL, truth ? 0xFFFF : 0) {}
-    EventArgument(LONG number) noexcept : EventArgument(VT_I4, static_cast<ULONG>(number)) {}
-    EventArgument(FLOAT number) noexcept : EventArgument(VT_R4, std::bit_cast<std::uint32_t>(number)) {}
-    EventArgument(double number) noexcept : EventArgument(VT_R8, std::bit_cast<std::uint64_t>(number)) {}
-    EventArgument(BSTR text) noexcept : EventArgument(VT_BSTR, reinterpret_cast<ULONG_PTR>(text)) {}
-    EventArgument(IDispatch* object) noexcept : EventArgument(VT_DISPATCH, reinterpret_cast<ULONG_PTR>(object)) {}
-
-    std::uint64_t bits;
-    VARTYPE type;
-    bool isVariable = false;
-
-  private:
-    EventArgument(VARTYPE kind, std::uint64_t value) noexcept : bits(value), type(kind) {}
-};
-
-// An [in, out] argument: each sink gets a variable of its own, and nobody sees what it writes there.
-inline EventArgument ByReference(EventArgument argument) noexcept {
-    argument.isVariable = true;
-    return argument;
-}
 
 // Holds the sinks. Its lifetime is its owner's; its identity is its own, as connection points are to have.
 class ConnectionPoint final : public IConnectionPoint {
@@ -43,11 +19,11 @@ class ConnectionPoint final : public IConnectionPoint {
     const IID& events() const noexcept { return events_; }
     bool HasSinks() const noexcept { return sinks_.size() > disconnected_; }
 
-    // Calls every sink that is connected now, with up to kMostArguments arguments in the order of their
-    // declaration. While it is called a sink may connect or disconnect any sink, and drop the last reference to the
-    // owner, one of whose members is running and keeps it. What a sink answers, errors included, is its own affair.
-    void Raise(DISPID event, std::initializer_list<EventArgument> arguments) noexcept;
-    static constexpr std::size_t kMostArguments = 8;
+    // Raises one event for each number. It calls every sink that is connected then with the number as an [in, out]
+    // argument: each gets a variable of its own, and nobody sees what it writes there. While it is called a sink may
+    // connect or disconnect any sink, and drop the last reference to the owner, one of whose members is running and
+    // keeps it. What a sink answers, errors included, is its own affair.
+    void Raise(DISPID event, std::span<const FLOAT> numbers) noexcept;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override;
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return container_->AddRef(); }
