@@ -2,13 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <limits>
 #include <memory>
-#include <new>
 
-#include "containers/node_list_model.h"
 #include "containers/value_stack.h"
+#include "fuzz/model.h"
 
 namespace velk::test {
 namespace {
@@ -28,18 +25,6 @@ TEST(NodeList, AndAStackMayBeAddedToByTheirLastValues) {
         stack.Push(value([&] { stack.Push(value([] {})); }));
     }
     EXPECT_EQ(200 + 1 + 2, gone);
-}
-
-TEST(NodeList, ASizeBeyondAllMemoryChangesNothing) {
-    NodeList<int> list;
-    list.Create();
-    list.Add(7, 0, 0);
-    const auto before = Seen(list);
-    for (const int size : {std::numeric_limits<int>::max(), 1'000'000'000}) {
-        EXPECT_THROW(list.SetSize(size, 0), std::bad_alloc);
-    }
-    EXPECT_EQ(before, Seen(list));
-    EXPECT_EQ(2, list.Add(8, 0, 0));
 }
 
 }  // namespace

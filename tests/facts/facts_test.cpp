@@ -12,7 +12,7 @@
 //   #0 1 = 2                   a member by its dispatch identifier, which the type library need not list
 //   each = [1, 2]              what For Each gives, and so do an enumerator's other ways to walk
 //   &name = 5                  what a script's variable holds now
-//   let name = 5               a variable; new CStack or a program identifier makes an object, call Member takes what a
+//   let name = 5               a variable; new CStack makes an object, call Member takes what a
 //                              member gives, part {IID} another interface that the object has; name.Member calls it
 //   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together, {1}
 //                              for what stands in the first ones

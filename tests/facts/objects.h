@@ -15,24 +15,15 @@
 
 namespace velk::facts {
 
-// By the name of a class, which the library's manifest tells, or by another program identifier.
+// By the name of a class, which the library's manifest tells.
 inline ComPtr<IDispatch> New(const std::wstring& name) {
     static const test::Activation known(test::BuiltFile(L"VelkSupport.manifest"));
     CLSID clsid;
     ComPtr<IDispatch> object;
-    HRESULT found = CLSIDFromProgID((L"VelkSupport." + name).c_str(), &clsid);
-    if (FAILED(found)) found = CLSIDFromProgID(name.c_str(), &clsid);
-    if (FAILED(found) ||
+    if (FAILED(CLSIDFromProgID((L"VelkSupport." + name).c_str(), &clsid)) ||
         FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.ReceiveVoid())))
         throw std::runtime_error("no class " + ToAnsi(name));
     return object;
-}
-
-// Another dispatch interface of an object, by its identifier.
-inline ComPtr<IDispatch> PartOf(IDispatch* object, const std::wstring& identifier) {
-    IID iid{};
-    IIDFromString(identifier.c_str(), &iid);
-    return ComPtr<IDispatch>(object).As<IDispatch>(iid);
 }
 
 // An object that does something when its last reference is released.

@@ -143,7 +143,11 @@ class ScenarioRun {
             return text.erase(0, found ? kind.size() : 0), found;
         };
         if (is(L"new ")) return test::Owned(test::Arg(New(text).Detach()));
-        if (is(L"part ")) return test::Owned(test::Arg(PartOf(object_.get(), text).Detach()));
+        if (is(L"part ")) {
+            IID iid{};
+            IIDFromString(text.c_str(), &iid);
+            return test::Owned(test::Arg(object_.As<IDispatch>(iid).Detach()));
+        }
         if (is(L"farewell "))
             return test::Owned(test::Arg(Farewell([this, text] { Heard(L"farewell"), Act(text); }).Detach()));
         return is(L"call ") ? Call(text).value : ValueOf(text, variables_);

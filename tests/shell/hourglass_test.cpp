@@ -36,24 +36,6 @@ std::optional<LRESULT> ChooseCross(HWND window, UINT message, WPARAM, LPARAM) {
     return TRUE;
 }
 
-// Such a window in a thread of its own.
-class OtherThread {
-  public:
-    OtherThread() {
-        WaitUntil([&] { return window_ != nullptr; });
-    }
-    ~OtherThread() { PostMessageW(window_, WM_QUIT, 0, 0); }
-    HCURSOR PointerOver() const { return reinterpret_cast<HCURSOR>(SendMessageW(window_, WM_APP, 0, 0)); }
-
-  private:
-    std::atomic<HWND> window_ = nullptr;
-    std::jthread thread_{[this] {
-        const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
-        window_ = window.get();
-        for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
-    }};
-};
-
 class Hourglass : public testing::Test {
   protected:
     static ComPtr<IDispatch> New() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
@@ -75,8 +57,6 @@ TEST_F(Hourglass, CoversEveryWindowUntilItIsTakenAway) {
     Set(hourglass_, true);
     EXPECT_EQ(kWait, GetCursor()) << "at once";
     ExpectOverBoth(kWait, kWait);
-    const TestWindow later(WS_OVERLAPPEDWINDOW, &ChooseCross);
-    EXPECT_EQ(kWait, Over(later)) << "a window made meanwhile";
     Set(hourglass_, false);
     EXPECT_EQ(kCross, GetCursor()) << "the window under the pointer has chosen already";
     ExpectOverBoth(kArrow, kCross);
@@ -102,15 +82,18 @@ TEST_F(Hourglass, IsNotCountedAndGoesWithAnyObject) {
 }
 
 TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
-    const OtherThread early;
-    Set(hourglass_, true);
-    EXPECT_EQ(kWait, early.PointerOver());
-    const OtherThread late;
-    EXPECT_EQ(kCross, late.PointerOver()) << "a thread without windows when it was set";
-    Set(hourglass_, true);
-    EXPECT_EQ(kWait, late.PointerOver()) << "setting it again takes the thread in";
-    Set(hourglass_, false);
-    EXPECT_TRUE(early.PointerOver() == kCross && late.PointerOver() == kCross);
+    std::atomic<HWND> other = nullptr;
+    const std::jthread thread([&] {
+        const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
+        other = window.get();
+        for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
+    });
+    ASSERT_TRUE(WaitUntil([&] { return other != nullptr; }));
+    for (const bool covered : {true, false}) {
+        Set(hourglass_, covered);
+        EXPECT_EQ(covered ? kWait : kCross, reinterpret_cast<HCURSOR>(SendMessageW(other, WM_APP, 0, 0)));
+    }
+    PostMessageW(other, WM_QUIT, 0, 0);
 }
 
 // With the hook on the way.

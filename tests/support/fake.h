@@ -22,15 +22,13 @@ class Fake<Result(WINAPI*)(Given...), Body> {
   public:
     Fake(const char* name, Result(WINAPI*)(Given...), Body body, HMODULE module = Library())
         : patch_(module, name, reinterpret_cast<void*>(&Run)) {
-        body_ = std::move(body), calls_ = 0;
+        body_ = std::move(body);
     }
-    int calls() const noexcept { return calls_; }
 
   private:
-    static Result WINAPI Run(Given... given) { return ++calls_, static_cast<Result>(body_(given...)); }
+    static Result WINAPI Run(Given... given) { return static_cast<Result>(body_(given...)); }
 
     static inline std::function<Result(Given...)> body_;  // each lambda has a type, and so a place, of its own
-    static inline int calls_ = 0;
     ImportPatch patch_;
 };
 template <class Function, class Body>

@@ -17,8 +17,6 @@ class LibraryCopy {
         module_ = LoadLibraryW(path_.c_str());
         EXPECT_NE(nullptr, module_);
     }
-    LibraryCopy(const LibraryCopy&) = delete;
-    LibraryCopy& operator=(const LibraryCopy&) = delete;
     ~LibraryCopy() { Unload(); }
 
     HMODULE module() const noexcept { return module_; }

@@ -45,11 +45,8 @@ class TestPrinter {
 
   private:
     static constexpr char kDescription[] =
-        "*PPD-Adobe: \"4.3\"\r\n*NickName: \"Velk Test Printer\"\r\n*ColorDevice: True\r\n*DefaultResolution: "
-        "300dpi\r\n"
-        "*OpenUI *PageSize: PickOne\r\n*DefaultPageSize: A4\r\n*PageSize A4/A4: \"\"\r\n*CloseUI: *PageSize\r\n"
-        "*DefaultImageableArea: A4\r\n*ImageableArea A4/A4: \"18 18 577 824\"\r\n"
-        "*DefaultPaperDimension: A4\r\n*PaperDimension A4/A4: \"595 842\"\r\n";
+        "*PPD-Adobe: \"4.3\"\r\n*OpenUI *PageSize: PickOne\r\n*DefaultPageSize: A4\r\n*PageSize A4/A4: \"\"\r\n"
+        "*CloseUI: *PageSize\r\n*DefaultPaperDimension: A4\r\n*PaperDimension A4/A4: \"595 842\"\r\n";
 
     void AddDriver() {
         // The spooler's name for the programs that its drivers serve.

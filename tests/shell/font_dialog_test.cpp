@@ -1,29 +1,19 @@
-// What the platform does to the shell's classes where it may depart from its documentation.
+// The platform's font object answers with the name of an installed font that is like the one asked for. Here it gives
+// whatever it is told to.
 #include "platform/text.h"
-#include "support/departures.h"
 #include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/report_recorder.h"
-#include "support/scratch_folder.h"
 
 #include <commdlg.h>
 
 namespace velk::test {
 namespace {
 
-TEST(ShellPlatform, ShowsProperties) {
-    const ScratchFolder folder;
-    const auto shell = CreateObject<IDispatch>(__uuidof(::CShellExecute));
-    const HRESULT shown = Call(shell.get(), L"ShowProperties", {Text(folder.Write(L"shown.txt", ""))}).code;
-    EXPECT_EQ(Departs("ShellExecuteEx, properties") ? static_cast<HRESULT>(0x80044678) : S_OK, shown);
-}
-
-// The platform's font object answers with the name of an installed font that is like the one asked for. Here it gives
-// whatever it is told to.
 std::wstring fontName;
 HRESULT WINAPI GetName(IFont*, BSTR* name) { return *name = Bstr(fontName).Detach(), S_OK; }
 
-TEST(ShellPlatform, AFontsNameMayHave33BytesAndNoMore) {
+TEST(FontDialog, TakesANameOf33BytesAndNoMore) {
     ReportRecorder recorder(Library());
     const auto dialog = CreateObject<IDispatch>(__uuidof(::CFontDialog));
     const auto font = ComPtr<IDispatch>(Get(dialog.get(), L"Font").value.pdispVal).As<IFont>(IID_IFont);
