@@ -7,4 +7,3 @@ velk_model(containers/value_stack ValueStackModel 150 500 -fno-sanitize-coverage
 velk_model(drawing/arc_geometry ArcGeometryModel 20000 48)
 velk_model(integrity/dat_entries DatEntriesModel 5000 40 -fno-sanitize=all)
 velk_model(shell/file_dialog_text FileDialogTextModel 20000 16 -fno-sanitize=all)
-velk_model(winhelpers/column_fit ColumnFitModel 5000 60)

@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <tuple>
 
 #include "support/departures.h"
 #include "support/heap.h"
@@ -201,19 +202,30 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     window_.handler = nullptr;
 }
 
-TEST_F(IconMenu, FindsItemsByWhatIsTheirsAlone) {
-    const auto key = [&](wchar_t pressed, bool wide = true) {
+// The letter of a mnemonic, the last one that a label has, else that of a label without one. More items of a key are
+// selected one after the other, from the highlighted one on.
+TEST_F(IconMenu, FindsItemsByTheirKeys) {
+    enum : UINT { kOther = kCount, kSecond, kDoubled, kRight, kCd, kCe, kEnds };
+    for (const wchar_t* text : {L"&Other", L"&First &Second", L"B&&&W", L"Cut\b&Paste", L"cd", L"CE", L"Yes&"})
+        AppendMenuW(menu, MF_STRING, 600, text);
+    Rename(menu, kOwn, L"&Zoom");
+    Open(menu);
+    const auto key = [&](WORD pressed, bool wide = true) {
         return (wide ? SendMessageW : SendMessageA)(window_.get(), WM_MENUCHAR, MAKEWPARAM(pressed, MF_POPUP),
                                                     reinterpret_cast<LPARAM>(menu));
     };
-    AppendMenuW(menu, MF_STRING, 600, L"&Other");
-    Open(menu);
-    Rename(menu, kOwn, L"&Zoom");
-    for (const wchar_t none : {L'z', L'#'}) EXPECT_EQ(0, HIWORD(key(none))) << "the client's own item is the client's";
-    EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o'));
-    EXPECT_EQ(0, HIWORD(key(L'c'))) << "the first letter of an item that has another mnemonic";
-    Change(menu, kOpen, MIIM_STATE, {.state = MFS_HILITE});
-    EXPECT_EQ(MAKELRESULT(kCount, MNC_SELECT), key(L'o')) << "the next one";
+    EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o')) << "nothing is highlighted";
+    const std::tuple<char, UINT, UINT> found[] = {{'o', kOpen, kOther}, {'O', kOther, kOpen}, {'o', kCe, kOpen},
+                                                  {'c', kOpen, kRight}, {'c', kRight, kCd},   {'c', kCd, kCe},
+                                                  {'c', kEnds, kRight}};
+    for (const auto& [pressed, highlighted, position] : found) {
+        Change(menu, highlighted, MIIM_STATE, {.state = MFS_HILITE});
+        EXPECT_EQ(MAKELRESULT(position, MNC_SELECT), key(pressed)) << pressed << highlighted;
+        Change(menu, highlighted, MIIM_STATE, {});
+    }
+    const std::pair<char, UINT> only[] = {{'s', kSecond}, {'w', kDoubled}, {'y', kEnds}, {'f', kDefault}};
+    for (const auto& [pressed, position] : only) EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << pressed;
+    for (const char none : {'z', '#', 'b', 'p', '\0'}) EXPECT_EQ(0, HIWORD(key(none))) << none;
     icons_->Detach();
     SetWindowLongPtrA(window_.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DefWindowProcA));
     Attach(window_.get());
