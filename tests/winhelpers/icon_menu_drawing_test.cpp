@@ -21,17 +21,21 @@ Images TwoImages(const wchar_t* file, int side) {
     return Images(ImageList_LoadImageW(nullptr, path.c_str(), side, 0, kMagenta, IMAGE_BITMAP, LR_LOADFROMFILE));
 }
 
+struct Settings {
+    BOOL flat = TRUE;
+    int density = 96;  // of the window's screen; the system says 96 to programs like this one
+    LONG fontHeight = -9;
+    bool contrast = false;  // a scheme of high contrast, white on black
+};
+
 // Colours that all differ, densities, and texts as bars that show their font by its height alone: in the usual one
 // three pixels wide and seven high a character, in its bold one four and nine.
 class StagedSystem {
   public:
-    StagedSystem() { density = 96, fontHeight = -9, flat = TRUE, contrast = false, asked = 0; }
+    StagedSystem() { now = {}, asked = 0; }
 
-    static inline int density;  // of the window's screen; the system says 96 to programs like this one
-    static inline LONG fontHeight;
-    static inline BOOL flat;
-    static inline bool contrast;  // a scheme of high contrast, white on black
-    static inline int asked;      // how often for the non-client metrics
+    static inline Settings now;
+    static inline int asked;  // how often for the non-client metrics
 
   private:
     static DWORD WINAPI Colour(int index) {
@@ -42,7 +46,7 @@ class StagedSystem {
             {COLOR_MENUHILIGHT, {RGB(70, 130, 220), kMagenta}},
             {COLOR_HIGHLIGHT, {RGB(0, 90, 60), RGB(26, 235, 255)}},
             {COLOR_HIGHLIGHTTEXT, {RGB(255, 255, 255), RGB(55, 0, 110)}}};
-        return kColours.contains(index) ? kColours.at(index)[contrast] : kMagenta;
+        return kColours.contains(index) ? kColours.at(index)[now.contrast] : kMagenta;
     }
     static LOGFONTW FontOf(HDC context) {
         LOGFONTW font{};
@@ -72,20 +76,20 @@ class StagedSystem {
         }
         return height;
     }
-    static UINT WINAPI DensityOf(HWND) { return static_cast<UINT>(density); }
+    static UINT WINAPI DensityOf(HWND) { return static_cast<UINT>(now.density); }
     static BOOL WINAPI Parameter(UINT action, UINT number, void* value, UINT flags) {
         const BOOL read = SystemParametersInfoA(action, number, value, flags);
-        if (action == SPI_GETFLATMENU) *static_cast<BOOL*>(value) = flat;
+        if (action == SPI_GETFLATMENU) *static_cast<BOOL*>(value) = now.flat;
         if (action == SPI_GETHIGHCONTRAST)
-            static_cast<HIGHCONTRASTA*>(value)->dwFlags = contrast ? HCF_HIGHCONTRASTON : 0;
+            static_cast<HIGHCONTRASTA*>(value)->dwFlags = now.contrast ? HCF_HIGHCONTRASTON : 0;
         if (action != SPI_GETNONCLIENTMETRICS) return read;
         ++asked;
         LOGFONTA& font = static_cast<NONCLIENTMETRICSA*>(value)->lfMenuFont;
-        return font.lfHeight = fontHeight, font.lfWeight = FW_NORMAL, read;
+        return font.lfHeight = now.fontHeight, font.lfWeight = FW_NORMAL, read;
     }
 
-    const ImportPatch densityOf_{Library(), "GetDpiForWindow", Address(&DensityOf)};
-    const ImportPatch patches_[4]{{Library(), "GetSysColor", Address(&Colour)},
+    const ImportPatch patches_[5]{{Library(), "GetDpiForWindow", Address(&DensityOf)},
+                                  {Library(), "GetSysColor", Address(&Colour)},
                                   {Library(), "GetTextMetricsW", Address(&Metrics)},
                                   {Library(), "DrawTextW", Address(&DrawBars)},
                                   {Library(), "SystemParametersInfoA", Address(&Parameter)}};
@@ -110,7 +114,7 @@ class IconMenuDrawing : public IconMenuTest {
         const ItemOfMenu item = ItemsOf(menu)[position];
         MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.id, 0, 0, item.data};
         EXPECT_EQ(TRUE, Send(WM_MEASUREITEM, nullptr, &measured));
-        const LONG added = -2 * MulDiv(system_.fontHeight, system_.density, 96) / 3;  // by the system
+        const LONG added = -2 * MulDiv(system_.now.fontHeight, system_.now.density, 96) / 3;  // by the system
         return {static_cast<LONG>(measured.itemWidth) + added, static_cast<LONG>(measured.itemHeight)};
     }
     // What could still be painted over afterwards becomes magenta. Gives the height.
@@ -138,19 +142,16 @@ TEST_F(IconMenuDrawing, ShowsEachKindOfItemInEachState) {
     constexpr UINT kChosen = ODS_CHECKED | ODS_SELECTED, kGrey = ODS_GRAYED | ODS_DISABLED;
     const struct {
         const wchar_t* picture;
-        BOOL flat;
-        int density;
-        LONG fontHeight;
-        bool contrast;
+        Settings settings;
         int wide, high;
-    } systems[] = {{L"menu_flat", TRUE, 96, -9, false, 115, 28},
-                   {L"menu_classic", FALSE, 96, -9, false, 115, 28},
-                   {L"menu_odd", TRUE, 120, -9, false, 140, 36},
-                   {L"menu_dense", TRUE, 192, -9, false, 230, 56},
-                   {L"menu_contrast", TRUE, 96, -24, true, 190, 36}};
-    for (const auto& [picture, flat, density, fontHeight, contrast, wide, high] : systems) {
-        system_.flat = flat, system_.density = density, system_.fontHeight = fontHeight, system_.contrast = contrast;
-        if (density == 96) Send(WM_SETTINGCHANGE);
+    } systems[] = {{L"menu_flat", {}, 115, 28},
+                   {L"menu_classic", {.flat = FALSE}, 115, 28},
+                   {L"menu_odd", {.density = 120}, 140, 36},
+                   {L"menu_dense", {.density = 192}, 230, 56},
+                   {L"menu_contrast", {.fontHeight = -24, .contrast = true}, 190, 36}};
+    for (const auto& [picture, settings, wide, high] : systems) {
+        system_.now = settings;
+        if (settings.density == 96) Send(WM_SETTINGCHANGE);
         Reopen();
         const Sheet sheet(4 + 7 * wide, 4 + 8 * high);
         for (UINT position = kOpen; position <= kMore; ++position) {
