@@ -147,61 +147,40 @@ TEST_F(HookedWindow, MayLoseAnObjectInTheMiddleOfItsMessage) {
     }
 }
 
-// Memory at an address, or a little below where the platform has something there already.
-class Page {
-  public:
-    explicit Page(std::uintptr_t address) {
-        for (std::uintptr_t at = address; !memory_ && address - at < (64 << 20); at -= 1 << 20)
-            memory_ = VirtualAlloc(reinterpret_cast<void*>(at), 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-    }
-    Page(const Page&) = delete;
-    Page& operator=(const Page&) = delete;
-    ~Page() { VirtualFree(memory_, 0, MEM_RELEASE); }
-    void* get() const noexcept { return memory_; }
-
-  private:
-    void* memory_ = nullptr;
-};
-
-// In 64-bit programs the system's records lie below or above what a Long holds. Held back are the header's narrow
-// notifications only.
+// In 64-bit programs the system's records lie above what a Long holds, as the highest memory that there is. Held back
+// are the header's narrow notifications only.
 TEST_F(HookedWindow, UsesAndPassesOnRecordsWhereverTheyLie) {
+    void* const place = VirtualAlloc(nullptr, 4096, MEM_RESERVE | MEM_COMMIT | MEM_TOP_DOWN, PAGE_READWRITE);
     const TestWindow window(WS_OVERLAPPEDWINDOW, [](HWND, UINT message, WPARAM, LPARAM at) -> std::optional<LRESULT> {
         return message == WM_NOTIFY ? at : std::optional<LRESULT>();
     });
+    const auto send = [&](UINT message, auto& record) {
+        std::memcpy(place, &record, sizeof record);
+        const LRESULT answer = Send(window.get(), message, nullptr, place);
+        return std::memcpy(&record, place, sizeof record), answer;
+    };
     std::map<char, Object> objects;
     for (const char what : {'c', 'i', 'n', 'x'}) objects[what] = Attached(what, window.get());
-    const Sheet sheet(100, 30);
-    for (const std::uint64_t address :
-         {0x30000000ull, 0x7FF00000ull, 0x80000000ull, 0xFFF00000ull, 0x100000000ull, 0x123000000000ull}) {
-        if (static_cast<std::uintptr_t>(address) != address) continue;
-        const Page page(static_cast<std::uintptr_t>(address));
-        const auto send = [&](UINT message, auto& record) {
-            std::memcpy(page.get(), &record, sizeof record);
-            const LRESULT answer = Send(window.get(), message, nullptr, page.get());
-            return std::memcpy(&record, page.get(), sizeof record), answer;
-        };
-        MINMAXINFO limits{};
-        send(WM_GETMINMAXINFO, limits);
-        EXPECT_EQ((std::pair{250L, 400L}), (std::pair{limits.ptMinTrackSize.x, limits.ptMaxTrackSize.x})) << page.get();
-        for (const bool prevents : {true, false}) {
-            Let(objects['c'].get(), L"PreventColumnResize", {Arg(prevents)});
-            for (const UINT code : {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA, HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW}) {
-                const bool held = prevents && (code == HDN_BEGINTRACKA || code == HDN_DIVIDERDBLCLICKA);
-                NMHDR header{nullptr, 0, code};
-                EXPECT_EQ(held ? 1 : reinterpret_cast<LRESULT>(page.get()), send(WM_NOTIFY, header)) << code;
-            }
+    MINMAXINFO limits{};
+    send(WM_GETMINMAXINFO, limits);
+    EXPECT_EQ((std::pair{250L, 400L}), (std::pair{limits.ptMinTrackSize.x, limits.ptMaxTrackSize.x}));
+    for (const bool prevents : {true, false}) {
+        Let(objects['c'].get(), L"PreventColumnResize", {Arg(prevents)});
+        for (const UINT code : {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA, HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW}) {
+            const bool held = prevents && (code == HDN_BEGINTRACKA || code == HDN_DIVIDERDBLCLICKA);
+            NMHDR header{nullptr, 0, code};
+            EXPECT_EQ(held ? 1 : reinterpret_cast<LRESULT>(place), send(WM_NOTIFY, header)) << code;
         }
-        Send(window.get(), WM_ENTERMENULOOP), Send(window.get(), WM_INITMENUPOPUP, menu);
-        MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, DataOfItem()};
-        EXPECT_EQ(TRUE, send(WM_MEASUREITEM, measured));
-        EXPECT_LT(0u, measured.itemWidth);
-        DRAWITEMSTRUCT drawn{ODT_MENU, 0, 1, 0, 0, nullptr, sheet.get(), {0, 0, 100, 30}, DataOfItem()};
-        EXPECT_EQ(TRUE, send(WM_DRAWITEM, drawn));
-        EXPECT_EQ(kRed, GetPixel(sheet.get(), 12, 15));
-        Send(window.get(), WM_EXITMENULOOP);
-        Paint(sheet.get(), kBlue, {0, 0, 100, 30});
     }
+    Send(window.get(), WM_ENTERMENULOOP), Send(window.get(), WM_INITMENUPOPUP, menu);
+    MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, DataOfItem()};
+    EXPECT_EQ(TRUE, send(WM_MEASUREITEM, measured));
+    EXPECT_LT(0u, measured.itemWidth);
+    const Sheet sheet(100, 30);
+    DRAWITEMSTRUCT drawn{ODT_MENU, 0, 1, 0, 0, nullptr, sheet.get(), {0, 0, 100, 30}, DataOfItem()};
+    EXPECT_EQ(TRUE, send(WM_DRAWITEM, drawn));
+    EXPECT_EQ(kRed, sheet.At(12, 15));
+    VirtualFree(place, 0, MEM_RELEASE);
 }
 
 TEST_F(HookedWindow, KeepsTheSizesThatAreNotLimited) {

@@ -111,21 +111,21 @@ class IconMenuDrawing : public IconMenuTest {
     void Reopen() { Close(), Open(menu); }
 
     SIZE Measure(UINT position) {
-        const ItemOfMenu item = ItemsOf(menu)[position];
-        MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.id, 0, 0, item.data};
+        const MenuItem item(menu, position);
+        MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.wID, 0, 0, item.dwItemData};
         EXPECT_EQ(TRUE, Send(WM_MEASUREITEM, nullptr, &measured));
         const LONG added = -2 * MulDiv(system_.now.fontHeight, system_.now.density, 96) / 3;  // by the system
         return {static_cast<LONG>(measured.itemWidth) + added, static_cast<LONG>(measured.itemHeight)};
     }
     // What could still be painted over afterwards becomes magenta. Gives the height.
     LONG Draw(const Sheet& sheet, LONG left, LONG top, UINT position, UINT state = 0) {
-        const ItemOfMenu item = ItemsOf(menu)[position];
+        const MenuItem item(menu, position);
         const SIZE size = Measure(position);
-        const LONG width = item.type & MFT_SEPARATOR ? 90 : size.cx;  // separators take what the others need
+        const LONG width = item.fType & MFT_SEPARATOR ? 90 : size.cx;  // separators take what the others need
         const RECT place{left, top, left + width, top + size.cy};
         const int saved = SaveDC(sheet.get());
-        const DRAWITEMSTRUCT drawn{ODT_MENU,    0,     item.id,  0, state, reinterpret_cast<HWND>(menu),
-                                   sheet.get(), place, item.data};
+        const DRAWITEMSTRUCT drawn{ODT_MENU,    0,     item.wID,       0, state, reinterpret_cast<HWND>(menu),
+                                   sheet.get(), place, item.dwItemData};
         EXPECT_EQ(TRUE, Send(WM_DRAWITEM, nullptr, &drawn));
         Paint(sheet.get(), kMagenta, place);
         RestoreDC(sheet.get(), saved);
@@ -190,7 +190,7 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
         Draw(sheet, 4, top, position);  // of the system's density
     }
     sheet.ExpectIs(L"menu_changes");
-    Rename(menu, 0, std::wstring(100, L'x'));
+    Rename(menu, 0, std::wstring(100, L'x').c_str());
     Reopen();
     EXPECT_EQ(300, Measure(kLong + 1).cx - Measure(0).cx) << "no text is too long";
 }

@@ -34,18 +34,21 @@ Menu MenuWithBitmaps() {
 // A letter an item: d where the library draws it. Otherwise the menu is as its twin, which nobody draws.
 std::string DrawnBeside(HMENU twin, HMENU menu) {
     std::string drawn;
-    const auto wanted = ItemsOf(twin);
-    auto given = ItemsOf(menu);
-    for (std::size_t i = 0; i < wanted.size() && i < given.size(); ++i) {
-        const bool isDrawn = (given[i].type ^ wanted[i].type) & MFT_OWNERDRAW;
+    EXPECT_EQ(GetMenuItemCount(twin), GetMenuItemCount(menu));
+    for (UINT i = 0; i < static_cast<UINT>(GetMenuItemCount(twin)); ++i) {
+        const MenuItem wanted(twin, i);
+        MenuItem given(menu, i);
+        const bool isDrawn = (given.fType ^ wanted.fType) & MFT_OWNERDRAW;
         drawn += isDrawn ? 'd' : '.';
-        if (!isDrawn) continue;
-        given[i].type ^= MFT_OWNERDRAW;
-        EXPECT_NE(wanted[i].data, std::exchange(given[i].data, wanted[i].data));
+        if (isDrawn) {
+            given.fType ^= MFT_OWNERDRAW;
+            EXPECT_NE(wanted.dwItemData, std::exchange(given.dwItemData, wanted.dwItemData));
+        }
+        EXPECT_EQ(wanted.Described(), given.Described());
     }
-    EXPECT_EQ(wanted, given);
     return drawn;
 }
+bool IsDrawnBeside(HMENU twin, HMENU menu) { return DrawnBeside(twin, menu).find('d') != std::string::npos; }
 
 // e x  a menu loop begins, ends          m s  a menu, its submenu is announced; E X M in another window; i, and the
 // o    the menu as the window's own           library gets no memory
@@ -104,7 +107,8 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
             {'k', [&] { menu_ = Menu(), menu_ = MenuWithBitmaps(), menu = menu_.get(); }},
             {'>',
              [&] {
-                 for (const HMENU one : {menu, twin.get()}) Change(one, kSave, MIIM_FTYPE, {.type = MFT_RIGHTORDER});
+                 for (const HMENU one : {menu, twin.get()})
+                     Change(one, kSave, MIIM_FTYPE, &MENUITEMINFOW::fType, MFT_RIGHTORDER);
              }},
             {'<', [&] { SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, WS_EX_LAYOUTRTL); }},
             {'.', [&] {
@@ -129,21 +133,21 @@ TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
         [](HMENU to) { InsertMenuW(to, 0, MF_BYPOSITION, 500, L"New first"); },
         [](HMENU to) { InsertMenuW(to, 2, MF_BYPOSITION | MF_OWNERDRAW, 501, nullptr); },
         [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); },
-        [](HMENU to) { Change(to, kDefault, MIIM_DATA, {.data = 77}); },
-        [](HMENU to) { Change(to, kOpen, MIIM_FTYPE, {}); },
+        [](HMENU to) { Change(to, kDefault, MIIM_DATA, &MENUITEMINFOW::dwItemData, 77); },
+        [](HMENU to) { Change(to, kOpen, MIIM_FTYPE, &MENUITEMINFOW::fType, 0); },
         [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); },
         [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); },  // another separator is the client's own to draw
         [](HMENU to) {
             while (DeleteMenu(to, 0, MF_BYPOSITION)) continue;
         },
-        [](HMENU to) { Change(to, kSave, MIIM_STRING | MIIM_ID, {.id = 900, .text = L"Renamed"}); },
+        [](HMENU to) { Rename(to, kSave, L"Renamed"), Change(to, kSave, MIIM_ID, &MENUITEMINFOW::wID, 900); },
     };
     for (const auto& change : changes) {
         const Menu twin = MenuWithBitmaps(), changed = MenuWithBitmaps();
         Open(changed.get());
         for (const HMENU one : {twin.get(), changed.get()}) change(one);
         Close();
-        EXPECT_EQ(std::string::npos, DrawnBeside(twin.get(), changed.get()).find('d')) << &change - changes;
+        EXPECT_FALSE(IsDrawnBeside(twin.get(), changed.get())) << &change - changes;
     }
 }
 
@@ -178,7 +182,7 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     expect(4711, WM_INITMENUPOPUP, menu);
     EXPECT_FALSE(drawnBefore) << "the window goes first, so that its changes are drawn too";
     expect(4711, WM_SETTINGCHANGE);
-    MEASUREITEMSTRUCT measured{ODT_MENU, 0, UINT{CommandAt(kOpen)}, 1, 2, ItemsOf(menu)[kOpen].data};
+    MEASUREITEMSTRUCT measured{ODT_MENU, 0, UINT{CommandAt(kOpen)}, 1, 2, MenuItem(menu, kOpen).dwItemData};
     expect(TRUE, WM_MEASUREITEM, nullptr, &measured);
     EXPECT_GT(measured.itemWidth, 1u);
     for (const auto& [type, data] : {std::pair<UINT, ULONG_PTR>{ODT_MENU, 4711}, {ODT_BUTTON, measured.itemData}}) {
@@ -191,7 +195,7 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     expect(4711, WM_MEASUREITEM);
     expect(4711, WM_DRAWITEM);
     expect(4711, WM_MENUCHAR, pressed(L'#'), menu);
-    const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, ItemsOf(menu)[kSave].data};
+    const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, MenuItem(menu, kSave).dwItemData};
     DeleteMenu(menu, kSave, MF_BYPOSITION);
     expect(TRUE, WM_DRAWITEM, nullptr, &gone);  // its data mean nothing to the window
     expect(4711, WM_EXITMENULOOP);
@@ -219,9 +223,9 @@ TEST_F(IconMenu, FindsItemsByTheirKeys) {
                                                   {'c', kOpen, kRight}, {'c', kRight, kCd},   {'c', kCd, kCe},
                                                   {'c', kEnds, kRight}};
     for (const auto& [pressed, highlighted, position] : found) {
-        Change(menu, highlighted, MIIM_STATE, {.state = MFS_HILITE});
+        Change(menu, highlighted, MIIM_STATE, &MENUITEMINFOW::fState, MFS_HILITE);
         EXPECT_EQ(MAKELRESULT(position, MNC_SELECT), key(pressed)) << pressed << highlighted;
-        Change(menu, highlighted, MIIM_STATE, {});
+        Change(menu, highlighted, MIIM_STATE, &MENUITEMINFOW::fState, 0);
     }
     const std::pair<char, UINT> only[] = {{'s', kSecond}, {'w', kDoubled}, {'y', kEnds}, {'f', kDefault}};
     for (const auto& [pressed, position] : only) EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << pressed;
@@ -253,8 +257,7 @@ class ShownMenu : public IconMenuTest {
     std::function<void()> Press(UINT key) const {
         return [=, this] { PostMessageW(window_.get(), WM_KEYDOWN, key, 1); };
     }
-
-    const std::vector<ItemOfMenu> before = ItemsOf(menu);
+    bool IsAsBefore() const { return !IsDrawnBeside(FullMenu().get(), menu); }
 };
 
 // The same keys in the system's own menu and in a drawn one: mnemonics, none, of what is disabled, in the submenu, back
@@ -277,14 +280,14 @@ TEST_F(ShownMenu, AnswersKeysAsTheSystemsOwn) {
     EXPECT_EQ((std::set{0L, CommandAt(kOpen), CommandAt(kSave), CommandAt(kChecked), CommandAt(kDefault),
                         CommandAt(kLong), 300L}),
               chosen);
-    EXPECT_EQ(before, ItemsOf(menu));
+    EXPECT_TRUE(IsAsBefore());
 }
 
 TEST_F(ShownMenu, MayLoseItsIconsOrItsWindow) {
     Show({Press('M'), Press('I')});
     EXPECT_EQ(Departs("TrackPopupMenu"), (GetMenuState(menu, kMore, MF_BYPOSITION) & MF_HILITE) != 0);
     Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
-    EXPECT_EQ(before, ItemsOf(menu));
+    EXPECT_TRUE(IsAsBefore());
     bool drawn = false;
     Show({[&] { Attach(window_.get()); }, Press('M'), [&] { drawn = IsDrawn(more); }});
     EXPECT_TRUE(drawn) << "attached in the middle of a loop";
@@ -293,7 +296,7 @@ TEST_F(ShownMenu, MayLoseItsIconsOrItsWindow) {
     for (int i = 0; i < 100; ++i) Show({Press(VK_DOWN)});
     EXPECT_EQ(objects, GdiObjects());
     Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
-    EXPECT_EQ(before, ItemsOf(menu));
+    EXPECT_TRUE(IsAsBefore());
     EXPECT_EQ(0, AttachedTo());
     icons_ = nullptr;
     EXPECT_LT(GdiObjects(), objects);
@@ -306,7 +309,7 @@ TEST_F(ShownMenu, IsReadAloud) {
         const HWND popup = FindWindowW(L"#32768", nullptr);
         const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
         MSAAMENUINFO record{};
-        const auto* const data = reinterpret_cast<const void*>(ItemsOf(shown).at(position).data);
+        const auto* const data = reinterpret_cast<const void*>(MenuItem(shown, position).dwItemData);
         if (!ReadProcessMemory(GetCurrentProcess(), data, &record, sizeof record, nullptr))
             return void(texts += L"unreadable|");
         EXPECT_EQ(MSAA_MENU_SIG, record.dwMSAASignature);
@@ -321,7 +324,7 @@ TEST_F(ShownMenu, IsReadAloud) {
         speak(kOpen);
     }});
     EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0unreadable|&Open a file with a longer name\0"sv, texts);
-    EXPECT_EQ(12345u, ItemsOf(menu)[kOpen].data);
+    EXPECT_EQ(12345u, MenuItem(menu, kOpen).dwItemData);
 }
 
 }  // namespace

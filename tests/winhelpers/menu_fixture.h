@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include <type_traits>
 
 #include "support/late_bound.h"
 #include "support/test_hook.h"
@@ -26,39 +24,33 @@ struct Destroyed {
 using Menu = UniqueHandle<Destroyed<HMENU, &DestroyMenu>>;
 using Images = UniqueHandle<Destroyed<HIMAGELIST, &ImageList_Destroy>>;
 
-// All that a client can see of an item, but for the highlight.
-struct ItemOfMenu {
-    UINT type = 0, state = 0, id = 0;
-    bool opens = false;  // a submenu, by whose handle it is known
-    ULONG_PTR data = 0;
-    std::wstring text{};
+// An item as it is.
+struct MenuItem : MENUITEMINFOW {
+    MenuItem(HMENU menu, UINT position) : MENUITEMINFOW{} {
+        cbSize = sizeof(MENUITEMINFOW), dwTypeData = text, cch = ARRAYSIZE(text);
+        fMask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
+        EXPECT_TRUE(GetMenuItemInfoW(menu, position, TRUE, this));
+    }
+    // All that a client can see, but for the highlight and a submenu's handle.
+    std::wstring Described() const {
+        std::wstring all = text;
+        for (const ULONG_PTR part :
+             {ULONG_PTR{fType}, ULONG_PTR{fState & ~UINT{MFS_HILITE}}, ULONG_PTR{hSubMenu ? 0 : wID}, dwItemData})
+            all += L" " + std::to_wstring(part);
+        return all;
+    }
 
-    bool operator==(const ItemOfMenu&) const = default;
+    wchar_t text[300] = {};
 };
 
-inline std::vector<ItemOfMenu> ItemsOf(HMENU menu) {
-    std::vector<ItemOfMenu> items;
-    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
-        wchar_t text[300] = {};
-        const UINT mask = MIIM_FTYPE | MIIM_STATE | MIIM_ID | MIIM_SUBMENU | MIIM_DATA | MIIM_STRING;
-        MENUITEMINFOW info{sizeof info, mask, 0, 0, 0, nullptr, nullptr, nullptr, 0, text, ARRAYSIZE(text), nullptr};
-        EXPECT_TRUE(GetMenuItemInfoW(menu, static_cast<UINT>(i), TRUE, &info));
-        const bool opens = info.hSubMenu != nullptr;
-        const UINT state = info.fState & ~UINT{MFS_HILITE}, id = opens ? 0 : info.wID;
-        items.push_back({info.fType, state, id, opens, info.dwItemData, text});
-    }
-    return items;
+template <class Value>
+void Change(HMENU menu, UINT position, UINT mask, Value MENUITEMINFOW::*field, std::type_identity_t<Value> value) {
+    MENUITEMINFOW item{};
+    item.cbSize = sizeof item, item.fMask = mask, item.*field = value;
+    EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &item));
 }
-
-// What the mask names becomes what the item says.
-inline void Change(HMENU menu, UINT position, UINT mask, const ItemOfMenu& item) {
-    const auto text = const_cast<LPWSTR>(item.text.c_str());
-    const MENUITEMINFOW info{sizeof info, mask,    item.type, item.state, item.id, nullptr,
-                             nullptr,     nullptr, item.data, text,       0,       nullptr};
-    EXPECT_TRUE(SetMenuItemInfoW(menu, position, TRUE, &info));
-}
-inline void Rename(HMENU menu, UINT position, std::wstring_view text) {
-    Change(menu, position, MIIM_STRING, {.text = std::wstring(text)});
+inline void Rename(HMENU menu, UINT position, const wchar_t* text) {
+    Change(menu, position, MIIM_STRING, &MENUITEMINFOW::dwTypeData, const_cast<LPWSTR>(text));
 }
 
 // Positions of what FullMenu makes: one item of every kind.
@@ -80,7 +72,8 @@ inline Menu FullMenu(HBITMAP bitmap = nullptr) {
     if (bitmap) ModifyMenuW(menu, kBitmap, MF_BYPOSITION | MF_BITMAP, 100 + kBitmap, reinterpret_cast<LPCWSTR>(bitmap));
     CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
     SetMenuDefaultItem(menu, kDefault, TRUE);
-    for (const UINT position : {kOpen, kOwn, kBitmap}) Change(menu, position, MIIM_DATA, {.data = 12345});
+    for (const UINT position : {kOpen, kOwn, kBitmap})
+        Change(menu, position, MIIM_DATA, &MENUITEMINFOW::dwItemData, 12345);
     return Menu(menu);
 }
 
