@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "support/misaligned_call.h"
-
 #ifdef _WIN32
 #include <windows.h>
 #endif
@@ -83,27 +81,6 @@ TEST_P(Crc32Test, AgreesWithTheDefinitionAtEverySizeAndAlignmentAndStaysBetweenG
         ASSERT_EQ(Run(kSeed, bytes_.last(size)), DefineEach(kSeed, bytes_.last(size)).back()) << size;
     }
 }
-
-#if defined(__i386__)
-[[gnu::naked]] std::uint32_t MisalignmentAtCall() {
-    asm("leal 4(%esp), %eax\n\t"  // above the return address
-        "negl %eax\n\t"
-        "andl $15, %eax\n\t"
-        "ret");
-}
-
-TEST_P(Crc32Test, RunsOnAMisalignedStack) {
-    const auto bytes = bytes_.first(2 * kEverySizeTo);
-    const auto expected = DefineEach(kSeed, bytes);
-    for (const std::uint32_t shift : {0, 4, 8, 12}) {
-        ASSERT_EQ(test::CallMisaligned(shift, MisalignmentAtCall), shift);
-        for (std::size_t size = 0; size <= bytes.size(); ++size) {
-            ASSERT_EQ(test::CallMisaligned(shift, GetParam().function, kSeed, bytes.data(), size), expected[size])
-                << "size " << size << " shift " << shift;
-        }
-    }
-}
-#endif
 
 TEST(Crc32SelectionTest, TakesASupportedNameAndElseTheBest) {
     const std::string_view best = std::ranges::find_if(Variants(), &Variant::supported)->name;
