@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Whether the built libraries are relocatable, hardened, the same at each build, and need only the system's own libraries:
+"""Whether the built libraries are relocatable, hardened, the same at each build, and need only those of the
+system's own libraries that every process gets from the system's folder:
 library_file.py OBJDUMP FILE..."""
 import re
 import struct
@@ -7,8 +8,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-SYSTEM = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "ole32.dll", "oleaut32.dll", "shell32.dll", "comdlg32.dll",
-          "winmm.dll", "wininet.dll", "comctl32.dll", "winspool.drv", "version.dll", "msvcrt.dll"}
+SYSTEM = {"kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "ole32.dll", "oleaut32.dll", "msvcrt.dll"}
 EXPORTS = ["DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"]
 
 for file in sys.argv[2:]:

@@ -18,14 +18,13 @@ inline std::wstring OwnProgram() {
 // A DISABLED_ test of this program in a process of its own, which may end in any way.
 class OwnProcess {
   public:
-    explicit OwnProcess(const wchar_t* test, const std::wstring& program = OwnProgram(),
-                        const wchar_t* folder = nullptr) {
-        std::wstring line = L"\"" + program + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + test;
+    explicit OwnProcess(const wchar_t* test) {
+        std::wstring line = L"\"" + OwnProgram() + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + test;
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         PROCESS_INFORMATION started{};
-        EXPECT_TRUE(CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, folder, &startup,
-                                   &started));
+        EXPECT_TRUE(CreateProcessW(OwnProgram().c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                   &startup, &started));
         CloseHandle(started.hThread);
         process_ = FileHandle(started.hProcess);
     }

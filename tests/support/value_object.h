@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include "platform/com_ptr.h"
 #include "platform/variant.h"
@@ -8,13 +9,16 @@
 
 namespace velk::test {
 
-// An object with nothing but a default property, which can fail and run code of its own; as a sink it does the same.
+// An object with nothing but a default property, which can fail and run code of its own; as a sink it does the same in
+// an event, which gives it arguments.
 class ValueObject final : public BareDispatch {
   public:
     Variant value;
     HRESULT answer = S_OK;
-    std::function<void()> onRead, onQuestion;  // a question is what else the object is
-    ComPtr<IUnknown> more;                     // which has further interfaces
+    std::function<void(VARIANT* last)> onRead;  // an earlier argument is last[1]
+    std::function<void()> onQuestion;           // what else the object is
+    ComPtr<IUnknown> more;                      // which has further interfaces
+    std::vector<DISPID> calls;
 
     static ComPtr<ValueObject> Make(const VARIANT& value) {
         auto made = ComPtr<ValueObject>::Attach(new ValueObject);
@@ -26,9 +30,10 @@ class ValueObject final : public BareDispatch {
         const HRESULT found = BareDispatch::QueryInterface(iid, object);
         return FAILED(found) && more ? more->QueryInterface(iid, object) : found;
     }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* given, VARIANT* result, EXCEPINFO*,
                         UINT*) noexcept override {
-        if (onRead) onRead();
+        calls.push_back(id);
+        if (onRead) onRead(given->rgvarg);
         if (id != DISPID_VALUE) return DISP_E_MEMBERNOTFOUND;
         return FAILED(answer) ? answer : VariantCopy(result, &value);
     }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/text.h"
 #include "tools/typelib/resolved_type.h"
 
 namespace velk::test {
@@ -46,7 +47,8 @@ const std::vector<Class>& ReadClasses(const wchar_t* library) {
     const HMODULE module = LoadLibraryW(BuiltFile(library).c_str());
     for (const Type& coclass : ClassesOf(LoadTypes(BuiltFile(library).c_str()))) {
         const Type face = OwnMembers(Implemented(coclass, 0));
-        Class& made = classes.emplace_back(Class{NameOf(coclass), AttributesOf(coclass)->guid, module});
+        Class& made =
+            classes.emplace_back(Class{NameOf(coclass), AttributesOf(coclass)->guid, AttributesOf(face)->guid, module});
         for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {
             made.members.push_back(ReadMember(face, *FunctionOf(face, i)));
         }
@@ -170,11 +172,15 @@ HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optio
     return answer.lVal;
 }
 
-void ForgetError() {
+std::pair<IID, std::wstring> ForgetError() {
     ComPtr<IErrorInfo> error;
-    if (GetErrorInfo(0, error.Receive()) == S_OK) {
-        EXPECT_EQ(0u, error.Detach()->Release()) << "somebody else holds it, too";
-    }
+    if (GetErrorInfo(0, error.Receive()) != S_OK) return {};
+    IID iid{};
+    Bstr text;
+    error->GetGUID(&iid);
+    error->GetDescription(text.Receive());
+    EXPECT_EQ(0u, error.Detach()->Release()) << "somebody else holds it, too";
+    return {iid, std::wstring(View(text.get()))};
 }
 
 Subject::Subject(const Class& one, bool isAttached) : object(one.MakeObject()), hooks_(object.As<ISubclass>()) {

@@ -41,6 +41,7 @@ struct Member {
 struct Class {
     std::wstring name;
     CLSID clsid;
+    IID iid;
     HMODULE library;
     std::vector<Member> members{};
 
@@ -130,8 +131,9 @@ struct Request {
 // and zero where there is none.
 HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optional<Variant>>& places);
 
-// What the thread's last error is told with has to be gone with the thread's own reference.
-void ForgetError();
+// What the thread's last error is told with has to be gone with the thread's own reference. The interface and the text
+// that it had.
+std::pair<IID, std::wstring> ForgetError();
 
 // An object of a class, and windows as calls meet them. What hooked those leaves them as they were, in the end. Without
 // a parent on the screen they cost little.

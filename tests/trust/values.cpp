@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "platform/text.h"
 
@@ -27,17 +26,14 @@ Variant Of(VARTYPE type, ComPtr<Object> object) {
 Variant TextValue() { return Of(VT_BSTR, OneIn(10) ? 0 : reinterpret_cast<LONG_PTR>(Bstr(AnyText()).Detach())); }
 
 Variant NumberValue() {
-    constexpr auto kLeast = std::numeric_limits<LONGLONG>::min();
-    static const LONGLONG kBits[] = {
-        // around the limits of 8, 16, 32 and 64 bits
-        0, 1, -1, 7, 0x7F, -0x80, 0xFF, 0x100, 0x7FFF, 0x8000, -0x8000, -0x8001, 0xFFFF, 0x10000, 0x7FFFFFFF,
-        0x80000000, 0x80000001, 0xFFFFFFFF, -0x80000001LL, 0x100000000, kLeast, ~kLeast,
-        // no numbers and infinities: single and double
-        0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8000000000000, 0x7FF0000000000000, kLeast | 0x7FF0000000000000};
+    // Round the powers of two, and what is no number or infinite: single and double.
+    static const LONGLONG kNoNumbers[] = {0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8LL << 48, 0x7FF0LL << 48};
+    const LONGLONG edge = static_cast<LONGLONG>((1ull << Below(64)) - static_cast<unsigned>(Below(3)));
+    const LONGLONG bits = OneIn(3) ? static_cast<LONGLONG>(engine()) << Below(32) : OneIn(8) ? AnyOf(kNoNumbers) : edge;
     static const VARTYPE kTypes[] = {VT_EMPTY, VT_NULL,  VT_I2,   VT_I4,   VT_R4,     VT_R8,  VT_CY,
                                      VT_DATE,  VT_ERROR, VT_BOOL, VT_I1,   VT_UI1,    VT_UI2, VT_UI4,
                                      VT_I8,    VT_UI8,   VT_INT,  VT_UINT, VT_DECIMAL};
-    Variant value = Of(AnyOf(kTypes), OneIn(3) ? static_cast<LONGLONG>(engine()) << Below(32) : AnyOf(kBits));
+    Variant value = Of(AnyOf(kTypes), OneIn(2) ? bits : -bits);
     if (value.vt == VT_DECIMAL) value.decVal.Hi32 = engine();
     return value;
 }
@@ -108,11 +104,10 @@ std::vector<ComPtr<ValueObject>> MakeObjects() {
     // One of them is a picture, too.
     PICTDESC none{sizeof(PICTDESC), PICTYPE_NONE, {}};
     EXPECT_EQ(S_OK, OleCreatePictureIndirect(&none, IID_IPictureDisp, TRUE, objects[0]->more.ReceiveVoid()));
-    for (const auto& object : objects) {
-        object->onRead = object->onQuestion = [] {
-            if (clientCode) clientCode();
-        };
-    }
+    const auto interfere = [](auto...) {
+        if (clientCode) clientCode();
+    };
+    for (const auto& object : objects) object->onRead = interfere, object->onQuestion = interfere;
     return objects;
 }
 
@@ -157,24 +152,11 @@ VARIANT Client::Sane(Taken taken) {
 }
 
 VARIANT Client::Any() {
-    switch (Below(8)) {
-        case 0:
-            return OneIn(3) ? Missing() : Arg(static_cast<VARIANT*>(nullptr));
-        case 1:
-            return variables_.empty() ? Missing() : Arg(AnyOf(variables_));
-        case 2:
-        case 3:
-            return Variable(AnyValue());
-        case 4: {
-            Variant indirect;
-            static_cast<VARIANT&>(indirect) = OneIn(2) ? Reference(AnyValue()) : Variable(AnyValue());
-            return Variable(std::move(indirect));
-        }
-        case 5:
-            return Reference(AnyValue());
-        default:
-            return Plain(AnyValue());
-    }
+    if (OneIn(8)) return OneIn(3) ? Missing() : Arg(static_cast<VARIANT*>(nullptr));
+    if (OneIn(8)) return variables_.empty() ? Missing() : Arg(AnyOf(variables_));
+    if (OneIn(3)) return Plain(AnyValue());
+    const VARIANT reference = OneIn(2) ? Reference(AnyValue()) : Variable(AnyValue());
+    return OneIn(4) ? Variable(Owned(reference)) : reference;
 }
 
 void Client::ChangeAVariable() {

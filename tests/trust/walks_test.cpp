@@ -5,6 +5,7 @@
 
 #include "support/fake.h"
 #include "support/heap.h"
+#include "support/library_copy.h"
 #include "support/scoped_variable.h"
 #include "trust/harness.h"
 
@@ -36,6 +37,13 @@ double CommittedMegabytes() {
         at = next;
     }
     return static_cast<double>(bytes) / (1 << 20);
+}
+
+TEST(Process, IsLeftAloneByALibraryThatIsLoaded) {
+    const Snapshot before = ProcessState();
+    const LibraryCopy copy;
+    EXPECT_TRUE(copy.Create(__uuidof(CStack)));
+    EXPECT_EQ(before, ProcessState());
 }
 
 // ---- Memory that runs out ----
@@ -144,9 +152,8 @@ TEST_P(Walk, ThroughTheVtableMembersGetNullAndRefuseIt) {
             for (std::size_t i = 0; i < count; ++i) {
                 if (isGiven(i)) places[i].emplace();
             }
-            const HRESULT answer = CallSlot(one.MakeObject().get(), member, places);
             ForgetError();
-            return answer;
+            return CallSlot(one.MakeObject().get(), member, places);
         };
         const HRESULT nothing = call([](std::size_t) { return false; });
         EXPECT_TRUE(FAILED(nothing) || (nothing == S_OK && !member.hasResult)) << std::hex << nothing;
@@ -157,8 +164,12 @@ TEST_P(Walk, ThroughTheVtableMembersGetNullAndRefuseIt) {
             const HRESULT answer = call([null](std::size_t i) { return i != null; });
             EXPECT_TRUE(answer == E_POINTER || (FAILED(empty) && !isResult && answer == empty))
                 << "argument " << null << std::hex << ": " << answer;
+            const auto raised = ForgetError();
+            if (isResult || answer != E_POINTER) continue;
+            EXPECT_EQ(std::pair(one.iid, std::wstring(L"Invalid pointer")), raised);
         }
     });
+    ForgetError();
 }
 
 // ---- Hostile calls ----

@@ -109,13 +109,14 @@ class Room:
     suites: list[str]
 
 
-FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "facts:settings"])
+FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "facts:settings", "facts:containers", "facts:integrity",
+                                           "facts:winhelpers", "trust:*GetNull"])
 ROOMS = {
     "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
     "src/frame": FRAME,
     "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
-    "src/platform": Room(["VelkSprt", "frame_tests"], ["facts:drawing", "facts:integrity", "facts:settings", "facts:winhelpers", *FRAME.suites[:3]]),
+    "src/platform": Room(["VelkSprt", "frame_tests"], ["facts:drawing", *FRAME.suites]),
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell"]),
     "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
