@@ -21,11 +21,10 @@
 //                              platform calls whose line begins so get these answers, and are told as
 //   saw F 1, _, "a" quietly    what the step before asked of the platform, _ for anything, quietly: without prompts for
 //                              disks;  saw 5 times F: so many lines that begin so;
-//                              saw F 1; G 2: one after the other. Drawing objects are told as pen 1, brush 1, dc 2
+//                              saw F 1; G 2: one after the other.
 //   when F 1 answers 5, itself the answers without telling;  without F: the platform lacks it
 //   memory 1000                no block of so many bytes or more can be had from here on;  memory: all can again
 //   held below 1000            so many bytes more than at first are on the library's heap
-//   canvas c 0xFF0000          a blue picture of 80 x 80 pixels, c is its context;  pixel c 3 4 = 0x0000FF
 //   file "name" = "bytes"      written to the scenario's folder;  file "name" holds "bytes": compared, in Windows-1252
 //   key "Software\\Own"        a key of the current user's, empty at first, for as long as the scenario runs
 //   value "Sub\\v" = 1 "bytes" stored below it with this type;  value "Sub\\v" holds 1 "bytes": compared
@@ -47,18 +46,40 @@
 //                              done while a report is open
 //
 // In the end nothing is left behind: no object, nothing on the library's heap and, where texts are not cached
-// (OANOCACHE=1), no text or array. A title that ends with "(32 bits)" is for the library of that width only.
+// (OANOCACHE=1), no text or array.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
-#include <list>
+#include <fstream>
 
 #include "facts/scenario.h"
+#include "facts/values.h"
 #include "platform/text.h"
 #include "support/client.h"
 
 namespace velk::facts {
 namespace {
+
+std::vector<Scenario> ScenariosOf(const std::filesystem::path& path) {
+    std::vector<Scenario> made;
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes;
+    for (int number = 1; std::getline(file, bytes); ++number) {
+        const std::wstring line(bytes.begin(), bytes.end());  // other characters are written as escapes
+        std::wstring text(Trim(line));
+        if (text.empty() || text.starts_with(L"//")) continue;
+        if (!line.starts_with(L' ')) {
+            const std::wstring title = Cut(text, L":");
+            made.push_back({path.filename().string(), number, text, title, {}});
+        } else if (auto& lines = made.back().lines; !lines.empty() && lines.back().text.ends_with(L" ;")) {
+            lines.back().text += L' ' + text;
+        } else {
+            lines.push_back({number, text});
+        }
+    }
+    return made;
+}
 
 struct ScenarioTest : testing::Test {
     explicit ScenarioTest(const Scenario& one) : scenario(one) {}
@@ -68,31 +89,22 @@ struct ScenarioTest : testing::Test {
     const Scenario& scenario;
 };
 
-std::string TestName(std::wstring_view title) {
-    std::string name;
-    for (const wchar_t character : title)
-        name += iswalnum(character) && character < 128 ? static_cast<char>(character) : '_';
-    return name;
-}
-
 void Register(const Scenario& scenario, const std::string& folder) {
-    testing::RegisterTest((folder + "_" + ToAnsi(scenario.className)).c_str(), TestName(scenario.title).c_str(),
-                          nullptr, nullptr, scenario.file.c_str(), scenario.line,
-                          [&scenario]() -> testing::Test* { return new ScenarioTest(scenario); });
+    std::string title = ToAnsi(scenario.title);
+    for (char& character : title) character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
+    testing::RegisterTest((folder + "_" + ToAnsi(scenario.className)).c_str(), title.c_str(), nullptr, nullptr,
+                          scenario.file.c_str(), scenario.line,
+                          [scenario]() -> testing::Test* { return new ScenarioTest(scenario); });
 }
 
 // Before the program's main function reads the filter.
-const std::list<Scenario> kAll = [] {
-    std::list<Scenario> all;
+[[maybe_unused]] const bool kRegistered = [] {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(test::BuiltFile(L"tests/facts"))) {
         if (entry.path().extension() != ".facts") continue;
-        std::list<Scenario> made = ScenariosOf(entry.path());
-        const std::string folder = entry.path().parent_path().filename().string();
-        if (sizeof(void*) != 4) made.remove_if([](const Scenario& one) { return one.title.ends_with(L"(32 bits)"); });
-        for (const Scenario& one : made) Register(one, folder);
-        all.splice(all.end(), made);
+        for (const Scenario& one : ScenariosOf(entry.path()))
+            Register(one, entry.path().parent_path().filename().string());
     }
-    return all;
+    return true;
 }();
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What a scenario makes: objects, listeners, pictures to draw on, and a registry key.
+// What a scenario makes: objects, listeners, and a registry key.
 #pragma once
 
 #include <functional>
@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "facts/values.h"
-#include "platform/drawing_handles.h"
 #include "platform/text.h"
 #include "support/activation.h"
 #include "support/client.h"
@@ -58,14 +57,6 @@ inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::funct
     });
     return std::make_unique<test::Connection>(source, iid, sink.get());
 }
-
-// A picture in memory.
-struct Canvas {
-    static constexpr int kSize = 80;
-    GdiObject bitmap{CreateCompatibleBitmap(ScreenContext(GetDC(nullptr)).get(), kSize, kSize)};
-    CreatedContext context{CreateCompatibleDC(nullptr)};
-    SelectedObject selected{context.get(), bitmap.get()};
-};
 
 // A key of the current user's that is empty at first and gone in the end, with values below it: "Sub\v" is v of Sub.
 class RegistryKey {

@@ -26,33 +26,15 @@ template <class Number>
 requires std::is_integral_v<Number> || std::is_enum_v<Number> std::wstring Shown(Number number) {
     return std::to_wstring(static_cast<LONGLONG>(number));
 }
-// "pen 1": drawing objects and device contexts have numbers in the order in which a scenario sees them.
-std::wstring DrawingName(HGDIOBJ object) {
-    constexpr std::pair<DWORD, const wchar_t*> kKinds[] = {
-        {OBJ_PEN, L"pen "}, {OBJ_BRUSH, L"brush "}, {OBJ_BITMAP, L"bitmap "}, {OBJ_DC, L"dc "}, {OBJ_MEMDC, L"dc "}};
-    const DWORD type = HandleToULong(object) > 0xFFFF ? GetObjectType(object) : 0;
-    for (const auto& [kind, name] : kKinds) {
-        if (type != kind) continue;
-        auto& seen = current->drawing[name];
-        const auto place = std::ranges::find(seen, object);
-        const auto number = place - seen.begin() + 1;
-        if (place == seen.end()) seen.push_back(object);
-        return name + std::to_wstring(number);
-    }
-    return L"";
-}
-// The handles of windows and the like are pointers to records of one number; other pointers lead to places.
+// Handles are pointers to records of one number, or small numbers; other pointers lead to places.
 template <class T>
 std::wstring Shown(T* place) {
-    if constexpr (std::is_same_v<T, HDC__> || std::is_same_v<T, HWND__>) {
-        const bool window = std::is_same_v<T, HWND__> && IsWindow(reinterpret_cast<HWND>(place));
-        const std::wstring name = window ? L"" : DrawingName(place);
-        if (!name.empty()) return name;
-    }
     if constexpr (std::is_class_v<T>) {
         if (sizeof(T) == sizeof(int)) return std::to_wstring(HandleToLong(place));
     }
-    return place ? L"&" : L"null";
+    if (!place) return L"null";
+    const auto number = reinterpret_cast<ULONG_PTR>(place);
+    return number > 0xFFFF ? L"&" : std::to_wstring(number);
 }
 std::wstring Shown(const GUID&) { return L"guid"; }
 
@@ -123,16 +105,6 @@ void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
     if (itself) SetLastError(errorBefore);
 }
 
-// The type of drawing objects is that of any address, and addresses may be the numbers of drawing objects.
-template <auto Function>
-constexpr bool kTakesDrawing = false;
-template <>
-constexpr bool kTakesDrawing<&DeleteObject> = true;
-template <>
-constexpr bool kTakesDrawing<&SelectObject> = true;
-template <>
-constexpr bool kTakesDrawing<&SetClipboardData> = true;
-
 template <auto Function, class = decltype(Function)>
 struct Watch;
 template <auto Function, class Result, class... Arguments>
@@ -140,16 +112,8 @@ struct Watch<Function, Result(WINAPI*)(Arguments...)> {
     static Result WINAPI Run(Arguments... arguments) {
         Answer answer;
         (AddPlaces(answer.places, arguments), ...);
-        answer.FindRule(test::NameOf<Function>(), {Name(arguments)...});
+        answer.FindRule(test::NameOf<Function>(), {Shown(arguments)...});
         return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
-    }
-    template <class T>
-    static std::wstring Name(T argument) {
-        if constexpr (std::is_same_v<T, HGDIOBJ> && kTakesDrawing<Function>) {
-            const std::wstring name = DrawingName(argument);
-            if (!name.empty()) return name;
-        }
-        return Shown(argument);
     }
 };
 
@@ -159,23 +123,22 @@ std::map<std::string, void*> AllOf() {
 }
 
 void* ReplacementOf(const std::string& name) {
-    static const auto watchable =
-        AllOf<&Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid,
-              &CoCreateInstance, &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA,
-              &CreateFileW, &CreatePen, &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose,
-              &FindFirstFileW, &FindNextFileW, &FreeLibrary, &GetActiveWindow, &GetClientRect, &GetComputerNameA,
-              &GetCurrentHwProfileA, &GetDesktopWindow, &GetDeviceCaps, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA,
-              &GetDriveTypeA, &GetExitCodeProcess, &GetFileSizeEx, &GetLocaleInfoA, &GetLogicalDriveStringsA,
-              &GetLogicalDrives, &GetModuleFileNameW, &GetOpenFileNameA, &GetProfileStringA, &GetSaveFileNameA,
-              &GetSystemDirectoryA, &GetSystemInfo, &GetSystemMetrics, &GetTempFileNameA, &GetTempPathA, &GetTickCount,
-              &GetUserDefaultLCID, &GetUserNameA, &GetVersionExA, &GetVolumeInformationA, &GetWindowLongA,
-              &GetWindowRect, &GetWindowsDirectoryA, &GlobalMemoryStatus, &HtmlHelpA, &InternetGetConnectedStateExA,
-              &InternetSetOptionA, &InvalidateRect, &IsProcessorFeaturePresent, &IsWindow, &LineTo, &LoadLibraryExW,
-              &MoveToEx, &OpenClipboard, &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle, &RegCreateKeyExA,
-              &RegOpenKeyExA, &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA,
-              &SetClipboardData, &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA,
-              &SetWindowPos, &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen,
-              &SystemParametersInfoA, &UnhookWindowsHookEx, &VarI4FromStr, &WritePrivateProfileStringA, &timeGetTime>();
+    static const auto watchable = AllOf<
+        &Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid, &CoCreateInstance,
+        &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA, &CreateFileW, &CreatePen,
+        &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose, &FindFirstFileW, &FindNextFileW, &FreeLibrary,
+        &GetActiveWindow, &GetClientRect, &GetComputerNameA, &GetCurrentHwProfileA, &GetDesktopWindow, &GetDeviceCaps,
+        &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetExitCodeProcess, &GetFileSizeEx, &GetLocaleInfoA,
+        &GetLogicalDriveStringsA, &GetLogicalDrives, &GetModuleFileNameW, &GetOpenFileNameA, &GetProfileStringA,
+        GetProfileStringA, &GetROP2, &GetSaveFileNameA, &GetSystemDirectoryA, &GetSystemInfo, &GetSystemMetrics,
+        &GetTempFileNameA, &GetTempPathA, &GetTickCount, &GetUserDefaultLCID, &GetUserNameA, &GetVersionExA,
+        &GetVolumeInformationA, &GetWindowLongA, &GetWindowRect, &GetWindowsDirectoryA, &GlobalMemoryStatus, &HtmlHelpA,
+        &InternetGetConnectedStateExA, &InternetSetOptionA, &InvalidateRect, &IsProcessorFeaturePresent, &IsWindow,
+        &LineTo, &LoadLibraryExW, &MoveToEx, &OpenClipboard, &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle,
+        &RegCreateKeyExA, &RegOpenKeyExA, &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA,
+        &SetClipboardData, &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA,
+        &SetWindowPos, &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen, &SystemParametersInfoA,
+        &UnhookWindowsHookEx, &VarI4FromStr, &WritePrivateProfileStringA, &timeGetTime>();
     const auto found = watchable.find(name);
     if (found == watchable.end()) throw std::runtime_error(name + " is not among the functions that can be watched");
     return found->second;

@@ -5,7 +5,6 @@
 #include <deque>
 #include <functional>
 #include <list>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -52,9 +51,8 @@ struct PlatformLog {
 
     const Take act, box;
     std::deque<std::wstring> lines;
-    std::list<Rule> rules;                                 // the latest first
-    std::list<test::ImportPatch> patches;                  // the latest first, and taken away first
-    std::map<std::wstring, std::vector<HGDIOBJ>> drawing;  // the objects of each kind that were told
+    std::list<Rule> rules;                 // the latest first
+    std::list<test::ImportPatch> patches;  // the latest first, and taken away first
 };
 
 }  // namespace velk::facts

@@ -22,6 +22,25 @@
 namespace velk::facts {
 namespace {
 
+// The line once for each part of its braces.
+std::vector<std::wstring> Alternatives(const std::wstring& line) {
+    std::vector<std::wstring> made(1);
+    std::vector<std::vector<std::wstring>> groups;
+    std::size_t at = 0;
+    for (std::size_t open; (open = line.find(L'{', at)) != line.npos;) {
+        const std::size_t close = line.find(L'}', open);
+        auto parts = Split(std::wstring_view(line).substr(open + 1, close - open - 1), L"|");
+        if (close == open + 2) parts = groups.at(line[open + 1] - L'1');
+        if (parts.size() == 1) parts[0] = L'{' + parts[0] + L'}';  // nothing to choose from
+        groups.push_back(parts);
+        if (made.size() == 1) made.resize(parts.size(), made[0]);
+        for (std::size_t i = 0; i < made.size(); ++i) made[i] += line.substr(at, open - at) + parts.at(i);
+        at = close + 1;
+    }
+    for (std::wstring& one : made) one += line.substr(at);
+    return made;
+}
+
 class ScenarioRun {
   public:
     explicit ScenarioRun(const Scenario& scenario) : scenario_(scenario) {}
@@ -69,9 +88,28 @@ class ScenarioRun {
     void Act(std::wstring line) {
         if (line.starts_with(L"with ") || line.starts_with(L"when ") || line.starts_with(L"without "))
             return log_.Add(RuleOf(line));
+        using Run = ScenarioRun;
+        static const std::pair<std::wstring_view, std::function<void(Run&, const std::wstring&)>> kVerbs[] = {
+            {L"let ", &Run::Let},
+            {L"set ", &Run::Set},
+            {L"file ", &Run::File},
+            {L"key ", [](Run& run, auto& root) { run.key_.emplace(ToAnsi(Unquote(root))); }},
+            {L"value ", &Run::StoredValue},
+            {L"memory", [](Run& run, auto& size) { run.scarce_ = size.empty() ? SIZE_MAX : std::stoul(size); }},
+            {L"held below ", &Run::Held},
+            {L"on ", [](Run& run, auto& rule) { run.on_.push_back(Split(rule, L" does ")); }},
+            {L"drop", [](Run& run, auto&) { run.object_ = nullptr; }},
+            {L"user ",
+             [](Run& run, auto& acts) { run.user_ = std::make_unique<User>(acts, run.variables_[L"other"]); }},
+            {L"printer", [](Run& run, auto&) { run.printer_.emplace(); }},
+            {L"until ", &Run::Until},
+            {L"listen", &Run::Listen},
+            {L"leave", [](Run& run, auto&) { run.listener_ = nullptr; }},
+            {L"each = ", &Run::Each},
+        };
         for (const auto& [verb, does] : kVerbs) {
             if (line.starts_with(verb))
-                return (this->*does)(std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
+                return does(*this, std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
         }
         for (int times = Times(line); times > 0; --times) Step(line);
         const auto user = std::exchange(user_, nullptr);
@@ -94,28 +132,9 @@ class ScenarioRun {
             Same(L"saw " + call, log_.Next().substr(0, 4 + call.size()));
     }
 
-    // c 0xFF00FF
-    void DrawOn(std::wstring line) {
-        const auto parts = Split(line, L" ");
-        const HDC context = canvases_[parts.at(0)].context.get();
-        const RECT all{0, 0, Canvas::kSize, Canvas::kSize};
-        SetDCBrushColor(context, std::stoul(parts.at(1), nullptr, 0));
-        FillRect(context, &all, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        variables_[parts[0]] = test::Owned(test::Arg(HandleToLong(context)));
-    }
-
-    // c 3 4 = 0xFF00FF
-    void Pixel(std::wstring line) {
-        const auto parts = Split(line, L" ");
-        const HDC context = canvases_.at(parts.at(0)).context.get();
-        Same(parts.at(4), Hex(GetPixel(context, std::stoi(parts.at(1)), std::stoi(parts.at(2))), 6));
-    }
-
-    void Memory(std::wstring line) { scarce_ = line.empty() ? SIZE_MAX : std::stoul(line); }
     void Held(std::wstring most) {
         if (held_ >= std::stoi(most)) Fails(L"the library holds " + std::to_wstring(held_) + L" bytes more");
     }
-    void On(std::wstring line) { on_.push_back(Split(line, L" does ")); }
     void Heard(const std::wstring& event) { log_.lines.push_back(L"saw " + event), React(event); }
     void React(const std::wstring& event) {
         for (const auto& rule : on_)
@@ -130,7 +149,6 @@ class ScenarioRun {
         if (const std::wstring told = log_.Next(); !told.empty()) Fails(L"no line says before this one: " + told);
     }
 
-    void Drop(std::wstring) { object_ = nullptr; }
     void Let(std::wstring line) {
         Variant value = Made(Cut(line, L"="));
         Variant& variable = variables_[line];
@@ -178,8 +196,6 @@ class ScenarioRun {
         Same(wanted, Quote(std::string{std::istreambuf_iterator<char>(file), {}}));
     }
 
-    void Key(std::wstring line) { key_.emplace(ToAnsi(Unquote(line))); }
-
     // "Sub\v" = 1 "bytes", or holds
     void StoredValue(std::wstring line) {
         if (const auto wanted = Cut(line, L" holds "); !wanted.empty())
@@ -188,10 +204,6 @@ class ScenarioRun {
         const std::string bytes = ToAnsi(Unquote(stored.substr(stored.find(L'"'))));
         EXPECT_EQ(ERROR_SUCCESS, key_->Store(ToAnsi(Unquote(line)), std::stoul(stored), bytes));
     }
-
-    // What the user of a real dialog does in the next step.
-    void UserDoes(std::wstring actions) { user_ = std::make_unique<User>(actions, variables_[L"other"]); }
-    void Printer(std::wstring) { printer_.emplace(); }
 
     // StillExecuting = False
     void Until(std::wstring line) {
@@ -229,7 +241,6 @@ class ScenarioRun {
     void Listen(std::wstring) {
         listener_ = Listening(object_.get(), [this](auto& event) { Heard(event); });
     }
-    void Leave(std::wstring) { listener_ = nullptr; }
 
     void Step(std::wstring line) {
         std::wstring wanted;
@@ -268,8 +279,9 @@ class ScenarioRun {
 
     static std::wstring ErrorOf(const test::Outcome& outcome) {
         const auto code = static_cast<DWORD>(outcome.result == DISP_E_EXCEPTION ? outcome.code : outcome.result);
-        const std::wstring number = code >> 16 == 0x800A ? std::to_wstring(code & 0xFFFF) : Hex(code, 8);
-        return L"! " + number + L" " + Quote(outcome.description) + L" from " + outcome.source;
+        wchar_t number[16];
+        swprintf(number, 16, code >> 16 == 0x800A ? L"%lu" : L"0x%08lX", code >> 16 == 0x800A ? code & 0xFFFF : code);
+        return L"! " + std::wstring(number) + L" " + Quote(outcome.description) + L" from " + outcome.source;
     }
 
     void Expect(const std::wstring& wanted, const test::Outcome& outcome) {
@@ -280,25 +292,10 @@ class ScenarioRun {
         if (failed || !(same || wanted.empty())) Same(wanted.empty() ? L"success" : wanted, given);
     }
 
-    static std::wstring Hex(DWORD number, int digits) {
-        wchar_t text[16];
-        swprintf(text, 16, L"0x%0*lX", digits, number);
-        return text;
-    }
-
     static std::wstring Escaped(const std::wstring& text) {
         const std::wstring quoted = Quote(text);
         return quoted.substr(1, quoted.size() - 2);
     }
-
-    static constexpr std::pair<std::wstring_view, void (ScenarioRun::*)(std::wstring)> kVerbs[] = {
-        {L"let ", &ScenarioRun::Let},        {L"set ", &ScenarioRun::Set},           {L"file ", &ScenarioRun::File},
-        {L"key ", &ScenarioRun::Key},        {L"value ", &ScenarioRun::StoredValue}, {L"memory", &ScenarioRun::Memory},
-        {L"on ", &ScenarioRun::On},          {L"drop", &ScenarioRun::Drop},          {L"canvas ", &ScenarioRun::DrawOn},
-        {L"pixel ", &ScenarioRun::Pixel},    {L"held below ", &ScenarioRun::Held},   {L"user ", &ScenarioRun::UserDoes},
-        {L"printer", &ScenarioRun::Printer}, {L"until ", &ScenarioRun::Until},       {L"listen", &ScenarioRun::Listen},
-        {L"leave", &ScenarioRun::Leave},     {L"each = ", &ScenarioRun::Each},
-    };
 
     const Scenario& scenario_;
     int number_ = 0;
@@ -314,7 +311,6 @@ class ScenarioRun {
     std::size_t scarce_ = SIZE_MAX;  // blocks of this size cannot be had
     const std::ptrdiff_t& held_ = test::Heap::held.bytes;
     const test::Heap heap_{test::Library(), [this](std::size_t size) { return size >= scarce_; }};
-    std::map<std::wstring, Canvas> canvases_;
     Variables variables_;
     ComPtr<IDispatch> object_ = New(scenario_.className);
     std::vector<std::vector<std::wstring>> on_;
