@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
 #include "platform/platform.h"
+#include "platform/text.h"
 #include "support/departures.h"
+#include "support/scratch_folder.h"
 
 #include <winspool.h>
 
@@ -51,13 +52,8 @@ class TestPrinter {
     void AddDriver() {
         // The spooler's name for the programs that its drivers serve.
         std::string environment = sizeof(void*) == 4 ? "Windows NT x86" : "Windows x64", driver = "wineps.drv";
-        char folder[MAX_PATH] = "";
-        DWORD size = 0;
-        EXPECT_TRUE(GetPrinterDriverDirectoryA(nullptr, environment.data(), 1, reinterpret_cast<BYTE*>(folder),
-                                               MAX_PATH, &size));
-        std::string description = std::string(folder) + "\\3\\velk.ppd";
-        CreateDirectoryA((std::string(folder) + "\\3").c_str(), nullptr);
-        EXPECT_TRUE(std::ofstream(description, std::ios::binary) << kDescription << std::flush) << description;
+        const ScratchFolder folder;
+        std::string description = ToAnsi(folder.Write(L"velk.ppd", kDescription));
         DRIVER_INFO_3A info{};
         info.cVersion = 3;
         info.pName = name_.data();

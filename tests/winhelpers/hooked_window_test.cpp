@@ -1,4 +1,4 @@
-// The classes that hook windows: several on one list view with a menu, and each by the messages that it hooks.
+// The classes that hook windows, by the messages that they hook.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ namespace {
 
 using Object = ComPtr<IDispatch>;
 
-// n: no narrower than 250, x: no wider than 400, c: the columns fill the width, i: menus with icons.
+// n: no narrower than 250, x: no wider than 400, c: columns are not resized, i: menus with icons.
 Object Made(char what) {
     const CLSID& clsid = what == 'c'   ? __uuidof(CListViewExtended)
                          : what == 'i' ? __uuidof(::cIconMenu)
@@ -33,7 +33,7 @@ Object Made(char what) {
     const auto red = PictureOf(L"square.bmp");
     const Outcome set = what == 'n'   ? Let(made.get(), L"MinWidth", {Arg(250L)})
                         : what == 'x' ? Let(made.get(), L"MaxWidth", {Arg(400L)})
-                        : what == 'c' ? Let(made.get(), L"ResizeColumnsToFitWidth", {Arg(true)})
+                        : what == 'c' ? Let(made.get(), L"PreventColumnResize", {Arg(true)})
                                       : Let(made.get(), L"CommandPicture", {Arg(1L), Arg(red.get())});
     EXPECT_EQ(S_OK, set.result);
     return made;
@@ -43,75 +43,71 @@ HRESULT Attach(const Object& object, LONG window) {
     return Call(object.get(), isMenu ? L"Attach" : L"Init", {Arg(window)}).code;
 }
 
+// A window with a menu, which answers notifications with their place.
 class HookedWindow : public testing::Test {
   protected:
     HookedWindow() { AppendMenuW(menu, MF_STRING, 1, L"&Item"); }
-    ~HookedWindow() override { DestroyMenu(menu); }
+    ~HookedWindow() override { DestroyMenu(menu), VirtualFree(place, 0, MEM_RELEASE); }
 
-    static Object Attached(char what, HWND window) {
+    Object Attached(char what) const {
         const Object made = Made(what);
-        EXPECT_EQ(S_OK, Attach(made, HandleToLong(window))) << what;
+        EXPECT_EQ(S_OK, Attach(made, window.handle())) << what;
         return made;
     }
-    static LRESULT Send(HWND to, UINT message, const void* first = nullptr, const void* second = nullptr) {
-        return SendMessageW(to, message, reinterpret_cast<WPARAM>(first), reinterpret_cast<LPARAM>(second));
+    LRESULT Send(UINT message, const void* first = nullptr, const void* second = nullptr) const {
+        return SendMessageW(window.get(), message, reinterpret_cast<WPARAM>(first), reinterpret_cast<LPARAM>(second));
     }
-    // What its only item says.
-    ULONG_PTR DataOfItem() const {
-        MENUITEMINFOW info{};
-        info.cbSize = sizeof info, info.fMask = MIIM_DATA;
-        GetMenuItemInfoW(menu, 0, TRUE, &info);
-        return info.dwItemData;
+    template <class Record>
+    LRESULT SendRecord(UINT message, Record& record) const {
+        std::memcpy(place, &record, sizeof record);
+        const LRESULT answer = Send(message, nullptr, place);
+        return std::memcpy(&record, place, sizeof record), answer;
     }
-
-    const HookLibrary library;
-    const HMENU menu = CreatePopupMenu();
-};
-
-// A list view of three columns.
-class HookedList : public HookedWindow {
-  protected:
-    HookedList() {
-        const LVCOLUMNW column{};
-        for (int i = 0; i < 3; ++i) ListView_InsertColumn(list, i, &column);
+    LRESULT Notify(UINT code) const {
+        NMHDR header{nullptr, 0, code};
+        return SendRecord(WM_NOTIFY, header);
     }
-    ~HookedList() override { DestroyWindow(list); }
-
-    int Width(int asked) const {
-        SetWindowPos(list, nullptr, 0, 0, asked, 200, SWP_NOZORDER | SWP_NOMOVE);
-        RECT is{};
-        GetWindowRect(list, &is);
-        return static_cast<int>(is.right - is.left);
+    bool DrawsItem() const {
+        MENUITEMINFOW item{};
+        item.cbSize = sizeof item, item.fMask = MIIM_DATA;
+        GetMenuItemInfoW(menu, 0, TRUE, &item);
+        const Sheet sheet(100, 30);
+        MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, item.dwItemData};
+        DRAWITEMSTRUCT drawn{ODT_MENU, 0, 1, 0, 0, nullptr, sheet.get(), {0, 0, 100, 30}, item.dwItemData};
+        SendRecord(WM_MEASUREITEM, measured), SendRecord(WM_DRAWITEM, drawn);
+        return measured.itemWidth && sheet.At(12, 15) == kRed;
     }
     // In the order of their letters.
     std::string InEffect() const {
         std::string all;
-        RECT left{};
-        for (int i = 0; i < 3; ++i) ListView_SetColumnWidth(list, i, 4);
-        Width(300), Width(320), GetClientRect(list, &left);
-        for (int i = 0; i < 3; ++i) left.right -= ListView_GetColumnWidth(list, i);
-        if (left.right == 0) all += 'c';
-        Send(list, WM_ENTERMENULOOP), Send(list, WM_INITMENUPOPUP, menu);
-        if (DataOfItem()) all += 'i';
-        Send(list, WM_EXITMENULOOP);
-        if (DataOfItem()) all += '?';
-        if (Width(150) == 250) all += 'n';
-        if (Width(600) == 400) all += 'x';
+        MINMAXINFO limits{};
+        SendRecord(WM_GETMINMAXINFO, limits);
+        if (Notify(HDN_BEGINTRACKA) == 1) all += 'c';
+        Send(WM_ENTERMENULOOP), Send(WM_INITMENUPOPUP, menu);
+        if (DrawsItem()) all += 'i';
+        Send(WM_EXITMENULOOP);
+        if (DrawsItem()) all += '?';
+        if (limits.ptMinTrackSize.x == 250) all += 'n';
+        if (limits.ptMaxTrackSize.x == 400) all += 'x';
         return all;
     }
-    WNDPROC Procedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(list, GWLP_WNDPROC)); }
 
-    const HWND list = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_OVERLAPPEDWINDOW | LVS_REPORT, 0, 0, 400, 200, nullptr,
-                                      nullptr, nullptr, nullptr);
+    const HookLibrary library;
+    const HMENU menu = CreatePopupMenu();
+    // In 64-bit programs the system's records lie above what a Long holds: here in the highest memory that there is.
+    void* const place = VirtualAlloc(nullptr, 4096, MEM_RESERVE | MEM_COMMIT | MEM_TOP_DOWN, PAGE_READWRITE);
+    TestWindow window{WS_OVERLAPPEDWINDOW, [](HWND, UINT message, WPARAM, LPARAM at) -> std::optional<LRESULT> {
+                          return message == WM_NOTIFY ? at : std::optional<LRESULT>();
+                      }};
+    const WNDPROC own = window.CurrentProcedure();
 };
 
 // Each of the 24 orders to attach in, and each to let go in: what is left stays in effect.
-TEST_F(HookedList, TakesAllInEveryOrderAndLetsThemGo) {
-    const WNDPROC own = Procedure();
+TEST_F(HookedWindow, TakesAllInEveryOrderAndLetsThemGo) {
     std::string order = "cinx", away = "xnic";
     do {
         std::map<char, Object> objects;
-        for (const char what : order) objects[what] = Attached(what, list);
+        for (const char what : order) objects[what] = Attached(what);
         for (const char what : away) {
             std::string expected;
             for (const auto& [name, object] : objects) expected += name;
@@ -119,7 +115,7 @@ TEST_F(HookedList, TakesAllInEveryOrderAndLetsThemGo) {
             objects.erase(what);
         }
         EXPECT_EQ("", InEffect());
-        EXPECT_EQ(own, Procedure());
+        EXPECT_EQ(own, window.CurrentProcedure());
         EXPECT_TRUE(CanUnload());
     } while (std::next_permutation(order.begin(), order.end()) && std::prev_permutation(away.begin(), away.end()));
 }
@@ -130,57 +126,31 @@ TEST_F(HookedWindow, MayLoseAnObjectInTheMiddleOfItsMessage) {
         {'n', {WM_GETMINMAXINFO}},
         {'c', {WM_WINDOWPOSCHANGED, WM_NOTIFY}},
         {'i', {WM_INITMENUPOPUP, WM_EXITMENULOOP, WM_SETTINGCHANGE, WM_ENTERMENULOOP, WM_DRAWITEM}}};
+    Object object;
+    UINT expected = 0;
+    window.handler = [&](HWND, UINT message, auto...) -> std::optional<LRESULT> {
+        return object && message == expected ? object = nullptr, 0 : std::optional<LRESULT>();
+    };
     for (const auto& [what, messages] : cases) {
         for (const UINT message : messages) {
-            Object object;
-            const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT got, auto...) -> std::optional<LRESULT> {
-                return object && got == message ? object = nullptr, 0 : std::optional<LRESULT>();
-            });
-            const WNDPROC own = window.CurrentProcedure();
-            object = Attached(what, window.get());
+            object = Attached(what), expected = message;
             const std::array<char, 256> record{};  // what all of them may read
             const bool opens = message == WM_INITMENUPOPUP;
-            Send(window.get(), message, opens ? menu : nullptr, opens ? nullptr : record.data());
-            EXPECT_TRUE(!object && !DataOfItem() && CanUnload()) << message;
+            Send(message, opens ? menu : nullptr, opens ? nullptr : record.data());
+            EXPECT_TRUE(!object && !DrawsItem() && CanUnload()) << message;
             EXPECT_EQ(own, window.CurrentProcedure()) << message;
         }
     }
+    window.handler = nullptr;
 }
 
-// In 64-bit programs the system's records lie above what a Long holds, as the highest memory that there is. Held back
-// are the header's narrow notifications only.
-TEST_F(HookedWindow, UsesAndPassesOnRecordsWhereverTheyLie) {
-    void* const place = VirtualAlloc(nullptr, 4096, MEM_RESERVE | MEM_COMMIT | MEM_TOP_DOWN, PAGE_READWRITE);
-    const TestWindow window(WS_OVERLAPPEDWINDOW, [](HWND, UINT message, WPARAM, LPARAM at) -> std::optional<LRESULT> {
-        return message == WM_NOTIFY ? at : std::optional<LRESULT>();
-    });
-    const auto send = [&](UINT message, auto& record) {
-        std::memcpy(place, &record, sizeof record);
-        const LRESULT answer = Send(window.get(), message, nullptr, place);
-        return std::memcpy(&record, place, sizeof record), answer;
-    };
-    std::map<char, Object> objects;
-    for (const char what : {'c', 'i', 'n', 'x'}) objects[what] = Attached(what, window.get());
-    MINMAXINFO limits{};
-    send(WM_GETMINMAXINFO, limits);
-    EXPECT_EQ((std::pair{250L, 400L}), (std::pair{limits.ptMinTrackSize.x, limits.ptMaxTrackSize.x}));
-    for (const bool prevents : {true, false}) {
-        Let(objects['c'].get(), L"PreventColumnResize", {Arg(prevents)});
-        for (const UINT code : {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA, HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW}) {
-            const bool held = prevents && (code == HDN_BEGINTRACKA || code == HDN_DIVIDERDBLCLICKA);
-            NMHDR header{nullptr, 0, code};
-            EXPECT_EQ(held ? 1 : reinterpret_cast<LRESULT>(place), send(WM_NOTIFY, header)) << code;
-        }
-    }
-    Send(window.get(), WM_ENTERMENULOOP), Send(window.get(), WM_INITMENUPOPUP, menu);
-    MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, DataOfItem()};
-    EXPECT_EQ(TRUE, send(WM_MEASUREITEM, measured));
-    EXPECT_LT(0u, measured.itemWidth);
-    const Sheet sheet(100, 30);
-    DRAWITEMSTRUCT drawn{ODT_MENU, 0, 1, 0, 0, nullptr, sheet.get(), {0, 0, 100, 30}, DataOfItem()};
-    EXPECT_EQ(TRUE, send(WM_DRAWITEM, drawn));
-    EXPECT_EQ(kRed, sheet.At(12, 15));
-    VirtualFree(place, 0, MEM_RELEASE);
+TEST_F(HookedWindow, HoldsBackTheHeadersNarrowNotificationsOnly) {
+    const Object list = Attached('c');
+    const auto passed = reinterpret_cast<LRESULT>(place);
+    for (const UINT code : {HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW, HDN_ITEMCLICKA}) EXPECT_EQ(passed, Notify(code));
+    EXPECT_EQ(1, Notify(HDN_DIVIDERDBLCLICKA));
+    Let(list.get(), L"PreventColumnResize", {Arg(false)});
+    for (const UINT code : {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA}) EXPECT_EQ(passed, Notify(code));
 }
 
 TEST_F(HookedWindow, KeepsTheSizesThatAreNotLimited) {
