@@ -26,10 +26,11 @@ void ExpectReport(const std::wstring& member, int error, const std::function<voi
     const ReportRecorder recorder(Here());
     action();
     ASSERT_EQ(1u, recorder.reports().size());
-    EXPECT_TRUE(recorder.reports()[0].type & MB_ICONSTOP);
+    const auto& [title, text, type] = recorder.reports()[0];
+    EXPECT_TRUE(type & MB_ICONSTOP);
     const std::wstring begins = L"An error has occured in VelkSupport." + member + L" \r\n\r\nError:" +
                                 std::to_wstring(error) + L"\r\nDescription";
-    EXPECT_EQ(begins, recorder.reports()[0].text.substr(0, begins.size()));
+    EXPECT_EQ(begins, text.substr(0, begins.size()));
 }
 
 class DrawingSupport : public testing::Test {
@@ -56,32 +57,20 @@ TEST_F(DrawingSupport, MemDCGrowsAndCopiesPicturesToItsTopLeftCorner) {
     void* const original = WriteInto(slot, Address(&NoHandle));
     ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK, [&] { memory.CreateFromPicture(large.get()); });
     WriteInto(slot, original);
-    for (const auto& [x, y, colour] : {std::tuple{3, 2, kRed},
-                                       {4, 2, kBlue},
-                                       {3, 3, kBlue},
-                                       {29, 11, kBlue},
-                                       {30, 11, CLR_INVALID},
-                                       {29, 12, CLR_INVALID}})
-        EXPECT_EQ(colour, GetPixel(memory.HDC(), x, y)) << x << ' ' << y;
+    const auto at = [&](int x, int y) { return GetPixel(memory.HDC(), x, y); };
+    EXPECT_EQ((std::array<COLORREF, 6>{kRed, kBlue, kBlue, kBlue, CLR_INVALID, CLR_INVALID}),
+              (std::array{at(3, 2), at(4, 2), at(3, 3), at(29, 11), at(30, 11), at(29, 12)}));
     HGDIOBJ removed = nullptr;
-    {
-        const Fake deletes(
-            "DeleteObject", &DeleteObject,
-            [&](HGDIOBJ object) {
-                const HGDIOBJ selected = GetCurrentObject(memory.HDC(), OBJ_BITMAP);
-                EXPECT_TRUE(selected && selected != object) << "the context goes last";
-                return removed = object, TRUE;
-            },
-            Here());
-        memory.SetHeight(13);
-    }
+    const auto remove = [&](HGDIOBJ object) {
+        const HGDIOBJ selected = GetCurrentObject(memory.HDC(), OBJ_BITMAP);
+        EXPECT_TRUE(selected && selected != object) << "the context goes last";
+        return removed = object, TRUE;
+    };
+    Fake("DeleteObject", &DeleteObject, remove, Here()), memory.SetHeight(13);
     EXPECT_TRUE(DeleteObject(removed));
-    EXPECT_EQ(RGB(0, 0, 0), GetPixel(memory.HDC(), 29, 12)) << "a new bitmap is empty";
-    {
-        const Fake refuse(
-            "SelectObject", &SelectObject, [](HDC, HGDIOBJ) { return HGDIOBJ{}; }, Here());
-        memory.SetWidth(31);
-    }
+    EXPECT_EQ(RGB(0, 0, 0), at(29, 12)) << "a new bitmap is empty";
+    const auto refuse = [](HDC, HGDIOBJ) { return HGDIOBJ{}; };
+    Fake("SelectObject", &SelectObject, refuse, Here()), memory.SetWidth(31);
     EXPECT_EQ(nullptr, memory.HDC());
     EXPECT_EQ((std::pair{30L, 13L}), (std::pair{memory.Width(), memory.Height()})) << "the size stays";
 }

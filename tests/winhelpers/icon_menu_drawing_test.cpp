@@ -228,12 +228,12 @@ TEST_F(IconMenuDrawing, RefusesBadIconsAndWindowsAndKeepsTheOldOnes) {
     constexpr auto kRunTime = static_cast<HRESULT>(0x800A0000);
     const std::array<char, 300> memory{};
     const LONG list = HandleToLong(images_.get()), gone = HandleOf(FullMenu().get()), window = window_.handle();
-    for (const LONG bad : {window & 0xFFFF, HandleToLong(GetDesktopWindow())})
-        EXPECT_EQ(kRunTime + 5, icons_->Attach(bad));
-    for (const LONG bad : {gone, HandleToLong(memory.data())}) EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(bad));
-    EXPECT_EQ(kRunTime + 9, icons_->put_CommandImage(kCommand, 2));
-    EXPECT_EQ(kRunTime + 9, icons_->put_SubmenuImage(HandleOf(menu), 2));
-    EXPECT_EQ(kRunTime + 5, icons_->put_SubmenuPicture(gone, nullptr));
+    for (const HRESULT answer : {icons_->Attach(window & 0xFFFF), icons_->Attach(HandleToLong(GetDesktopWindow())),
+                                 icons_->put_ImageList(gone), icons_->put_ImageList(HandleToLong(memory.data())),
+                                 icons_->put_SubmenuPicture(gone, nullptr)})
+        EXPECT_EQ(kRunTime + 5, answer);
+    for (const HRESULT answer : {icons_->put_CommandImage(kCommand, 2), icons_->put_SubmenuImage(HandleOf(menu), 2)})
+        EXPECT_EQ(kRunTime + 9, answer);
     EXPECT_EQ(std::to_wstring(window) + L"|" + std::to_wstring(list) + L"|",
               Facts(icons_.get(), {L"hWnd", L"ImageList"}));
     EXPECT_EQ(L"0", Fact(icons_.get(), L"CommandImage", {Arg(kCommand)}));

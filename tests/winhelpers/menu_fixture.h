@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -15,14 +16,12 @@
 
 namespace velk::test {
 
-template <class Owned, auto Destroy>
-struct Destroyed {
-    using Handle = Owned;
-    static Handle Invalid() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { Destroy(handle); }
+template <auto Destroy>
+struct By {
+    void operator()(auto* handle) const { Destroy(handle); }
 };
-using Menu = UniqueHandle<Destroyed<HMENU, &DestroyMenu>>;
-using Images = UniqueHandle<Destroyed<HIMAGELIST, &ImageList_Destroy>>;
+using Menu = std::unique_ptr<std::remove_pointer_t<HMENU>, By<&DestroyMenu>>;
+using Images = std::unique_ptr<std::remove_pointer_t<HIMAGELIST>, By<&ImageList_Destroy>>;
 
 // An item as it is.
 struct MenuItem : MENUITEMINFOW {
