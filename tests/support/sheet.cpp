@@ -43,13 +43,12 @@ void Sheet::ExpectIs(const wchar_t* picture) const {
     Gdiplus::Bitmap wanted(BuiltFile((L"tests/pictures/" + name).c_str()).c_str());
     Gdiplus::Bitmap drawn(width_, height_, 4 * width_, PixelFormat32bppRGB, reinterpret_cast<BYTE*>(pixels_));
     const bool fits = static_cast<int>(wanted.GetWidth()) == width_ && static_cast<int>(wanted.GetHeight()) == height_;
-    int same = 0;
-    const auto next = [&](Gdiplus::Bitmap& image) {
-        Gdiplus::Color colour;
-        image.GetPixel(same % width_, same / width_, &colour);
-        return colour.GetValue() & 0xFFFFFF;
-    };
-    while (fits && same < width_ * height_ && next(wanted) == next(drawn)) ++same;
+    Gdiplus::BitmapData data;
+    wanted.LockBits(nullptr, Gdiplus::ImageLockModeRead, PixelFormat32bppRGB, &data);
+    const auto alike = [](DWORD one, DWORD other) { return ((one ^ other) & 0xFFFFFF) == 0; };
+    const auto* const first = static_cast<const DWORD*>(data.Scan0);
+    const auto same = fits ? std::mismatch(pixels_, pixels_ + width_ * height_, first, alike).first - pixels_ : 0;
+    wanted.UnlockBits(&data);
     if (same == width_ * height_) return;
     EXPECT_EQ(Gdiplus::Ok, drawn.Save(path.c_str(), &kPng, nullptr));
     ADD_FAILURE() << (fits ? "other pixels" : "no such picture, or another size") << ", the first at " << same % width_

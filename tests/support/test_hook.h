@@ -62,16 +62,14 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
 
     // As this hook passes a message on.
     LONG_PTR PassOn(IHookManager* manager, const Message& m) const {
-        const auto widely = ComPtr<IHookManager>(manager).As<IHookManager2>();
-        LONG_PTR result = 0;
+        LONG_PTR whole = 0;
         LONG narrow = 0;
-        if (wide_) {
-            EXPECT_EQ(S_OK, widely->CallPreviousProcPtr(m.window, m.number, m.wParam, m.lParam, &result));
-            return result;
-        }
-        EXPECT_EQ(S_OK, manager->CallPreviousProc(m.window, m.number, static_cast<LONG>(m.wParam),
-                                                  static_cast<LONG>(m.lParam), &narrow));
-        return narrow;
+        const HRESULT passed = wide_ ? ComPtr<IHookManager>(manager).As<IHookManager2>()->CallPreviousProcPtr(
+                                           m.window, m.number, m.wParam, m.lParam, &whole)
+                                     : manager->CallPreviousProc(m.window, m.number, static_cast<LONG>(m.wParam),
+                                                                 static_cast<LONG>(m.lParam), &narrow);
+        EXPECT_EQ(S_OK, passed);
+        return wide_ ? whole : narrow;
     }
 
     std::function<HRESULT(LONG*)> respond;

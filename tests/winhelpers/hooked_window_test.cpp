@@ -26,17 +26,15 @@ using Object = ComPtr<IDispatch>;
 
 // n: no narrower than 250, x: no wider than 400, c: columns are not resized, i: menus with icons.
 Object Made(char what) {
-    const CLSID& clsid = what == 'c'   ? __uuidof(CListViewExtended)
-                         : what == 'i' ? __uuidof(::cIconMenu)
-                                       : __uuidof(CFormSizeConstraint);
-    auto made = CreateObject<IDispatch>(clsid);
-    const auto red = PictureOf(L"square.bmp");
-    const Outcome set = what == 'n'   ? Let(made.get(), L"MinWidth", {Arg(250L)})
-                        : what == 'x' ? Let(made.get(), L"MaxWidth", {Arg(400L)})
-                        : what == 'c' ? Let(made.get(), L"PreventColumnResize", {Arg(true)})
-                                      : Let(made.get(), L"CommandPicture", {Arg(1L), Arg(red.get())});
-    EXPECT_EQ(S_OK, set.result);
-    return made;
+    const auto with = [](const CLSID& clsid, const wchar_t* property, std::initializer_list<VARIANT> values) {
+        auto made = CreateObject<IDispatch>(clsid);
+        EXPECT_EQ(S_OK, Let(made.get(), property, values).result);
+        return made;
+    };
+    if (what == 'n') return with(__uuidof(CFormSizeConstraint), L"MinWidth", {Arg(250L)});
+    if (what == 'x') return with(__uuidof(CFormSizeConstraint), L"MaxWidth", {Arg(400L)});
+    if (what == 'c') return with(__uuidof(CListViewExtended), L"PreventColumnResize", {Arg(true)});
+    return with(__uuidof(::cIconMenu), L"CommandPicture", {Arg(1L), Arg(PictureOf(L"square.bmp").get())});
 }
 HRESULT Attach(const Object& object, LONG window) {
     const bool isMenu = IdOf(object.get(), L"Attach") != DISPID_UNKNOWN;

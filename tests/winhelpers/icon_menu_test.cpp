@@ -207,10 +207,10 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
 }
 
 // The letter of a mnemonic, the last one that a label has, else that of a label without one. More items of a key are
-// selected one after the other, from the highlighted one on.
+// selected one after the other, from the highlighted one on; first letters lead nowhere while a mnemonic does.
 TEST_F(IconMenu, FindsItemsByTheirKeys) {
-    enum : UINT { kOther = kCount, kSecond, kDoubled, kRight, kCd, kCe, kEnds };
-    for (const wchar_t* text : {L"&Other", L"&First &Second", L"B&&&W", L"Cut\b&Paste", L"cd", L"CE", L"Yes&"})
+    enum : UINT { kOther = kCount, kOdd, kSecond, kDoubled, kRight, kCd, kCe, kEnds };
+    for (const wchar_t* text : {L"&Other", L"odd", L"&First &Second", L"B&&&W", L"Cut\b&Paste", L"cd", L"CE", L"Yes&"})
         AppendMenuW(menu, MF_STRING, 600, text);
     Rename(menu, kOwn, L"&Zoom");
     Open(menu);
