@@ -87,6 +87,8 @@ Variant ReadDefault(PlanReader& plans) {
 // negative ones.
 VARTYPE Signed(VARTYPE type) noexcept { return type == VT_UI4 ? VARTYPE{VT_I4} : type; }
 
+bool IsNumber(VARTYPE type) noexcept { return IsSelfContained(type) && type != VT_ERROR && type != VT_DECIMAL; }
+
 Parameter ReadParameter(PlanReader& plans) {
     Parameter parameter;
     parameter.name = plans.TakeText();
@@ -95,6 +97,7 @@ Parameter ReadParameter(PlanReader& plans) {
     parameter.type = Signed(type);
     parameter.byReference = plans.Take() != 0;
     parameter.optional = plans.Take() != 0;
+    if (parameter.byReference && IsNumber(parameter.type)) parameter.plain = parameter.type;
     if (parameter.IsObject()) parameter.iid = plans.Take<IID>();
     if (parameter.optional) parameter.defaultValue = ReadDefault(plans);
     return parameter;

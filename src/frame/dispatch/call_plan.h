@@ -24,9 +24,10 @@ struct Parameter {
     VARTYPE type = VT_EMPTY;  // an automation type, or VT_ARRAY | VT_BSTR
     bool byReference = false;
     bool optional = false;
-    bool isColour = false;  // a Long that may also be given as the unsigned number of the same bits
-    Variant defaultValue;   // of `type`; for an optional VARIANT the "missing" value
-    IID iid = IID_NULL;     // for VT_DISPATCH and VT_UNKNOWN: the interface that the member takes
+    VARTYPE plain = VT_ILLEGAL;  // `type`, if it is a number or a truth value that the member takes by reference
+    bool isColour = false;       // a Long that may also be given as the unsigned number of the same bits
+    Variant defaultValue;        // of `type`; for an optional VARIANT the "missing" value
+    IID iid = IID_NULL;          // for VT_DISPATCH and VT_UNKNOWN: the interface that the member takes
 
     bool IsObject() const noexcept { return type == VT_DISPATCH || type == VT_UNKNOWN; }
 };

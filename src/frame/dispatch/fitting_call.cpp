@@ -82,7 +82,22 @@ bool FittingCall::LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcep
     return true;
 }
 
+// What most calls are made of comes first: numbers of the right type, and those left out.
 bool FittingCall::Add(const Parameter& parameter, VARIANT* given) noexcept {
+    const VARIANT* const value = given || !parameter.optional ? given : &parameter.defaultValue;
+    if (value && value->vt == parameter.plain) {
+        plain_[plainCount_] = value->llVal;
+        call_.AddPointer(&plain_[plainCount_++]);
+        return true;
+    }
+    if (given && given->vt == kVariable && given->pvarVal && given->pvarVal->vt == parameter.plain) {
+        call_.AddPointer(&given->pvarVal->byref);
+        return true;
+    }
+    return AddOther(parameter, given);
+}
+
+bool FittingCall::AddOther(const Parameter& parameter, VARIANT* given) noexcept {
     if (!given || (parameter.type != VT_VARIANT && IsMissing(*given))) {
         return parameter.optional && AddOwn(parameter, parameter.defaultValue, nullptr);
     }

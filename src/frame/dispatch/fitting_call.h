@@ -36,14 +36,17 @@ class FittingCall {
 
     bool LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcept;
     bool Add(const Parameter& parameter, VARIANT* given) noexcept;
+    bool AddOther(const Parameter& parameter, VARIANT* given) noexcept;
     bool AddReference(const Parameter& parameter, VARIANT& given, VARIANT& value) noexcept;
     bool AddOwn(const Parameter& parameter, const VARIANT& value, VARIANT* variable) noexcept;
     bool Fill(Own* own, const Parameter& parameter, const VARIANT& value) const noexcept;
     HRESULT Run(IDispatch* object, unsigned slot, void* result) noexcept;
 
     const bool lends_;
-    unsigned count_ = 0;
+    unsigned count_ = 0;       // of own_
+    unsigned plainCount_ = 0;  // of plain_
     SlotCall call_;
+    LONGLONG plain_[kMaxArguments];  // numbers by value, for the member to refer to
     Own own_[kMaxArguments];
 };
 
