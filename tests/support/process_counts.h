@@ -15,26 +15,13 @@ namespace velk::test {
 
 // Kernel handles.
 inline std::size_t OpenHandles() {
-    struct Entry {
-        ULONG process;
-        UCHAR type, attributes;
-        USHORT handle;
-        PVOID object;
-        ULONG access;
-    };
-    struct Table {
-        ULONG count;
-        Entry entries[1];
-    };
-    constexpr auto kHandles = static_cast<SYSTEM_INFORMATION_CLASS>(16);
     constexpr ULONG kSize = 1 << 20;
     static const auto query =
         FindFunction<decltype(NtQuerySystemInformation)>(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation");
-    static auto* const table = static_cast<Table*>(std::malloc(kSize));
-    EXPECT_EQ(0, query(kHandles, table, kSize, nullptr));
-    return static_cast<std::size_t>(
-        std::count_if(table->entries, table->entries + table->count,
-                      [](const Entry& entry) { return entry.process == GetCurrentProcessId(); }));
+    static auto* const table = static_cast<SYSTEM_HANDLE_INFORMATION*>(std::malloc(kSize));
+    EXPECT_EQ(0, query(SystemHandleInformation, table, kSize, nullptr));
+    const auto isOwn = [](const auto& entry) { return entry.OwnerPid == GetCurrentProcessId(); };
+    return static_cast<std::size_t>(std::count_if(table->Handle, table->Handle + table->Count, isOwn));
 }
 
 // Drawing objects and device contexts.

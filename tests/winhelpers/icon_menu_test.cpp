@@ -302,28 +302,23 @@ TEST_F(ShownMenu, MayLoseItsIconsOrItsWindow) {
     EXPECT_LT(GdiObjects(), objects);
 }
 
-// As a screen reader gets it, which runs in another process: from the popup's window through its menu to the record.
+// As a screen reader gets it: from the popup's window through its menu to the record.
 TEST_F(ShownMenu, IsReadAloud) {
     std::wstring texts;
     const auto speak = [&](UINT position) {
         const HWND popup = FindWindowW(L"#32768", nullptr);
         const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
-        MSAAMENUINFO record{};
-        const auto* const data = reinterpret_cast<const void*>(MenuItem(shown, position).dwItemData);
-        if (!ReadProcessMemory(GetCurrentProcess(), data, &record, sizeof record, nullptr))
-            return void(texts += L"unreadable|");
+        const auto& record = *reinterpret_cast<const MSAAMENUINFO*>(MenuItem(shown, position).dwItemData);
         EXPECT_EQ(MSAA_MENU_SIG, record.dwMSAASignature);
-        std::wstring text(record.cchWText + 1, L'?');
-        ReadProcessMemory(GetCurrentProcess(), record.pszWText, text.data(), 2 * text.size(), nullptr);
-        texts += text;
+        texts.append(record.pszWText, record.cchWText + 1);
     };
     Show({[&] {
-        for (const UINT position : {kOpen, kSave, kLine, kMore, kOwn}) speak(position);
+        for (const UINT position : {kOpen, kSave, kLine, kMore}) speak(position);
         Rename(menu, kOpen, L"&Open a file with a longer name");
         RedrawWindow(FindWindowW(L"#32768", nullptr), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         speak(kOpen);
     }});
-    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0unreadable|&Open a file with a longer name\0"sv, texts);
+    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0&Open a file with a longer name\0"sv, texts);
     EXPECT_EQ(12345u, MenuItem(menu, kOpen).dwItemData);
 }
 
