@@ -132,12 +132,6 @@ TEST_F(NCMetrics, IsASnapshotOfBothRecordsWithCachedFontsAndBolderOnes) {
     }
 }
 
-TEST(NCMetricsOfThePlatform, AreThoseOfItsWindows) {
-    cNCMetrics metrics;
-    ASSERT_TRUE(metrics.GetMetrics());
-    EXPECT_EQ(GetSystemMetrics(SM_CYMENU), metrics.MenuHeight() + 1);  // a line below
-}
-
 // As the platform makes a font of the same description: it rounds sizes and replaces faces by what it has.
 TEST_F(NCMetrics, GivesTheMenuFontAsAnObject) {
     const ScreenContext screen(GetDC(nullptr));

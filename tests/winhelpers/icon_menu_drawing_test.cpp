@@ -83,6 +83,7 @@ class StagedSystem {
         if (action == SPI_GETHIGHCONTRAST)
             static_cast<HIGHCONTRASTA*>(value)->dwFlags = now.contrast ? HCF_HIGHCONTRASTON : 0;
         if (action != SPI_GETNONCLIENTMETRICS) return read;
+        EXPECT_TRUE(read) << "a record of no size that the platform knows";
         ++asked;
         LOGFONTA& font = static_cast<NONCLIENTMETRICSA*>(value)->lfMenuFont;
         return font.lfHeight = now.fontHeight, font.lfWeight = FW_NORMAL, read;
@@ -234,8 +235,8 @@ TEST_F(IconMenuDrawing, RefusesBadIconsAndWindowsAndKeepsTheOldOnes) {
         EXPECT_EQ(kRunTime + 5, answer);
     for (const HRESULT answer : {icons_->put_CommandImage(kCommand, 2), icons_->put_SubmenuImage(HandleOf(menu), 2)})
         EXPECT_EQ(kRunTime + 9, answer);
-    EXPECT_EQ(std::to_wstring(window) + L"|" + std::to_wstring(list) + L"|",
-              Facts(icons_.get(), {L"hWnd", L"ImageList"}));
+    EXPECT_EQ(window, AttachedTo());
+    EXPECT_EQ(std::to_wstring(list), Fact(icons_.get(), L"ImageList"));
     EXPECT_EQ(L"0", Fact(icons_.get(), L"CommandImage", {Arg(kCommand)}));
     const Fake noLists("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
     const Fake noHooks("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });

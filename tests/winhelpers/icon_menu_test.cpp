@@ -72,20 +72,16 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
         {"ems.r.", "ms;;"},
     };
     const ReportRecorder recorder(Library());
-    for (const auto& [steps, expected] : plays) {
-        const char* const play = steps;  // Clang has no way to use the other name in a lambda
+    for (const std::pair<const char*, const char*>& play : plays) {
         TestWindow other;
         const Menu twin = MenuWithBitmaps();
         menu_ = MenuWithBitmaps(), menu = menu_.get();
         icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
         auto another = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
-        const auto inOther = [&](UINT message, HMENU opened = nullptr) {
-            SendMessageW(other.get(), message, reinterpret_cast<WPARAM>(opened), 0);
-        };
         std::string noted;
         const auto note = [&](char name, const std::string& drawn, std::string_view all) {
             if (drawn == all) noted += name;
-            EXPECT_TRUE(drawn == all || drawn.find('d') == drawn.npos) << play << ' ' << drawn;
+            EXPECT_TRUE(drawn == all || drawn.find('d') == drawn.npos) << play.first << ' ' << drawn;
         };
         const std::map<char, std::function<void()>> actions{
             {'e', [&] { Send(WM_ENTERMENULOOP); }},
@@ -94,9 +90,9 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
             {'s', [&] { Send(WM_INITMENUPOPUP, GetSubMenu(menu, kMore)); }},
             {'o', [&] { Send(WM_INITMENUPOPUP, menu, LongToPtr(MAKELPARAM(0, TRUE))); }},
             {'i', [&] { Heap(Library(), [](std::size_t) { return true; }), Send(WM_INITMENUPOPUP, menu); }},
-            {'E', [&] { inOther(WM_ENTERMENULOOP); }},
-            {'X', [&] { inOther(WM_EXITMENULOOP); }},
-            {'M', [&] { inOther(WM_INITMENUPOPUP, menu); }},
+            {'E', [&] { SendMessageW(other.get(), WM_ENTERMENULOOP, 0, 0); }},
+            {'X', [&] { SendMessageW(other.get(), WM_EXITMENULOOP, 0, 0); }},
+            {'M', [&] { SendMessageW(other.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0); }},
             {'a', [&] { Attach(window_.get()); }},
             {'A', [&] { Attach(other.get()); }},
             {'b', [&] { another->Attach(window_.handle()); }},
@@ -117,8 +113,8 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
                  note('s', DrawnBeside(GetSubMenu(twin.get(), kMore), GetSubMenu(menu, kMore)), "d"), noted += ';';
              }}};
         Attach(window_.get());
-        for (const char* event = play; *event; ++event) actions.at (*event)();
-        EXPECT_EQ(expected, noted) << play;
+        for (const char event : std::string_view(play.first)) actions.at(event)();
+        EXPECT_EQ(play.second, noted) << play.first;
         SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, 0);
     }
     EXPECT_TRUE(CanUnload()) << "it lives as long as it is attached";
@@ -184,7 +180,6 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
     expect(4711, WM_SETTINGCHANGE);
     MEASUREITEMSTRUCT measured{ODT_MENU, 0, UINT{CommandAt(kOpen)}, 1, 2, MenuItem(menu, kOpen).dwItemData};
     expect(TRUE, WM_MEASUREITEM, nullptr, &measured);
-    EXPECT_GT(measured.itemWidth, 1u);
     for (const auto& [type, data] : {std::pair<UINT, ULONG_PTR>{ODT_MENU, 4711}, {ODT_BUTTON, measured.itemData}}) {
         MEASUREITEMSTRUCT foreign{type, 0, 1, 1, 2, data};
         expect(4711, WM_MEASUREITEM, nullptr, &foreign);
