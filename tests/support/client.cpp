@@ -7,14 +7,12 @@
 
 namespace velk::test {
 
-std::wstring BuildFolder() {
+std::wstring BuiltFile(const wchar_t* name) {
     wchar_t path[MAX_PATH];
-    if (GetEnvironmentVariableW(kBuildFolder, path, MAX_PATH) > 0) return path;
+    if (GetEnvironmentVariableW(L"VELK_BUILD", path, MAX_PATH) > 0) return std::wstring(path) + L"\\" + name;
     GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(path).parent_path().parent_path().wstring();
+    return std::filesystem::path(path).parent_path().parent_path().wstring() + L"\\" + name;
 }
-
-std::wstring BuiltFile(const wchar_t* name) { return BuildFolder() + L"\\" + name; }
 std::wstring LibraryPath() { return BuiltFile(L"VelkSprt.dll"); }
 
 HMODULE Library() {

@@ -9,9 +9,7 @@
 
 namespace velk::test {
 
-// The build folder: the one above a test program's own, unless this environment variable names another.
-constexpr const wchar_t* kBuildFolder = L"VELK_BUILD";
-std::wstring BuildFolder();
+// In the build folder: the one above a test program's own, unless the environment variable VELK_BUILD names another.
 std::wstring BuiltFile(const wchar_t* name);
 
 // The path of the DLL under test, and the module, which stays loaded while a test program runs.

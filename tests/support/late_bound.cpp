@@ -24,18 +24,15 @@ Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> nam
     EXCEPINFO exception{};
     Outcome outcome;
     outcome.result = call(&parameters, &outcome.value, &exception, &outcome.badArgument);
-    outcome.Take(exception);
+    outcome.code = exception.scode;
+    outcome.source = View(exception.bstrSource);
+    outcome.description = View(exception.bstrDescription);
+    for (const BSTR text : {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile})
+        SysFreeString(text);
     return outcome;
 }
 
 }  // namespace
-
-void Outcome::Take(const EXCEPINFO& thrown) {
-    code = thrown.scode;
-    source = View(thrown.bstrSource);
-    description = View(thrown.bstrDescription);
-    for (const BSTR text : {thrown.bstrSource, thrown.bstrDescription, thrown.bstrHelpFile}) SysFreeString(text);
-}
 
 Variant Owned(VARIANT value) {
     Variant made;

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <process.h>
 
 #include <string>
 
-#include "platform/handles.h"
 #include "platform/platform.h"
 
 namespace velk::test {
@@ -18,27 +17,16 @@ inline std::wstring OwnProgram() {
 // A DISABLED_ test of this program in a process of its own, which may end in any way.
 class OwnProcess {
   public:
-    explicit OwnProcess(const wchar_t* test) {
-        std::wstring line = L"\"" + OwnProgram() + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + test;
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION started{};
-        EXPECT_TRUE(CreateProcessW(OwnProgram().c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                   &startup, &started));
-        CloseHandle(started.hThread);
-        process_ = FileHandle(started.hProcess);
-    }
+    explicit OwnProcess(const std::wstring& test) : filter_(L"--gtest_filter=" + test) {}
 
-    // Its exit code. A minute is enough for any of them.
+    // Its exit code.
     DWORD Ended() const {
-        if (WaitForSingleObject(process_.get(), 60'000)) TerminateProcess(process_.get(), STILL_ACTIVE);
-        DWORD code = STILL_ACTIVE;
-        GetExitCodeProcess(process_.get(), &code);
-        return code;
+        return static_cast<DWORD>(_wspawnl(_P_WAIT, OwnProgram().c_str(), L"tests", L"--gtest_also_run_disabled_tests",
+                                           filter_.c_str(), nullptr));
     }
 
   private:
-    FileHandle process_;
+    const std::wstring filter_;
 };
 
 }  // namespace velk::test

@@ -36,10 +36,6 @@ class ScratchFolder {
         EXPECT_TRUE(std::ofstream(std::filesystem::path(Path(name)), std::ios::binary) << bytes << std::flush);
         return Path(name);
     }
-    std::wstring MakeFolder(std::wstring_view name) const {
-        EXPECT_TRUE(std::filesystem::create_directory(Path(name)));
-        return Path(name);
-    }
 
   private:
     std::wstring path_;

@@ -3,6 +3,7 @@
 //     show_dialog file|save|print|font STOP-FILE
 //
 // The print dialog brings a printer of its own, the file dialogs a folder.
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
@@ -25,7 +26,8 @@ void Set(IDispatch* object, const wchar_t* name, LONG value) { Let(object, name,
 
 void ShowFile(bool toOpen) {
     const ScratchFolder temporary;
-    const std::wstring folder = temporary.MakeFolder(L"Scales");
+    const std::wstring folder = temporary.Path(L"Scales");
+    std::filesystem::create_directory(folder);
     for (const wchar_t* name : {L"platform.dat", L"tank 1.dat", L"tank 2.dat"}) {
         temporary.Write(std::wstring(L"Scales\\") + name, "x");
     }
