@@ -128,8 +128,9 @@ TEST(DispatchValues, ArriveAsThePlatformConvertsThemAndComeBackInTheFormThatTheC
             arguments.back() = value;
             return Invoke(object.get(), member, flags, arguments);
         };
-        const auto kept = [&, read = read, before = std::vector(others, Arg(1L))] {
-            return read ? Invoke(object.get(), read, DISPATCH_PROPERTYGET, before).value : Variant();
+        const std::vector<VARIANT> indexes(others, Arg(1L));
+        const auto kept = [&, read = read] {
+            return read ? Invoke(object.get(), read, DISPATCH_PROPERTYGET, indexes).value : Variant();
         };
         Variant expected = kept(), written;
         if (!read) give(Arg(&written));
@@ -292,28 +293,24 @@ TEST_F(DispatchCalls, OmittedArgumentsTakeTheirDefaultsAndNamedOnesGoWhereTheirN
     const VARIANT null = Bare(VT_NULL, 0), values[] = {Arg(2L), Ref(VT_I4, &condition), start, Arg(&descending)};
     const VARIANT defaults[] = {Missing(), Arg(0L), Arg(0L), Arg(false)};
     for (int combination = 0; combination < 1 << 2 * kCount; ++combination) {
+        SCOPED_TRACE(combination);
         const auto state = [=](int i) { return combination >> 2 * i & 3; };
-        for (int positional = 0; positional == 0 || (positional <= kCount && state(positional - 1) != kLeftOut);
-             ++positional) {
-            std::vector<VARIANT> arguments, all;
-            std::vector<DISPID> named;
-            const auto pass = [&](int i) {
-                arguments.push_back(state(i) == kGiven ? values[i] : state(i) == kNull ? null : Missing());
-            };
-            for (int i = 0; i < positional; ++i) pass(i);
-            for (int i = kCount - 1; i >= positional; --i) {
-                if (state(i) != kLeftOut) pass(i), named.push_back(i);
-            }
-            for (int i = 0; i < kCount; ++i) {
-                all.push_back(state(i) == kGiven ? values[i] : state(i) == kNull ? null : defaults[i]);
-            }
-            SCOPED_TRACE(testing::Message() << combination << ", " << positional);
-            const Outcome given = InvokeNamed(list_.get(), L"Find", DISPATCH_METHOD, arguments, named);
-            const Outcome expected = state(0) == kLeftOut ? Outcome{DISP_E_PARAMNOTOPTIONAL}
-                                                          : InvokeNamed(list_.get(), L"Find", DISPATCH_METHOD, all, {});
-            EXPECT_EQ(std::tuple(expected.result, expected.code, Describe(expected.value)),
-                      std::tuple(given.result, given.code, Describe(given.value)));
+        std::vector<VARIANT> all, arguments;
+        std::vector<DISPID> named;
+        for (int i = 0; i < kCount; ++i) {
+            all.push_back(state(i) == kGiven ? values[i] : state(i) == kNull ? null : defaults[i]);
         }
+        const auto pass = [&](int i) { arguments.push_back(state(i) == kMissing ? Missing() : all[i]); };
+        int positional = 0;
+        while (positional < combination % (kCount + 1) && state(positional) != kLeftOut) pass(positional++);
+        for (int i = kCount - 1; i >= positional; --i) {
+            if (state(i) != kLeftOut) pass(i), named.push_back(i);
+        }
+        const Outcome given = InvokeNamed(list_.get(), L"Find", DISPATCH_METHOD, arguments, named);
+        const Outcome expected = state(0) == kLeftOut ? Outcome{DISP_E_PARAMNOTOPTIONAL}
+                                                      : InvokeNamed(list_.get(), L"Find", DISPATCH_METHOD, all, {});
+        EXPECT_EQ(std::tuple(expected.result, expected.code, Describe(expected.value)),
+                  std::tuple(given.result, given.code, Describe(given.value)));
     }
 }
 

@@ -34,7 +34,7 @@ void ExpectIsWhatItSays(const ComPtr<IUnknown>& object, const Type& coclass) {
         named->GetImplTypeFlags(i, &flags);
         const GUID iid = AttributesOf(Implemented(named, i))->guid;
         if (flags & IMPLTYPEFLAG_FSOURCE)
-            events = iid;
+            events = iid, faces.push_back(IID_IConnectionPointContainer);
         else
             faces.push_back(iid);
         const bool isOwn = flags == IMPLTYPEFLAG_FDEFAULT;

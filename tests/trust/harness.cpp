@@ -125,6 +125,16 @@ Request::Request(const Member& member, Client& client, Arguments wanted) : id(me
     parameters = {arguments.data(), names.data(), static_cast<UINT>(arguments.size()), member.IsLet() ? 1u : 0u};
 }
 
+Outcome Request::SendTo(IDispatch* object, LCID locale, bool result, bool exception, bool badArgument) {
+    Outcome outcome;
+    EXCEPINFO thrown{};
+    outcome.result =
+        object->Invoke(id, iid, locale, flags, isNull ? nullptr : &parameters, result ? &outcome.value : nullptr,
+                       exception ? &thrown : nullptr, badArgument ? &outcome.badArgument : nullptr);
+    outcome.Take(thrown);
+    return outcome;
+}
+
 void Request::Damage(Client& client) {
     static const DISPID kIds[] = {0, -1, -3, -4, -5, 3, 99, 0x7FFFFFFF, static_cast<DISPID>(0x80000000)};
     const auto upTo = [](UINT count) { return static_cast<UINT>(Below(static_cast<int>(count) + 1)); };
@@ -210,20 +220,17 @@ void Subject::Connect() {
     if (SUCCEEDED(point->Advise(AnyOf(Objects()).get(), &cookie_))) point_ = std::move(point);
 }
 
-Answer Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before,
-               const std::function<void()>& after) {
+Outcome Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before,
+                const std::function<void()>& after) {
     engine.seed(seed);
     Client client;
     Request request(member, client, Arguments::Sane);
-    Variant result;
-    Raised raised;
-    UINT bad = 0;
     if (before) before();
     if (seed % 2) subject.Connect();
-    const HRESULT called = request.SendTo(subject.object.get(), LOCALE_USER_DEFAULT, &result, &raised, &bad);
+    Outcome outcome = request.SendTo(subject.object.get());
     if (after) after();
     ForgetError();
-    return {called, raised.scode};
+    return outcome;
 }
 
 }  // namespace velk::test

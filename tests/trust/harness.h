@@ -91,16 +91,6 @@ Snapshot Belongings();
 
 // ---- Calls ----
 
-// What a member failed with.
-struct Raised : EXCEPINFO {
-    Raised() : EXCEPINFO{} {}
-    Raised(const Raised&) = delete;
-    Raised& operator=(const Raised&) = delete;
-    ~Raised() {
-        for (const BSTR text : {bstrSource, bstrDescription, bstrHelpFile}) SysFreeString(text);
-    }
-};
-
 // An answer that automation knows: success, a numbered exception, or what was wrong with the call.
 bool IsProper(HRESULT answer);
 
@@ -112,10 +102,9 @@ struct Request {
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
 
-    HRESULT SendTo(IDispatch* object, LCID locale = LOCALE_USER_DEFAULT, VARIANT* result = nullptr,
-                   EXCEPINFO* raised = nullptr, UINT* bad = nullptr) {
-        return object->Invoke(id, iid, locale, flags, isNull ? nullptr : &parameters, result, raised, bad);
-    }
+    // Without the places that the client does not want to be told in.
+    Outcome SendTo(IDispatch* object, LCID locale = LOCALE_USER_DEFAULT, bool result = true, bool exception = true,
+                   bool badArgument = true);
     void Damage(Client& client);
 
     DISPID id;
@@ -162,13 +151,8 @@ class Subject {
     DWORD cookie_ = 0;
 };
 
-struct Answer {
-    HRESULT called;
-    HRESULT code;  // what the member failed with
-};
-
 // A call with sane arguments, the same ones for the same seed.
-Answer Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before = {},
-               const std::function<void()>& after = {});
+Outcome Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before = {},
+                const std::function<void()>& after = {});
 
 }  // namespace velk::test

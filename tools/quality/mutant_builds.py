@@ -110,13 +110,13 @@ class Room:
 
 
 FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "facts:settings", "facts:containers", "facts:integrity",
-                                           "facts:winhelpers", "trust:*GetNull"])
+                                           "facts:drawing", "facts:winhelpers", "trust:*GetNull"])
 ROOMS = {
     "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
     "src/frame": FRAME,
     "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
-    "src/platform": Room(["VelkSprt", "frame_tests"], ["facts:drawing", *FRAME.suites]),
+    "src/platform": FRAME,
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell"]),
     "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
