@@ -24,15 +24,18 @@ Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> nam
     EXCEPINFO exception{};
     Outcome outcome;
     outcome.result = call(&parameters, &outcome.value, &exception, &outcome.badArgument);
-    outcome.code = exception.scode;
-    outcome.source = View(exception.bstrSource);
-    outcome.description = View(exception.bstrDescription);
-    for (const BSTR text : {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile})
-        SysFreeString(text);
+    outcome.Take(exception);
     return outcome;
 }
 
 }  // namespace
+
+void Outcome::Take(const EXCEPINFO& thrown) {
+    code = thrown.scode;
+    source = View(thrown.bstrSource);
+    description = View(thrown.bstrDescription);
+    for (const BSTR text : {thrown.bstrSource, thrown.bstrDescription, thrown.bstrHelpFile}) SysFreeString(text);
+}
 
 Variant Owned(VARIANT value) {
     Variant made;

@@ -41,6 +41,8 @@ struct Outcome {
     HRESULT code = S_OK;  // what the member failed with
     std::wstring source{}, description{};
     UINT badArgument = static_cast<UINT>(-1);
+
+    void Take(const EXCEPINFO& thrown);  // over, with its texts
 };
 
 DISPID IdOf(IDispatch* object, const wchar_t* name);  // "#-4" is the identifier itself
