@@ -38,6 +38,7 @@ class DatEntries {
 
     std::vector<Slot> EntriesInOrder() const;
     std::u16string_view KeyAt(std::uint32_t position) const;
+    std::size_t PlaceFor(std::uint32_t hash) const;
     std::size_t Locate(std::uint32_t hash, auto same) const;
 
     std::u16string text_;
