@@ -188,7 +188,7 @@ constexpr const char kPlays[] =
     "a2 b2 x0(-x)c (!!)wab7wab7;a2 b2 c2 x0+cc (+a+b+x!!)wabx47wabxc47;b2 (+b+b^d)b;b2 x0dc (+b+x+b^!)bx20;"
     "b2 x0d (+b+x+b^!)bx20;b2 x0(d)c (+b+x+b^!)b0;b2 x2d (+b+x+b^!)wbbx7;x0dc (s+x!)x10;a2 (s+a!-aql!)owa7Ow7;"
     "a2 (+as-aq#a!+a!l!-aq!)O1ow7owa7wa7Ww7;a2 (+asd);a2 b2 (+am+b!)wab7;a2 (+ah-apt!+at!-ar)0a0;a2 (+at-at);"
-    "a2 (S+at-atr)widewide;a2 (+aStL)wide;";
+    "a2 (S+at-atr)widewide;a2 (+aStL)wide;a2 (+amr+a!)wa7;";
 std::vector<std::string> Plays() {
     std::vector<std::string> all;
     std::istringstream text(kPlays);

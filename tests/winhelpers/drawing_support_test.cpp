@@ -53,6 +53,8 @@ TEST_F(DrawingSupport, MemDCGrowsAndCopiesPicturesToItsTopLeftCorner) {
     memory.CreateFromPicture(small.get());
     EXPECT_EQ(context, memory.HDC()) << "it never shrinks";
     ExpectReport(L"cMemDC.CreateFromPicture", 91, [&] { memory.CreateFromPicture(nullptr); });
+    const ComPtr<IUnknown> none = CreateUnknown(__uuidof(CStack));
+    ExpectReport(L"cMemDC.CreateFromPicture", 13, [&] { memory.CreateFromPicture(none.get()); });
     void** const slot = *reinterpret_cast<void***>(small.As<IPicture>(IID_IPicture).get()) + 3;  // get_Handle
     void* const original = WriteInto(slot, Address(&NoHandle));
     ExpectReport(L"cMemDC.CreateFromPicture", OLE_E_BLANK, [&] { memory.CreateFromPicture(large.get()); });
@@ -139,12 +141,12 @@ TEST_F(NCMetrics, GivesTheMenuFontAsAnObject) {
     const auto values = [](const ComPtr<IFontDisp>& font) {
         return Facts(font.get(), {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"});
     };
-    wchar_t name[] = L"Tahoma";
+    wchar_t one[] = L"Tahoma", other[] = L"DejaVu Serif";  // not both are what stands in for fonts that are missing
     const std::pair<LOGFONTA, FONTDESC> cases[] = {
         {{20, 0, 0, 0, 400, 0, 1, 255, 0, 0, 0, 0, 0, "Tahoma"},
-         {sizeof(FONTDESC), name, {{200000, 0}}, FW_NORMAL, 0, FALSE, TRUE, TRUE}},
-        {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "Tahoma"},
-         {sizeof(FONTDESC), name, {{97500, 0}}, FW_BOLD, 238, TRUE, FALSE, FALSE}}};
+         {sizeof(FONTDESC), one, {{200000, 0}}, FW_NORMAL, 0, FALSE, TRUE, TRUE}},
+        {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "DejaVu Serif"},
+         {sizeof(FONTDESC), other, {{97500, 0}}, FW_BOLD, 238, TRUE, FALSE, FALSE}}};
     for (auto [record, description] : cases) {
         menuFont_ = &record;
         EXPECT_TRUE(metrics_.GetMetrics());

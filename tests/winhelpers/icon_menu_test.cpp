@@ -230,6 +230,8 @@ TEST_F(IconMenu, FindsItemsByTheirKeys) {
     Attach(window_.get());
     Open(menu);
     EXPECT_EQ(MAKELRESULT(kSave, MNC_EXECUTE), key(0x9A, false)) << "in the Western code page";
+    while (DeleteMenu(menu, 0, MF_BYPOSITION)) continue;
+    EXPECT_EQ(0, HIWORD(key('o', false))) << "no items";
 }
 
 // A real menu loop. Does one step each time that it waits for input; then closes it.
