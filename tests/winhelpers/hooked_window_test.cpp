@@ -240,6 +240,7 @@ TEST(HookCalls, LetGoOfEachHookWithTheLastReference) {
         EXPECT_EQ(calls, manager->calls) << what << events;
     }
     LONG result = 1;
+    EXPECT_TRUE(manager->kept.As<ISubclass2>());
     EXPECT_NE(S_OK, manager->kept->get_MsgResponse(&result)) << "a hook that could not be taken off";
     EXPECT_NE(S_OK, manager->kept->WindowProc(a.handle(), WM_NOTIFY, 0, 0, &result));
     manager->kept = nullptr;
