@@ -43,8 +43,8 @@ class ValueStack {
         if (count_ == kMost) throw RuntimeError(Error::Overflow);
         if (++count_ > slots_) Grow();
         MakePlaces();
-        using std::swap;
-        swap(Top(), value);
+        std::destroy_at(&Top());  // an empty value; to exchange it would wait for what was stored there last
+        std::construct_at(&Top(), std::move(value));
     }
 
     // An empty stack gives an empty value.
@@ -123,7 +123,7 @@ class ValueStack {
     }
 
     Value TakeLast() {
-        Value last = std::exchange(Top(), Value());
+        Value last = std::move(Top());  // which leaves an empty value
         if (--stored_ % kBlock == 0) {
             spare_ = std::move(blocks_.back());
             blocks_.pop_back();
