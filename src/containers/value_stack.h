@@ -43,8 +43,7 @@ class ValueStack {
         if (count_ == kMost) throw RuntimeError(Error::Overflow);
         if (++count_ > slots_) Grow();
         MakePlaces();
-        std::destroy_at(&Top());  // an empty value; to exchange it would wait for what was stored there last
-        std::construct_at(&Top(), std::move(value));
+        Renew(&Top(), std::move(value));
     }
 
     // An empty stack gives an empty value.
@@ -122,8 +121,16 @@ class ValueStack {
         throw;
     }
 
+    // What was there holds nothing any more. To exchange it would wait for what was stored there last.
+    template <class... From>
+    static void Renew(Value* place, From&&... from) {
+        std::destroy_at(place);
+        std::construct_at(place, std::forward<From>(from)...);
+    }
+
     Value TakeLast() {
-        Value last = std::move(Top());  // which leaves an empty value
+        Value last = std::move(Top());
+        Renew(&Top());
         if (--stored_ % kBlock == 0) {
             spare_ = std::move(blocks_.back());
             blocks_.pop_back();
