@@ -14,7 +14,7 @@ constexpr std::size_t kMostChunk = 1 << 20;
 std::u16string_view TextBuffer::StartChunk(std::u16string_view piece) {
     const std::size_t room = room_;
     Chunk& added = chunks_.emplace_back(std::max(piece.size() - room, std::clamp(length_, kLeastChunk, kMostChunk)));
-    std::ranges::copy(piece.substr(0, room), next_);
+    std::copy_n(piece.data(), room, next_);
     next_ = added.characters.get();
     room_ = added.size;
     return piece.substr(room);
@@ -22,10 +22,10 @@ std::u16string_view TextBuffer::StartChunk(std::u16string_view piece) {
 
 void TextBuffer::Assign(std::u16string_view text) {
     std::vector<Chunk> chunks;
-    next_ = std::ranges::copy(text, chunks.emplace_back(text.size()).characters.get()).out;
+    next_ = std::copy_n(text.data(), text.size(), chunks.emplace_back(text.size()).characters.get());
     chunks_.swap(chunks);
     room_ = 0;
-    length_ = capacity_ = text.size();
+    length_ = text.size();
 }
 
 void TextBuffer::CopyTo(char16_t* to) const {

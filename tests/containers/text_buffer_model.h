@@ -1,7 +1,6 @@
 // The text buffer against a text of the standard library's.
 #pragma once
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -19,18 +18,16 @@ inline void TextBufferModel(Bytes& bytes) {
     }();
     TextBuffer buffer;
     std::u16string expected;
-    std::size_t capacity = 0;
     for (int step = 0; step < 32 && !bytes.empty(); ++step) {
         const std::size_t size = static_cast<std::size_t>(bytes.Next()), start = static_cast<std::size_t>(bytes.Next());
         const std::size_t more[] = {expected.size(), 15000, 60 * start, 1};
         const auto piece = std::u16string_view(source).substr(8 * start, size < 240 ? size : more[size % 4]);
         if (start % 64 == 9) {
-            buffer.Assign(piece), expected = piece, capacity = piece.size();
+            buffer.Assign(piece), expected = piece;
         } else {
             buffer.Append(piece), expected += piece;
-            if (expected.size() >= capacity) capacity += std::max<std::size_t>(piece.size(), 15000);
         }
-        Require(buffer.length() == expected.size() && buffer.capacity() == capacity);
+        Require(buffer.length() == expected.size());
     }
     std::u16string text(buffer.length(), u' ');
     buffer.CopyTo(text.data());
