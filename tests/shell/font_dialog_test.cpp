@@ -1,5 +1,7 @@
 // The platform's font object answers with the name of an installed font that is like the one asked for. Here it gives
 // whatever it is told to.
+#include <gtest/gtest.h>
+
 #include "platform/text.h"
 #include "support/fake.h"
 #include "support/late_bound.h"
