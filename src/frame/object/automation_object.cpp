@@ -100,7 +100,7 @@ HRESULT ObjectCore::InvokeUnlisted(const InterfacePlan& plan, IDispatch* object,
     if (request.id == DISPID_VALUE && info_.defaultMember != DISPID_UNKNOWN) {
         dispatch::Request ofDefault = request;
         ofDefault.id = info_.defaultMember;
-        return dispatch::Invoke(plan, info_.references, object, ofDefault);
+        return dispatch::Invoke(plan, References::OnlyRead, object, ofDefault);
     }
     if (request.id != DISPID_NEWENUM) return DISP_E_MEMBERNOTFOUND;
     return InvokeEnumerator(*request.parameters, request.result, request.exception);

@@ -40,7 +40,6 @@ struct ClassInfo {
     const wchar_t* creationFailed = nullptr;  // heading of the report of a failed creation, for a class with OnCreate
     const wchar_t* reportedPrefix = L"";      // stands before members' names in reports
     DISPID defaultMember = DISPID_UNKNOWN;    // what late-bound clients get for the object itself
-    References references = References::OnlyRead;
 };
 
 // Which threads may use an object: the one that made it, where others have a proxy, or any.
@@ -180,7 +179,7 @@ class AutomationObject : public DispatchImpl<Interface>,
         }
         const Hold hold(*this);
         const dispatch::Request request{id, reserved, locale, flags, parameters, result, exception, badArgument};
-        const HRESULT called = dispatch::Invoke(*plan, info_.references, this, request);
+        const HRESULT called = dispatch::Invoke(*plan, References::OnlyRead, this, request);
         return called == DISP_E_MEMBERNOTFOUND ? InvokeUnlisted(*plan, this, request) : called;
     }
 
