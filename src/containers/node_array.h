@@ -12,7 +12,6 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <ranges>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -132,7 +131,6 @@ class NodeArray {
         Links* links = nullptr;   // null: the initial ones
         Value* valuePlace;        // memory that a block may use, not initialised and not touched before it does
         Links* linkPlace;         // likewise, for this or another block
-        Index linked = 0;         // a place for the list of the blocks that have links, not about this block
         std::unique_ptr<std::byte[]> slab;  // the memory of this block and those that follow, for the first of them
     };
 
@@ -165,25 +163,26 @@ class NodeArray {
         Block& block = blocks_[static_cast<std::size_t>(number)];
         block.links = links;
         if (!block.values) MakeValues(block);
-        blocks_[linkedCount_++].linked = number;
-        std::ranges::push_heap(Linked());
+        if (number == 0) return;
+        linked_.push_back(number);
+        std::ranges::push_heap(linked_);
     }
 
-    void TakeLinksFromHighest() noexcept {
-        std::ranges::pop_heap(Linked());
-        const Index number = blocks_[--linkedCount_].linked;
+    void TakeLinks(Index number) noexcept {
         Links* const links = std::exchange(blocks_[static_cast<std::size_t>(number)].links, nullptr);
-        usedLinks_ = new (links) UsedLinks{usedLinks_};
+        if (links) usedLinks_ = new (links) UsedLinks{usedLinks_};
     }
-
-    // The blocks that have links: a heap, the highest first.
-    auto Linked() noexcept { return std::span(blocks_).first(linkedCount_) | std::views::transform(&Block::linked); }
 
     void SetInitialLinks(Index first) noexcept {
         if (first > upper()) return;
         const Index number = (first + kBlock - 1) / kBlock;
         if (Inside(first) != 0) SetInitialLinksInside(blocks_[static_cast<std::size_t>(number - 1)], first);
-        while (linkedCount_ != 0 && blocks_.front().linked >= number) TakeLinksFromHighest();
+        while (!linked_.empty() && linked_.front() >= number) {
+            std::ranges::pop_heap(linked_);
+            TakeLinks(linked_.back());
+            linked_.pop_back();
+        }
+        if (number == 0) TakeLinks(0);
     }
 
     static void SetInitialLinksInside(Block& block, Index first) noexcept {
@@ -196,9 +195,7 @@ class NodeArray {
         if (wanted <= blocks_.size()) return;
         const std::size_t count = std::max(wanted - blocks_.size(), std::min(blocks_.size() / 4, kMostSpareBlocks));
         auto slab = std::make_unique_for_overwrite<std::byte[]>(count * kBlock * kNodeSize);
-        if (const std::size_t all = blocks_.size() + count; all > blocks_.capacity()) {
-            blocks_.reserve(std::max(all, 2 * blocks_.capacity()));
-        }
+        ReserveForBlocks(blocks_.size() + count);
         auto* values = reinterpret_cast<Value*>(slab.get());
         auto* links = reinterpret_cast<Links*>(values + count * kBlock);
         for (std::size_t at = 0; at < count * kBlock; at += kBlock) {
@@ -206,19 +203,27 @@ class NodeArray {
         }
     }
 
+    // So that giving links never fails.
+    void ReserveForBlocks(std::size_t count) {
+        if (count <= blocks_.capacity()) return;
+        count = std::max(count, 2 * blocks_.capacity());
+        linked_.reserve(count - 1);
+        blocks_.reserve(count);
+    }
+
     void Swap(NodeArray& other) noexcept {
         std::swap(count_, other.count_);
         std::swap(freshLinks_, other.freshLinks_);
         std::swap(usedLinks_, other.usedLinks_);
-        std::swap(linkedCount_, other.linkedCount_);
         blocks_.swap(other.blocks_);
+        linked_.swap(other.linked_);
     }
 
     std::uint32_t count_ = 0;
     std::size_t freshLinks_ = 0;      // the first block whose place for links was never used
     UsedLinks* usedLinks_ = nullptr;  // free again
-    std::size_t linkedCount_ = 0;
     std::vector<Block> blocks_;
+    std::vector<Index> linked_;  // the blocks behind the first that have links: a heap, the highest first
 };
 
 }  // namespace velk
