@@ -379,6 +379,7 @@ TEST_F(DispatchCalls, ParameterBlocksAreChecked) {
     expect(DISP_E_PARAMNOTFOUND, 0, kFind, {ones, beyond, 3, 2});
     expect(DISP_E_PARAMNOTFOUND, -1, kCurrIndex, {ones, nullptr, 1, 0}, DISPATCH_PROPERTYPUT);
     for (const DISPID id : {-1, 0, 2, 18, 0x10000, 0x7FFFFFFF}) expect(DISP_E_MEMBERNOTFOUND, -1, id, {}, 0);
+    expect(DISP_E_MEMBERNOTFOUND, -1, kCount, {ones, nullptr, 1, 0}, DISPATCH_PROPERTYPUT);
     DISPPARAMS none{};
     EXPECT_EQ(DISP_E_BADPARAMCOUNT, list_->Invoke(kFind, IID_NULL, 0, DISPATCH_METHOD, nullptr, 0, 0, 0));
     EXPECT_EQ(DISP_E_UNKNOWNINTERFACE,
