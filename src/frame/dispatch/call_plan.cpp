@@ -30,8 +30,9 @@ Way WayOf(WORD kind) {
             return kLet;
         case INVOKE_PROPERTYPUTREF:
             return kSet;
+        default:
+            Unsupported();
     }
-    Unsupported();
 }
 
 }  // namespace

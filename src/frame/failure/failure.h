@@ -60,7 +60,8 @@ struct Failure {
     LONG number;   // what a report shows: n for run-time error n, else the code
     std::wstring description;
     ErrorSource source;
-    std::wstring raisedBy = {};  // another object's name for itself, if it was one that failed; stands before `source`
+    // Another object's name for itself, if it was one that failed; stands before `source`. A list may leave it out.
+    std::wstring raisedBy = {};  // NOLINT(readability-redundant-member-init)
 };
 
 Failure FailureOf(const Thrown& thrown);
