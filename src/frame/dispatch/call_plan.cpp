@@ -139,7 +139,11 @@ void InterfacePlan::ReadMember(PlanReader& plans) {
     plan.slot = plans.Take();
     plan.result = Signed(plans.Take());
     for (WORD count = plans.Take(); count > 0; --count) plan.parameters.push_back(ReadParameter(plans));
-    if (plan.parameters.empty()) quick_[id] = {plan.slot, plan.result, kind};
+    const bool takesNothing = plan.parameters.empty();
+    if (takesNothing || (plan.parameters.size() == 1 && plan.parameters[0].IsLent())) {
+        const Parameter* const argument = takesNothing ? nullptr : plan.parameters.data();
+        quick_[id][plan.isLet] = {plan.slot, plan.result, kind, argument, plan.isLet};
+    }
     members_[id].ways[WayOf(kind)] = std::move(plan);
 }
 

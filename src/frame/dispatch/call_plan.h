@@ -30,6 +30,9 @@ struct Parameter {
     IID iid = IID_NULL;          // for VT_DISPATCH and VT_UNKNOWN: the interface that the member takes
 
     bool IsObject() const noexcept { return type == VT_DISPATCH || type == VT_UNKNOWN; }
+
+    // Whether a member that only reads what it gets by reference can be given the client's own value.
+    bool IsLent() const noexcept { return byReference && (plain != VT_ILLEGAL || type == VT_BSTR); }
 };
 
 struct CallPlan {
@@ -39,11 +42,13 @@ struct CallPlan {
     bool isLet = false;  // a property let or set: the last argument is the new value
 };
 
-// A member without arguments: what late-bound clients call most.
+// A member that takes nothing, or one number or text by reference: what late-bound clients call most.
 struct QuickCall {
     unsigned slot = 0;
     VARTYPE result = VT_EMPTY;
-    WORD flags = 0;  // the DISPATCH_ flag that it answers to; 0 for no such member
+    WORD flags = 0;                       // the DISPATCH_ flag that it answers to; 0 for no such member
+    const Parameter* argument = nullptr;  // null for a member that takes nothing
+    UINT named = 0;                       // of its arguments: the new value of a property
 };
 
 class PlanReader;
@@ -59,11 +64,16 @@ class InterfacePlan {
     // The way to call a member for the DISPATCH_ flags of an Invoke; null when it has none.
     const CallPlan* Find(DISPID id, WORD flags) const noexcept;
 
-    QuickCall Quick(DISPID id) const noexcept {
-        return static_cast<std::size_t>(id) < quick_.size() ? quick_[static_cast<std::size_t>(id)] : QuickCall{};
+    // Likewise for a quick call; null when the member is none.
+    const QuickCall* Quick(DISPID id, WORD flags) const noexcept {
+        if (static_cast<std::size_t>(id) >= quick_.size()) return nullptr;
+        const QuickCall& call = quick_[static_cast<std::size_t>(id)][IsPut(flags)];
+        return call.flags & flags ? &call : nullptr;
     }
 
   private:
+    static constexpr bool IsPut(WORD flags) noexcept { return !(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET)); }
+
     struct Member {
         std::array<std::optional<CallPlan>, 4> ways;  // function, property get, let, set
     };
@@ -71,8 +81,8 @@ class InterfacePlan {
     void ReadMember(PlanReader& plans);
 
     NameTable names_;
-    std::vector<Member> members_;   // by dispatch identifier
-    std::vector<QuickCall> quick_;  // likewise
+    std::vector<Member> members_;                  // by dispatch identifier
+    std::vector<std::array<QuickCall, 2>> quick_;  // likewise: the call that reads or does, and the one that puts
 };
 
 // The plan of one interface: read at its first late-bound call, and kept until the module is unloaded.

@@ -61,6 +61,19 @@ bool Convert(VARIANT* own, VARTYPE type, const VARIANT& value) noexcept {
 
 }  // namespace
 
+const void* Lent(const Parameter& parameter, const VARIANT* given, Variant* own) noexcept {
+    if (!given && !parameter.optional) return nullptr;
+    const VARIANT& value = given ? *given : parameter.defaultValue;
+    if (value.vt == parameter.type) {
+        own->llVal = value.llVal;
+        return &own->byref;
+    }
+    if (value.vt == kVariable) {
+        return value.pvarVal && value.pvarVal->vt == parameter.type ? &value.pvarVal->byref : nullptr;
+    }
+    return Convert(own, parameter.type, value) ? &own->byref : nullptr;
+}
+
 FittingCall::~FittingCall() {
     for (unsigned i = 0; i < count_; ++i) {
         if (!own_[i].isLent && !IsSelfContained(own_[i].value.vt)) VariantClear(&own_[i].value);

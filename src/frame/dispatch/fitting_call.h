@@ -13,6 +13,11 @@ namespace velk {
 // text by value is lent to them; else they get a copy.
 enum class References { OnlyRead, Replaced };
 
+// What a member gets as a number or a text by reference that it only reads: the client's own, or the value of `own`,
+// which is Empty before, and owns afterwards what was converted and not what was copied. Null when the argument needs
+// more than that. A null `given` is an argument left out.
+const void* Lent(const Parameter& parameter, const VARIANT* given, Variant* own) noexcept;
+
 class FittingCall {
   public:
     // False when an argument does not fit. Nothing has happened then, whatever is wrong with the call. How the member

@@ -168,14 +168,16 @@ class AutomationObject : public DispatchImpl<Interface>,
     STDMETHODIMP_(ULONG) Release() noexcept override { return CountDown(); }
 
     // Held from the start: what is asked for an argument's value may drop the last reference before the member begins.
-    // A member without arguments holds the object itself.
+    // In a quick call nothing is asked, and the member holds the object itself.
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* badArgument) noexcept override {
         const InterfacePlan* const plan = this->Plan();
         if (!plan) return E_OUTOFMEMORY;
-        const QuickCall quick = plan->Quick(id);
-        if (dispatch::IsQuick(quick, reserved, flags, parameters, result)) {
-            return dispatch::InvokeQuick(quick, this, result, exception);
+        const QuickCall* const quick = plan->Quick(id, flags);
+        if (dispatch::IsQuick(quick, reserved, parameters, result)) {
+            if (!quick->argument) return dispatch::InvokeQuick(*quick, this, result, exception);
+            HRESULT ended;
+            if (dispatch::InvokeLending(*quick, this, *parameters, result, exception, &ended)) return ended;
         }
         const Hold hold(*this);
         const dispatch::Request request{id, reserved, locale, flags, parameters, result, exception, badArgument};
