@@ -46,7 +46,7 @@ bool Create(const Start& start) {
 // In the child: its exit code is the time in microseconds.
 int RunChild(const Start& start) {
     const bool load = std::wstring_view(start.subject).ends_with(L".dll");
-    const test::Activation libraries(test::BuiltFile(L"VelkSupport.manifest"));
+    const auto libraries = test::Activated(test::BuiltFile(L"VelkSupport.manifest"));
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (load)
         for (const wchar_t* resident : {L"ole32.dll", L"oleaut32.dll", L"gdi32.dll", L"advapi32.dll"})

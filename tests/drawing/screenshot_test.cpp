@@ -62,7 +62,7 @@ TEST(Screenshot, ShowsWhatIsOnTheScreenToOtherProgramsToo) {
     const HWND dark =
         Shown(SS_BLACKRECT, 100 + kDark.left, 100 + kDark.top, kDark.right - kDark.left, kDark.bottom - kDark.top);
     EXPECT_EQ(S_OK, Call(camera.get(), L"CaptureWindow", {Arg(HandleToLong(white))}).result);
-    EXPECT_EQ(0u, OwnProcess(L"*ReadsTheClipboard").Ended());
+    EXPECT_EQ(0, RunAlone(L"*ReadsTheClipboard"));
     const LONG width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
     EXPECT_EQ(S_OK, Call(camera.get(), L"CaptureRectangle", {Arg(101L), Arg(101L), Arg(width), Arg(height)}).result);
     EXPECT_EQ(std::pair(width, height), Pasted().size()) << "the far edges are not looked at";

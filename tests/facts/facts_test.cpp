@@ -14,14 +14,13 @@
 //   &name = 5                  what a script's variable holds now
 //   let name = 5               a variable; new CStack makes an object, call Member takes what a
 //                              member gives, part {IID} another interface that the object has; name.Member calls it
-//   3 times Member             a repeated step; {0|2} stands for each part in turn, all braces of a line together, {1}
+//   3 times STEP               a repeated one; {0|2} stands for each part in turn, all braces of a line together, {1}
 //                              for what stands in the first ones
 //
 //   with F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 _ 3p reads 3 ii does drop
 //                              platform calls whose line begins so get these answers, and are told as
-//   saw F 1, _, "a" quietly    what the step before asked of the platform, _ for anything, quietly: without prompts for
-//                              disks;  saw 5 times F: so many lines that begin so;
-//                              saw F 1; G 2: one after the other.
+//   saw F 1, _, "a" quietly    what the step before asked of the platform, _ for any word or text, quietly: without
+//                              prompts for disks;  saw F 1; G 2: one after the other.
 //   when F 1 answers 5, itself the answers without telling;  without F: the platform lacks it
 //   memory 1000                no block of so many bytes or more can be had from here on;  memory: all can again
 //   held below 1000            so many bytes more than at first are on the library's heap

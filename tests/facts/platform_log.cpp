@@ -70,23 +70,12 @@ Rule* RuleFor(std::string_view function, const std::wstring& arguments) {
     return nullptr;
 }
 
-// The answer to one call. The platform's own function runs between its rule and its end.
-struct Answer {
-    ~Answer() {
-        for (const std::wstring& filling : rule ? rule->fillings : std::vector<std::wstring>()) Fill(filling, places);
-        if (!itself) SetLastError(rule->error.value_or(errorBefore));
-    }
-    void FindRule(std::string_view name, std::vector<std::wstring> shown);
-
+// A call's answer, by the latest rule for it or by the platform itself.
+LONG_PTR Answer(const std::string& function, std::vector<std::wstring> shown, const std::vector<void*>& places,
+                const std::function<LONG_PTR()>& itself) {
     const DWORD errorBefore = GetLastError();
-    std::vector<void*> places;
-    Rule* rule = nullptr;
-    bool itself = true;
-    LONG_PTR own = 0;
-};
-
-void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
-    rule = current ? RuleFor(name, Joined(shown) + L",") : nullptr;
+    Rule* const rule = RuleFor(function, Joined(shown) + L",");
+    std::optional<LONG_PTR> answer;
     if (rule) {
         for (const std::wstring& reading : rule->readings) {
             const auto parts = Split(reading, L" ");
@@ -95,14 +84,18 @@ void Answer::FindRule(std::string_view name, std::vector<std::wstring> shown) {
         }
         const bool quietly = GetThreadErrorMode() & SEM_FAILCRITICALERRORS;
         if (rule->logged)
-            current->lines.push_back(L"saw " + std::wstring(name.begin(), name.end()) + (shown.empty() ? L"" : L" ") +
-                                     Joined(shown) + (quietly ? L" quietly" : L""));
+            current->lines.push_back(L"saw " + std::wstring(function.begin(), function.end()) +
+                                     (shown.empty() ? L"" : L" ") + Joined(shown) + (quietly ? L" quietly" : L""));
         if (!rule->action.empty()) current->act(rule->action);
-        itself = rule->answers.empty() || !rule->answers.front();
-        if (!itself) own = *rule->answers.front();
+        if (!rule->answers.empty()) answer = rule->answers.front();
         if (rule->answers.size() > 1) rule->answers.pop_front();
     }
-    if (itself) SetLastError(errorBefore);
+    SetLastError(errorBefore);
+    const LONG_PTR result = answer ? *answer : itself();
+    const DWORD error = answer ? rule->error.value_or(errorBefore) : GetLastError();
+    for (const std::wstring& filling : rule ? rule->fillings : std::vector<std::wstring>()) Fill(filling, places);
+    SetLastError(error);
+    return result;
 }
 
 template <auto Function, class = decltype(Function)>
@@ -110,10 +103,13 @@ struct Watch;
 template <auto Function, class Result, class... Arguments>
 struct Watch<Function, Result(WINAPI*)(Arguments...)> {
     static Result WINAPI Run(Arguments... arguments) {
-        Answer answer;
-        (AddPlaces(answer.places, arguments), ...);
-        answer.FindRule(test::NameOf<Function>(), {Shown(arguments)...});
-        return answer.itself ? Function(arguments...) : (Result)answer.own;  // a number, a truth or a handle
+        std::vector<void*> places;
+        (AddPlaces(places, arguments), ...);
+        const auto itself = [&] {
+            if constexpr (!std::is_void_v<Result>) return (LONG_PTR)Function(arguments...);
+            return Function(arguments...), LONG_PTR{0};
+        };
+        return (Result)Answer(test::NameOf<Function>(), {Shown(arguments)...}, places, itself);
     }
 };
 
@@ -124,45 +120,26 @@ std::map<std::string, void*> AllOf() {
 
 void* ReplacementOf(const std::string& name) {
     static const auto watchable = AllOf<
-        &Arc, &BitBlt, &CLSIDFromProgID, &ChooseFontA, &CloseClipboard, &CloseHandle, &CoCreateGuid, &CoCreateInstance,
-        &CreateBrushIndirect, &CreateCompatibleBitmap, &CreateCompatibleDC, &CreateDCA, &CreateFileW, &CreatePen,
-        &DeleteDC, &DeleteObject, &Ellipse, &EmptyClipboard, &FindClose, &FindFirstFileW, &FindNextFileW, &FreeLibrary,
-        &GetActiveWindow, &GetClientRect, &GetComputerNameA, &GetCurrentHwProfileA, &GetDesktopWindow, &GetDeviceCaps,
-        &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetExitCodeProcess, &GetFileSizeEx, &GetLocaleInfoA,
-        &GetLogicalDriveStringsA, &GetLogicalDrives, &GetModuleFileNameW, &GetOpenFileNameA, &GetProfileStringA,
-        GetProfileStringA, &GetROP2, &GetSaveFileNameA, &GetSystemDirectoryA, &GetSystemInfo, &GetSystemMetrics,
-        &GetTempFileNameA, &GetTempPathA, &GetTickCount, &GetUserDefaultLCID, &GetUserNameA, &GetVersionExA,
-        &GetVolumeInformationA, &GetWindowLongA, &GetWindowRect, &GetWindowsDirectoryA, &GlobalMemoryStatus, &HtmlHelpA,
-        &InternetGetConnectedStateExA, &InternetSetOptionA, &InvalidateRect, &IsProcessorFeaturePresent, &IsWindow,
-        &LineTo, &LoadLibraryExW, &MoveToEx, &OpenClipboard, &OutputDebugStringW, &PrintDlgA, &ReadFile, &Rectangle,
-        &RegCreateKeyExA, &RegOpenKeyExA, &RegQueryValueExA, &RegSetValueExA, &ReleaseDC, &SelectObject, &SendMessageA,
-        &SetClipboardData, &SetComputerNameA, &SetFilePointerEx, &SetROP2, &SetVolumeLabelA, &SetWindowLongA,
-        &SetWindowPos, &SetWindowsHookExW, &ShellExecuteA, &ShellExecuteExA, &SysAllocStringLen, &SystemParametersInfoA,
-        &UnhookWindowsHookEx, &VarI4FromStr, &WritePrivateProfileStringA, &timeGetTime>();
-    const auto found = watchable.find(name);
-    if (found == watchable.end()) throw std::runtime_error(name + " is not among the functions that can be watched");
-    return found->second;
+#include "watched_functions.h"
+        >();
+    return watchable.at(name);
 }
 
 // The owner and the type are told where they are not the usual ones.
-int WINAPI ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
+void ShowBox(HWND owner, LPCWSTR text, LPCWSTR title, UINT flags) {
     const UINT icon = flags & MB_ICONMASK;
     std::wstring line = L"shows " + Quote(title ? title : L"") + L", " + Quote(text);
     if (icon) line += L" icon " + std::to_wstring(icon);
     if (owner || (flags & ~icon) != MB_TASKMODAL) line += L" as another kind of box";
     current->lines.push_back(line);
     current->box(L"box" + line.substr(5));
-    return IDOK;
 }
 
 }  // namespace
 
-PlatformLog::PlatformLog(Take step, Take box) : act(std::move(step)), box(std::move(box)) {
+PlatformLog::PlatformLog(Take step, Take box) : act(std::move(step)), box(std::move(box)), boxes(&ShowBox) {
     current = this;
-    patches.emplace_back(test::Library(), "MessageBoxW", test::Address(&ShowBox));
 }
-
-PlatformLog::~PlatformLog() { current = nullptr; }
 
 void PlatformLog::Add(Rule rule) {
     void* const replacement = rule.missing ? nullptr : ReplacementOf(rule.function);

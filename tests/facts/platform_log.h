@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/boxes.h"
 #include "support/import_patch.h"
 
 namespace velk::facts {
@@ -42,14 +43,12 @@ struct PlatformLog {
     // Takes the clients' steps, and boxes that are open.
     using Take = std::function<void(const std::wstring&)>;
     PlatformLog(Take step, Take box);
-    PlatformLog(const PlatformLog&) = delete;
-    PlatformLog& operator=(const PlatformLog&) = delete;
-    ~PlatformLog();
 
     void Add(Rule rule);
     std::wstring Next();  // the oldest line that was not asked for yet; empty for none
 
     const Take act, box;
+    const test::Boxes boxes;
     std::deque<std::wstring> lines;
     std::list<Rule> rules;                 // the latest first
     std::list<test::ImportPatch> patches;  // the latest first, and taken away first

@@ -15,9 +15,9 @@
 #include "support/heap.h"
 #include "support/late_bound.h"
 #include "support/malloc_spy.h"
-#include "support/scoped_variable.h"
 #include "support/scratch_folder.h"
 #include "support/test_printer.h"
+#include "support/test_window.h"
 
 namespace velk::facts {
 namespace {
@@ -60,6 +60,7 @@ class ScenarioRun {
         listener_ = nullptr;
         variables_.clear();
         object_ = nullptr;
+        if (!key_.empty()) RegDeleteTreeA(HKEY_CURRENT_USER, key_.c_str());
         number_ = scenario_.line, said_ = scenario_.title;
         if (!test::CanUnload()) Fails(L"an object is left behind");
     }
@@ -69,7 +70,7 @@ class ScenarioRun {
         const auto texts = [&] { return std::getenv("OANOCACHE") ? test::MallocSpy::Alive() - texts_ : 0; };
         for (int wait = 0; texts() > 0 && wait < 100; ++wait) Sleep(10);  // a dialog's own threads may hold some yet
         if (held_ > 0) return std::to_wstring(held_) + L" bytes are left behind";
-        return texts() > 0 ? std::to_wstring(texts()) + L" texts are left behind" : L"";
+        return texts() != 0 ? std::to_wstring(texts()) + L" texts are left behind, or freed twice" : L"";
     }
     void Fails(const std::wstring& why) const {
         ADD_FAILURE_AT(scenario_.file.c_str(), number_) << ToAnsi(said_ + L"\n  " + why);
@@ -77,7 +78,12 @@ class ScenarioRun {
 
   private:
     void Do(std::wstring line) {
-        for (std::size_t at; (at = line.find(L"$dir")) != line.npos;) line.replace(at, 4, Escaped(folder_.path()));
+        const std::wstring folder = Quote(folder_.path());
+        for (std::size_t at; (at = line.find(L"$dir")) != line.npos;) line.replace(at, 4, folder, 1, folder.size() - 2);
+        if (const auto step = Cut(line, L" times "); !step.empty()) {
+            for (int left = std::stoi(line); left > 0 && !testing::Test::HasFailure(); --left) Do(step);
+            return;
+        }
         if (line.starts_with(L"saw ") || line.starts_with(L"shows ")) return Told(line);
         NothingUntold();
         for (const std::wstring told : {L" shows ", L" saw "}) {
@@ -94,7 +100,7 @@ class ScenarioRun {
             {L"let ", &Run::Let},
             {L"set ", &Run::Set},
             {L"file ", &Run::File},
-            {L"key ", [](Run& run, auto& root) { run.key_.emplace(ToAnsi(Unquote(root))); }},
+            {L"key ", &Run::Key},
             {L"value ", &Run::StoredValue},
             {L"memory", [](Run& run, auto& size) { run.scarce_ = size.empty() ? SIZE_MAX : std::stoul(size); }},
             {L"held below ", &Run::Held},
@@ -112,25 +118,14 @@ class ScenarioRun {
             if (line.starts_with(verb))
                 return does(*this, std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
         }
-        for (int times = Times(line); times > 0; --times) Step(line);
+        Step(line);
         const auto user = std::exchange(user_, nullptr);
         if (const std::wstring problem = user ? user->Problem() : L""; !problem.empty()) Fails(problem);
     }
 
-    // Takes "5 times " away.
-    static int Times(std::wstring& line) {
-        const std::wstring step = Cut(line, L" times ");
-        return step.empty() ? 1 : std::stoi(std::exchange(line, step));
-    }
-
     void Told(const std::wstring& wanted) {
-        std::wstring call = wanted.substr(4);
-        const int times = Times(call);
         if (wanted.starts_with(L"shows ")) return Same(wanted, log_.Next());
-        for (const std::wstring& one : Split(times == 1 ? call : L"", L";")) Same(L"saw " + one, log_.Next());
-        if (times == 1) return;
-        for (int i = 0; i < times && !testing::Test::HasFailure(); ++i)
-            Same(L"saw " + call, log_.Next().substr(0, 4 + call.size()));
+        for (const std::wstring& one : Split(wanted.substr(4), L";")) Same(L"saw " + one, log_.Next());
     }
 
     void Held(std::wstring most) {
@@ -151,9 +146,8 @@ class ScenarioRun {
     }
 
     void Let(std::wstring line) {
-        Variant value = Made(Cut(line, L"="));
-        Variant& variable = variables_[line];
-        if (!ChangedInPlace(variable, value)) variable = std::move(value);
+        Variant value = Made(Cut(line, L"="));  // which may change variables
+        variables_[line] = std::move(value);
     }
 
     Variant Made(std::wstring text) {
@@ -172,19 +166,9 @@ class ScenarioRun {
         return is(L"call ") ? Call(text).value : ValueOf(text, variables_);
     }
 
-    // A text or an array changes where it lies, so that whoever only kept a pointer to it sees that.
-    static bool ChangedInPlace(const VARIANT& variable, const VARIANT& value) {
-        if (variable.vt != value.vt) return false;
-        if (value.vt & VT_ARRAY) return SUCCEEDED(SafeArrayCopyData(value.parray, variable.parray));
-        const UINT size = SysStringByteLen(value.vt == VT_BSTR ? value.bstrVal : nullptr);
-        if (size == 0 || size != SysStringByteLen(variable.bstrVal)) return false;
-        std::memcpy(variable.bstrVal, value.bstrVal, size);
-        return true;
-    }
-
     void Set(std::wstring line) {
         const std::wstring value = Unquote(Cut(line, L"="));
-        environment_.push_back(std::make_unique<test::ScopedVariable>(line.c_str(), value.c_str()));
+        SetEnvironmentVariableW(line.c_str(), value.c_str());
     }
 
     void File(std::wstring line) {
@@ -197,13 +181,26 @@ class ScenarioRun {
         Same(wanted, Quote(std::string{std::istreambuf_iterator<char>(file), {}}));
     }
 
+    void Key(const std::wstring& root) {
+        key_ = ToAnsi(Unquote(root));
+        RegDeleteTreeA(HKEY_CURRENT_USER, key_.c_str());
+    }
+
     // "Sub\v" = 1 "bytes", or holds
     void StoredValue(std::wstring line) {
-        if (const auto wanted = Cut(line, L" holds "); !wanted.empty())
-            return Same(wanted, key_->Load(ToAnsi(Unquote(line))));
-        const std::wstring stored = Cut(line, L" = ");
-        const std::string bytes = ToAnsi(Unquote(stored.substr(stored.find(L'"'))));
-        EXPECT_EQ(ERROR_SUCCESS, key_->Store(ToAnsi(Unquote(line)), std::stoul(stored), bytes));
+        const std::wstring wanted = Cut(line, L" holds "), stored = Cut(line, L" = ");
+        const std::string path = key_ + '\\' + ToAnsi(Unquote(line)), key = path.substr(0, path.rfind('\\'));
+        const char* const name = path.c_str() + key.size() + 1;
+        std::string bytes(200'000, '\0');
+        DWORD type = 0, size = static_cast<DWORD>(bytes.size());
+        if (!stored.empty()) {
+            bytes = ToAnsi(Unquote(stored.substr(stored.find(L'"'))));
+            EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), name, std::stoul(stored),
+                                                     bytes.data(), static_cast<DWORD>(bytes.size())));
+            return;
+        }
+        RegGetValueA(HKEY_CURRENT_USER, key.c_str(), name, RRF_RT_ANY | RRF_NOEXPAND, &type, bytes.data(), &size);
+        Same(wanted, std::to_wstring(type) + L" " + Quote(std::string_view(bytes).substr(0, size)));
     }
 
     // StillExecuting = False
@@ -293,19 +290,12 @@ class ScenarioRun {
         if (failed || !(same || wanted.empty())) Same(wanted.empty() ? L"success" : wanted, given);
     }
 
-    static std::wstring Escaped(const std::wstring& text) {
-        const std::wstring quoted = Quote(text);
-        return quoted.substr(1, quoted.size() - 2);
-    }
-
     const Scenario& scenario_;
     int number_ = 0;
     std::wstring said_;  // the step, with one part of its braces
-    const test::ScopedVariable boxes_{L"VELKSPRT_REPORTS", nullptr};
-    std::vector<std::unique_ptr<test::ScopedVariable>> environment_;
     const LONG texts_ = test::MallocSpy::Alive();
     test::ScratchFolder folder_;
-    std::optional<RegistryKey> key_;
+    std::string key_;
     std::optional<test::TestPrinter> printer_;
     std::unique_ptr<User> user_;
     PlatformLog log_{[this](auto& step) { Do(step); }, [this](auto& box) { React(box); }};

@@ -1,16 +1,14 @@
-// The user of a real dialog: types 0x47C "name", selects 0x471 "Bold", sees 0x480 "2", presses 1, one after the other
-// once the dialog is on the screen, or selects 0x470 other: an entry that was not selected, kept under that name.
-// Numbers are those of the dialog's controls.
+// The user of a dialog as facts tell it: types 0x47C "name", selects 0x471 "Bold", sees 0x480 "2", presses 1, one after
+// the other once the dialog is on the screen, each until the control has the text. selects 0x470 other: an entry that
+// was not selected, whose text is kept under that name. Numbers are those of the dialog's controls.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "facts/values.h"
 #include "platform/text.h"
-#include "support/dialog_driver.h"
+#include "support/dialog_user.h"
 #include "support/late_bound.h"
 
 namespace velk::facts {
@@ -20,60 +18,54 @@ class User {
     User(std::wstring_view actions, Variant& other) : actions_(Split(actions, L",")), other_(other) {}
 
     // What could not be done, when the dialog has returned.
-    std::wstring Problem() {
-        driver_.Finish();
-        return driver_.sawDialog() ? problem_ : L"wanted: a dialog\n  given:  none";
-    }
+    std::wstring Problem() const { return user_.sawDialog() ? problem_ : L"wanted: a dialog\n  given:  none"; }
 
   private:
-    void Act(HWND dialog) try {
-        for (const std::wstring& action : actions_) {
-            const auto parts = Split(action, L" ");
-            const int id = std::stoi(parts.at(1), nullptr, 0);
-            if (parts[0] == L"presses") return test::Press(dialog, id);
-            const HWND control = test::ControlOf(dialog, id);
-            const bool isOther = parts.at(2) == L"other", selects = parts[0] == L"selects";
-            if (selects) Select(control, isOther ? nullptr : Unquote(parts[2]).c_str());
-            if (selects && isOther) other_ = test::Text(TextOf(control));
-            const std::wstring text(isOther ? View(other_.bstrVal) : Unquote(parts[2]));
-            if (parts[0] == L"types") Ask(control, WM_SETTEXT, 0, text.c_str());
-            if (test::WaitUntil([&] { return TextOf(control) == text; })) continue;
-            problem_ = L"wanted: " + action + L"\n  given:  " + Quote(TextOf(control));
-            return test::Press(dialog, IDCANCEL);
+    bool Act(HWND dialog) try {
+        for (; done_ < actions_.size(); ++done_) {
+            problem_ = Try(dialog, actions_[done_]);
+            if (!problem_.empty()) return false;
         }
+        return true;
     } catch (const std::exception& problem) {
         problem_ = Wide(FromAnsi(problem.what()));
-        test::Press(dialog, IDCANCEL);
+        return test::Press(dialog, IDCANCEL), true;
     }
 
-    // An entry of a combo box, once it is there, or the last one that is not selected.
-    static void Select(HWND box, const wchar_t* entry) {
-        LRESULT index = CB_ERR;
-        test::WaitUntil([&] {
-            const LRESULT last = Ask(box, CB_GETCOUNT) - 1, other = Ask(box, CB_GETCURSEL) == last ? last - 1 : last;
-            index = entry ? Ask(box, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), entry) : other;
-            return index >= 0;
-        });
-        Ask(box, CB_SETCURSEL, static_cast<WPARAM>(index));
-        Ask(GetParent(box), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(box), CBN_SELCHANGE), box);
+    std::wstring Try(HWND dialog, const std::wstring& action) {
+        const auto parts = Split(action, L" ");
+        const int id = std::stoi(parts.at(1), nullptr, 0);
+        if (parts[0] == L"presses") return test::Press(dialog, id), L"";
+        const HWND control = test::ControlOf(dialog, id);
+        const bool isOther = parts.at(2) == L"other";
+        if (isOther && other_.vt == VT_EMPTY) other_ = OtherEntry(control);
+        const std::wstring text(isOther ? View(other_.bstrVal) : Unquote(parts[2]));
+        if (parts[0] == L"types") Ask(control, WM_SETTEXT, 0, text.c_str());
+        if (parts[0] == L"selects") {
+            Ask(control, CB_SETCURSEL, Ask(control, CB_FINDSTRINGEXACT, -1, text.c_str()));
+            Ask(GetParent(control), WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), control);
+        }
+        wchar_t given[1024] = L"";
+        Ask(control, WM_GETTEXT, ARRAYSIZE(given), given);
+        return text == given ? L"" : L"wanted: " + action + L"\n  given:  " + Quote(given);
     }
-    static std::wstring TextOf(HWND control) {
+
+    // The last one in a combo box that is not selected; Empty before there is one.
+    static Variant OtherEntry(HWND box) {
+        const LRESULT last = Ask(box, CB_GETCOUNT) - 1;
         wchar_t text[1024] = L"";
-        Ask(control, WM_GETTEXT, ARRAYSIZE(text), text);
-        return text;
+        const LRESULT size = Ask(box, CB_GETLBTEXT, last - (Ask(box, CB_GETCURSEL) == last), text);
+        return size > 0 ? test::Text(text) : Variant();
     }
-    static LRESULT Ask(HWND window, UINT message, WPARAM number = 0, const void* text = nullptr) {
-        DWORD_PTR answer = 0;
-        const LRESULT sent =
-            SendMessageTimeoutW(window, message, number, reinterpret_cast<LPARAM>(text), SMTO_BLOCK, 5000, &answer);
-        EXPECT_TRUE(sent || !IsWindow(window)) << message;  // it may go at any time
-        return static_cast<LRESULT>(answer);
+    static LRESULT Ask(HWND window, UINT message, LRESULT number = 0, const void* text = nullptr) {
+        return SendMessageW(window, message, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(text));
     }
 
     const std::vector<std::wstring> actions_;
+    std::size_t done_ = 0;
     std::wstring problem_;
     Variant& other_;
-    test::DialogDriver driver_{[this](HWND dialog) { Act(dialog); }};
+    test::DialogUser user_{[this](HWND dialog) { return Act(dialog); }};
 };
 
 }  // namespace velk::facts

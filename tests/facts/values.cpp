@@ -103,6 +103,12 @@ std::size_t NextIn(std::wstring_view text) {
     return std::min(end + 1, text.size());
 }
 
+// The same, or a word of other characters.
+std::size_t WordIn(std::wstring_view text) {
+    const std::size_t size = std::min(text.find_first_of(L"\" ,[]\n"), text.size());
+    return size > 0 ? size : std::min(NextIn(text), text.size());
+}
+
 // Where a separator stands first, outside texts and brackets.
 std::size_t FindOutside(std::wstring_view text, std::wstring_view separator) {
     for (std::size_t i = 0, depth = 0; i < text.size(); i += NextIn(text.substr(i))) {
@@ -121,20 +127,10 @@ std::wstring_view Trim(std::wstring_view text) {
 }
 
 bool Alike(std::wstring_view pattern, std::wstring_view line) {
-    constexpr std::wstring_view kBefore = L" [", kBehind = L" ,]\n", kEnds = L",]\n";  // "dc 1" is one word
-    for (wchar_t last = L' '; !pattern.empty();) {
-        const std::size_t size = NextIn(pattern);
-        const wchar_t next = pattern.size() > 1 ? pattern[1] : L' ';
-        if (pattern[0] == L'_' && kBefore.find(last) != kBefore.npos && kBehind.find(next) != kBehind.npos) {
-            line.remove_prefix(line.starts_with(L'"') ? NextIn(line) : 0);
-            line.remove_prefix(std::min({line.find_first_of(kEnds), line.find(L" quietly"), line.size()}));
-        } else if (line.starts_with(pattern.substr(0, size))) {
-            line.remove_prefix(size);
-        } else {
-            return false;
-        }
-        last = pattern[size - 1];
-        pattern.remove_prefix(size);
+    for (std::size_t size; !pattern.empty(); pattern.remove_prefix(size)) {
+        const std::wstring_view word = pattern.substr(0, size = WordIn(pattern));
+        if (word != L"_" && !line.starts_with(word)) return false;
+        line.remove_prefix(word == L"_" ? WordIn(line) : size);
     }
     return true;
 }

@@ -92,8 +92,8 @@ TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers)
     const DWORD cookies[] = {Advise(first_), Advise(second_), Advise(third_)};
     const FLOAT half = 0.5f;
     const auto raise = [&] { own_.point().Raise(1, {&half, 1}); };
-    first_->onRead = second_->onRead = [&](VARIANT* number) {
-        EXPECT_EQ(half, std::exchange(*number->pfltVal, 0.25f));
+    first_->onRead = second_->onRead = [&](DISPPARAMS* given) {
+        EXPECT_EQ(half, std::exchange(*given->rgvarg->pfltVal, 0.25f));
         if (!second_->calls.empty()) return;
         for (const int i : {0, 2}) point_->Unadvise(cookies[i]);  // the second must not be skipped for it
         EXPECT_EQ(2u, first_->count()) << "by the event alone";
@@ -106,7 +106,7 @@ TEST_F(EventSourceTest, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers)
     EXPECT_EQ(2u, first_->count() + third_->count());
 
     point_->Unadvise(cookies[1]);
-    late->onRead = [&](VARIANT*) {  // now the only sink
+    late->onRead = [&](auto...) {  // now the only sink
         if (late->calls.size() == 1) Advise(second_);
     };
     for (const std::size_t heard : {1u, 2u}) {

@@ -135,7 +135,7 @@ TEST_F(Registration, WritesWhatIsNeededForTheMachineOrElseTheUserAndRemovesBoth)
     ASSERT_EQ(S_OK, RegisterWhileTheMachineIsClosed());
     EXPECT_EQ(S_OK, Unregister());
     EXPECT_EQ(Lines(), Made());
-    const Activation active(BuiltFile(L"VelkSupport.manifest"));
+    const auto active = Activated(BuiltFile(L"VelkSupport.manifest"));
     EXPECT_EQ(S_OK, CreateByName()) << "as a program does that carries the library and its manifest";
 }
 

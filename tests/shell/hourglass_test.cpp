@@ -1,8 +1,8 @@
 // CHourglass over real windows, with the real pointer of the virtual screen. Its hooks are in hourglass.facts.
 #include <atomic>
+#include <thread>
 
 #include "support/client.h"
-#include "support/dialog_driver.h"
 #include "support/late_bound.h"
 #include "support/test_window.h"
 

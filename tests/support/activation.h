@@ -2,33 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "platform/platform.h"
 
 namespace velk::test {
 
-// Makes what a manifest declares known to the thread.
-class Activation {
-  public:
-    explicit Activation(const std::wstring& manifest) {
-        ACTCTXW request{};
-        request.cbSize = sizeof(request);
-        request.lpSource = manifest.c_str();
-        context_ = CreateActCtxW(&request);
-        EXPECT_NE(INVALID_HANDLE_VALUE, context_) << GetLastError();
-        EXPECT_TRUE(ActivateActCtx(context_, &cookie_));
-    }
-    Activation(const Activation&) = delete;
-    Activation& operator=(const Activation&) = delete;
-    ~Activation() {
-        DeactivateActCtx(0, cookie_);
-        ReleaseActCtx(context_);
-    }
-
-  private:
-    HANDLE context_;
-    ULONG_PTR cookie_ = 0;
-};
+// Makes what a manifest declares known to the thread for as long as the result lives.
+inline std::shared_ptr<void> Activated(const std::wstring& manifest) {
+    ACTCTXW request{};
+    request.cbSize = sizeof(request);
+    request.lpSource = manifest.c_str();
+    ULONG_PTR cookie = 0;
+    const HANDLE context = CreateActCtxW(&request);
+    EXPECT_TRUE(ActivateActCtx(context, &cookie)) << GetLastError();
+    return {context, [cookie](HANDLE made) { DeactivateActCtx(0, cookie), ReleaseActCtx(made); }};
+}
 
 }  // namespace velk::test

@@ -10,13 +10,10 @@
 namespace velk::test {
 namespace {
 
-std::vector<DISPID> PutName(WORD flags) {
-    if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) return {DISPID_PROPERTYPUT};
-    return {};
-}
-
 template <class Target>
-Outcome Run(Target call, std::vector<VARIANT> arguments, std::vector<DISPID> named) {
+Outcome Run(Target call, WORD flags, std::vector<VARIANT> arguments, std::vector<DISPID> named = {}) {
+    const bool puts = flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
+    if (puts && named.empty()) named = {DISPID_PROPERTYPUT};
     std::reverse(arguments.begin(), arguments.end());
     std::reverse(named.begin(), named.end());
     DISPPARAMS parameters{arguments.data(), named.data(), static_cast<UINT>(arguments.size()),
@@ -52,23 +49,19 @@ DISPID IdOf(IDispatch* object, const wchar_t* name) {
     return id;
 }
 
-Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments) {
-    return InvokeNamed(object, name, flags, arguments, PutName(flags));
-}
-
-Outcome InvokeNamed(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
-                    std::vector<DISPID> named) {
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
+               std::vector<DISPID> named) {
     const auto call = [&](auto... rest) {
         return object->Invoke(IdOf(object, name), IID_NULL, LOCALE_USER_DEFAULT, flags, rest...);
     };
-    return Run(call, std::move(arguments), std::move(named));
+    return Run(call, flags, std::move(arguments), std::move(named));
 }
 
 Outcome InvokeByPlatform(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments) {
     ComPtr<ITypeInfo> info;
     object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive());
     const auto call = [&](auto... rest) { return info->Invoke(object, IdOf(object, name), flags, rest...); };
-    return Run(call, std::move(arguments), PutName(flags));
+    return Run(call, flags, std::move(arguments));
 }
 
 std::wstring TextOf(const VARIANT& value) {
@@ -80,12 +73,6 @@ std::wstring Fact(IDispatch* object, const wchar_t* name, std::initializer_list<
     EXPECT_EQ(S_OK, outcome.result) << name;
     VariantChangeTypeEx(&outcome.value, &outcome.value, LOCALE_INVARIANT, VARIANT_ALPHABOOL, VT_BSTR);
     return TextOf(outcome.value);
-}
-
-std::wstring Facts(IDispatch* object, std::initializer_list<const wchar_t*> names) {
-    std::wstring values;
-    for (const wchar_t* name : names) values += Fact(object, name) + L"|";
-    return values;
 }
 
 }  // namespace velk::test

@@ -46,11 +46,10 @@ struct Outcome {
 };
 
 DISPID IdOf(IDispatch* object, const wchar_t* name);  // "#-4" is the identifier itself
-Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments);
 
-// The last arguments are named ones, with these identifiers in reading order.
-Outcome InvokeNamed(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
-                    std::vector<DISPID> named);
+// The last arguments are named ones, with these identifiers in reading order; a property's value has its own.
+Outcome Invoke(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments,
+               std::vector<DISPID> named = {});
 
 // The same call as Invoke through the platform's generic implementation, as a reference.
 Outcome InvokeByPlatform(IDispatch* object, const wchar_t* name, WORD flags, std::vector<VARIANT> arguments);
@@ -70,7 +69,5 @@ std::wstring TextOf(const VARIANT& value);
 
 // What a member gives, as text: numbers in decimal, True and False.
 std::wstring Fact(IDispatch* object, const wchar_t* name, std::initializer_list<VARIANT> arguments = {});
-// ... of several members, each followed by "|".
-std::wstring Facts(IDispatch* object, std::initializer_list<const wchar_t*> names);
 
 }  // namespace velk::test

@@ -2,14 +2,14 @@
 
 #include <atomic>
 
-#include "support/bare_dispatch.h"
+#include "frame/object/helper_object.h"
 
 namespace velk::test {
 
 // Counts the strings, arrays and blocks of task memory that were made since it was first asked and are still there.
 // Exact only with OANOCACHE=1 in the environment. It stays for good: the platform does not let go of a spy before the
 // last block is freed.
-class MallocSpy final : public BareUnknown<IMallocSpy> {
+class MallocSpy final : public HelperObject<IMallocSpy> {
   public:
     static LONG Alive() {
         static MallocSpy* const spy = Install();

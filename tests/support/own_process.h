@@ -14,19 +14,11 @@ inline std::wstring OwnProgram() {
     return path;
 }
 
-// A DISABLED_ test of this program in a process of its own, which may end in any way.
-class OwnProcess {
-  public:
-    explicit OwnProcess(const std::wstring& test) : filter_(L"--gtest_filter=" + test) {}
-
-    // Its exit code.
-    DWORD Ended() const {
-        return static_cast<DWORD>(_wspawnl(_P_WAIT, OwnProgram().c_str(), L"tests", L"--gtest_also_run_disabled_tests",
-                                           filter_.c_str(), nullptr));
-    }
-
-  private:
-    const std::wstring filter_;
-};
+// The exit code of a DISABLED_ test of this program, which runs in a process of its own and may end it in any way.
+inline intptr_t RunAlone(const std::wstring& test) {
+    const std::wstring filter = L"--gtest_filter=" + test;
+    return _wspawnl(_P_WAIT, OwnProgram().c_str(), L"tests", L"--gtest_also_run_disabled_tests", filter.c_str(),
+                    nullptr);
+}
 
 }  // namespace velk::test

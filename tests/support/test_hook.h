@@ -94,7 +94,7 @@ class HookLibrary {
     }
 
   private:
-    Activation active_{BuiltFile(L"VelkHooks.manifest")};
+    const std::shared_ptr<void> active_ = Activated(BuiltFile(L"VelkHooks.manifest"));
 };
 
 }  // namespace velk::test

@@ -67,6 +67,16 @@ class TestWindow {
     HWND window_ = nullptr;
 };
 
+// Polls for up to five seconds.
+inline bool WaitUntil(const std::function<bool()>& condition) {
+    const DWORD start = GetTickCount();
+    while (!condition()) {
+        if (GetTickCount() - start > 5000) return false;
+        Sleep(10);
+    }
+    return true;
+}
+
 // Dispatches what is waiting in this thread's queue.
 inline void PumpMessages() {
     for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {

@@ -10,14 +10,14 @@
 namespace velk::test {
 
 // An object with nothing but a default property, which can fail and run code of its own; as a sink it does the same in
-// an event, which gives it arguments.
+// an event, whose number is the last of the calls.
 class ValueObject final : public BareDispatch {
   public:
     Variant value;
     HRESULT answer = S_OK;
-    std::function<void(VARIANT* last)> onRead;  // an earlier argument is last[1]
-    std::function<void()> onQuestion;           // what else the object is
-    ComPtr<IUnknown> more;                      // which has further interfaces
+    std::function<void(DISPPARAMS* given)> onRead;
+    std::function<void()> onQuestion;  // what else the object is
+    ComPtr<IUnknown> more;             // which has further interfaces
     std::vector<DISPID> calls;
 
     static ComPtr<ValueObject> Make(const VARIANT& value) {
@@ -33,7 +33,7 @@ class ValueObject final : public BareDispatch {
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* given, VARIANT* result, EXCEPINFO*,
                         UINT*) noexcept override {
         calls.push_back(id);
-        if (onRead) onRead(given->rgvarg);
+        if (onRead) onRead(given);
         if (id != DISPID_VALUE) return DISP_E_MEMBERNOTFOUND;
         return FAILED(answer) ? answer : VariantCopy(result, &value);
     }

@@ -2,7 +2,6 @@
 #include <thread>
 
 #include "support/departures.h"
-#include "support/dialog_driver.h"
 #include "support/event_sink.h"
 #include "trust/harness.h"
 #include "velkdoctor/surrogate.h"
@@ -99,8 +98,8 @@ TEST_P(Elsewhere, EventsArriveInTheSinksApartment) {
             const Connection connection(crc.get(), __uuidof(__CCRC32), sink.get());
             ASSERT_EQ(S_OK, connection.result());
             const APTTYPE own = Apartment();
-            sink->onRead = [&, inside = false](VARIANT* last) mutable {
-                progress.push_back(*last->pfltVal);
+            sink->onRead = [&, inside = false](DISPPARAMS* given) mutable {
+                progress.push_back(*given->rgvarg->pfltVal);
                 EXPECT_EQ(own, Apartment());
                 if (!std::exchange(inside, true)) {
                     EXPECT_EQ(-873187034, sum());

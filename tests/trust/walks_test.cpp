@@ -3,10 +3,10 @@
 #include <map>
 #include <thread>
 
+#include "support/boxes.h"
 #include "support/fake.h"
 #include "support/heap.h"
 #include "support/library_copy.h"
-#include "support/scoped_variable.h"
 #include "trust/harness.h"
 
 namespace velk::test {
@@ -259,8 +259,7 @@ TEST_P(Walk, HostileCallsGetAProperAnswerAndLeaveNothingBehind) {
     int made = 0;
     {
         Campaign campaign(GetParam());
-        const ScopedVariable asBoxes(L"VELKSPRT_REPORTS", nullptr);
-        const Fake boxes("MessageBoxW", &MessageBoxW, [](HWND, LPCWSTR, LPCWSTR, UINT) { return clientCode(), IDOK; });
+        const Boxes boxes([](auto...) { clientCode(); });
         campaign.Run(static_cast<int>(ReadClasses(GetParam()).size()) * 2000);  // until all that stays is there
         const Snapshot before = Belongings();
         const double memory = CommittedMegabytes();

@@ -10,7 +10,7 @@
 
 #include "platform/text.h"
 #include "support/client.h"
-#include "support/dialog_driver.h"
+#include "support/dialog_user.h"
 #include "support/late_bound.h"
 #include "support/scratch_folder.h"
 #include "support/test_printer.h"
@@ -67,13 +67,13 @@ const std::map<std::string, std::function<void()>> kDialogs{
 int Run(const std::string& name, const std::string& stop) {
     const auto dialog = kDialogs.find(name);
     if (dialog == kDialogs.end()) return 2;
-    DialogDriver driver([&](HWND window) {
-        WaitUntil([&] { return GetFileAttributesA(stop.c_str()) != INVALID_FILE_ATTRIBUTES; });
-        Press(window, IDCANCEL);
+    const DialogUser user([&](HWND window) {
+        const bool stops = GetFileAttributesA(stop.c_str()) != INVALID_FILE_ATTRIBUTES;
+        if (stops) Press(window, IDCANCEL);
+        return stops;
     });
     dialog->second();
-    driver.Finish();
-    return driver.sawDialog() ? 0 : 1;
+    return user.sawDialog() ? 0 : 1;
 }
 
 }  // namespace
