@@ -65,7 +65,7 @@ ComPtr<ISubclass> ScriptHookIn(DISPID id, const DISPPARAMS* parameters) noexcept
     const bool takesHook = id == kAddHook || id == kRemoveHook;
     if (!takesHook || !parameters || parameters->cArgs != kArguments || parameters->cNamedArgs) return nullptr;
     const VARIANT* given = parameters->rgvarg ? &parameters->rgvarg[kArguments - 1] : nullptr;
-    if (given && given->vt == (VT_BYREF | VT_VARIANT)) given = given->pvarVal;
+    if (given && given->vt == kVariable) given = given->pvarVal;
     return given && given->vt == VT_DISPATCH ? ScriptHook::For(given->pdispVal) : nullptr;
 }
 

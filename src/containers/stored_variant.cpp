@@ -7,8 +7,6 @@
 namespace velk {
 namespace {
 
-constexpr VARTYPE kVariable = VT_BYREF | VT_VARIANT;
-
 // Automation follows references without looking where they lead.
 void RequireTarget(const VARIANT& value) {
     if ((value.vt & VT_BYREF) && !value.byref) throw NullArgument();

@@ -7,6 +7,9 @@
 
 namespace velk {
 
+// How a script passes a variable: by reference to the whole of it.
+inline constexpr VARTYPE kVariable = VT_BYREF | VT_VARIANT;
+
 // Whether a value of this type is all there is to it: nothing behind it to copy or to give back.
 constexpr bool IsSelfContained(VARTYPE type) noexcept {
     constexpr unsigned kUndefined = 15;

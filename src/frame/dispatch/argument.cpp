@@ -109,9 +109,9 @@ HRESULT Argument::SettleObjects(const Parameter& parameter, VARIANT* given, LCID
     given_ = given;
     if (Omitted(parameter)) return parameter.optional ? S_OK : DISP_E_PARAMNOTOPTIONAL;
     if (PointsNowhere(*given)) return DISP_E_TYPEMISMATCH;
-    if (given->vt == (VT_BYREF | VT_VARIANT)) {
+    if (given->vt == kVariable) {
         variable_ = given->pvarVal;
-        if (PointsNowhere(*variable_) || variable_->vt == (VT_BYREF | VT_VARIANT)) return DISP_E_TYPEMISMATCH;
+        if (PointsNowhere(*variable_) || variable_->vt == kVariable) return DISP_E_TYPEMISMATCH;
     }
     VARIANT& value = variable_ ? *variable_ : *given;
     if (value.vt == VT_VARIANT) return DISP_E_BADVARTYPE;  // exists by reference only

@@ -1,5 +1,6 @@
 #include "frame/dispatch/call_plan.h"
 
+#include <algorithm>
 #include <cstring>
 #include <span>
 #include <utility>
@@ -90,6 +91,15 @@ VARTYPE Signed(VARTYPE type) noexcept { return type == VT_UI4 ? VARTYPE{VT_I4} :
 
 bool IsNumber(VARTYPE type) noexcept { return IsSelfContained(type) && type != VT_ERROR && type != VT_DECIMAL; }
 
+// Whether all arguments are of kinds that a member which only reads them can be lent.
+bool IsQuick(const CallPlan& plan) noexcept {
+    return plan.parameters.size() <= kMaxQuickArguments &&
+           std::all_of(plan.parameters.begin(), plan.parameters.end(), [](const Parameter& parameter) {
+               const VARTYPE type = parameter.type;
+               return parameter.byReference && (IsNumber(type) || type == VT_BSTR || type == VT_VARIANT);
+           });
+}
+
 Parameter ReadParameter(PlanReader& plans) {
     Parameter parameter;
     parameter.name = plans.TakeText();
@@ -98,7 +108,6 @@ Parameter ReadParameter(PlanReader& plans) {
     parameter.type = Signed(type);
     parameter.byReference = plans.Take() != 0;
     parameter.optional = plans.Take() != 0;
-    if (parameter.byReference && IsNumber(parameter.type)) parameter.plain = parameter.type;
     if (parameter.IsObject()) parameter.iid = plans.Take<IID>();
     if (parameter.optional) parameter.defaultValue = ReadDefault(plans);
     return parameter;
@@ -139,10 +148,9 @@ void InterfacePlan::ReadMember(PlanReader& plans) {
     plan.slot = plans.Take();
     plan.result = Signed(plans.Take());
     for (WORD count = plans.Take(); count > 0; --count) plan.parameters.push_back(ReadParameter(plans));
-    const bool takesNothing = plan.parameters.empty();
-    if (takesNothing || (plan.parameters.size() == 1 && plan.parameters[0].IsLent())) {
-        const Parameter* const argument = takesNothing ? nullptr : plan.parameters.data();
-        quick_[id][plan.isLet] = {plan.slot, plan.result, kind, argument, plan.isLet};
+    if (kind != INVOKE_PROPERTYPUTREF && IsQuick(plan)) {
+        const auto count = static_cast<UINT>(plan.parameters.size());
+        quick_[id][plan.isLet] = {plan.slot, plan.result, kind, plan.parameters.data(), count, plan.isLet};
     }
     members_[id].ways[WayOf(kind)] = std::move(plan);
 }

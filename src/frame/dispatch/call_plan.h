@@ -24,15 +24,11 @@ struct Parameter {
     VARTYPE type = VT_EMPTY;  // an automation type, or VT_ARRAY | VT_BSTR
     bool byReference = false;
     bool optional = false;
-    VARTYPE plain = VT_ILLEGAL;  // `type`, if it is a number or a truth value that the member takes by reference
-    bool isColour = false;       // a Long that may also be given as the unsigned number of the same bits
-    Variant defaultValue;        // of `type`; for an optional VARIANT the "missing" value
-    IID iid = IID_NULL;          // for VT_DISPATCH and VT_UNKNOWN: the interface that the member takes
+    bool isColour = false;  // a Long that may also be given as the unsigned number of the same bits
+    Variant defaultValue;   // of `type`; for an optional VARIANT the "missing" value
+    IID iid = IID_NULL;     // for VT_DISPATCH and VT_UNKNOWN: the interface that the member takes
 
     bool IsObject() const noexcept { return type == VT_DISPATCH || type == VT_UNKNOWN; }
-
-    // Whether a member that only reads what it gets by reference can be given the client's own value.
-    bool IsLent() const noexcept { return byReference && (plain != VT_ILLEGAL || type == VT_BSTR); }
 };
 
 struct CallPlan {
@@ -42,13 +38,16 @@ struct CallPlan {
     bool isLet = false;  // a property let or set: the last argument is the new value
 };
 
-// A member that takes nothing, or one number or text by reference: what late-bound clients call most.
+inline constexpr std::size_t kMaxQuickArguments = 4;
+
+// A member that takes at most a few numbers, texts and variants, all by reference: what late-bound clients call most.
 struct QuickCall {
     unsigned slot = 0;
     VARTYPE result = VT_EMPTY;
-    WORD flags = 0;                       // the DISPATCH_ flag that it answers to; 0 for no such member
-    const Parameter* argument = nullptr;  // null for a member that takes nothing
-    UINT named = 0;                       // of its arguments: the new value of a property
+    WORD flags = 0;                         // the DISPATCH_ flag that it answers to; 0 for no such member
+    const Parameter* parameters = nullptr;  // null for none
+    UINT count = 0;                         // of them
+    UINT named = 0;                         // of the arguments: the new value of a property
 };
 
 class PlanReader;
@@ -66,14 +65,13 @@ class InterfacePlan {
 
     // Likewise for a quick call; null when the member is none.
     const QuickCall* Quick(DISPID id, WORD flags) const noexcept {
-        if (static_cast<std::size_t>(id) >= quick_.size()) return nullptr;
-        const QuickCall& call = quick_[static_cast<std::size_t>(id)][IsPut(flags)];
+        if (static_cast<std::size_t>(id) >= quick_.size() || (flags & DISPATCH_PROPERTYPUTREF)) return nullptr;
+        const bool puts = !(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+        const QuickCall& call = quick_[static_cast<std::size_t>(id)][puts];
         return call.flags & flags ? &call : nullptr;
     }
 
   private:
-    static constexpr bool IsPut(WORD flags) noexcept { return !(flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET)); }
-
     struct Member {
         std::array<std::optional<CallPlan>, 4> ways;  // function, property get, let, set
     };

@@ -149,18 +149,6 @@ HRESULT Exception(HRESULT failure, EXCEPINFO* exception) noexcept {
     return DISP_E_EXCEPTION;
 }
 
-bool InvokeLending(const QuickCall& call, IDispatch* object, const DISPPARAMS& given, VARIANT* result,
-                   EXCEPINFO* exception, HRESULT* ended) noexcept {
-    if (call.named && (!given.rgdispidNamedArgs || *given.rgdispidNamedArgs != DISPID_PROPERTYPUT)) return false;
-    Variant own;
-    const void* const argument = Lent(*call.argument, given.cArgs ? given.rgvarg : nullptr, &own);
-    if (!argument) return false;
-    VARIANT answer{};  // the client's place for the result may be the argument
-    *ended = InvokeQuick(call, object, &answer, exception, argument);
-    if (result) *result = answer;
-    return true;
-}
-
 HRESULT Invoke(const InterfacePlan& plan, References references, IDispatch* object, const Request& request) noexcept {
     if (request.reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (!request.parameters) return DISP_E_BADPARAMCOUNT;

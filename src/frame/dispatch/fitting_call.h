@@ -13,11 +13,6 @@ namespace velk {
 // text by value is lent to them; else they get a copy.
 enum class References { OnlyRead, Replaced };
 
-// What a member gets as a number or a text by reference that it only reads: the client's own, or the value of `own`,
-// which is Empty before, and owns afterwards what was converted and not what was copied. Null when the argument needs
-// more than that. A null `given` is an argument left out.
-const void* Lent(const Parameter& parameter, const VARIANT* given, Variant* own) noexcept;
-
 class FittingCall {
   public:
     // False when an argument does not fit. Nothing has happened then, whatever is wrong with the call. How the member
@@ -41,17 +36,14 @@ class FittingCall {
 
     bool LayDown(const CallPlan& plan, const DISPPARAMS& given) noexcept;
     bool Add(const Parameter& parameter, VARIANT* given) noexcept;
-    bool AddOther(const Parameter& parameter, VARIANT* given) noexcept;
     bool AddReference(const Parameter& parameter, VARIANT& given, VARIANT& value) noexcept;
     bool AddOwn(const Parameter& parameter, const VARIANT& value, VARIANT* variable) noexcept;
     bool Fill(Own* own, const Parameter& parameter, const VARIANT& value) const noexcept;
     HRESULT Run(IDispatch* object, unsigned slot, void* result) noexcept;
 
     const bool lends_;
-    unsigned count_ = 0;       // of own_
-    unsigned plainCount_ = 0;  // of plain_
+    unsigned count_ = 0;  // of own_
     SlotCall call_;
-    LONGLONG plain_[kMaxArguments];  // numbers by value, for the member to refer to
     Own own_[kMaxArguments];
 };
 

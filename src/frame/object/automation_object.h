@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "frame/dispatch/dispatch_impl.h"
+#include "frame/dispatch/quick_call.h"
 #include "frame/failure/failure.h"
 #include "frame/module/library.h"
 #include "platform/platform.h"
@@ -175,7 +176,7 @@ class AutomationObject : public DispatchImpl<Interface>,
         if (!plan) return E_OUTOFMEMORY;
         const QuickCall* const quick = plan->Quick(id, flags);
         if (dispatch::IsQuick(quick, reserved, parameters, result)) {
-            if (!quick->argument) return dispatch::InvokeQuick(*quick, this, result, exception);
+            if (!quick->count) return dispatch::InvokeQuick(*quick, this, result, exception);
             HRESULT ended;
             if (dispatch::InvokeLending(*quick, this, *parameters, result, exception, &ended)) return ended;
         }
