@@ -15,6 +15,7 @@
 #include "support/malloc_spy.h"
 #include "support/process_counts.h"
 #include "tools/typelib/type_reader.h"
+#include "velksub.h"
 
 namespace velk::test {
 namespace {
@@ -41,6 +42,11 @@ void ExpectIsWhatItSays(const ComPtr<IUnknown>& object, const Type& coclass) {
         EXPECT_EQ(isOwn ? S_OK : S_FALSE, errors->InterfaceSupportsErrorInfo(iid));
     }
     EXPECT_EQ(S_FALSE, errors->InterfaceSupportsErrorInfo(IID_IProvideClassInfo));
+    for (const IID& iid : {__uuidof(ISubclass), __uuidof(ISubclass2)}) {  // of those that hook windows
+        if (!object.As<IUnknown>(iid)) continue;
+        faces.push_back(iid);
+        EXPECT_EQ(S_OK, errors->InterfaceSupportsErrorInfo(iid));
+    }
     constexpr DWORD kEvents = GUIDKIND_DEFAULT_SOURCE_DISP_IID;
     EXPECT_EQ(events == GUID_NULL ? E_NOTIMPL : S_OK, provider->GetGUID(kEvents, &source));
     EXPECT_EQ(events, source);
@@ -49,6 +55,7 @@ void ExpectIsWhatItSays(const ComPtr<IUnknown>& object, const Type& coclass) {
         const auto face = object.As<IUnknown>(from);
         ASSERT_TRUE(face);
         for (REFIID to : faces) EXPECT_EQ(object.get(), face.As<IUnknown>(to).As<IUnknown>().get());
+        EXPECT_EQ(object.As<IDispatch>().get(), face.As<IDispatch>().get()) << "the default interface";
         EXPECT_EQ(E_POINTER, face->QueryInterface(IID_IUnknown, nullptr));
         void* unknown = face.get();
         EXPECT_EQ(E_NOINTERFACE, face->QueryInterface(IID_IStream, &unknown));

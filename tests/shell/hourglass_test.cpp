@@ -1,5 +1,7 @@
 // CHourglass over real windows, with the real pointer of the virtual screen. Its hooks are in hourglass.facts.
 #include <atomic>
+#include <map>
+#include <string>
 #include <thread>
 
 #include "support/client.h"
@@ -9,13 +11,14 @@
 namespace velk::test {
 namespace {
 
-HCURSOR Shape(LPCWSTR shape) { return LoadCursorW(nullptr, shape); }
-const HCURSOR kArrow = Shape(IDC_ARROW);
-const HCURSOR kWait = Shape(IDC_WAIT);
-const HCURSOR kCross = Shape(IDC_CROSS);
+const std::map<HCURSOR, char> kShapes{{LoadCursorW(nullptr, IDC_ARROW), 'a'},
+                                      {LoadCursorW(nullptr, IDC_WAIT), 'w'},
+                                      {LoadCursorW(nullptr, IDC_CROSS), 'c'}};
+
+char Shape() { return kShapes.contains(GetCursor()) ? kShapes.at(GetCursor()) : '?'; }
 
 // Moves the pointer over a window, as a user does, and gives what it looks like there.
-HCURSOR Over(HWND window) {
+char Over(HWND window) {
     static int step = 0;
     RECT place{};
     GetWindowRect(window, &place);
@@ -23,65 +26,29 @@ HCURSOR Over(HWND window) {
     SetCursorPos(place.left + 100 + step++ % 5, place.top + 100);
     MsgWaitForMultipleObjects(0, nullptr, FALSE, 500, QS_MOUSEMOVE);  // on a busy machine the move takes its time
     PumpMessages();
-    return GetCursor();
+    return Shape();
 }
-HCURSOR Over(const TestWindow& window) { return Over(window.get()); }
 
 // A window that chooses a cross for itself, wherever the pointer is in it. Asked for it (WM_APP), it gives what the
 // pointer looks like over it in its own thread.
 std::optional<LRESULT> ChooseCross(HWND window, UINT message, WPARAM, LPARAM) {
-    if (message == WM_APP) return reinterpret_cast<LRESULT>(Over(window));
+    if (message == WM_APP) return Over(window);
     if (message != WM_SETCURSOR) return std::nullopt;
-    SetCursor(kCross);
+    SetCursor(LoadCursorW(nullptr, IDC_CROSS));
     return TRUE;
 }
 
-class Hourglass : public testing::Test {
-  protected:
-    static ComPtr<IDispatch> New() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
-    static void Set(const ComPtr<IDispatch>& hourglass, bool value) {
-        EXPECT_EQ(S_OK, Let(hourglass.get(), L"Value", {Arg(value)}).result);
-        EXPECT_EQ(value ? L"True" : L"False", Fact(hourglass.get(), L"Value"));
-    }
-
-    void ExpectOverBoth(HCURSOR first, HCURSOR second) const {
-        EXPECT_TRUE(Over(arrow_) == first && Over(cross_) == second);
-    }
-
-    ComPtr<IDispatch> hourglass_ = New();
-    const TestWindow arrow_, cross_{WS_OVERLAPPEDWINDOW, &ChooseCross};
-};
-
-TEST_F(Hourglass, CoversEveryWindowUntilItIsTakenAway) {
-    ExpectOverBoth(kArrow, kCross);
-    Set(hourglass_, true);
-    EXPECT_EQ(kWait, GetCursor()) << "at once";
-    ExpectOverBoth(kWait, kWait);
-    Set(hourglass_, false);
-    EXPECT_EQ(kCross, GetCursor()) << "the window under the pointer has chosen already";
-    ExpectOverBoth(kArrow, kCross);
+ComPtr<IDispatch> New() { return CreateObject<IDispatch>(__uuidof(::CHourglass)); }
+void Set(const ComPtr<IDispatch>& hourglass, bool value) {
+    EXPECT_EQ(S_OK, Let(hourglass.get(), L"Value", {Arg(value)}).result);
+    EXPECT_EQ(value ? L"True" : L"False", Fact(hourglass.get(), L"Value"));
 }
 
-TEST_F(Hourglass, IsNotCountedAndGoesWithAnyObject) {
-    const ComPtr<IDispatch> other = New();
-    for (const auto& hourglass : {hourglass_, hourglass_, other}) Set(hourglass, true);
-    Set(other, false);
-    EXPECT_EQ(kCross, Over(cross_));
-    EXPECT_EQ(L"True", Fact(hourglass_.get(), L"Value")) << "each object tells what it was set to";
-    Set(hourglass_, true);
-    New() = nullptr;
-    EXPECT_EQ(kCross, Over(cross_));
-    Set(hourglass_, true);
-    EXPECT_EQ(kWait, Over(cross_));
-    hourglass_ = nullptr;
-    EXPECT_EQ(kCross, Over(cross_));
-    SetCursor(kCross);
-    SetCursorPos(1000, 700);  // over no window of ours
-    New() = nullptr;
-    EXPECT_EQ(kArrow, GetCursor()) << "the default, without any override";
-}
-
-TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
+// 1 0 + -  sets it and takes it away, by a second object; n d: a third object comes and goes, the first one is released
+// a c t =  what the pointer is over a window with an arrow, one with a cross, one of another thread, where it is
+// o v      moves it over no window of ours, as a cross; what the first object tells of itself
+TEST(Hourglass, CoversEveryWindowUntilAnyObjectTakesItAway) {
+    const TestWindow arrow, cross{WS_OVERLAPPEDWINDOW, &ChooseCross};
     std::atomic<HWND> other = nullptr;
     const std::jthread thread([&] {
         const TestWindow window(WS_OVERLAPPEDWINDOW, &ChooseCross);
@@ -89,35 +56,50 @@ TEST_F(Hourglass, CoversTheWindowsOfOtherThreads) {
         for (MSG message; GetMessageW(&message, nullptr, 0, 0);) DispatchMessageW(&message);
     });
     ASSERT_TRUE(WaitUntil([&] { return other != nullptr; }));
-    for (const bool covered : {true, false}) {
-        Set(hourglass_, covered);
-        EXPECT_EQ(covered ? kWait : kCross, reinterpret_cast<HCURSOR>(SendMessageW(other, WM_APP, 0, 0)));
-    }
+    ComPtr<IDispatch> first = New(), second = New();
+    std::string seen;
+    const std::map<char, std::function<void()>> actions{
+        {'1', [&] { Set(first, true); }},
+        {'0', [&] { Set(first, false); }},
+        {'+', [&] { Set(second, true); }},
+        {'-', [&] { Set(second, false); }},
+        {'n', [&] { New() = nullptr; }},
+        {'d', [&] { first = nullptr; }},
+        {'a', [&] { seen += Over(arrow.get()); }},
+        {'c', [&] { seen += Over(cross.get()); }},
+        {'t', [&] { seen += static_cast<char>(SendMessageW(other, WM_APP, 0, 0)); }},
+        {'=', [&] { seen += Shape(); }},
+        {'o', [&] { SetCursor(LoadCursorW(nullptr, IDC_CROSS)), SetCursorPos(1000, 700); }},
+        {'v', [&] { seen += Fact(first.get(), L"Value") == L"True" ? 'T' : 'F'; }}};
+    for (const char action : std::string("ac1=ac0=ac11+-cv1nc1t0t1cdcon=")) actions.at(action)();
     PostMessageW(other, WM_QUIT, 0, 0);
+    EXPECT_EQ("acwwwcaccTcwcwca", seen);
 }
 
 // With the hook on the way.
-TEST_F(Hourglass, MayLoseItsLastReferenceToTheWindowThatChooses) {
-    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message == WM_SETCURSOR) hourglass_ = nullptr;
+TEST(Hourglass, MayLoseItsLastReferenceToTheWindowThatChooses) {
+    ComPtr<IDispatch> hourglass = New();
+    const TestWindow arrow, window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, auto...) -> std::optional<LRESULT> {
+        if (message == WM_SETCURSOR) hourglass = nullptr;
         return std::nullopt;
     });
-    Over(arrow_);
-    Set(hourglass_, true);
-    Over(window);
+    Over(arrow.get());
+    Set(hourglass, true);
+    Over(window.get());
     EXPECT_TRUE(CanUnload());
-    EXPECT_EQ(kArrow, Over(arrow_));
+    EXPECT_EQ('a', Over(arrow.get()));
 }
 
-TEST_F(Hourglass, MayBeSetByTheWindowThatChooses) {
+TEST(Hourglass, MayBeSetByTheWindowThatChooses) {
+    const ComPtr<IDispatch> hourglass = New();
     int asked = 0;
-    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        if (message == WM_SETCURSOR) Set(hourglass_, ++asked < 20);
+    const TestWindow window(WS_OVERLAPPEDWINDOW, [&](HWND, UINT message, auto...) -> std::optional<LRESULT> {
+        if (message == WM_SETCURSOR) Set(hourglass, ++asked < 20);
         return std::nullopt;
     });
-    Over(window);
+    Over(window.get());
     const int before = asked;
-    Set(hourglass_, true);
+    Set(hourglass, true);
     EXPECT_EQ(before + 1, asked) << "asked once";
 }
 

@@ -10,7 +10,8 @@
 
 namespace velk::test {
 
-// With or without ISubclass2, or as a script's object: the members of ISubclass by name and nothing else.
+// Of a kind: w with ISubclass2, n without it, s as scripts have them: the members of ISubclass by name and nothing
+// else.
 class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
   public:
     struct Message {
@@ -18,18 +19,16 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
         LONG_PTR wParam, lParam;
     };
 
-    static ComPtr<TestHook> Make(LONG response, bool wide = false, bool ofScript = false) {
+    static ComPtr<TestHook> Make(char kind = 'n') {
         auto made = ComPtr<TestHook>::Attach(new TestHook);
-        made->wide_ = wide, made->ofScript_ = ofScript;
-        made->respond = [response](LONG* result) { return *result = response, S_OK; };
-        return made;
+        return made->kind_ = kind, made;
     }
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) noexcept override {
-        if (ofScript_ && iid == __uuidof(ISubclass)) return E_NOINTERFACE;
+        if (kind_ == 's' && iid == __uuidof(ISubclass)) return E_NOINTERFACE;
         if (iid != __uuidof(ISubclass2)) return BareObject::QueryInterface(iid, object);
-        *object = wide_ ? static_cast<ISubclass2*>(this) : nullptr;
-        return wide_ ? AddRef(), S_OK : E_NOINTERFACE;
+        *object = kind_ == 'w' ? static_cast<ISubclass2*>(this) : nullptr;
+        return *object ? AddRef(), S_OK : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() noexcept override { return BareObject::AddRef(); }
     STDMETHODIMP_(ULONG) Release() noexcept override { return BareObject::Release(); }
@@ -50,7 +49,7 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
     STDMETHODIMP get_MsgResponse(LONG* result) noexcept override { return respond(result); }
     STDMETHODIMP put_MsgResponse(LONG) noexcept override { return S_OK; }
     STDMETHODIMP WindowProc(LONG hWnd, LONG iMsg, LONG wParam, LONG lParam, LONG* result) noexcept override {
-        EXPECT_FALSE(wide_);
+        EXPECT_NE('w', kind_);
         LONG_PTR whole = 0;
         const HRESULT ends = WindowProcPtr(hWnd, iMsg, wParam, lParam, &whole);
         return *result = static_cast<LONG>(whole), ends;
@@ -64,19 +63,19 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
     LONG_PTR PassOn(IHookManager* manager, const Message& m) const {
         LONG_PTR whole = 0;
         LONG narrow = 0;
-        const HRESULT passed = wide_ ? ComPtr<IHookManager>(manager).As<IHookManager2>()->CallPreviousProcPtr(
-                                           m.window, m.number, m.wParam, m.lParam, &whole)
-                                     : manager->CallPreviousProc(m.window, m.number, static_cast<LONG>(m.wParam),
-                                                                 static_cast<LONG>(m.lParam), &narrow);
+        const HRESULT passed = kind_ == 'w' ? ComPtr<IHookManager>(manager).As<IHookManager2>()->CallPreviousProcPtr(
+                                                  m.window, m.number, m.wParam, m.lParam, &whole)
+                                            : manager->CallPreviousProc(m.window, m.number, static_cast<LONG>(m.wParam),
+                                                                        static_cast<LONG>(m.lParam), &narrow);
         EXPECT_EQ(S_OK, passed);
-        return wide_ ? whole : narrow;
+        return kind_ == 'w' ? whole : narrow;
     }
 
-    std::function<HRESULT(LONG*)> respond;
+    std::function<HRESULT(LONG*)> respond = [](LONG* result) { return *result = 2, S_OK; };
     std::function<HRESULT(const Message&, LONG_PTR*)> handle;
 
   private:
-    bool wide_ = false, ofScript_ = false;
+    char kind_ = 'n';
 };
 
 // The hook library, found without registration while this lives.

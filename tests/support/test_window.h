@@ -38,6 +38,9 @@ class TestWindow {
     HWND get() const noexcept { return window_; }
     LONG handle() const noexcept { return HandleToLong(window_); }  // as the library's members take it
     WNDPROC CurrentProcedure() const { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window_, GWLP_WNDPROC)); }
+    LRESULT Send(UINT message, const void* first = nullptr, const void* second = nullptr) const {
+        return SendMessageW(window_, message, reinterpret_cast<WPARAM>(first), reinterpret_cast<LPARAM>(second));
+    }
     int CountProperties() const {
         int count = 0;
         EnumPropsExW(window_, &Count, reinterpret_cast<LPARAM>(&count));

@@ -79,7 +79,7 @@ class Surroundings {
   private:
     const std::list<ImportPatch> calm_ = CalmPlatform();
     const HookLibrary hooks_;
-    const ComPtr<TestHook> hook_ = TestHook::Make(2);
+    const ComPtr<TestHook> hook_ = TestHook::Make();
     const ScratchFolder folder_;
     const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
 };

@@ -80,70 +80,56 @@ TEST_F(DrawingSupport, MemDCGrowsAndCopiesPicturesToItsTopLeftCorner) {
     EXPECT_EQ((std::pair{30L, 13L}), (std::pair{memory.Width(), memory.Height()})) << "the size stays";
 }
 
+LOGFONTA Read(LONG font) {
+    LOGFONTA logFont{};
+    GetObjectA(LongToHandle(font), sizeof logFont, &logFont);
+    return logFont;
+}
+
 // Every size and font gets its place in the record as its number, so that a mix-up shows.
-class NCMetrics : public testing::Test {
-  protected:
-    static BOOL WINAPI Numbered(UINT action, UINT parameter, void* record, UINT flags) {
+TEST_F(DrawingSupport, NCMetricsAreASnapshotOfBothRecordsWithCachedFontsAndBolderOnes) {
+    UINT refused = 0;
+    const auto number = [&](UINT action, UINT parameter, void* record, UINT flags) {
         EXPECT_EQ(0u, parameter + flags);
-        if (action == refused_) return FALSE;
+        if (action == refused) return FALSE;
         auto* const words = static_cast<UINT*>(record);
         if (action == SPI_GETICONTITLELOGFONT) return words[0] = 99, TRUE;
         EXPECT_EQ(340u, words[0]);
         for (UINT i = 1; i < 340 / sizeof(UINT); ++i) words[i] = i;
-        words[59] = 700;  // the status font's weight
-        if (menuFont_) static_cast<NONCLIENTMETRICSA*>(record)->lfMenuFont = *menuFont_;
-        return TRUE;
-    }
-    static LOGFONTA Read(LONG font) {
-        LOGFONTA logFont{};
-        GetObjectA(LongToHandle(font), sizeof logFont, &logFont);
-        return logFont;
-    }
-
-    static inline UINT refused_ = 0;
-    static inline const LOGFONTA* menuFont_ = nullptr;
-    cNCMetrics metrics_;
-    ImportPatch patch_{Here(), "SystemParametersInfoA", Address(&Numbered)};
-};
-
-TEST_F(NCMetrics, IsASnapshotOfBothRecordsWithCachedFontsAndBolderOnes) {
-    for (const UINT refused : {SPI_GETNONCLIENTMETRICS, SPI_GETICONTITLELOGFONT, 0}) {
-        refused_ = refused;
-        EXPECT_EQ(refused == 0, metrics_.GetMetrics()) << refused;
-    }
-    const std::array sizes{metrics_.BorderWidth(),     metrics_.ScrollWidth(),   metrics_.ScrollHeight(),
-                           metrics_.CaptionWIdth(),    metrics_.CaptionHeight(), metrics_.SMCaptionWIdth(),
-                           metrics_.SMCaptionHeight(), metrics_.MenuWidth(),     metrics_.MenuHeight()};
-    EXPECT_EQ((std::array{1L, 2L, 3L, 4L, 5L, 21L, 22L, 38L, 39L}), sizes);
-    for (LONG number = 1; number <= 6; ++number) {
-        constexpr LONG kPlaces[] = {99, 6, 23, 40, 55, 70};
-        const LONG font = metrics_.FontHandle(number);
-        EXPECT_EQ(kPlaces[number - 1], Read(font).lfHeight);
-        EXPECT_EQ(font, metrics_.FontHandle(number));
-    }
-    const LONG first = metrics_.FontHandle(1);
-    metrics_.GetMetrics();
+        return words[59] = 700, TRUE;  // the status font's weight
+    };
+    const Fake numbered("SystemParametersInfoA", &SystemParametersInfoA, number, Here());
+    cNCMetrics metrics;
+    for (const UINT action : {SPI_GETNONCLIENTMETRICS, SPI_GETICONTITLELOGFONT, 0})
+        EXPECT_EQ(action == 0, (refused = action, metrics.GetMetrics())) << action;
+    EXPECT_EQ((std::array{1L, 2L, 3L, 4L, 5L, 21L, 22L, 38L, 39L}),
+              (std::array{metrics.BorderWidth(), metrics.ScrollWidth(), metrics.ScrollHeight(), metrics.CaptionWIdth(),
+                          metrics.CaptionHeight(), metrics.SMCaptionWIdth(), metrics.SMCaptionHeight(),
+                          metrics.MenuWidth(), metrics.MenuHeight()}));
+    for (const auto& [font, place] : {std::pair{1L, 99L}, {2L, 6L}, {3L, 23L}, {4L, 40L}, {5L, 55L}, {6L, 70L}})
+        EXPECT_EQ(place, Read(metrics.FontHandle(font)).lfHeight) << font;
+    const LONG first = metrics.FontHandle(1);
+    metrics.GetMetrics();
     EXPECT_EQ(0, Read(first).lfHeight) << "a second reading deletes the fonts";
-    EXPECT_EQ(VT_EMPTY, metrics_.ClearUp().vt);
-    EXPECT_EQ(first, metrics_.FontHandle(1)) << "the deleted handle stays in the cache";
-    for (const LONG number : {0, 7, -1}) {
-        ExpectReport(L"cNCMetrics.plGetFont", 9, [&] { EXPECT_EQ(0, metrics_.FontHandle(number)); });
-    }
-    for (const auto& [number, weight] : {std::pair{4L, 700}, {5L, 900}, {0L, 700}}) {
-        const GdiObject one(LongToHandle(metrics_.BoldenedFontHandle(number)));
-        const GdiObject other(LongToHandle(metrics_.BoldenedFontHandle(number)));
+    EXPECT_EQ(VT_EMPTY, metrics.ClearUp().vt);
+    EXPECT_EQ(first, metrics.FontHandle(1)) << "the deleted handle stays in the cache";
+    for (const LONG none : {0, 7, -1})
+        ExpectReport(L"cNCMetrics.plGetFont", 9, [&] { EXPECT_EQ(0, metrics.FontHandle(none)); });
+    for (const auto& [font, weight] : {std::pair{4L, 700}, {5L, 900}, {0L, 700}}) {
+        const GdiObject one(LongToHandle(metrics.BoldenedFontHandle(font)));
+        const GdiObject other(LongToHandle(metrics.BoldenedFontHandle(font)));
         EXPECT_NE(one.get(), other.get());
-        EXPECT_EQ(weight, Read(HandleToLong(one.get())).lfWeight) << number;
+        EXPECT_EQ(weight, Read(HandleToLong(one.get())).lfWeight) << font;
     }
 }
 
 // As the platform makes a font of the same description: it rounds sizes and replaces faces by what it has.
-TEST_F(NCMetrics, GivesTheMenuFontAsAnObject) {
+TEST(NCMetrics, GiveTheMenuFontAsAnObject) {
     const ScreenContext screen(GetDC(nullptr));
     ASSERT_EQ(96, GetDeviceCaps(screen.get(), LOGPIXELSY));
     const auto values = [](const ComPtr<IFontDisp>& font) {
         std::wstring all;
-        for (const wchar_t* name : {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"})
+        for (const auto* name : {L"Name", L"Size", L"Charset", L"Italic", L"Underline", L"Strikethrough", L"Bold"})
             all += Fact(font.get(), name) + L"|";
         return all;
     };
@@ -153,15 +139,19 @@ TEST_F(NCMetrics, GivesTheMenuFontAsAnObject) {
          {sizeof(FONTDESC), one, {{200000, 0}}, FW_NORMAL, 0, FALSE, TRUE, TRUE}},
         {{-13, 0, 0, 0, 401, 255, 0, 0, 238, 0, 0, 0, 0, "DejaVu Serif"},
          {sizeof(FONTDESC), other, {{97500, 0}}, FW_BOLD, 238, TRUE, FALSE, FALSE}}};
+    cNCMetrics metrics;
     for (auto [record, description] : cases) {
-        menuFont_ = &record;
-        EXPECT_TRUE(metrics_.GetMetrics());
+        const auto tell = [font = record](UINT action, UINT, void* to, UINT) {
+            if (action == SPI_GETNONCLIENTMETRICS) static_cast<NONCLIENTMETRICSA*>(to)->lfMenuFont = font;
+            return TRUE;
+        };
+        const Fake system("SystemParametersInfoA", &SystemParametersInfoA, tell, Here());
+        EXPECT_TRUE(metrics.GetMetrics());
         ComPtr<IFontDisp> wanted;
         EXPECT_EQ(S_OK, OleCreateFontIndirect(&description, IID_IFontDisp, wanted.ReceiveVoid()));
-        EXPECT_EQ(values(wanted), values(metrics_.Font(screen.get(), 2))) << "whichever is asked for";
+        EXPECT_EQ(values(wanted), values(metrics.Font(screen.get(), 2))) << "whichever is asked for";
     }
-    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { EXPECT_TRUE(metrics_.Font(nullptr, 1)); });
-    menuFont_ = nullptr;
+    ExpectReport(L"cNCMetrics.pLogFontToStdFont", 11, [&] { EXPECT_TRUE(metrics.Font(nullptr, 1)); });
 }
 
 // On white, with black text on yellow ground as the context's own colours.

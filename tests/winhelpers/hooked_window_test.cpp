@@ -1,6 +1,4 @@
 // The classes that hook windows, by the messages that they hook.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -11,91 +9,80 @@
 #include <vector>
 
 #include "support/fake.h"
-#include "support/late_bound.h"
-#include "support/sheet.h"
-#include "support/test_hook.h"
-#include "support/test_window.h"
-#include "winhelpers/test_bitmaps.h"
-
-#include <commctrl.h>
+#include "winhelpers/menu_fixture.h"
 
 namespace velk::test {
 namespace {
 
 using Object = ComPtr<IDispatch>;
 
-// n: no narrower than 250, x: no wider than 400, c: columns are not resized, i: menus with icons.
+// n: no smaller than 250 by 150, x: no larger than 400 by 300, c: columns are not resized, i: menus with icons.
 Object Made(char what) {
-    const auto with = [](const CLSID& clsid, const wchar_t* property, std::initializer_list<VARIANT> values) {
-        auto made = CreateObject<IDispatch>(clsid);
-        EXPECT_EQ(S_OK, Let(made.get(), property, values).result);
-        return made;
+    const auto made = CreateObject<IDispatch>(what == 'c'   ? __uuidof(CListViewExtended)
+                                              : what == 'i' ? __uuidof(::cIconMenu)
+                                                            : __uuidof(CFormSizeConstraint));
+    const auto let = [&](const wchar_t* property, VARIANT value) {
+        EXPECT_EQ(S_OK, Let(made.get(), property, {value}).result);
     };
-    if (what == 'n') return with(__uuidof(CFormSizeConstraint), L"MinWidth", {Arg(250L)});
-    if (what == 'x') return with(__uuidof(CFormSizeConstraint), L"MaxWidth", {Arg(400L)});
-    if (what == 'c') return with(__uuidof(CListViewExtended), L"PreventColumnResize", {Arg(true)});
-    return with(__uuidof(::cIconMenu), L"CommandPicture", {Arg(1L), Arg(PictureOf(L"square.bmp").get())});
+    if (what == 'n') let(L"MinWidth", Arg(250L)), let(L"MinHeight", Arg(150L));
+    if (what == 'x') let(L"MaxWidth", Arg(400L)), let(L"MaxHeight", Arg(300L));
+    if (what == 'c') let(L"PreventColumnResize", Arg(true));
+    return made;
 }
-HRESULT Attach(const Object& object, LONG window) {
+HRESULT Attach(const Object& object, const TestWindow& window) {
     const bool isMenu = IdOf(object.get(), L"Attach") != DISPID_UNKNOWN;
-    return Call(object.get(), isMenu ? L"Attach" : L"Init", {Arg(window)}).code;
+    return Call(object.get(), isMenu ? L"Attach" : L"Init", {Arg(window.handle())}).code;
 }
 
-// A window with a menu, which answers notifications with their place.
+// A window with a menu, which answers notifications and questions for its sizes with their place.
 class HookedWindow : public testing::Test {
   protected:
-    HookedWindow() { AppendMenuW(menu, MF_STRING, 1, L"&Item"); }
-    ~HookedWindow() override { DestroyMenu(menu), VirtualFree(place, 0, MEM_RELEASE); }
+    ~HookedWindow() override { VirtualFree(place, 0, MEM_RELEASE); }
 
     Object Attached(char what) const {
         const Object made = Made(what);
-        EXPECT_EQ(S_OK, Attach(made, window.handle())) << what;
+        EXPECT_EQ(S_OK, Attach(made, window)) << what;
         return made;
     }
-    LRESULT Send(UINT message, const void* first = nullptr, const void* second = nullptr) const {
-        return SendMessageW(window.get(), message, reinterpret_cast<WPARAM>(first), reinterpret_cast<LPARAM>(second));
-    }
     template <class Record>
-    LRESULT SendRecord(UINT message, Record& record) const {
+    LRESULT Send(UINT message, Record& record) const {
         std::memcpy(place, &record, sizeof record);
-        const LRESULT answer = Send(message, nullptr, place);
+        const LRESULT answer = window.Send(message, nullptr, place);
         return std::memcpy(&record, place, sizeof record), answer;
     }
-    LRESULT Notify(UINT code) const {
-        NMHDR header{nullptr, 0, code};
-        return SendRecord(WM_NOTIFY, header);
+    bool MeasuresItem() const {
+        MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, MenuItem(menu.get(), 0).dwItemData};
+        return Send(WM_MEASUREITEM, measured) == TRUE && measured.itemWidth > 0;
     }
-    bool DrawsItem() const {
-        MENUITEMINFOW item{};
-        item.cbSize = sizeof item, item.fMask = MIIM_DATA;
-        GetMenuItemInfoW(menu, 0, TRUE, &item);
-        const Sheet sheet(100, 30);
-        MEASUREITEMSTRUCT measured{ODT_MENU, 0, 1, 0, 0, item.dwItemData};
-        DRAWITEMSTRUCT drawn{ODT_MENU, 0, 1, 0, 0, nullptr, sheet.get(), {0, 0, 100, 30}, item.dwItemData};
-        SendRecord(WM_MEASUREITEM, measured), SendRecord(WM_DRAWITEM, drawn);
-        return measured.itemWidth && sheet.At(12, 15) == kRed;
-    }
-    // In the order of their letters.
+    // What is held back and changed, in the order of the objects' letters: of all else nothing is.
     std::string InEffect() const {
         std::string all;
-        MINMAXINFO limits{};
-        SendRecord(WM_GETMINMAXINFO, limits);
-        if (Notify(HDN_BEGINTRACKA) == 1) all += 'c';
-        Send(WM_ENTERMENULOOP), Send(WM_INITMENUPOPUP, menu);
-        if (DrawsItem()) all += 'i';
-        Send(WM_EXITMENULOOP);
-        if (DrawsItem()) all += '?';
-        if (limits.ptMinTrackSize.x == 250) all += 'n';
-        if (limits.ptMaxTrackSize.x == 400) all += 'x';
+        constexpr UINT kCodes[] = {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA, HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW,
+                                   HDN_ITEMCLICKA};
+        for (std::size_t i = 0; i < 5; ++i) {
+            NMHDR header{nullptr, 0, kCodes[i]};
+            const LRESULT answer = Send(WM_NOTIFY, header);
+            if (answer != reinterpret_cast<LRESULT>(place)) all += answer == 1 ? "cc???"[i] : '?';
+        }
+        window.Send(WM_ENTERMENULOOP), window.Send(WM_INITMENUPOPUP, menu.get());
+        if (MeasuresItem()) all += 'i';
+        window.Send(WM_EXITMENULOOP);
+        if (MeasuresItem()) all += '?';
+        std::array<LONG, 10> limits{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};  // a MINMAXINFO
+        Send(WM_GETMINMAXINFO, limits);
+        constexpr LONG kLimits[] = {0, 0, 0, 0, 0, 0, 250, 150, 400, 300};
+        for (std::size_t i = 0; i < 10; ++i) {
+            if (limits[i] != static_cast<LONG>(i)) all += limits[i] == kLimits[i] ? "??????nnxx"[i] : '?';
+        }
         return all;
     }
 
-    const HookLibrary library;
-    const HMENU menu = CreatePopupMenu();
+    const HookLibrary library{};
+    const Menu menu = FullMenu();
     // In 64-bit programs the system's records lie above what a Long holds: here in the highest memory that there is.
     void* const place = VirtualAlloc(nullptr, 4096, MEM_RESERVE | MEM_COMMIT | MEM_TOP_DOWN, PAGE_READWRITE);
     TestWindow window{WS_OVERLAPPEDWINDOW, [](HWND, UINT message, WPARAM, LPARAM at) -> std::optional<LRESULT> {
-                          return message == WM_NOTIFY ? at : std::optional<LRESULT>();
+                          return message == WM_NOTIFY || message == WM_GETMINMAXINFO ? at : std::optional<LRESULT>();
                       }};
     const WNDPROC own = window.CurrentProcedure();
 };
@@ -108,7 +95,7 @@ TEST_F(HookedWindow, TakesAllInEveryOrderAndLetsThemGo) {
         for (const char what : order) objects[what] = Attached(what);
         for (const char what : away) {
             std::string expected;
-            for (const auto& [name, object] : objects) expected += name;
+            for (const auto& [name, object] : objects) expected += std::string(name == 'i' ? 1 : 2, name);
             EXPECT_EQ(expected, InEffect()) << order << away;
             objects.erase(what);
         }
@@ -116,58 +103,34 @@ TEST_F(HookedWindow, TakesAllInEveryOrderAndLetsThemGo) {
         EXPECT_EQ(own, window.CurrentProcedure());
         EXPECT_TRUE(CanUnload());
     } while (std::next_permutation(order.begin(), order.end()) && std::prev_permutation(away.begin(), away.end()));
+    const Object list = Attached('c');
+    Let(list.get(), L"PreventColumnResize", {Arg(false)});
+    EXPECT_EQ("", InEffect()) << "not asked for any more";
 }
 
 // The last reference is released while a message is passed on to the window.
 TEST_F(HookedWindow, MayLoseAnObjectInTheMiddleOfItsMessage) {
-    const std::pair<char, std::vector<UINT>> cases[] = {
-        {'n', {WM_GETMINMAXINFO}},
-        {'c', {WM_WINDOWPOSCHANGED, WM_NOTIFY}},
-        {'i', {WM_INITMENUPOPUP, WM_EXITMENULOOP, WM_SETTINGCHANGE, WM_ENTERMENULOOP, WM_DRAWITEM}}};
     Object object;
     UINT expected = 0;
     window.handler = [&](HWND, UINT message, auto...) -> std::optional<LRESULT> {
         return object && message == expected ? object = nullptr, 0 : std::optional<LRESULT>();
     };
-    for (const auto& [what, messages] : cases) {
-        for (const UINT message : messages) {
-            object = Attached(what), expected = message;
-            const std::array<char, 256> record{};  // what all of them may read
-            const bool opens = message == WM_INITMENUPOPUP;
-            Send(message, opens ? menu : nullptr, opens ? nullptr : record.data());
-            EXPECT_TRUE(!object && !DrawsItem() && CanUnload()) << message;
-            EXPECT_EQ(own, window.CurrentProcedure()) << message;
-        }
+    for (const auto& [what, message] : {std::pair<char, UINT>{'n', WM_GETMINMAXINFO},
+                                        {'c', WM_WINDOWPOSCHANGED},
+                                        {'c', WM_NOTIFY},
+                                        {'i', WM_INITMENUPOPUP},
+                                        {'i', WM_EXITMENULOOP},
+                                        {'i', WM_SETTINGCHANGE},
+                                        {'i', WM_ENTERMENULOOP},
+                                        {'i', WM_DRAWITEM}}) {
+        object = Attached(what), expected = message;
+        const std::array<char, 256> record{};  // what all of them may read
+        const bool opens = message == WM_INITMENUPOPUP;
+        window.Send(message, opens ? menu.get() : nullptr, opens ? nullptr : record.data());
+        EXPECT_TRUE(!object && !MeasuresItem() && CanUnload()) << message;
+        EXPECT_EQ(own, window.CurrentProcedure()) << message;
     }
     window.handler = nullptr;
-}
-
-TEST_F(HookedWindow, HoldsBackTheHeadersNarrowNotificationsOnly) {
-    const Object list = Attached('c');
-    const auto passed = reinterpret_cast<LRESULT>(place);
-    for (const UINT code : {HDN_BEGINTRACKW, HDN_DIVIDERDBLCLICKW, HDN_ITEMCLICKA}) EXPECT_EQ(passed, Notify(code));
-    EXPECT_EQ(1, Notify(HDN_DIVIDERDBLCLICKA));
-    Let(list.get(), L"PreventColumnResize", {Arg(false)});
-    for (const UINT code : {HDN_BEGINTRACKA, HDN_DIVIDERDBLCLICKA}) EXPECT_EQ(passed, Notify(code));
-}
-
-TEST_F(HookedWindow, KeepsTheSizesThatAreNotLimited) {
-    const auto form = CreateObject<IDispatch>(__uuidof(CFormSizeConstraint));
-    const auto hook = form.As<ISubclass2>();
-    std::array<LONG, sizeof(MINMAXINFO) / sizeof(LONG)> record{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, expected = record;
-    for (const auto& [name, place] :
-         {std::pair{L"MaxWidth", 8u}, {L"MinHeight", 7u}, {L"MinWidth", 6u}, {L"MaxHeight", 9u}}) {
-        Let(form.get(), name, {Arg(expected[place] = static_cast<LONG>(100 + place))});
-        LONG_PTR result = 1;
-        EXPECT_EQ(S_OK, hook->WindowProcPtr(0, 0, 0, reinterpret_cast<LPARAM>(record.data()), &result));
-        EXPECT_EQ(expected, record) << name;
-        EXPECT_EQ(0, result);
-    }
-    EXPECT_EQ(form.As<IUnknown>().get(), hook.As<ISubclass>().As<IUnknown>().get());
-    EXPECT_EQ(form.get(), hook.As<IDispatch>().get()) << "the default interface";
-    EXPECT_EQ(E_POINTER, hook.As<ISubclass>()->WindowProc(0, 0, 0, 0, nullptr));
-    for (const IID& iid : {__uuidof(ISubclass), __uuidof(ISubclass2)})
-        EXPECT_EQ(S_OK, form.As<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(iid));
 }
 
 constexpr HRESULT kRefused = eErrHookManager_NotHooked;
@@ -230,7 +193,7 @@ TEST(HookCalls, LetGoOfEachHookWithTheLastReference) {
         manager->refusesAll = false, manager->calls.clear();
         for (const char event : events) {
             HRESULT code = S_OK;
-            if (event == 'a' || event == 'b') code = Attach(object, (event == 'a' ? a : b).handle());
+            if (event == 'a' || event == 'b') code = Attach(object, event == 'a' ? a : b);
             if (event == 'r') code = Call(object.get(), let).code;
             if (event == 'e') object = nullptr;
             if (event == '!') manager->refusesAll = true;
@@ -245,16 +208,20 @@ TEST(HookCalls, LetGoOfEachHookWithTheLastReference) {
     EXPECT_NE(S_OK, manager->kept->WindowProc(a.handle(), WM_NOTIFY, 0, 0, &result));
     manager->kept = nullptr;
     EXPECT_TRUE(CanUnload());
-    // The hook manager's own numbers reach whoever calls the hook.
-    const NMHDR header{};
+    // Called by whoever asks for it; the hook manager's own numbers reach them.
+    std::array<LONG, 10> record{};
     LONG_PTR whole = 1;
-    for (const char what : {'c', 'i'}) {
-        const auto hook = Made(what).As<ISubclass2>();
-        EXPECT_EQ(kRefused, hook.As<ISubclass>()->get_MsgResponse(&result));
-        EXPECT_EQ(kRefused, hook->WindowProcPtr(a.handle(), what == 'c' ? WM_NOTIFY : WM_ENTERMENULOOP, -5,
-                                                reinterpret_cast<LPARAM>(&header), &whole));
-    }
-    EXPECT_EQ(E_POINTER, Made('c').As<ISubclass2>()->WindowProcPtr(a.handle(), WM_NOTIFY, 0, 0, &whole));
+    const auto call = [&](char what, LONG message) {
+        return Made(what).As<ISubclass2>()->WindowProcPtr(a.handle(), message, -5,
+                                                          reinterpret_cast<LPARAM>(record.data()), &whole);
+    };
+    EXPECT_EQ(S_OK, call('n', 0));
+    EXPECT_EQ(0, whole);
+    for (const HRESULT answer :
+         {call('c', WM_NOTIFY), call('i', WM_ENTERMENULOOP), Made('c').As<ISubclass>()->get_MsgResponse(&result),
+          Made('i').As<ISubclass>()->get_MsgResponse(&result)})
+        EXPECT_EQ(kRefused, answer);
+    EXPECT_EQ(E_POINTER, Made('n').As<ISubclass>()->WindowProc(0, 0, 0, 0, nullptr));
 }
 
 }  // namespace

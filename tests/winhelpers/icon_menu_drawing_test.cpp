@@ -48,19 +48,18 @@ class StagedSystem {
             {COLOR_HIGHLIGHTTEXT, {RGB(255, 255, 255), RGB(55, 0, 110)}}};
         return kColours.contains(index) ? kColours.at(index)[now.contrast] : kMagenta;
     }
-    static LOGFONTW FontOf(HDC context) {
+    static LONG WidthIn(HDC context) {
         LOGFONTW font{};
         GetObjectW(GetCurrentObject(context, OBJ_FONT), sizeof font, &font);
-        return font;
+        return -font.lfHeight / 3 + (font.lfWeight >= FW_BOLD ? 1 : 0);
     }
-    static LONG WidthIn(const LOGFONTW& font) { return -font.lfHeight / 3 + (font.lfWeight >= FW_BOLD ? 1 : 0); }
     static BOOL WINAPI Metrics(HDC context, TEXTMETRICW* metrics) {
-        metrics->tmAveCharWidth = WidthIn(FontOf(context));
+        metrics->tmAveCharWidth = WidthIn(context);
         metrics->tmHeight = 2 * metrics->tmAveCharWidth + 1;
         return TRUE;
     }
     static int WINAPI DrawBars(HDC context, LPCWSTR text, int length, RECT* place, UINT flags) {
-        const LONG step = WidthIn(FontOf(context)), height = 2 * step + 1;
+        const LONG step = WidthIn(context), height = 2 * step + 1;
         LONG width = 0, underlined = -step;
         for (int i = 0; i < length; ++i, width += step) {
             if (text[i] == L'&' && !(flags & DT_NOPREFIX) && text[++i] != L'&') underlined = width;
@@ -114,7 +113,7 @@ class IconMenuDrawing : public IconMenuTest {
     SIZE Measure(UINT position) {
         const MenuItem item(menu, position);
         MEASUREITEMSTRUCT measured{ODT_MENU, 0, item.wID, 0, 0, item.dwItemData};
-        EXPECT_EQ(TRUE, Send(WM_MEASUREITEM, nullptr, &measured));
+        EXPECT_EQ(TRUE, window_.Send(WM_MEASUREITEM, nullptr, &measured));
         const LONG added = -2 * MulDiv(system_.now.fontHeight, system_.now.density, 96) / 3;  // by the system
         return {static_cast<LONG>(measured.itemWidth) + added, static_cast<LONG>(measured.itemHeight)};
     }
@@ -127,7 +126,7 @@ class IconMenuDrawing : public IconMenuTest {
         const int saved = SaveDC(sheet.get());
         const DRAWITEMSTRUCT drawn{ODT_MENU,    0,     item.wID,       0, state, reinterpret_cast<HWND>(menu),
                                    sheet.get(), place, item.dwItemData};
-        EXPECT_EQ(TRUE, Send(WM_DRAWITEM, nullptr, &drawn));
+        EXPECT_EQ(TRUE, window_.Send(WM_DRAWITEM, nullptr, &drawn));
         Paint(sheet.get(), kMagenta, place);
         RestoreDC(sheet.get(), saved);
         return size.cy;
@@ -152,7 +151,7 @@ TEST_F(IconMenuDrawing, ShowsEachKindOfItemInEachState) {
                    {L"menu_contrast", {.fontHeight = -24, .contrast = true}, 190, 36}};
     for (const auto& [picture, settings, wide, high] : systems) {
         system_.now = settings;
-        if (settings.density == 96) Send(WM_SETTINGCHANGE);
+        if (settings.density == 96) window_.Send(WM_SETTINGCHANGE);
         Reopen();
         const Sheet sheet(4 + 7 * wide, 4 + 8 * high);
         for (UINT position = kOpen; position <= kMore; ++position) {
@@ -228,28 +227,25 @@ TEST_F(IconMenuDrawing, DrawsPicturesOfEveryKind) {
 TEST_F(IconMenuDrawing, RefusesBadIconsAndWindowsAndKeepsTheOldOnes) {
     constexpr auto kRunTime = static_cast<HRESULT>(0x800A0000);
     const std::array<char, 300> memory{};
-    const LONG list = HandleToLong(images_.get()), gone = HandleOf(FullMenu().get()), window = window_.handle();
-    for (const HRESULT answer : {icons_->Attach(window & 0xFFFF), icons_->Attach(HandleToLong(GetDesktopWindow())),
-                                 icons_->put_ImageList(gone), icons_->put_ImageList(HandleToLong(memory.data())),
-                                 icons_->put_SubmenuPicture(gone, nullptr)})
-        EXPECT_EQ(kRunTime + 5, answer);
+    const LONG list = HandleToLong(images_.get()), window = window_.handle();
+    const Fake noHooks("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
+    EXPECT_EQ(kRunTime + 429, CreateObject<_cIconMenu>(__uuidof(::cIconMenu))->Attach(window));
     for (const HRESULT answer : {icons_->put_CommandImage(kCommand, 2), icons_->put_SubmenuImage(HandleOf(menu), 2)})
         EXPECT_EQ(kRunTime + 9, answer);
+    for (const LONG other : {window & 0xFFFF, HandleToLong(GetDesktopWindow())})
+        EXPECT_EQ(kRunTime + 5, icons_->Attach(other));
+    EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(HandleToLong(memory.data())));
+    const Fake noLists("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
+    EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(list)) << "without the library that has image lists";
     EXPECT_EQ(window, AttachedTo());
     EXPECT_EQ(std::to_wstring(list), Fact(icons_.get(), L"ImageList"));
     EXPECT_EQ(L"0", Fact(icons_.get(), L"CommandImage", {Arg(kCommand)}));
-    const Fake noLists("GetModuleHandleA", &GetModuleHandleA, [](LPCSTR) { return HMODULE{}; });
-    const Fake noHooks("CoCreateInstance", &CoCreateInstance, [](auto&&...) { return REGDB_E_CLASSNOTREG; });
-    EXPECT_EQ(kRunTime + 5, icons_->put_ImageList(list)) << "without the library that has image lists";
-    EXPECT_EQ(kRunTime + 429, CreateObject<_cIconMenu>(__uuidof(::cIconMenu))->Attach(window));
 }
 
 TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown) {
     const Sheet sheet(800, 60);
     const auto showAll = [&] {
-        for (UINT position = 0; position < kCount; ++position) {
-            if (position != kOwn && position != kBitmap) Draw(sheet, 4, 4, position, ODS_CHECKED | ODS_GRAYED);
-        }
+        for (UINT position = 0; position < kOwn; ++position) Draw(sheet, 4, 4, position, ODS_CHECKED | ODS_GRAYED);
     };
     showAll(), Reopen(), showAll();
     const int objects = GdiObjects();
@@ -259,9 +255,9 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown
     }
     Open(menu);
     for (int change = 1; change <= 3; ++change) {
-        Send(WM_SETTINGCHANGE);
+        window_.Send(WM_SETTINGCHANGE);
         showAll();  // still open: drawn in the fonts that it was measured in
-        Send(WM_INITMENUPOPUP, more);
+        window_.Send(WM_INITMENUPOPUP, more);
         EXPECT_EQ(change, system_.asked) << "so are its submenus";
         Reopen(), showAll();
         EXPECT_EQ(change + 1, system_.asked);

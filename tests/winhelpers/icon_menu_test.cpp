@@ -3,7 +3,7 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <tuple>
+#include <vector>
 
 #include "support/boxes.h"
 #include "support/departures.h"
@@ -18,26 +18,15 @@ namespace {
 
 using namespace std::string_view_literals;
 using IconMenu = IconMenuTest;
-using Steps = std::vector<std::function<void()>>;
 
-// One item of each kind, where some have bitmaps; and a separator that the client draws.
-Menu MenuWithBitmaps() {
-    static const GdiObject bitmap(CreateBitmap(10, 10, 1, 1, nullptr));
-    const auto handle = static_cast<HBITMAP>(bitmap.get());
-    Menu made = FullMenu(handle);
-    SetMenuItemBitmaps(made.get(), kRadio, MF_BYPOSITION, nullptr, handle);
-    SetMenuItemBitmaps(made.get(), kLong, MF_BYPOSITION, handle, nullptr);
-    AppendMenuW(made.get(), MF_SEPARATOR | MF_OWNERDRAW, UINT{CommandAt(kLine)}, reinterpret_cast<LPCWSTR>(4712));
-    return made;
-}
-
-// A letter an item: d where the library draws it. Otherwise the menu is as its twin, which nobody draws.
+// A letter an item: d where the library draws it; nothing at all where it draws none. Otherwise the menu is as its
+// twin, which nobody draws.
 std::string DrawnBeside(HMENU twin, HMENU menu) {
     std::string drawn;
     EXPECT_EQ(GetMenuItemCount(twin), GetMenuItemCount(menu));
-    for (UINT i = 0; i < static_cast<UINT>(GetMenuItemCount(twin)); ++i) {
-        const MenuItem wanted(twin, i);
-        MenuItem given(menu, i);
+    for (int i = 0; i < GetMenuItemCount(twin); ++i) {
+        const MenuItem wanted(twin, static_cast<UINT>(i));
+        MenuItem given(menu, static_cast<UINT>(i));
         const bool isDrawn = (given.fType ^ wanted.fType) & MFT_OWNERDRAW;
         drawn += isDrawn ? 'd' : '.';
         if (isDrawn) {
@@ -46,18 +35,36 @@ std::string DrawnBeside(HMENU twin, HMENU menu) {
         }
         EXPECT_EQ(wanted.Described(), given.Described());
     }
-    return drawn;
+    return drawn.find('d') == drawn.npos ? "" : drawn;
 }
-bool IsDrawnBeside(HMENU twin, HMENU menu) { return DrawnBeside(twin, menu).find('d') != std::string::npos; }
+
+// What a client does to a menu has the same effect on an open one as on one that nobody draws.
+const std::map<char, std::function<void(HMENU)>> kChanges{
+    {'0', [](HMENU to) { EnableMenuItem(to, kOpen, MF_BYPOSITION | MF_GRAYED); }},
+    {'1', [](HMENU to) { CheckMenuItem(to, kChecked, MF_BYPOSITION | MF_UNCHECKED); }},
+    {'2', [](HMENU to) { InsertMenuW(to, 0, MF_BYPOSITION, 500, L"New first"); }},
+    {'3', [](HMENU to) { InsertMenuW(to, 2, MF_BYPOSITION | MF_OWNERDRAW, 501, nullptr); }},
+    {'4', [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); }},
+    {'5', [](HMENU to) { Change(to, kDefault, MIIM_DATA, &MENUITEMINFOW::dwItemData, 77); }},
+    {'6', [](HMENU to) { Change(to, kOpen, MIIM_FTYPE, &MENUITEMINFOW::fType, 0); }},
+    {'7', [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); }},
+    {'8', [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); }},  // another separator is the client's own to draw
+    {'9', [](HMENU to) { Rename(to, kSave, L"Renamed"), Change(to, kSave, MIIM_ID, &MENUITEMINFOW::wID, 900); }},
+    {'-',
+     [](HMENU to) {
+         while (DeleteMenu(to, 0, MF_BYPOSITION)) continue;
+     }},
+    {'>', [](HMENU to) { Change(to, kSave, MIIM_FTYPE, &MENUITEMINFOW::fType, MFT_RIGHTORDER); }}};
 
 // e x  a menu loop begins, ends          m s  a menu, its submenu is announced; E X M in another window; i, and the
 // o    the menu as the window's own           library gets no memory
 // a A  attached to the window, to the other one; b B a second object; d detached; r the last reference is released
 // z    menus that do not exist           k    the menu is destroyed, and another gets its handle
-// > <  an item, the window reads from right to left
+// p    a submenu gets a picture and is destroyed; ? whether the picture is held (+) or not (-)
+// <    the window reads from right to left; > an item, one of the changes
 // .    notes which of the menus are drawn
 TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
-    const std::pair<const char*, const char*> plays[] = {
+    std::vector<std::pair<std::string, std::string>> plays{
         {"m.", ";"},  // as an accelerator brings about, and no loop ends
         {"eo.z.m.s.m.x.", ";;m;ms;ms;;"},
         {"emes.x.x.", "ms;m;;"},  // a loop inside another one
@@ -70,132 +77,88 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
         {">em.x.", ";;"},
         {"<em.x.", ";;"},
         {"ems.r.", "ms;;"},
+        {"p?x?p?d?", "+-+-"},
     };
+    for (const auto& change : kChanges) plays.emplace_back(std::string("em") + change.first + "x.", ";");
     const Boxes boxes([](auto...) { ADD_FAILURE() << "a box in the middle of a message"; });
-    for (const std::pair<const char*, const char*>& play : plays) {
+    const auto picture = PictureOf(L"red.bmp");
+    const ULONG references = References(picture.get());
+    for (const auto& play : plays) {
         TestWindow other;
-        const Menu twin = MenuWithBitmaps();
-        menu_ = MenuWithBitmaps(), menu = menu_.get();
+        const Menu twin = FullMenu();
+        menu_ = FullMenu(), menu = menu_.get();
         icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
         auto another = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
         std::string noted;
-        const auto note = [&](char name, const std::string& drawn, std::string_view all) {
-            if (drawn == all) noted += name;
-            EXPECT_TRUE(drawn == all || drawn.find('d') == drawn.npos) << play.first << ' ' << drawn;
+        const auto note = [&](char name, const std::string& drawn, const char* all) {
+            noted += drawn == all ? std::string(1, name) : drawn;
         };
         const std::map<char, std::function<void()>> actions{
-            {'e', [&] { Send(WM_ENTERMENULOOP); }},
+            {'e', [&] { window_.Send(WM_ENTERMENULOOP); }},
             {'x', [&] { Close(); }},
-            {'m', [&] { Send(WM_INITMENUPOPUP, menu); }},
-            {'s', [&] { Send(WM_INITMENUPOPUP, GetSubMenu(menu, kMore)); }},
-            {'o', [&] { Send(WM_INITMENUPOPUP, menu, LongToPtr(MAKELPARAM(0, TRUE))); }},
-            {'i', [&] { Heap(Library(), [](std::size_t) { return true; }), Send(WM_INITMENUPOPUP, menu); }},
-            {'E', [&] { SendMessageW(other.get(), WM_ENTERMENULOOP, 0, 0); }},
-            {'X', [&] { SendMessageW(other.get(), WM_EXITMENULOOP, 0, 0); }},
-            {'M', [&] { SendMessageW(other.get(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0); }},
-            {'a', [&] { Attach(window_.get()); }},
-            {'A', [&] { Attach(other.get()); }},
+            {'m', [&] { window_.Send(WM_INITMENUPOPUP, menu); }},
+            {'s', [&] { window_.Send(WM_INITMENUPOPUP, GetSubMenu(menu, kMore)); }},
+            {'o', [&] { window_.Send(WM_INITMENUPOPUP, menu, LongToPtr(MAKELPARAM(0, TRUE))); }},
+            {'i', [&] { Heap(Library(), [](auto) { return true; }), window_.Send(WM_INITMENUPOPUP, menu); }},
+            {'E', [&] { other.Send(WM_ENTERMENULOOP); }},
+            {'X', [&] { other.Send(WM_EXITMENULOOP); }},
+            {'M', [&] { other.Send(WM_INITMENUPOPUP, menu); }},
+            {'a', [&] { Attach(window_); }},
+            {'A', [&] { Attach(other); }},
             {'b', [&] { another->Attach(window_.handle()); }},
             {'B', [&] { another->Attach(other.handle()); }},
             {'d', [&] { EXPECT_EQ(S_OK, icons_->Detach()); }},
             {'r', [&] { icons_ = another = nullptr; }},
-            {'z', [&] { Send(WM_INITMENUPOPUP), Send(WM_INITMENUPOPUP, reinterpret_cast<HMENU>(0x12345)); }},
-            {'k', [&] { menu_ = Menu(), menu_ = MenuWithBitmaps(), menu = menu_.get(); }},
-            {'>',
-             [&] {
-                 for (const HMENU one : {menu, twin.get()})
-                     Change(one, kSave, MIIM_FTYPE, &MENUITEMINFOW::fType, MFT_RIGHTORDER);
-             }},
+            {'z', [&] { window_.Send(WM_INITMENUPOPUP), window_.Send(WM_INITMENUPOPUP, LongToPtr(0x12345)); }},
+            {'k', [&] { menu_ = Menu(), menu_ = FullMenu(), menu = menu_.get(); }},
+            {'p', [&] { icons_->putref_SubmenuPicture(HandleOf(FullMenu().get()), picture.get()); }},
+            {'?', [&] { noted += References(picture.get()) > references ? '+' : '-'; }},
             {'<', [&] { SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, WS_EX_LAYOUTRTL); }},
             {'.', [&] {
-                 // What has a bitmap, or is the client's to draw, stays so.
-                 note('m', DrawnBeside(twin.get(), menu), "dddd.ddd....");
+                 note('m', DrawnBeside(twin.get(), menu), "ddddddddd.....");
                  note('s', DrawnBeside(GetSubMenu(twin.get(), kMore), GetSubMenu(menu, kMore)), "d"), noted += ';';
              }}};
-        Attach(window_.get());
-        for (const char event : std::string_view(play.first)) actions.at(event)();
+        Attach(window_);
+        for (const char event : play.first) {
+            if (actions.contains(event)) {
+                actions.at(event)();
+            } else {
+                for (const HMENU one : {menu, twin.get()}) kChanges.at(event)(one);
+            }
+        }
         EXPECT_EQ(play.second, noted) << play.first;
         SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, 0);
     }
+    icons_ = nullptr;
     EXPECT_TRUE(CanUnload()) << "it lives as long as it is attached";
 }
 
-// What a client does to an open menu has the same effect as on one that nobody draws.
-TEST_F(IconMenu, KeepsWhatTheClientChangesMeanwhile) {
-    const std::function<void(HMENU)> changes[] = {
-        [](HMENU to) { EnableMenuItem(to, kOpen, MF_BYPOSITION | MF_GRAYED); },
-        [](HMENU to) { CheckMenuItem(to, kChecked, MF_BYPOSITION | MF_UNCHECKED); },
-        [](HMENU to) { InsertMenuW(to, 0, MF_BYPOSITION, 500, L"New first"); },
-        [](HMENU to) { InsertMenuW(to, 2, MF_BYPOSITION | MF_OWNERDRAW, 501, nullptr); },
-        [](HMENU to) { DeleteMenu(to, kSave, MF_BYPOSITION); },
-        [](HMENU to) { Change(to, kDefault, MIIM_DATA, &MENUITEMINFOW::dwItemData, 77); },
-        [](HMENU to) { Change(to, kOpen, MIIM_FTYPE, &MENUITEMINFOW::fType, 0); },
-        [](HMENU to) { AppendMenuW(to, MF_SEPARATOR, 0, nullptr); },
-        [](HMENU to) { DeleteMenu(to, kLine, MF_BYPOSITION); },  // another separator is the client's own to draw
-        [](HMENU to) {
-            while (DeleteMenu(to, 0, MF_BYPOSITION)) continue;
-        },
-        [](HMENU to) { Rename(to, kSave, L"Renamed"), Change(to, kSave, MIIM_ID, &MENUITEMINFOW::wID, 900); },
-    };
-    for (const auto& change : changes) {
-        const Menu twin = MenuWithBitmaps(), changed = MenuWithBitmaps();
-        Open(changed.get());
-        for (const HMENU one : {twin.get(), changed.get()}) change(one);
-        Close();
-        EXPECT_FALSE(IsDrawnBeside(twin.get(), changed.get())) << &change - changes;
-    }
-}
-
-TEST_F(IconMenu, ForgetsTheIconsOfMenusThatAreGone) {
-    const auto picture = PictureOf(L"red.bmp");
-    const ULONG before = References(picture.get());
-    for (const auto& end : Steps{[&] { Close(); }, [&] { icons_->Detach(); }}) {
-        const HMENU submenu = CreatePopupMenu();
-        EXPECT_EQ(S_OK, icons_->putref_SubmenuPicture(HandleOf(submenu), picture.get()));
-        EXPECT_LT(before, References(picture.get()));
-        DestroyMenu(submenu);
-        end();
-        EXPECT_EQ(before, References(picture.get()));
-    }
-}
-
 TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
-    int seen = 0;
+    LRESULT seen = 4711, passed = seen;
     bool drawnBefore = true;
     window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
-        ++seen;
         if (message == WM_INITMENUPOPUP) drawnBefore = IsDrawn(menu);
-        return 4711;
+        return ++seen;
     };
-    const auto expect = [&](LRESULT answer, UINT message, HMENU first = nullptr, const void* second = nullptr) {
-        seen = 0;
-        EXPECT_EQ(answer, Send(message, first, second)) << message;
-        EXPECT_EQ(answer == 4711, seen == 1) << message;
+    const auto expectPassed = [&](UINT message, const void* first = nullptr, const void* second = nullptr) {
+        EXPECT_EQ(++passed, window_.Send(message, first, second)) << message;
     };
-    const auto pressed = [](wchar_t key) { return reinterpret_cast<HMENU>(MAKEWPARAM(key, MF_POPUP)); };
-    expect(4711, WM_ENTERMENULOOP);
-    expect(4711, WM_INITMENUPOPUP, menu);
+    const auto pressed = [](wchar_t key) { return LongToPtr(MAKELONG(key, MF_POPUP)); };
+    for (const UINT message : {WM_ENTERMENULOOP, WM_INITMENUPOPUP, WM_SETTINGCHANGE}) expectPassed(message, menu);
     EXPECT_FALSE(drawnBefore) << "the window goes first, so that its changes are drawn too";
-    expect(4711, WM_SETTINGCHANGE);
     MEASUREITEMSTRUCT measured{ODT_MENU, 0, UINT{CommandAt(kOpen)}, 1, 2, MenuItem(menu, kOpen).dwItemData};
-    expect(TRUE, WM_MEASUREITEM, nullptr, &measured);
+    EXPECT_EQ(TRUE, window_.Send(WM_MEASUREITEM, nullptr, &measured));
     for (const auto& [type, data] : {std::pair<UINT, ULONG_PTR>{ODT_MENU, 4711}, {ODT_BUTTON, measured.itemData}}) {
-        MEASUREITEMSTRUCT foreign{type, 0, 1, 1, 2, data};
-        expect(4711, WM_MEASUREITEM, nullptr, &foreign);
-        EXPECT_EQ(1u, foreign.itemWidth);
+        const MEASUREITEMSTRUCT foreign{type, 0, 1, 1, 2, data};
         const DRAWITEMSTRUCT drawn{type, 0, 0, 0, 0, nullptr, nullptr, {}, data};
-        expect(4711, WM_DRAWITEM, nullptr, &drawn);
+        expectPassed(WM_MEASUREITEM, nullptr, &foreign), expectPassed(WM_DRAWITEM, nullptr, &drawn);
     }
-    expect(4711, WM_MEASUREITEM);
-    expect(4711, WM_DRAWITEM);
-    expect(4711, WM_MENUCHAR, pressed(L'#'), menu);
+    expectPassed(WM_MEASUREITEM), expectPassed(WM_DRAWITEM), expectPassed(WM_MENUCHAR, pressed(L'#'), menu);
     const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, MenuItem(menu, kSave).dwItemData};
     DeleteMenu(menu, kSave, MF_BYPOSITION);
-    expect(TRUE, WM_DRAWITEM, nullptr, &gone);  // its data mean nothing to the window
-    expect(4711, WM_EXITMENULOOP);
-    expect(4711, WM_MEASUREITEM, nullptr, &measured);
-    expect(4711, WM_MENUCHAR, pressed(L'o'), menu);
-    expect(4711, WM_DESTROY);
+    EXPECT_EQ(TRUE, window_.Send(WM_DRAWITEM, nullptr, &gone)) << "its data mean nothing to the window";
+    expectPassed(WM_EXITMENULOOP), expectPassed(WM_MEASUREITEM, nullptr, &measured);
+    expectPassed(WM_MENUCHAR, pressed(L'o'), menu), expectPassed(WM_DESTROY);
     EXPECT_EQ(0, AttachedTo());
     window_.handler = nullptr;
 }
@@ -203,45 +166,67 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
 // The letter of a mnemonic, the last one that a label has, else that of a label without one. More items of a key are
 // selected one after the other, from the highlighted one on; first letters lead nowhere while a mnemonic does.
 TEST_F(IconMenu, FindsItemsByTheirKeys) {
-    enum : UINT { kOther = kCount, kOdd, kSecond, kDoubled, kRight, kCd, kCe, kEnds };
     for (const wchar_t* text : {L"&Other", L"odd", L"&First &Second", L"B&&&W", L"Cut\b&Paste", L"cd", L"CE", L"Yes&"})
         AppendMenuW(menu, MF_STRING, 600, text);
     Rename(menu, kOwn, L"&Zoom");
     Open(menu);
-    const auto key = [&](WORD pressed, bool wide = true) {
-        return (wide ? SendMessageW : SendMessageA)(window_.get(), WM_MENUCHAR, MAKEWPARAM(pressed, MF_POPUP),
-                                                    reinterpret_cast<LPARAM>(menu));
-    };
-    EXPECT_EQ(MAKELRESULT(kOpen, MNC_SELECT), key(L'o')) << "nothing is highlighted";
-    const std::tuple<char, UINT, UINT> found[] = {{'o', kOpen, kOther}, {'O', kOther, kOpen}, {'o', kCe, kOpen},
-                                                  {'c', kOpen, kRight}, {'c', kRight, kCd},   {'c', kCd, kCe},
-                                                  {'c', kEnds, kRight}};
-    for (const auto& [pressed, highlighted, position] : found) {
+    UINT highlighted = kOpen;
+    // The item as a letter, a the first one; behind ! when it is the only one; - for none.
+    const auto press = [&](WORD key, auto send) -> std::string {
+        const LRESULT answer = send(window_.get(), WM_MENUCHAR, MAKEWPARAM(key, MF_POPUP), (LPARAM)menu);
+        const std::string item(1, static_cast<char>('a' + LOWORD(answer)));
+        if (HIWORD(answer) != MNC_SELECT) return HIWORD(answer) == MNC_EXECUTE ? '!' + item : "-";
+        Change(menu, std::exchange(highlighted, LOWORD(answer)), MIIM_STATE, &MENUITEMINFOW::fState, 0);
         Change(menu, highlighted, MIIM_STATE, &MENUITEMINFOW::fState, MFS_HILITE);
-        EXPECT_EQ(MAKELRESULT(position, MNC_SELECT), key(pressed)) << pressed << highlighted;
-        Change(menu, highlighted, MIIM_STATE, &MENUITEMINFOW::fState, 0);
-    }
-    const std::pair<char, UINT> only[] = {{'s', kSecond}, {'w', kDoubled}, {'y', kEnds}, {'f', kDefault}};
-    for (const auto& [pressed, position] : only) EXPECT_EQ(MAKELRESULT(position, MNC_EXECUTE), key(pressed)) << pressed;
-    for (const char none : {'z', '#', 'b', 'p', '\0'}) EXPECT_EQ(0, HIWORD(key(none))) << none;
+        return item;
+    };
+    std::string found;
+    for (const char key : "ooOccccswyfz#bp"sv) found += press(static_cast<BYTE>(key), &SendMessageW);
+    EXPECT_EQ("aoastus!q!r!v!g----", found);
+    EXPECT_EQ("-", press(0, &SendMessageW));
     icons_->Detach();
     SetWindowLongPtrA(window_.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DefWindowProcA));
-    Attach(window_.get());
+    Attach(window_);
     Open(menu);
-    EXPECT_EQ(MAKELRESULT(kSave, MNC_EXECUTE), key(0x9A, false)) << "in the Western code page";
+    EXPECT_EQ("!b", press(0x9A, &SendMessageA)) << "in the Western code page";
     while (DeleteMenu(menu, 0, MF_BYPOSITION)) continue;
-    EXPECT_EQ(0, HIWORD(key('o', false))) << "no items";
+    EXPECT_EQ("-", press('o', &SendMessageA)) << "no items";
 }
 
-// A real menu loop. Does one step each time that it waits for input; then closes it.
+// As screen readers find it, in the item's data.
+TEST_F(IconMenu, IsReadAloud) {
+    std::wstring texts;
+    const auto speak = [&](UINT position) {
+        const auto& record = *reinterpret_cast<const MSAAMENUINFO*>(MenuItem(menu, position).dwItemData);
+        EXPECT_EQ(MSAA_MENU_SIG, record.dwMSAASignature);
+        texts.append(record.pszWText, record.cchWText + 1);
+    };
+    Open(menu);
+    for (const UINT position : {kOpen, kSave, kLine, kMore}) speak(position);
+    Rename(menu, kOpen, L"&Open a file with a longer name");
+    const DRAWITEMSTRUCT drawn{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, MenuItem(menu, kOpen).dwItemData};
+    window_.Send(WM_DRAWITEM, nullptr, &drawn);
+    speak(kOpen);
+    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0&Open a file with a longer name\0"sv, texts);
+}
+
+// A real menu loop, with a step each time that it waits for input; then it is closed. A step is a letter's key; h e d
+// u r l: the keys Home, End, the arrows; . Return; x Escape; or a digit: what is done.
 class ShownMenu : public IconMenuTest {
   protected:
-    LONG Show(const Steps& steps) {
-        std::size_t next = 0;
+    LONG Show(std::string_view steps, const std::vector<std::function<void()>>& done = {}) {
+        static const std::map<char, UINT> kKeys{{'h', VK_HOME},  {'e', VK_END},  {'d', VK_DOWN},   {'u', VK_UP},
+                                                {'r', VK_RIGHT}, {'l', VK_LEFT}, {'.', VK_RETURN}, {'x', VK_ESCAPE}};
         window_.handler = [&](HWND, UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
             if (message != WM_ENTERIDLE) return std::nullopt;
-            if (next == steps.size()) return EndMenu(), 0;
-            steps[next++]();
+            if (steps.empty()) return EndMenu(), 0;
+            const char step = steps[0];
+            steps.remove_prefix(1);
+            if (step >= '0' && step <= '9') {
+                done[step - '0']();
+            } else {
+                PostMessageW(window_.get(), WM_KEYDOWN, kKeys.contains(step) ? kKeys.at(step) : UINT(step), 1);
+            }
             PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);  // so that it waits once more
             return 0;
         };
@@ -250,72 +235,43 @@ class ShownMenu : public IconMenuTest {
         window_.handler = nullptr;
         return PumpMessages(), command;
     }
-    std::function<void()> Press(UINT key) const {
-        return [=, this] { PostMessageW(window_.get(), WM_KEYDOWN, key, 1); };
-    }
-    bool IsAsBefore() const { return !IsDrawnBeside(FullMenu().get(), menu); }
+    bool IsAsBefore() const { return DrawnBeside(FullMenu().get(), menu).empty(); }
 };
 
 // The same keys in the system's own menu and in a drawn one: mnemonics, none, of what is disabled, in the submenu, back
-// out of it, round both ends, past the separator, into the second column. h e d u r l: the keys Home, End, the arrows;
-// . Return; x Escape.
+// out of it, round both ends, past the separator, into the second column.
 TEST_F(ShownMenu, AnswersKeysAsTheSystemsOwn) {
-    const std::map<char, UINT> names{{'h', VK_HOME},  {'e', VK_END},  {'d', VK_DOWN},   {'u', VK_UP},
-                                     {'r', VK_RIGHT}, {'l', VK_LEFT}, {'.', VK_RETURN}, {'x', VK_ESCAPE}};
     std::set<LONG> chosen;
     for (const std::string_view keys : {"O", "dK", "F", "Q", "D", "MI", "M.", "Mlh.", "Mxh.", "x.", "dd.", "u.", "e.",
                                         "ed.", "eh.", "ddd.", "hr.", "X"}) {
-        Steps steps;
-        for (const char key : keys) steps.push_back(Press(names.contains(key) ? names.at(key) : key));
         icons_->Detach();
-        const LONG command = Show(steps);
-        Attach(window_.get());
+        const LONG command = Show(keys);
+        Attach(window_);
         const bool isLost = keys == "X" && Departs("TrackPopupMenu, letters");  // it has no mnemonic
-        EXPECT_EQ(isLost ? CommandAt(kLong) : command, *chosen.insert(Show(steps)).first) << keys;
+        EXPECT_EQ(isLost ? CommandAt(kLong) : command, *chosen.insert(Show(keys)).first) << keys;
     }
     EXPECT_EQ((std::set{0L, CommandAt(kOpen), CommandAt(kSave), CommandAt(kChecked), CommandAt(kDefault),
-                        CommandAt(kLong), 300L}),
+                        CommandAt(kLong), CommandAt(kOff), 300L}),
               chosen);
     EXPECT_TRUE(IsAsBefore());
 }
 
 TEST_F(ShownMenu, MayLoseItsIconsOrItsWindow) {
-    Show({Press('M'), Press('I')});
+    Show("MI");
     EXPECT_EQ(Departs("TrackPopupMenu"), (GetMenuState(menu, kMore, MF_BYPOSITION) & MF_HILITE) != 0);
-    Show({[&] { icons_->Detach(); }, Press(VK_DOWN)});
+    Show("0d", {[&] { icons_->Detach(); }});
     EXPECT_TRUE(IsAsBefore());
     bool drawn = false;
-    Show({[&] { Attach(window_.get()); }, Press('M'), [&] { drawn = IsDrawn(more); }});
-    EXPECT_TRUE(drawn) << "attached in the middle of a loop";
-    EXPECT_FALSE(IsDrawn(more));
+    Show("0M1", {[&] { Attach(window_); }, [&] { drawn = IsDrawn(more); }});
+    EXPECT_TRUE(drawn && !IsDrawn(more)) << "attached in the middle of a loop";
     const int objects = GdiObjects();
-    for (int i = 0; i < 100; ++i) Show({Press(VK_DOWN)});
+    for (int i = 0; i < 100; ++i) Show("d");
     EXPECT_EQ(objects, GdiObjects());
-    Show({[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
+    Show("01", {[&] { icons_->ClearIcons(); }, [&] { window_.Destroy(), EndMenu(); }});
     EXPECT_TRUE(IsAsBefore());
     EXPECT_EQ(0, AttachedTo());
     icons_ = nullptr;
     EXPECT_LT(GdiObjects(), objects);
-}
-
-// As a screen reader gets it: from the popup's window through its menu to the record.
-TEST_F(ShownMenu, IsReadAloud) {
-    std::wstring texts;
-    const auto speak = [&](UINT position) {
-        const HWND popup = FindWindowW(L"#32768", nullptr);
-        const auto shown = reinterpret_cast<HMENU>(SendMessageW(popup, MN_GETHMENU, 0, 0));
-        const auto& record = *reinterpret_cast<const MSAAMENUINFO*>(MenuItem(shown, position).dwItemData);
-        EXPECT_EQ(MSAA_MENU_SIG, record.dwMSAASignature);
-        texts.append(record.pszWText, record.cchWText + 1);
-    };
-    Show({[&] {
-        for (const UINT position : {kOpen, kSave, kLine, kMore}) speak(position);
-        Rename(menu, kOpen, L"&Open a file with a longer name");
-        RedrawWindow(FindWindowW(L"#32768", nullptr), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-        speak(kOpen);
-    }});
-    EXPECT_EQ(L"&Open...\tCtrl+O\0\u0160ave \u6F22\0\0&More\0&Open a file with a longer name\0"sv, texts);
-    EXPECT_EQ(12345u, MenuItem(menu, kOpen).dwItemData);
 }
 
 }  // namespace

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "support/late_bound.h"
 #include "support/test_hook.h"
@@ -52,23 +55,29 @@ inline void Rename(HMENU menu, UINT position, const wchar_t* text) {
     Change(menu, position, MIIM_STRING, &MENUITEMINFOW::dwTypeData, const_cast<LPWSTR>(text));
 }
 
-// Positions of what FullMenu makes: one item of every kind.
-enum : UINT { kOpen, kSave, kLine, kChecked, kRadio, kDisabled, kDefault, kMore, kOwn, kBitmap, kLong, kCount };
+// What FullMenu makes, one item of every kind. From kOwn on they have bitmaps or are the client's to draw.
+enum : UINT { kOpen, kSave, kLine, kChecked, kRadio, kDisabled, kDefault, kMore, kLong, kOwn, kBitmap, kOn, kOff };
+constexpr UINT kCount = kOff + 2;  // the last one is a separator
 constexpr LONG CommandAt(UINT position) { return static_cast<LONG>(100 + position); }
 inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
 
-inline Menu FullMenu(HBITMAP bitmap = nullptr) {
+inline Menu FullMenu() {
+    static const GdiObject made(CreateBitmap(10, 10, 1, 1, nullptr));
     const HMENU menu = CreatePopupMenu(), more = CreatePopupMenu();
-    const std::wstring texts[] = {L"&Open...\tCtrl+O",    L"\u0160ave \u6F22", L"",      L"Chec&ked", L"R&adio",
-                                  L"&Disabled",           L"De&fault",         L"&More", L"",         L"",
-                                  std::wstring(200, L'x')};
-    const UINT flags[] = {
-        0, 0, MF_SEPARATOR, MF_CHECKED, 0, MF_GRAYED, MF_MENUBARBREAK, MF_POPUP, MF_OWNERDRAW, MF_OWNERDRAW, 0};
-    for (UINT i = 0; i < kCount; ++i) {
-        AppendMenuW(menu, flags[i], i == kMore ? reinterpret_cast<UINT_PTR>(more) : 100 + i, texts[i].c_str());
-    }
     AppendMenuW(more, MF_STRING, 300, L"&Inner");
-    if (bitmap) ModifyMenuW(menu, kBitmap, MF_BYPOSITION | MF_BITMAP, 100 + kBitmap, reinterpret_cast<LPCWSTR>(bitmap));
+    std::wistringstream texts(L"&Open...\tCtrl+O|\u0160ave \u6F22||Chec&ked|R&adio|&Disabled|De&fault|&More|" +
+                              std::wstring(200, L'x') + L"|||1|2");
+    const std::map<UINT, UINT> flags{{kLine, MF_SEPARATOR},       {kChecked, MF_CHECKED}, {kDisabled, MF_GRAYED},
+                                     {kDefault, MF_MENUBARBREAK}, {kMore, MF_POPUP},      {kOwn, MF_OWNERDRAW}};
+    std::wstring text;
+    for (UINT i = 0; std::getline(texts, text, L'|'); ++i)
+        AppendMenuW(menu, flags.contains(i) ? flags.at(i) : 0, i == kMore ? reinterpret_cast<UINT_PTR>(more) : 100 + i,
+                    text.c_str());
+    ModifyMenuW(menu, kBitmap, MF_BYPOSITION | MF_BITMAP, 100 + kBitmap, static_cast<LPCWSTR>(made.get()));
+    AppendMenuW(menu, MF_SEPARATOR | MF_OWNERDRAW, UINT{CommandAt(kLine)}, reinterpret_cast<LPCWSTR>(4712));
+    const auto bitmap = static_cast<HBITMAP>(made.get());
+    SetMenuItemBitmaps(menu, kOn, MF_BYPOSITION, nullptr, bitmap);
+    SetMenuItemBitmaps(menu, kOff, MF_BYPOSITION, bitmap, nullptr);
     CheckMenuRadioItem(menu, kRadio, kRadio, kRadio, MF_BYPOSITION);
     SetMenuDefaultItem(menu, kDefault, TRUE);
     for (const UINT position : {kOpen, kOwn, kBitmap})
@@ -80,18 +89,15 @@ inline bool IsDrawn(HMENU menu) { return GetMenuState(menu, 0, MF_BYPOSITION) & 
 
 class IconMenuTest : public testing::Test {
   protected:
-    IconMenuTest() { EXPECT_EQ(S_OK, Attach(window_.get())); }
+    IconMenuTest() { EXPECT_EQ(S_OK, Attach(window_)); }
 
-    HRESULT Attach(HWND window) { return icons_->Attach(HandleToLong(window)); }
+    HRESULT Attach(const TestWindow& window) { return icons_->Attach(window.handle()); }
     static ULONG References(IUnknown* object) { return object ? object->AddRef(), object->Release() : 0; }
     LONG AttachedTo() const { return Get(icons_.get(), L"hWnd").value.lVal; }
 
-    // What the system sends when a menu loop begins, when a popup menu opens, and when the last one closes.
-    LRESULT Send(UINT message, HMENU menu = nullptr, const void* record = nullptr) {
-        return SendMessageW(window_.get(), message, reinterpret_cast<WPARAM>(menu), reinterpret_cast<LPARAM>(record));
-    }
-    void Open(HMENU menu) { Send(WM_ENTERMENULOOP), Send(WM_INITMENUPOPUP, menu); }
-    void Close() { Send(WM_EXITMENULOOP); }
+    // What the system sends when a menu loop begins and a popup menu opens, and when the last one closes.
+    void Open(HMENU opened) { window_.Send(WM_ENTERMENULOOP), window_.Send(WM_INITMENUPOPUP, opened); }
+    void Close() { window_.Send(WM_EXITMENULOOP); }
 
     HookLibrary library_;
     TestWindow window_;
