@@ -1,5 +1,5 @@
-// velkdoctor, run as a person does, in each of the states that it knows, and the library in the platform's surrogate
-// process. Every state is set up in the registry and taken back.
+// velkdoctor, run as a person does, in each of the states that it knows. Every state is set up in the registry and
+// taken back.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -19,7 +19,6 @@
 #include "tools/typelib/type_reader.h"
 #include "velkdoctor/diagnosis.h"
 #include "velkdoctor/registrations.h"
-#include "velkdoctor/surrogate.h"
 #include "velksub.h"
 
 namespace velk::test {
@@ -153,15 +152,6 @@ TEST_F(Deploy, TheDoctorNamesWhatIsMissing) {
     EXPECT_EQ(2u, CodeOf(L"")) << "the state that hinders most decides";
 }
 
-TEST_F(Deploy, TheHelpFolderIsThatOfTheLibraryRegisteredLast) {
-    const std::wstring copy = folder_.Write(L"VelkSprt.dll", Contents(LibraryPath()));
-    for (const std::wstring& file : {copy, LibraryPath()}) {
-        ASSERT_EQ(S_OK, RegisterLibraryFile(file));
-        EXPECT_EQ(file.substr(0, file.rfind(L'\\')),
-                  ReadText(HKEY_CLASSES_ROOT, L"TypeLib\\" + kTypes + L"\\1.1\\HELPDIR", nullptr).value_or(L""));
-    }
-}
-
 TEST_F(Deploy, TheDoctorNamesForWhomItIsRegistered) {
     const std::wstring other = L".DEFAULT\\";  // the system's own
     Put(other + kServerKey, LibraryPath(), HKEY_USERS);
@@ -213,6 +203,7 @@ TEST_F(Deploy, TheDoctorSaysWhatItMayNotDo) {
         EXPECT_EQ(1u, CodeOf(arguments)) << arguments;
     }
     EXPECT_EQ(0u, CodeOf(L"--help"));
+    EXPECT_EQ(2u, CodeOf(L"--surrogate on")) << "nothing is registered";
     ASSERT_EQ(S_OK, Register());
     for (const auto& [access, code] : {std::pair(L"D:(A;;KR;;;WD)", 13u), {L"D:(A;;KA;;;WD)", 0u}}) {
         RegistryKey key;
@@ -222,43 +213,10 @@ TEST_F(Deploy, TheDoctorSaysWhatItMayNotDo) {
         EXPECT_EQ(0, RegSetKeySecurity(key.get(), DACL_SECURITY_INFORMATION, descriptor));
         LocalFree(descriptor);
         EXPECT_EQ(code, CodeOf(L"--surrogate on"));
+        EXPECT_EQ(code == 0, ReadText(HKEY_LOCAL_MACHINE, kClassKey, L"AppID").has_value());
     }
-}
-
-// What calls and events answer there, trust/apartments_test.cpp compares.
-TEST_F(Deploy, TheSurrogateIsOffByDefaultServesWhenOnAndGoesWithoutATrace) {
-    if (sizeof(void*) == 8 && Departs("DllSurrogate")) GTEST_SKIP() << "there is a 32-bit surrogate only";
-    EXPECT_EQ(2u, CodeOf(L"--surrogate on")) << "nothing is registered";
-    ASSERT_EQ(S_OK, Register());
-    ComPtr<IDispatch> object;
-    const auto create = [&] {
-        return CoCreateInstance(__uuidof(CDatFile), nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch, object.ReceiveVoid());
-    };
-    EXPECT_TRUE(FAILED(create()));
-    EXPECT_EQ(0u, CodeOf(L"--surrogate on"));
-    ASSERT_EQ(S_OK, Register()) << "registering again keeps the setting";
-    ASSERT_EQ(S_OK, create());
-    EXPECT_TRUE(object.As<IClientSecurity>(IID_IClientSecurity)) << "no object of another process";
-    const Bstr name(L"C:\\no such file.dat");
-    BSTR file = name.get();
-    VARIANT_BOOL shown = VARIANT_FALSE;
-    EXPECT_EQ(static_cast<HRESULT>(0x80042714), object.As<_CDatFile>()->Initialize(&file, &shown)) << "early bound";
-    ComPtr<IErrorInfo> words;
-    EXPECT_EQ(Departs("GetErrorInfo") ? S_FALSE : S_OK, GetErrorInfo(0, words.Receive()));
-    object = nullptr;
-
     EXPECT_EQ(0u, CodeOf(L"--surrogate off"));
-    const auto isSet = [] {
-        const std::wstring application = L"AppID\\" + kTypes;
-        RegistryKey left;
-        return ReadText(HKEY_LOCAL_MACHINE, kClassKey, L"AppID") ||
-               !RegOpenKeyExW(HKEY_CLASSES_ROOT, application.c_str(), 0, KEY_READ, left.Receive());
-    };
-    EXPECT_FALSE(isSet());
-    EXPECT_EQ(0u, CodeOf(L"--surrogate on"));
-    EXPECT_TRUE(isSet());
-    EXPECT_EQ(S_OK, Unregister());
-    EXPECT_FALSE(isSet());
+    EXPECT_FALSE(ReadText(HKEY_LOCAL_MACHINE, kClassKey, L"AppID"));
 }
 
 }  // namespace

@@ -32,25 +32,18 @@ constexpr auto kIntoSettings = [](LPCSTR, LPCSTR, LPCSTR, LPCSTR file) {
 // A number may happen to be the handle of an open key anywhere in the registry.
 constexpr auto kBelowRoot = [](HKEY root, auto...) { return (reinterpret_cast<ULONG_PTR>(root) & 0x80000000) != 0; };
 
-// Asking a volume takes milliseconds; now and then is enough.
+constexpr auto kOnlyTelling = [](UINT, UINT, PVOID place, UINT) { return place != nullptr; };
+
+// Asking a volume takes milliseconds, copying a whole screen longer than a thousand other calls; now and then is
+// enough.
 constexpr auto kSometimes = [](auto...) {
     static unsigned asked = 0;
     return asked++ % 10 == 0;
 };
 
-// A capture keeps the display's context that it made, on purpose; a lent one goes back. Copying a whole screen takes
-// longer than a thousand other calls.
+// A capture keeps the display's context that it made, on purpose; a lent one goes back.
 HDC WINAPI LendContext(LPCSTR, LPCSTR, LPCSTR, const DEVMODEA*) { return GetDC(nullptr); }
 int WINAPI TakeBackContext(HWND, HDC context) { return ReleaseDC(nullptr, context); }
-BOOL WINAPI Copy(HDC, int, int, int, int, HDC, int, int, DWORD) { return TRUE; }
-
-// Nothing is set. What is told may be far beyond what the library's numbers hold, and the clock jumps.
-BOOL WINAPI OnlyTell(UINT action, UINT parameter, PVOID place, UINT update) {
-    const BOOL told = place && SystemParametersInfoA(action, parameter, place, update);
-    if (told && action == SPI_GETWORKAREA && OneIn(2)) *static_cast<RECT*>(place) = {-40000, -40000, 40000, 1};
-    return told;
-}
-DWORD WINAPI Jump() { return static_cast<DWORD>(engine()); }
 
 }  // namespace
 
@@ -65,15 +58,11 @@ std::list<ImportPatch> CalmPlatform() {
                                                                                                          patches);
     Guard<kIntoSettings, &WritePrivateProfileStringA>(Library(), patches);
     Guard<kBelowRoot, &RegCreateKeyExA>(Library(), patches);
-    Guard<kSometimes, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetVolumeInformationA>(Library(),
-                                                                                                        patches);
-    for (const auto& [name, replacement] : {std::pair("CreateDCA", reinterpret_cast<void*>(&LendContext)),
-                                            {"ReleaseDC", reinterpret_cast<void*>(&TakeBackContext)},
-                                            {"BitBlt", reinterpret_cast<void*>(&Copy)},
-                                            {"SystemParametersInfoA", reinterpret_cast<void*>(&OnlyTell)},
-                                            {"timeGetTime", reinterpret_cast<void*>(&Jump)}}) {
-        patches.emplace_back(Library(), name, replacement);
-    }
+    Guard<kOnlyTelling, &SystemParametersInfoA>(Library(), patches);
+    Guard<kSometimes, &BitBlt, &GetDiskFreeSpaceA, &GetDiskFreeSpaceExA, &GetDriveTypeA, &GetVolumeInformationA>(
+        Library(), patches);
+    patches.emplace_back(Library(), "CreateDCA", reinterpret_cast<void*>(&LendContext));
+    patches.emplace_back(Library(), "ReleaseDC", reinterpret_cast<void*>(&TakeBackContext));
     return patches;
 }
 

@@ -4,6 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <list>
 #include <map>
@@ -11,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/text.h"
 #include "support/client.h"
 #include "support/heap.h"
 #include "support/malloc_spy.h"
@@ -18,6 +25,7 @@
 #include "support/scratch_folder.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
+#include "tools/typelib/resolved_type.h"
 #include "trust/values.h"
 
 namespace velk::test {
@@ -48,13 +56,59 @@ struct Class {
     ComPtr<IDispatch> MakeObject() const { return CreateObject<IDispatch>(clsid, library); }
 };
 
+inline Member ReadMember(const Type& type, const FUNCDESC& function) {
+    Member member{DocumentationOf(type, function.memid).name, function.memid, static_cast<WORD>(function.invkind),
+                  static_cast<ULONG_PTR>(function.oVft)};
+    for (SHORT i = 0; i < function.cParams; ++i) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[i];
+        const USHORT attributes = parameter.paramdesc.wParamFlags;
+        const ResolvedType resolved = Resolve(type, parameter.tdesc);
+        member.takes.push_back({resolved.type, resolved.byReference, (attributes & PARAMFLAG_FOPT) != 0});
+        member.hasResult |= (attributes & PARAMFLAG_FRETVAL) != 0;
+    }
+    return member;
+}
+
 // Of one of the built libraries, by its file's name.
-const std::vector<Class>& ReadClasses(const wchar_t* library);
+inline const std::vector<Class>& ReadClasses(const wchar_t* library) {
+    static std::map<std::wstring, std::vector<Class>> read;
+    std::vector<Class>& classes = read[library];
+    if (!classes.empty()) return classes;
+    const HMODULE module = LoadLibraryW(BuiltFile(library).c_str());
+    for (const Type& coclass : ClassesOf(LoadTypes(BuiltFile(library).c_str()))) {
+        const Type face = OwnMembers(Implemented(coclass, 0));
+        Class& made =
+            classes.emplace_back(Class{NameOf(coclass), AttributesOf(coclass)->guid, AttributesOf(face)->guid, module});
+        for (UINT i = 0; i < AttributesOf(face)->cFuncs; ++i) {
+            made.members.push_back(ReadMember(face, *FunctionOf(face, i)));
+        }
+    }
+    EXPECT_FALSE(classes.empty());
+    return classes;
+}
+
 inline std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
 
-// What every class and member is put through. The one in hand is named even when the process ends.
-void ForEachMember(const wchar_t* library, const std::function<void(const Class&, const Member&)>& trial);
-inline std::string inHand;
+inline std::string inHand;  // the member that is called
+
+// A crash or std::terminate inside a library takes every trace along but this.
+inline void TellWhatEnded(int) {
+    std::printf("The process was ended in %s\n", inHand.c_str());
+    std::fflush(stdout);
+    std::_Exit(3);
+}
+
+// What every class and member is put through.
+inline void ForEachMember(const wchar_t* library, const std::function<void(const Class&, const Member&)>& trial) {
+    for (const int end : {SIGABRT, SIGSEGV, SIGILL, SIGFPE}) std::signal(end, &TellWhatEnded);
+    for (const Class& one : ReadClasses(library)) {
+        for (const Member& member : one.members) {
+            inHand = Narrow(one.name + L"." + member.name);
+            SCOPED_TRACE(inHand);
+            trial(one, member);
+        }
+    }
+}
 
 // How much of a long test is run: a part of it with every change, all of it with VELK_TRUST=full in the environment.
 inline int AtScale(int always, int full) { return std::getenv("VELK_TRUST") ? full : always; }
@@ -71,10 +125,22 @@ std::list<ImportPatch> CalmPlatform();
 // A platform that they cannot harm, the hook library with a hook to pass to it, and files to read.
 class Surroundings {
   public:
-    explicit Surroundings(const wchar_t* library);
+    explicit Surroundings(const wchar_t* library) {
+        if (std::wstring_view(library) == kHooks) furtherObjects.push_back(hook_.As<IDispatch>());
+        // Without "[END]" the seal is 0. Settings stand in a file beside the library.
+        furtherTexts = {folder_.Write(L"sealed", "[BEGIN]\r\nA=1\r\n@CRC=0"),
+                        folder_.Write(L"broken", "[BEGIN]\r\n@CRC=1")};
+        EXPECT_TRUE(std::ofstream(std::filesystem::path(settings_)) << "[abc]\nabc=1\n0=2\n[0]\nabc=3\n" << std::flush);
+    }
     Surroundings(const Surroundings&) = delete;
     Surroundings& operator=(const Surroundings&) = delete;
-    ~Surroundings();
+    ~Surroundings() {
+        furtherObjects.clear();
+        furtherTexts.clear();
+        DeleteFileW(settings_.c_str());
+        EXPECT_EQ(1u, hook_->count());
+        for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
+    }
 
   private:
     const std::list<ImportPatch> calm_ = CalmPlatform();
@@ -86,26 +152,96 @@ class Surroundings {
 
 // What belongs to the process and its other code, and what a member might leave behind as well, by name.
 using Snapshot = std::map<std::string, std::wstring>;
-Snapshot ProcessState();
-Snapshot Belongings();
+
+template <class Read>
+std::wstring TextFrom(Read read) {
+    wchar_t text[32768] = L"";
+    read(static_cast<DWORD>(ARRAYSIZE(text)), text);
+    return text;
+}
+
+inline Snapshot ProcessState() {
+    constexpr unsigned kControl = 0xFFC0;  // the other bits tell what happened
+    WORD controlWord = 0;
+    unsigned mxcsr = 0;
+    asm volatile("fnstcw %0" : "=m"(controlWord));
+    asm volatile("stmxcsr %0" : "=m"(mxcsr));
+    const std::string locale = setlocale(LC_ALL, nullptr);
+    return {{"floating-point control", std::to_wstring(controlWord) + L" " + std::to_wstring(mxcsr & kControl)},
+            {"error mode", std::to_wstring(GetErrorMode())},
+            {"thread's locale", std::to_wstring(GetThreadLocale())},
+            {"thread's priority", std::to_wstring(GetThreadPriority(GetCurrentThread()))},
+            {"locale", std::wstring(locale.begin(), locale.end())},
+            {"current folder", TextFrom(&GetCurrentDirectoryW)},
+            {"folder to load from", TextFrom(&GetDllDirectoryW)},
+            {"search path", TextFrom([](DWORD size, wchar_t* text) { GetEnvironmentVariableW(L"PATH", text, size); })}};
+}
+
+inline Snapshot Belongings() {
+    Snapshot all = ProcessState();
+    all["strings, arrays, task memory"] = std::to_wstring(MallocSpy::Alive());
+    all["the library's own heap"] = std::to_wstring(Heap::held.blocks);
+    all["kernel handles"] = std::to_wstring(OpenHandles());
+    all["drawing objects"] = std::to_wstring(GdiObjects());
+    return all;
+}
 
 // ---- Calls ----
 
 // An answer that automation knows: success, a numbered exception, or what was wrong with the call.
-bool IsProper(HRESULT answer);
+inline bool IsProper(HRESULT answer) {
+    const bool automation = answer >= DISP_E_UNKNOWNINTERFACE && answer <= DISP_E_BUFFERTOOSMALL;
+    return answer == S_OK || automation || answer == E_INVALIDARG || answer == E_POINTER || answer == E_OUTOFMEMORY;
+}
 
 enum class Arguments { Sane, Any };
 
 // A late-bound call before it is made; all of it is open to damage.
 struct Request {
-    Request(const Member& member, Client& client, Arguments wanted);
+    Request(const Member& member, Client& client, Arguments wanted) : id(member.id), flags(member.kind) {
+        for (std::size_t i = member.arguments(); i-- > 0;)
+            arguments.push_back(wanted == Arguments::Sane || OneIn(2) ? client.Sane(member.takes[i]) : client.Any());
+        parameters = {arguments.data(), names.data(), static_cast<UINT>(arguments.size()), member.IsLet() ? 1u : 0u};
+    }
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
 
     // Without the places that the client does not want to be told in.
     Outcome SendTo(IDispatch* object, LCID locale = LOCALE_USER_DEFAULT, bool result = true, bool exception = true,
-                   bool badArgument = true);
-    void Damage(Client& client);
+                   bool badArgument = true) {
+        Outcome outcome;
+        EXCEPINFO thrown{};
+        outcome.result =
+            object->Invoke(id, iid, locale, flags, isNull ? nullptr : &parameters, result ? &outcome.value : nullptr,
+                           exception ? &thrown : nullptr, badArgument ? &outcome.badArgument : nullptr);
+        outcome.Take(thrown);
+        return outcome;
+    }
+    void Damage(Client& client) {
+        static const DISPID kIds[] = {0, -1, -3, -4, -5, 3, 99, 0x7FFFFFFF, static_cast<DISPID>(0x80000000)};
+        const auto upTo = [](UINT count) { return static_cast<UINT>(Below(static_cast<int>(count) + 1)); };
+        const UINT huge = 0xFFFFFFFF - upTo(2), given = parameters.cArgs;
+        const std::function<void()> kinds[] = {
+            [&] { parameters.cArgs = upTo(given); },
+            [&] {
+                for (int i = 1 + Below(20); i > 0; --i) arguments.push_back(client.Any());
+                parameters.rgvarg = arguments.data();
+                parameters.cArgs = static_cast<UINT>(arguments.size());
+            },
+            [&] { parameters.rgvarg = nullptr; },
+            [&] { parameters.rgdispidNamedArgs = nullptr, parameters.cNamedArgs = upTo(2); },
+            [&] {
+                parameters.cNamedArgs = upTo(given + 1);
+                for (DISPID& name : names) name = OneIn(3) ? AnyOf(kIds) : Below(4);
+            },
+            [&] { parameters.cArgs = huge; },
+            [&] { parameters.cNamedArgs = huge; },
+            [&] { id = AnyOf(kIds); },
+            [&] { flags = static_cast<WORD>(OneIn(2) ? Below(16) : engine()); },
+            [&] { iid = OneIn(2) ? IID_IDispatch : IID_IUnknown; },
+            [&] { isNull = true; }};
+        AnyOf(kinds)();
+    }
 
     DISPID id;
     WORD flags;
@@ -118,22 +254,74 @@ struct Request {
 
 // A compiled client's call through the vtable, with what each argument and the result is or finds in its place; null
 // and zero where there is none.
-HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optional<Variant>>& places);
+inline HRESULT CallSlot(IDispatch* object, const Member& member, std::vector<std::optional<Variant>>& places) {
+    constexpr VARTYPE kPointer = sizeof(void*) == 4 ? VT_UI4 : VT_UI8;
+    std::vector<VARTYPE> types;
+    std::vector<Variant> words(member.takes.size());
+    std::vector<VARIANTARG*> arguments;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const auto& [type, byReference, optional] = member.takes[i];
+        types.push_back(byReference || type & VT_ARRAY ? kPointer : type);
+        arguments.push_back(&words[i]);
+        if (!places[i]) continue;
+        Variant& place = *places[i];
+        if (type != VT_VARIANT) place.vt = type;
+        void* const at = type == VT_VARIANT ? static_cast<void*>(&place) : static_cast<void*>(&place.llVal);
+        words[i].llVal = byReference ? reinterpret_cast<LONG_PTR>(at) : place.llVal;
+    }
+    Variant answer;
+    EXPECT_EQ(S_OK, DispCallFunc(object, member.slot, CC_STDCALL, VT_I4, static_cast<UINT>(types.size()), types.data(),
+                                 arguments.data(), &answer));
+    return answer.lVal;
+}
 
 // What the thread's last error is told with has to be gone with the thread's own reference. The interface and the text
 // that it had.
-std::pair<IID, std::wstring> ForgetError();
+inline std::pair<IID, std::wstring> ForgetError() {
+    ComPtr<IErrorInfo> error;
+    if (GetErrorInfo(0, error.Receive()) != S_OK) return {};
+    IID iid{};
+    Bstr text;
+    error->GetGUID(&iid);
+    error->GetDescription(text.Receive());
+    EXPECT_EQ(0u, error.Detach()->Release()) << "somebody else holds it, too";
+    return {iid, std::wstring(View(text.get()))};
+}
 
 // An object of a class, and windows as calls meet them. What hooked those leaves them as they were, in the end. Without
 // a parent on the screen they cost little.
 class Subject {
   public:
-    explicit Subject(const Class& one, bool isAttached = false);  // to a window, if that is what the class is for
+    // To a window, if that is what the class is for.
+    explicit Subject(const Class& one, bool isAttached = false)
+        : object(one.MakeObject()), hooks_(object.As<ISubclass>()) {
+        PumpMessages();  // what is left of earlier windows would pile up, and each call look through all of it
+        for (const TestWindow& window : windows_) realWindows.push_back(window.handle());
+        if (!hooks_ || !isAttached) return;
+        for (const wchar_t* const attach : {L"Init", L"Attach"}) Call(object.get(), attach, {Arg(realWindows[0])});
+    }
     Subject(const Subject&) = delete;
     Subject& operator=(const Subject&) = delete;
-    ~Subject();
+    ~Subject() {
+        Disconnect();
+        object = nullptr;
+        realWindows.clear();
+        for (const TestWindow& window : windows_) {
+            EXPECT_TRUE(!hooks_ || procedure_ == window.CurrentProcedure());
+            EXPECT_TRUE(!hooks_ || properties_ == window.CountProperties());
+        }
+    }
 
-    void Connect();  // its events, if it has any: a sink that is refused, and one that is not
+    // Its events, if it has any: a sink that is refused, and one that is not.
+    void Connect() {
+        ComPtr<IEnumConnectionPoints> points;
+        ComPtr<IConnectionPoint> point;
+        const auto container = object.As<IConnectionPointContainer>();
+        if (!container || FAILED(container->EnumConnectionPoints(points.Receive()))) return;
+        points->Next(1, point.Receive(), nullptr);
+        EXPECT_TRUE(FAILED(point->Advise(points.get(), &cookie_))) << "it hears no events";
+        if (SUCCEEDED(point->Advise(AnyOf(Objects()).get(), &cookie_))) point_ = std::move(point);
+    }
     void Disconnect() {
         if (const auto point = std::exchange(point_, nullptr)) point->Unadvise(cookie_);
     }
@@ -150,9 +338,5 @@ class Subject {
     ComPtr<IConnectionPoint> point_;
     DWORD cookie_ = 0;
 };
-
-// A call with sane arguments, the same ones for the same seed.
-Outcome Attempt(Subject& subject, const Member& member, unsigned seed, const std::function<void()>& before = {},
-                const std::function<void()>& after = {});
 
 }  // namespace velk::test

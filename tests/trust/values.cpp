@@ -30,10 +30,9 @@ Variant NumberValue() {
     static const LONGLONG kNoNumbers[] = {0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8LL << 48, 0x7FF0LL << 48};
     const LONGLONG edge = static_cast<LONGLONG>((1ull << Below(64)) - static_cast<unsigned>(Below(3)));
     const LONGLONG bits = OneIn(3) ? static_cast<LONGLONG>(engine()) << Below(32) : OneIn(8) ? AnyOf(kNoNumbers) : edge;
-    static const VARTYPE kTypes[] = {VT_EMPTY, VT_NULL,  VT_I2,   VT_I4,   VT_R4,     VT_R8,  VT_CY,
-                                     VT_DATE,  VT_ERROR, VT_BOOL, VT_I1,   VT_UI1,    VT_UI2, VT_UI4,
-                                     VT_I8,    VT_UI8,   VT_INT,  VT_UINT, VT_DECIMAL};
-    Variant value = Of(AnyOf(kTypes), OneIn(2) ? bits : -bits);
+    VARTYPE type = VT_UNKNOWN;
+    while (!IsSelfContained(type)) type = static_cast<VARTYPE>(Below(VT_UINT + 1));
+    Variant value = Of(type, OneIn(2) ? bits : -bits);
     if (value.vt == VT_DECIMAL) value.decVal.Hi32 = engine();
     return value;
 }

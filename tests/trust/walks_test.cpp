@@ -86,6 +86,17 @@ bool SaysSo(const Outcome& answer, HRESULT undisturbed) {
     return answer.code == E_OUTOFMEMORY || answer.code == kOutOfMemory || ofTheClass || answer.code == undisturbed;
 }
 
+// A call with sane arguments, the same ones for the same seed.
+Outcome Attempt(Subject& subject, const Member& member, unsigned seed) {
+    engine.seed(seed);
+    Client client;
+    Request request(member, client, Arguments::Sane);
+    if (seed % 2) subject.Connect();
+    Outcome outcome = request.SendTo(subject.object.get());
+    ForgetError();
+    return outcome;
+}
+
 // The object has been called before, so that there is something to lose.
 TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
     FailingMemory memory(module_);
@@ -98,9 +109,9 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
                 Subject subject(one, seed % 2);
                 Attempt(subject, member, seed + 1000);
                 const auto before = StateOf(one, subject.object.get());
-                bool failed = false;
-                const auto answer = Attempt(
-                    subject, member, seed, [&] { memory.FailAt(number); }, [&] { failed = memory.Disarm() && number; });
+                memory.FailAt(number);
+                const Outcome answer = Attempt(subject, member, seed);
+                const bool failed = memory.Disarm() && number;
                 if (number == 0) undisturbed = answer.code;
                 if (failed) subject.MayLeaveHooks();
                 EXPECT_TRUE(SaysSo(answer, undisturbed))
@@ -143,27 +154,38 @@ TEST(Memory, MayBeMissingWhenAThreadsFirstMemberFails) {
 // ---- Nothing ----
 
 // As a compiled client that passes null and zero for everything, and one that does so for one argument. What a member
-// may not do without is a pointer to it.
+// may not do without is a pointer to it, and where a value refers to something that has to be there.
 TEST_P(Walk, ThroughTheVtableMembersGetNullAndRefuseIt) {
     ForEach([](const Class& one, const Member& member) {
         const std::size_t count = member.takes.size();
-        const auto call = [&](auto&& isGiven) {
-            std::vector<std::optional<Variant>> places(count);
-            for (std::size_t i = 0; i < count; ++i) {
-                if (isGiven(i)) places[i].emplace();
-            }
+        const auto call = [&](auto&& given) {
+            std::vector<std::optional<Variant>> places;
+            for (std::size_t i = 0; i < count; ++i) places.push_back(given(i));
             ForgetError();
             return CallSlot(one.MakeObject().get(), member, places);
         };
-        const HRESULT nothing = call([](std::size_t) { return false; });
+        const HRESULT nothing = call([](std::size_t) { return std::nullopt; });
         EXPECT_TRUE(FAILED(nothing) || (nothing == S_OK && !member.hasResult)) << std::hex << nothing;
-        const HRESULT empty = call([](std::size_t) { return true; });  // which may be refused before
-        for (std::size_t null = 0; null < count; ++null) {
-            const bool isResult = null == member.arguments();
-            if (!isResult && (!member.takes[null].byReference || member.takes[null].optional)) continue;
-            const HRESULT answer = call([null](std::size_t i) { return i != null; });
-            EXPECT_TRUE(answer == E_POINTER || (FAILED(empty) && !isResult && answer == empty))
-                << "argument " << null << std::hex << ": " << answer;
+        const HRESULT empty = call([](std::size_t) { return Variant(); });  // which may be refused before
+        for (std::size_t i = 0; i < count; ++i) {
+            SCOPED_TRACE(testing::Message() << "argument " << i);
+            const bool isResult = i == member.arguments();
+            const auto with = [&](std::optional<VARIANT> value) {
+                return call([&](std::size_t at) {
+                    if (at != i) return std::optional(Variant());
+                    return value ? std::optional(Owned(*value)) : std::nullopt;
+                });
+            };
+            if (!isResult && member.takes[i].type == VT_VARIANT) {
+                VARIANT nowhere = Ref(VT_I4, nullptr), circle = Arg(&circle);
+                for (const VARIANT& value : {nowhere, Arg(&nowhere), Ref(VT_VARIANT, nullptr)})
+                    EXPECT_EQ(E_POINTER, with(value));
+                EXPECT_TRUE(FAILED(with(circle)));
+                EXPECT_EQ(with(circle), with(Bare(0x1234, 0)));
+            }
+            if (!isResult && (!member.takes[i].byReference || member.takes[i].optional)) continue;
+            const HRESULT answer = with(std::nullopt);
+            EXPECT_TRUE(answer == E_POINTER || (FAILED(empty) && !isResult && answer == empty)) << std::hex << answer;
             const auto raised = ForgetError();
             if (isResult || answer != E_POINTER) continue;
             EXPECT_EQ(std::pair(one.iid, std::wstring(L"Invalid pointer")), raised);
