@@ -109,10 +109,10 @@ class Room:
     suites: list[str]
 
 
-FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration", "facts:settings", "facts:containers", "facts:integrity",
-                                           "facts:drawing", "facts:winhelpers", "trust:*GetNull"])
+FRAME = Room(["VelkSprt", "frame_tests"], ["frame", "library", "registration:Registration", "facts:settings", "facts:containers",
+                                           "facts:integrity", "facts:drawing", "facts:winhelpers", "trust:*GetNull"])
 ROOMS = {
-    "src/containers": Room(["VelkSprt"], ["facts:containers", "containers"]),
+    "src/containers": Room(["VelkSprt"], ["facts:containers", "trust:*GetNull"]),
     "src/drawing": Room(["VelkSprt"], ["facts:drawing", "drawing"]),
     "src/frame": FRAME,
     "src/integrity": Room(["VelkSprt"], ["facts:integrity"]),
