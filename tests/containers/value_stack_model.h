@@ -16,9 +16,7 @@ class LiteralStack {
     int growBy = 10;
 
     void Push(int value) {
-        ++count;
-        if (!HasSlot()) Resize(std::int64_t{capacity_} + growBy);
-        if (!HasSlot()) throw RuntimeError(Error::SubscriptOutOfRange);
+        if (++count > slots()) Resize(std::int64_t{capacity_} + growBy);
         Top() = value;
     }
     int Pop() {
@@ -29,11 +27,7 @@ class LiteralStack {
         if (count < smaller) Resize(smaller);
         return result;
     }
-    int Peak() {
-        if (count == 0) return 0;
-        if (!HasSlot()) throw RuntimeError(Error::SubscriptOutOfRange);
-        return Top();
-    }
+    int Peak() { return count == 0 ? 0 : Top(); }
     void Clear() {
         items_.clear();
         capacity_ = count = 0;
@@ -41,9 +35,10 @@ class LiteralStack {
     int slots() const { return static_cast<int>(items_.size()); }
 
   private:
-    bool HasSlot() const { return count <= slots(); }
-    int& Top() { return items_[static_cast<std::size_t>(count) - 1]; }
-
+    int& Top() {
+        if (count > slots()) throw RuntimeError(Error::SubscriptOutOfRange);
+        return items_[static_cast<std::size_t>(count) - 1];
+    }
     void Resize(std::int64_t capacity) {
         if (capacity != static_cast<std::int32_t>(capacity)) throw RuntimeError(Error::Overflow);
         capacity_ = static_cast<int>(capacity);
