@@ -35,10 +35,9 @@ std::vector<Variant> EveryKindOfValue() {
     std::vector<Variant> values(1);  // Empty
     for (const wchar_t* text : {L"0", L"5", L"-1", L" -41 ", L"2.5", L"3.5", L"127", L"255", L"32767", L"32768",
                                 L"2147483646", L"-2147483648", L"1e10", L"-1e300", L"", L"text", L"True"}) {
-        for (const int type : {VT_BSTR, VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_INT, VT_UINT, VT_I8, VT_UI8,
-                               VT_R4, VT_R8, VT_CY, VT_DATE, VT_BOOL, VT_DECIMAL, VT_ERROR, VT_NULL}) {
+        for (VARTYPE type = VT_NULL; type <= VT_UINT; ++type) {
             Variant value = Text(text);
-            const HRESULT made = VariantChangeTypeEx(&value, &value, LOCALE_INVARIANT, 0, static_cast<VARTYPE>(type));
+            const HRESULT made = VariantChangeTypeEx(&value, &value, LOCALE_INVARIANT, 0, type);
             if (SUCCEEDED(made)) values.push_back(std::move(value));
         }
     }
