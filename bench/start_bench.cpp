@@ -7,9 +7,7 @@
 #include <vector>
 
 #include "ratio.h"
-#include "support/activation.h"
 #include "support/client.h"
-#include "support/own_process.h"
 
 namespace {
 

@@ -9,9 +9,8 @@
 #include <thread>
 
 #include "platform/handles.h"
-#include "support/activation.h"
+#include "support/client.h"
 #include "support/departures.h"
-#include "support/event_sink.h"
 #include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/test_window.h"
@@ -264,8 +263,8 @@ TEST_P(Elsewhere, EventsArriveInTheSinksApartment) {
             const auto crc = Create(__uuidof(CCRC32));
             const Variant digits = Text(L"123456789");
             const auto sum = [&] { return Call(crc.get(), L"GetCRCFromStringAscii", {digits}).value.lVal; };
-            const Connection connection(crc.get(), __uuidof(__CCRC32), sink.get());
-            ASSERT_EQ(S_OK, connection.result());
+            const auto connection = Connected(crc.get(), __uuidof(__CCRC32), sink.get());
+            ASSERT_TRUE(connection);
             const APTTYPE own = Apartment();
             sink->onRead = [&, inside = false](DISPPARAMS* given) mutable {
                 progress.push_back(*given->rgvarg->pfltVal);

@@ -6,7 +6,6 @@
 #include "support/client.h"
 #include "support/departures.h"
 #include "support/late_bound.h"
-#include "support/own_process.h"
 #include "support/test_window.h"
 
 #include <dwmapi.h>

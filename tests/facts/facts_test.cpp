@@ -38,7 +38,7 @@
 //
 // What a call fills: 5 a Long, 5i 16 bits, 5b a byte, 5q 64 bits, 5p as wide as an address, _ what stays; each at a
 // multiple of its size. Place 0 is the first argument's; behind a record's place come those that it leads to. What it
-// reads there has a letter for each field: platform_log.h lists them.
+// reads there has a letter for each field: platform_log.cpp lists them.
 //
 //   listen                     to the object's events: each is told as "saw Progress 0.5f";  leave: no longer
 //   on Progress 0.5 does STEP  what a handler does in events whose line begins so; on box "title" does STEP: what is

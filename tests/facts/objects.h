@@ -8,9 +8,7 @@
 
 #include "facts/values.h"
 #include "platform/text.h"
-#include "support/activation.h"
 #include "support/client.h"
-#include "support/event_sink.h"
 #include "support/late_bound.h"
 #include "support/value_object.h"
 
@@ -35,7 +33,7 @@ inline ComPtr<IDispatch> Farewell(const std::function<void()>& bye) {
 }
 
 // Hears the events of an object, each event as a line: "Progress 0.5f".
-inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::function<void(const std::wstring&)> hear) {
+inline std::shared_ptr<IConnectionPoint> Listening(IDispatch* source, std::function<void(const std::wstring&)> hear) {
     ComPtr<ITypeLib> types;
     ComPtr<ITypeInfo> events;
     IID iid;
@@ -58,7 +56,7 @@ inline std::unique_ptr<test::Connection> Listening(IDispatch* source, std::funct
         if (given->cArgs && given->rgvarg[0].vt == (VT_BYREF | VT_R4)) *given->rgvarg[0].pfltVal = 77;
         hear(TextOf(name.get()) + L" " + Joined(values));
     };
-    return std::make_unique<test::Connection>(source, iid, sink.get());
+    return test::Connected(source, iid, sink.get());
 }
 
 }  // namespace velk::facts

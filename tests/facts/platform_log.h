@@ -27,25 +27,13 @@ struct Rule {
     std::wstring action;                          // a step that the client takes meanwhile
 };
 
-// with F 1 answers 5, 6 error 87 fills 1 "text" fills 2 1 2 reads 3 ii does release
-Rule RuleOf(std::wstring line);
-
-// Writes what a filling says where the arguments lead.
-void Fill(const std::wstring& filling, const std::vector<void*>& places);
-
-// Fields at a place, each at a multiple of its size: "iit", or a record of a size, whose other bytes have to be 0. A
-// letter is a field: i a Long, n one without a sign, w 16 bits of it, b a byte, h a handle, s a text elsewhere and t
-// one right here, f a dialog's filter, B a buffer and its size, L a font, S the size of the record; _ a Long, p a
-// pointer and z a byte that have to be 0.
-std::wstring Read(const void* place, std::string_view fields, std::size_t size = 0);
-
 struct PlatformLog {
     // Takes the clients' steps, and boxes that are open.
     using Take = std::function<void(const std::wstring&)>;
     PlatformLog(Take step, Take box);
 
-    void Add(Rule rule);
-    std::wstring Next();  // the oldest line that was not asked for yet; empty for none
+    void Add(const std::wstring& line);  // a rule
+    std::wstring Next();                 // the oldest line that was not asked for yet; empty for none
 
     const Take act, box;
     const test::Boxes boxes;

@@ -92,32 +92,30 @@ class ScenarioRun {
         Act(line);
     }
 
+    // Whether a line begins with a word, which is taken away.
+    static bool Begins(std::wstring& line, std::wstring_view word) {
+        const bool begins = line.starts_with(word);
+        return line.erase(0, begins ? word.size() : 0), begins;
+    }
+
     void Act(std::wstring line) {
         if (line.starts_with(L"with ") || line.starts_with(L"when ") || line.starts_with(L"without "))
-            return log_.Add(RuleOf(line));
-        using Run = ScenarioRun;
-        static const std::pair<std::wstring_view, std::function<void(Run&, const std::wstring&)>> kVerbs[] = {
-            {L"let ", &Run::Let},
-            {L"set ", &Run::Set},
-            {L"file ", &Run::File},
-            {L"key ", &Run::Key},
-            {L"value ", &Run::StoredValue},
-            {L"memory", [](Run& run, auto& size) { run.scarce_ = size.empty() ? SIZE_MAX : std::stoul(size); }},
-            {L"held below ", &Run::Held},
-            {L"on ", [](Run& run, auto& rule) { run.on_.push_back(Split(rule, L" does ")); }},
-            {L"drop", [](Run& run, auto&) { run.object_ = nullptr; }},
-            {L"user ",
-             [](Run& run, auto& acts) { run.user_ = std::make_unique<User>(acts, run.variables_[L"other"]); }},
-            {L"printer", [](Run& run, auto&) { run.printer_.emplace(); }},
-            {L"until ", &Run::Until},
-            {L"listen", &Run::Listen},
-            {L"leave", [](Run& run, auto&) { run.listener_ = nullptr; }},
-            {L"each = ", &Run::Each},
-        };
-        for (const auto& [verb, does] : kVerbs) {
-            if (line.starts_with(verb))
-                return does(*this, std::wstring(Trim(std::wstring_view(line).substr(verb.size()))));
-        }
+            return log_.Add(line);
+        if (Begins(line, L"let ")) return Let(line);
+        if (Begins(line, L"set ")) return Set(line);
+        if (Begins(line, L"file ")) return File(line);
+        if (Begins(line, L"key ")) return Key(line);
+        if (Begins(line, L"value ")) return StoredValue(line);
+        if (Begins(line, L"memory")) return void(scarce_ = line.empty() ? SIZE_MAX : std::stoul(line));
+        if (Begins(line, L"held below ")) return Held(std::stoi(line));
+        if (Begins(line, L"on ")) return on_.push_back(Split(line, L" does "));
+        if (Begins(line, L"drop")) return void(object_ = nullptr);
+        if (Begins(line, L"user ")) return void(user_ = std::make_unique<User>(line, variables_[L"other"]));
+        if (Begins(line, L"printer")) return void(printer_.emplace());
+        if (Begins(line, L"until ")) return Until(line);
+        if (Begins(line, L"listen")) return Listen();
+        if (Begins(line, L"leave")) return void(listener_ = nullptr);
+        if (Begins(line, L"each = ")) return Each(line);
         Step(line);
         const auto user = std::exchange(user_, nullptr);
         if (const std::wstring problem = user ? user->Problem() : L""; !problem.empty()) Fails(problem);
@@ -128,8 +126,8 @@ class ScenarioRun {
         for (const std::wstring& one : Split(wanted.substr(4), L";")) Same(L"saw " + one, log_.Next());
     }
 
-    void Held(std::wstring most) {
-        if (held_ >= std::stoi(most)) Fails(L"the library holds " + std::to_wstring(held_) + L" bytes more");
+    void Held(int most) {
+        if (held_ >= most) Fails(L"the library holds " + std::to_wstring(held_) + L" bytes more");
     }
     void Heard(const std::wstring& event) { log_.lines.push_back(L"saw " + event), React(event); }
     void React(const std::wstring& event) {
@@ -151,19 +149,15 @@ class ScenarioRun {
     }
 
     Variant Made(std::wstring text) {
-        const auto is = [&text](std::wstring_view kind) {
-            const bool found = text.starts_with(kind);
-            return text.erase(0, found ? kind.size() : 0), found;
-        };
-        if (is(L"new ")) return test::Owned(test::Arg(New(text).Detach()));
-        if (is(L"part ")) {
+        if (Begins(text, L"new ")) return test::Owned(test::Arg(New(text).Detach()));
+        if (Begins(text, L"part ")) {
             IID iid{};
             IIDFromString(text.c_str(), &iid);
             return test::Owned(test::Arg(object_.As<IDispatch>(iid).Detach()));
         }
-        if (is(L"farewell "))
+        if (Begins(text, L"farewell "))
             return test::Owned(test::Arg(Farewell([this, text] { Heard(L"farewell"), Act(text); }).Detach()));
-        return is(L"call ") ? Call(text).value : ValueOf(text, variables_);
+        return Begins(text, L"call ") ? Call(text).value : ValueOf(text, variables_);
     }
 
     void Set(std::wstring line) {
@@ -236,7 +230,7 @@ class ScenarioRun {
             EXPECT_EQ(E_POINTER, answer);
     }
 
-    void Listen(std::wstring) {
+    void Listen() {
         listener_ = Listening(object_.get(), [this](auto& event) { Heard(event); });
     }
 
@@ -305,7 +299,7 @@ class ScenarioRun {
     Variables variables_;
     ComPtr<IDispatch> object_ = New(scenario_.className);
     std::vector<std::vector<std::wstring>> on_;
-    std::unique_ptr<test::Connection> listener_;
+    std::shared_ptr<IConnectionPoint> listener_;
 };
 
 }  // namespace

@@ -11,8 +11,8 @@
 namespace velk::facts {
 namespace {
 
-constexpr std::pair<wchar_t, wchar_t> kEscapes[] = {{L'0', L'\0'}, {L'r', L'\r'}, {L'n', L'\n'},
-                                                    {L't', L'\t'}, {L'"', L'"'},  {L'\\', L'\\'}};
+// Characters with an escape, and what stands for each behind the backslash.
+constexpr std::wstring_view kEscaped{L"\0\r\n\t\"\\", 6}, kEscapes = L"0rnt\"\\";
 
 // What stands behind the values of a type.
 constexpr std::pair<std::wstring_view, VARTYPE> kMarks[] = {
@@ -166,9 +166,7 @@ std::wstring Unquote(std::wstring_view quoted) {
             text += static_cast<wchar_t>(std::stoul(std::wstring(quoted.substr(i + 1, 4)), nullptr, 16));
             i += 4;
         } else {
-            for (const auto& [mark, character] : kEscapes) {
-                if (mark == quoted[i]) text += character;
-            }
+            text += kEscaped.at(kEscapes.find(quoted[i]));
         }
     }
     return text;
@@ -178,10 +176,9 @@ std::wstring Quote(std::wstring_view text) {
     std::wstring quoted = L"\"";
     for (const wchar_t character : text) {
         wchar_t shown[8] = {character};
+        const std::size_t escape = kEscaped.find(character);
         if (character < L' ' || character > L'~') swprintf(shown, 8, L"\\u%04X", static_cast<unsigned>(character));
-        for (const auto& [mark, meant] : kEscapes) {
-            if (meant == character) shown[0] = L'\\', shown[1] = mark, shown[2] = L'\0';
-        }
+        if (escape != kEscaped.npos) shown[0] = L'\\', shown[1] = kEscapes[escape], shown[2] = L'\0';
         quoted += shown;
     }
     return quoted + L'"';

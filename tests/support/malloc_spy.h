@@ -12,7 +12,8 @@ namespace velk::test {
 class MallocSpy final : public HelperObject<IMallocSpy> {
   public:
     static LONG Alive() {
-        static MallocSpy* const spy = Install();
+        static auto* const spy = new MallocSpy;
+        [[maybe_unused]] static const HRESULT registered = CoRegisterMallocSpy(spy);
         return spy->alive_;
     }
 
@@ -43,12 +44,6 @@ class MallocSpy final : public HelperObject<IMallocSpy> {
     STDMETHODIMP_(void) PostHeapMinimize() noexcept override {}
 
   private:
-    static MallocSpy* Install() {
-        auto* spy = new MallocSpy;
-        CoRegisterMallocSpy(spy);
-        return spy;
-    }
-
     std::atomic<LONG> alive_ = 0;
     bool isNew_ = false;
 };

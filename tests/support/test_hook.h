@@ -3,7 +3,6 @@
 
 #include <functional>
 
-#include "support/activation.h"
 #include "support/bare_dispatch.h"
 #include "support/client.h"
 #include "velksub.h"

@@ -13,35 +13,32 @@
 
 namespace velk::test {
 
-// A printer that prints to a file, and the default printer for as long as it lives.
+// A printer that prints to a file, where there is none, and the default one for as long as it lives.
 class TestPrinter {
   public:
-    // Windows has a driver that needs no device; elsewhere one is made of a description.
     TestPrinter() {
-        DWORD size = sizeof before_;
-        GetDefaultPrinterA(before_, &size);
+        char before[256];
+        DWORD size = sizeof before;
+        if (GetDefaultPrinterA(before, &size)) return;
+        // Windows has a driver that needs no device; elsewhere one is made of a description.
         if (WineVersion()) AddDriver();
         std::string driver = WineVersion() ? name_ : "Microsoft Print To PDF", port = "FILE:", processor = "winprint";
         PRINTER_INFO_2A info{};
         info.pPrinterName = name_.data();
-        info.pPortName = port.data();
         info.pDriverName = driver.data();
+        info.pPortName = port.data();
         info.pPrintProcessor = processor.data();
         info.pDatatype = type_.data();
-        const HANDLE printer = AddPrinterA(nullptr, 2, reinterpret_cast<BYTE*>(&info));
-        EXPECT_TRUE(printer || GetLastError() == ERROR_PRINTER_ALREADY_EXISTS) << GetLastError();
-        if (printer) ClosePrinter(printer);
-        EXPECT_TRUE(SetDefaultPrinterA(name_.c_str())) << GetLastError();
+        printer_ = AddPrinterA(nullptr, 2, reinterpret_cast<BYTE*>(&info));
+        EXPECT_TRUE(printer_ && SetDefaultPrinterA(name_.c_str())) << GetLastError();
     }
     TestPrinter(const TestPrinter&) = delete;
     TestPrinter& operator=(const TestPrinter&) = delete;
     ~TestPrinter() {
-        PRINTER_DEFAULTSA access{nullptr, nullptr, PRINTER_ALL_ACCESS};
-        HANDLE printer = nullptr;
-        EXPECT_TRUE(OpenPrinterA(name_.data(), &printer, &access)) << GetLastError();
-        EXPECT_TRUE(DeletePrinter(printer)) << GetLastError();
-        ClosePrinter(printer);
-        if (!*before_ || !SetDefaultPrinterA(before_)) WriteProfileStringA("windows", "device", nullptr);
+        if (!printer_) return;
+        EXPECT_TRUE(DeletePrinter(printer_)) << GetLastError();
+        ClosePrinter(printer_);
+        WriteProfileStringA("windows", "device", nullptr);
     }
 
   private:
@@ -67,7 +64,7 @@ class TestPrinter {
     }
 
     std::string name_ = "Velk Test Printer", type_ = "RAW";  // the spooler takes texts that it could write to
-    char before_[256] = "";                                  // the default printer until now
+    HANDLE printer_ = nullptr;
 };
 
 }  // namespace velk::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "platform/com_ptr.h"
@@ -38,5 +39,15 @@ class ValueObject final : public BareDispatch {
         return FAILED(answer) ? answer : VariantCopy(result, &value);
     }
 };
+
+// Connects a sink to an object's events for as long as the result lives; null when that is refused.
+inline std::shared_ptr<IConnectionPoint> Connected(IUnknown* source, REFIID events, IUnknown* sink) {
+    DWORD cookie = 0;
+    ComPtr<IConnectionPoint> point;
+    const auto container = ComPtr<IUnknown>(source).As<IConnectionPointContainer>();
+    if (!container || FAILED(container->FindConnectionPoint(events, point.Receive()))) return nullptr;
+    if (FAILED(point->Advise(sink, &cookie))) return nullptr;
+    return {point.Detach(), [cookie](IConnectionPoint* made) { made->Unadvise(cookie), made->Release(); }};
+}
 
 }  // namespace velk::test

@@ -26,8 +26,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/client.h"
 #include "support/late_bound.h"
-#include "support/own_process.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
 
