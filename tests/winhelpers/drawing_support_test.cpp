@@ -14,7 +14,6 @@
 #include "winhelpers/support/dotted_brush.h"
 #include "winhelpers/support/mem_dc.h"
 #include "winhelpers/support/nc_metrics.h"
-#include "winhelpers/test_bitmaps.h"
 
 namespace velk::test {
 namespace {

@@ -9,16 +9,18 @@
 #include "support/import_patch.h"
 #include "support/late_bound.h"
 #include "support/process_counts.h"
-#include "support/sheet.h"
 #include "winhelpers/menu_fixture.h"
+
+#include <commctrl.h>
 
 namespace velk::test {
 namespace {
 
 // Image 0 is red, image 1 blue; the lower quarter of both is transparent.
-Images TwoImages(const wchar_t* file, int side) {
-    const std::wstring path = BuiltFile((std::wstring(L"tests\\pictures\\") + file).c_str());
-    return Images(ImageList_LoadImageW(nullptr, path.c_str(), side, 0, kMagenta, IMAGE_BITMAP, LR_LOADFROMFILE));
+std::shared_ptr<_IMAGELIST> TwoImages(const wchar_t* file, int side) {
+    const std::wstring path = PathOf(file);
+    return {ImageList_LoadImageW(nullptr, path.c_str(), side, 0, kMagenta, IMAGE_BITMAP, LR_LOADFROMFILE),
+            &ImageList_Destroy};
 }
 
 struct Settings {
@@ -134,7 +136,7 @@ class IconMenuDrawing : public IconMenuTest {
 
     static constexpr LONG kCommand = CommandAt(kOpen);
     StagedSystem system_;
-    Images images_ = TwoImages(L"images16.bmp", 16);
+    const std::shared_ptr<_IMAGELIST> images_ = TwoImages(L"images16.bmp", 16);
 };
 
 // An item a row, a state a column. Without a message the window comes to a screen of another density.
@@ -170,7 +172,7 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
     const Sheet sheet(120, 360);
     int top = 4;
     UINT position = kOpen;
-    Images large = TwoImages(L"images32.bmp", 32);
+    auto large = TwoImages(L"images32.bmp", 32);
     const std::function<void()> changes[] = {
         [&] { Rename(menu, kOpen, L"Ot&her"); },
         [&] { InsertMenuW(menu, 0, MF_BYPOSITION, 700, L"First"), icons_->put_CommandImage(kCommand, 1), ++position; },
@@ -178,7 +180,7 @@ TEST_F(IconMenuDrawing, FollowsChanges) {
         [&] { icons_->put_CommandImage(kCommand, 0), Reopen(); },  // no item has an accelerator any more
         [&] { icons_->put_ImageList(HandleToLong(large.get())), Reopen(); },
         [&] { ImageList_Remove(large.get(), -1); },
-        [&] { large = Images(); },
+        [&] { large = nullptr; },
         [&] { Reopen(); },
         [&] { SetMenuDefaultItem(menu, position, TRUE); },
         [&] { Reopen(); },  // measured bold
@@ -263,6 +265,8 @@ TEST_F(IconMenuDrawing, ReadsTheSettingsOnceAndAllocatesNothingOnceAMenuWasShown
         EXPECT_EQ(change + 1, system_.asked);
         EXPECT_EQ(objects, GdiObjects()) << "the old fonts are gone";
     }
+    icons_ = nullptr;
+    EXPECT_LT(GdiObjects(), objects);
 }
 
 }  // namespace

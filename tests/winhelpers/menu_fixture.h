@@ -11,20 +11,13 @@
 #include <utility>
 
 #include "support/late_bound.h"
+#include "support/sheet.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
-#include "winhelpers/test_bitmaps.h"
-
-#include <commctrl.h>
 
 namespace velk::test {
 
-template <auto Destroy>
-struct By {
-    void operator()(auto* handle) const { Destroy(handle); }
-};
-using Menu = std::unique_ptr<std::remove_pointer_t<HMENU>, By<&DestroyMenu>>;
-using Images = std::unique_ptr<std::remove_pointer_t<HIMAGELIST>, By<&ImageList_Destroy>>;
+using Menu = std::shared_ptr<std::remove_pointer_t<HMENU>>;
 
 // An item as it is.
 struct MenuItem : MENUITEMINFOW {
@@ -82,7 +75,7 @@ inline Menu FullMenu() {
     SetMenuDefaultItem(menu, kDefault, TRUE);
     for (const UINT position : {kOpen, kOwn, kBitmap})
         Change(menu, position, MIIM_DATA, &MENUITEMINFOW::dwItemData, 12345);
-    return Menu(menu);
+    return {menu, &DestroyMenu};
 }
 
 inline bool IsDrawn(HMENU menu) { return GetMenuState(menu, 0, MF_BYPOSITION) & MF_OWNERDRAW; }

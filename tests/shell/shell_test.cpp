@@ -1,12 +1,21 @@
-// CHourglass over real windows, with the real pointer of the virtual screen. Its hooks are in hourglass.facts.
+// What facts cannot say of the shell's classes: the real pointer of the virtual screen over real windows, a real
+// compiled help file, and a font whose name is whatever it is told to be.
+#include <gtest/gtest.h>
+
 #include <atomic>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <thread>
 
+#include "platform/text.h"
+#include "support/boxes.h"
 #include "support/client.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 #include "support/test_window.h"
+
+#include <commdlg.h>
 
 namespace velk::test {
 namespace {
@@ -101,6 +110,45 @@ TEST(Hourglass, MayBeSetByTheWindowThatChooses) {
     const int before = asked;
     Set(hourglass, true);
     EXPECT_EQ(before + 1, asked) << "asked once";
+}
+
+// Where the build could make one.
+TEST(CompiledHelp, IsShownByTheEngine) {
+    const std::wstring real = BuiltFile(L"tests\\help\\scale.chm");
+    if (!std::filesystem::exists(real)) {
+        GTEST_SKIP() << "no help file: chmcmd (package fp-utils) was not there when this was built";
+    }
+    const auto help = CreateObject<IDispatch>(__uuidof(::CHtmlHelp));
+    const auto helpWindow = [] { return FindWindowA("HH Parent", nullptr); };
+    Let(help.get(), L"HelpFile", {Text(real)});
+    EXPECT_EQ(S_OK, Call(help.get(), L"OpenContents").result);
+    char title[100] = "";
+    GetWindowTextA(helpWindow(), title, sizeof title);
+    EXPECT_STREQ("Scale help", title);
+    PumpMessages();
+    DestroyWindow(helpWindow());
+}
+
+// The platform's own font object answers with the name of an installed font that is like the one asked for.
+std::wstring fontName;
+HRESULT WINAPI GetName(IFont*, BSTR* name) { return *name = Bstr(fontName).Detach(), S_OK; }
+
+TEST(FontDialog, TakesANameOf33BytesAndNoMore) {
+    std::wstring shown;
+    const Boxes boxes([&](HWND, LPCWSTR text, LPCWSTR, UINT) { shown += text; });
+    const auto dialog = CreateObject<IDispatch>(__uuidof(::CFontDialog));
+    const auto font = ComPtr<IDispatch>(Get(dialog.get(), L"Font").value.pdispVal).As<IFont>(IID_IFont);
+    void** const slot = *reinterpret_cast<void***>(font.get()) + 3;  // the first one behind IUnknown's
+    void* const original = WriteInto(slot, reinterpret_cast<void*>(&GetName));
+    std::string faces;
+    const Fake choose("ChooseFontA", &ChooseFontA, [&](CHOOSEFONTA* record) {
+        faces += &record->lpLogFont->lfFaceName[0] + std::string("|");
+        return FALSE;
+    });
+    for (const int length : {0, 32, 33, 34}) fontName.assign(length, L'F'), Call(dialog.get(), L"Show");
+    WriteInto(slot, original);
+    EXPECT_EQ('|' + std::string(32, 'F') + '|' + std::string(33, 'F') + '|', faces);
+    EXPECT_EQ(L"Error: 9. Subscript out of range", shown);
 }
 
 }  // namespace
