@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Whether the built libraries are relocatable, hardened, the same at each build, and need only those of the
-system's own libraries that every process gets from the system's folder:
+"""Whether the built libraries are relocatable, hardened, the same at each build, leave the process's settings alone, and
+need only those of the system's own libraries that every process gets from the system's folder:
 library_file.py OBJDUMP FILE..."""
 import re
 import struct
@@ -19,6 +19,8 @@ for file in sys.argv[2:]:
     assert re.findall(r"\n\t\[ *\d+\] (?:\+base\[ *\d+\] +\w+ )?(\w+)(?=\n)", told) == EXPORTS, f"{file}: other exports"
     foreign = {name.lower() for name in re.findall(r"DLL Name: (\S+)", told)} - SYSTEM
     assert not foreign, f"{file}: imports {foreign}"
+    changed = re.search(r"\s(SetErrorMode|Set\w*Directory\w*|SetEnvironment\w+|\w*setlocale|SetThread(Locale|Priority)|SetPriorityClass)\n", told)
+    assert not changed, f"{file}: changes what belongs to the process by {changed[1]}"
 
 content = Path(sys.argv[2]).read_bytes()
 version = struct.unpack_from("<2I", content, content.index(b"\xbd\x04\xef\xfe") + 8)

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -89,27 +87,6 @@ inline const std::vector<Class>& ReadClasses(const wchar_t* library) {
 
 inline std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
 
-inline std::string inHand;  // the member that is called
-
-// A crash or std::terminate inside a library takes every trace along but this.
-inline void TellWhatEnded(int) {
-    std::printf("The process was ended in %s\n", inHand.c_str());
-    std::fflush(stdout);
-    std::_Exit(3);
-}
-
-// What every class and member is put through.
-inline void ForEachMember(const wchar_t* library, const std::function<void(const Class&, const Member&)>& trial) {
-    for (const int end : {SIGABRT, SIGSEGV, SIGILL, SIGFPE}) std::signal(end, &TellWhatEnded);
-    for (const Class& one : ReadClasses(library)) {
-        for (const Member& member : one.members) {
-            inHand = Narrow(one.name + L"." + member.name);
-            SCOPED_TRACE(inHand);
-            trial(one, member);
-        }
-    }
-}
-
 // How much of a long test is run: a part of it with every change, all of it with VELK_TRUST=full in the environment.
 inline int AtScale(int always, int full) { return std::getenv("VELK_TRUST") ? full : always; }
 // A figure for the table that `./dev trust` writes.
@@ -150,15 +127,9 @@ class Surroundings {
     const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
 };
 
-// What belongs to the process and its other code, and what a member might leave behind as well, by name.
+// What belongs to the process and its other code, as far as the library imports anything that changes it, and what a
+// member might leave behind as well, by name.
 using Snapshot = std::map<std::string, std::wstring>;
-
-template <class Read>
-std::wstring TextFrom(Read read) {
-    wchar_t text[32768] = L"";
-    read(static_cast<DWORD>(ARRAYSIZE(text)), text);
-    return text;
-}
 
 inline Snapshot ProcessState() {
     constexpr unsigned kControl = 0xFFC0;  // the other bits tell what happened
@@ -166,15 +137,8 @@ inline Snapshot ProcessState() {
     unsigned mxcsr = 0;
     asm volatile("fnstcw %0" : "=m"(controlWord));
     asm volatile("stmxcsr %0" : "=m"(mxcsr));
-    const std::string locale = setlocale(LC_ALL, nullptr);
     return {{"floating-point control", std::to_wstring(controlWord) + L" " + std::to_wstring(mxcsr & kControl)},
-            {"error mode", std::to_wstring(GetErrorMode())},
-            {"thread's locale", std::to_wstring(GetThreadLocale())},
-            {"thread's priority", std::to_wstring(GetThreadPriority(GetCurrentThread()))},
-            {"locale", std::wstring(locale.begin(), locale.end())},
-            {"current folder", TextFrom(&GetCurrentDirectoryW)},
-            {"folder to load from", TextFrom(&GetDllDirectoryW)},
-            {"search path", TextFrom([](DWORD size, wchar_t* text) { GetEnvironmentVariableW(L"PATH", text, size); })}};
+            {"error mode", std::to_wstring(GetThreadErrorMode())}};
 }
 
 inline Snapshot Belongings() {

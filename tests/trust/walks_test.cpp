@@ -1,5 +1,7 @@
 // What every member of every class is put through: failing allocations, nulls, and hostile calls during which the
 // client's code does what it likes.
+#include <csignal>
+#include <cstdio>
 #include <map>
 #include <thread>
 
@@ -14,9 +16,28 @@ namespace {
 
 constexpr HRESULT kOutOfMemory = static_cast<HRESULT>(0x800A0007);
 
+std::string inHand;  // the member that is called
+
+// A crash or std::terminate inside a library takes every trace along but this.
+void TellWhatEnded(int) {
+    std::printf("The process was ended in %s\n", inHand.c_str());
+    std::fflush(stdout);
+    std::_Exit(3);
+}
+
 class Walk : public testing::TestWithParam<const wchar_t*> {
   protected:
-    void ForEach(const std::function<void(const Class&, const Member&)>& trial) { ForEachMember(GetParam(), trial); }
+    static void SetUpTestSuite() {
+        for (const int end : {SIGABRT, SIGSEGV, SIGILL, SIGFPE}) std::signal(end, &TellWhatEnded);
+    }
+    void ForEach(const std::function<void(const Class&, const Member&)>& trial) {
+        for (const Class& one : ReadClasses(GetParam())) {
+            for (const Member& member : one.members) {
+                SCOPED_TRACE(inHand = Narrow(one.name + L"." + member.name));
+                trial(one, member);
+            }
+        }
+    }
 
     const bool isMain_ = GetParam() == std::wstring_view(kMain);
     const HMODULE module_ = ReadClasses(GetParam())[0].library;
@@ -30,11 +51,8 @@ INSTANTIATE_TEST_SUITE_P(Both, Walk, testing::Values(kMain, kHooks),
 double CommittedMegabytes() {
     SIZE_T bytes = 0;
     MEMORY_BASIC_INFORMATION region{};
-    for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region);) {
+    for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region); at += region.RegionSize) {
         if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
-        const char* const next = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
-        if (next <= at) break;
-        at = next;
     }
     return static_cast<double>(bytes) / (1 << 20);
 }
@@ -278,12 +296,13 @@ TEST_P(Walk, HostileCallsGetAProperAnswerAndLeaveNothingBehind) {
     const double end = static_cast<double>(GetTickCount64()) + (soak ? 60'000 * std::atof(soak) : 0);
     const Heap heap(module_);
     const int calls = isMain_ ? AtScale(100'000, 1'000'000) : AtScale(20'000, 200'000);
+    Snapshot before = ProcessState();
     int made = 0;
     {
         Campaign campaign(GetParam());
         const Boxes boxes([](auto...) { clientCode(); });
         campaign.Run(static_cast<int>(ReadClasses(GetParam()).size()) * 2000);  // until all that stays is there
-        const Snapshot before = Belongings();
+        before.merge(Belongings());
         const double memory = CommittedMegabytes();
         for (; made == 0 || static_cast<double>(GetTickCount64()) < end; made += calls) campaign.Run(calls);
         EXPECT_LT(isMain_ ? 100 : 0, campaign.letGo());
