@@ -14,16 +14,11 @@
 
 namespace velk::test {
 
-inline std::vector<std::u16string> Split(const std::u16string& text, std::u16string_view at) {
-    std::vector<std::u16string> pieces(1);
-    for (std::size_t i = 0; i < text.size();) {
-        if (text.compare(i, at.size(), at) == 0) {
-            pieces.emplace_back();
-            i += at.size();
-        } else {
-            pieces.back() += text[i++];
-        }
-    }
+inline std::vector<std::u16string> Split(std::u16string text, std::u16string_view at) {
+    std::vector<std::u16string> pieces;
+    for (std::size_t end; (end = text.find(at)) != text.npos; text.erase(0, end + at.size()))
+        pieces.push_back(text.substr(0, end));
+    pieces.push_back(text);
     return pieces;
 }
 
