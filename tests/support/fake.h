@@ -21,7 +21,7 @@ template <class Result, class... Given, class Body>
 class Fake<Result(WINAPI*)(Given...), Body> {
   public:
     Fake(const char* name, Result(WINAPI*)(Given...), Body body, HMODULE module = Library())
-        : patch_(module, name, reinterpret_cast<void*>(&Run)) {
+        : patch_(module, name, Address(&Run)) {
         body_ = std::move(body);
     }
 
@@ -60,11 +60,7 @@ std::string NameOf() {
 // The main library has to use all of them.
 template <auto Allows, auto... Functions>
 void Guard(HMODULE module, std::list<ImportPatch>& patches) {
-    const auto patch = [&](const std::string& name, void* replacement) {
-        if (module == Library() || ImportPatch::IsImported(module, name.c_str()))
-            patches.emplace_back(module, name.c_str(), replacement);
-    };
-    (patch(NameOf<Functions>(), reinterpret_cast<void*>(&Guarded<Allows, Functions>::Call)), ...);
+    (patches.emplace_back(module, NameOf<Functions>().c_str(), Address(&Guarded<Allows, Functions>::Call)), ...);
 }
 
 }  // namespace velk::test

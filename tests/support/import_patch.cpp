@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "support/client.h"
+
 namespace velk::test {
 namespace {
 
@@ -62,17 +64,13 @@ void* WriteInto(void** slot, void* value) {
 }
 
 ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) : slot_(FindSlot(module, function)) {
-    void** const find = slot_ ? nullptr : FindSlot(module, "GetProcAddress");
+    void** const find = slot_ || !Names(module, function) ? nullptr : FindSlot(module, "GetProcAddress");
+    EXPECT_TRUE(slot_ || find || module != Library()) << function << " is not used";
     if (find) {
-        EXPECT_TRUE(Names(module, function)) << function << " is not used";
         WriteInto(find, reinterpret_cast<void*>(&FindLate));
         slot_ = &Late().try_emplace(function, kOfThePlatform).first->second;
     }
     if (slot_) original_ = WriteInto(slot_, replacement);
-}
-
-bool ImportPatch::IsImported(HMODULE module, const char* function) noexcept {
-    return FindSlot(module, function) != nullptr;
 }
 
 ImportPatch::~ImportPatch() {

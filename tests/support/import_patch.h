@@ -16,13 +16,11 @@ void* WriteInto(void** slot, void* value);
 // for a platform that lacks a function that is looked up.
 class ImportPatch {
   public:
-    // Fails the test when the module neither imports the function nor names it, to bind it at its first use.
+    // Fails the test when the main library neither imports the function nor names it, to bind it at its first use.
     ImportPatch(HMODULE module, const char* function, void* replacement);
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
     ~ImportPatch();
-
-    static bool IsImported(HMODULE module, const char* function) noexcept;
 
   private:
     void** slot_ = nullptr;

@@ -29,13 +29,9 @@ inline int GdiObjects() {
     const DWORD counted = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
     EXPECT_EQ(Departs("GetGuiResources"), counted == 0);
     if (counted) return static_cast<int>(counted);
-    struct Entry {
-        BYTE unknown[14], type, more[9];
-    };
-    constexpr std::size_t kTable = sizeof(void*) == 4 ? 0x94 : 0xF8, kEntries = 0x4000;
-    const auto* const process = reinterpret_cast<const BYTE*>(NtCurrentTeb()->ProcessEnvironmentBlock);
-    const auto* const table = *reinterpret_cast<const Entry* const*>(process + kTable);
-    return static_cast<int>(std::count_if(table, table + kEntries, [](const Entry& entry) { return entry.type != 0; }));
+    int objects = 0;  // by their places in the process's table
+    for (ULONG place = 0; place < 0x4000; ++place) objects += GetObjectType(ULongToHandle(place)) != 0;
+    return objects;
 }
 
 }  // namespace velk::test
