@@ -46,7 +46,7 @@ void DatEntries::Parse(std::u16string text) {
     slots_.clear();
     size_ = 0;
     constexpr std::size_t kAhead = 16;
-    const std::vector<Slot> entries = EntriesInOrder();
+    const std::deque<Slot> entries = EntriesInOrder();
     slots_.resize(2 * entries.size() + 1);
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const Slot& entry = entries[i];
@@ -58,8 +58,8 @@ void DatEntries::Parse(std::u16string text) {
     }
 }
 
-std::vector<DatEntries::Slot> DatEntries::EntriesInOrder() const {
-    std::vector<Slot> entries;
+std::deque<DatEntries::Slot> DatEntries::EntriesInOrder() const {
+    std::deque<Slot> entries;
     for (std::size_t start = 0, end = 0; start < text_.size(); start = end + 2) {
         end = EndOfLine(text_, start);
         const auto line = text().substr(start, end - start);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,7 +37,7 @@ class DatEntries {
         std::uint32_t position = kFree;
     };
 
-    std::vector<Slot> EntriesInOrder() const;
+    std::deque<Slot> EntriesInOrder() const;
     std::u16string_view KeyAt(std::uint32_t position) const;
     std::size_t PlaceFor(std::uint32_t hash) const;
     std::size_t Locate(std::uint32_t hash, auto same) const;

@@ -69,13 +69,27 @@ std::size_t ReadBytes(const FileHandle& file, void* buffer, std::size_t count) {
     return done;
 }
 
+// In pieces as long as they are ASCII: memory that is touched for the first time costs more than all the rest. From the
+// first that is not the rest goes in one, since a piece may end within a character.
 std::u16string GetFile(const std::wstring& path) {
+    constexpr std::size_t kPiece = 0x10000;
     const FileHandle file = OpenForReading(path);
     const std::uint64_t length = FileLength(file);
     if (length > static_cast<std::uint64_t>(INT_MAX)) throw RuntimeError(Error::OutOfMemory);
-    std::string bytes(static_cast<std::size_t>(length), '\0');
-    bytes.resize(ReadBytes(file, bytes.data(), bytes.size()));
-    return FromAnsi(bytes);
+    auto left = static_cast<std::size_t>(length);
+    std::u16string text;
+    text.reserve(left);
+    for (std::string bytes; left > 0; left -= bytes.size()) {
+        bytes.resize(std::min(left, kPiece));
+        bytes.resize(ReadBytes(file, bytes.data(), bytes.size()));
+        if (bytes.empty()) break;
+        if (AppendAscii(&text, bytes)) continue;
+        const std::size_t got = bytes.size();
+        bytes.resize(left);
+        bytes.resize(got + ReadBytes(file, bytes.data() + got, left - got));
+        return text += FromAnsi(bytes);
+    }
+    return text;
 }
 
 }  // namespace velk

@@ -1,5 +1,6 @@
 #include "platform/text.h"
 
+#include <algorithm>
 #include <new>
 #include <type_traits>
 
@@ -45,6 +46,14 @@ std::string ToAnsi(std::wstring_view text) {
 std::string ToAnsiArgument(std::wstring_view text) {
     if (HasNul(text)) throw RuntimeError(Error::InvalidProcedureCall);
     return ToAnsi(text);
+}
+
+bool AppendAscii(std::u16string* text, std::string_view bytes) {
+    if (!IsAscii(bytes)) return false;
+    const std::size_t before = text->size();
+    text->resize(before + bytes.size());
+    std::copy(bytes.begin(), bytes.end(), text->begin() + static_cast<std::ptrdiff_t>(before));
+    return true;
 }
 
 std::u16string FromAnsi(std::string_view bytes) {

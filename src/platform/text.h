@@ -64,6 +64,7 @@ std::string_view TrimNulls(std::string_view text) noexcept;
 // conversion gives, as a rule "?".
 std::string ToAnsi(std::wstring_view text);
 std::u16string FromAnsi(std::string_view bytes);
+bool AppendAscii(std::u16string* text, std::string_view bytes);  // false, and nothing appended, if they are not
 
 // The bytes for a platform call that reads up to the first NUL. Error 5 for a text with a NUL.
 std::string ToAnsiArgument(std::wstring_view text);
