@@ -77,22 +77,7 @@ class TestHook final : public BareObject<ISubclass>, public ISubclass2 {
     char kind_ = 'n';
 };
 
-// The hook library, found without registration while this lives.
-class HookLibrary {
-  public:
-    ComPtr<IHookManager> Manager() const {
-        ComPtr<IHookManager> manager;
-        EXPECT_EQ(S_OK, CoCreateInstance(__uuidof(HookManager), nullptr, CLSCTX_INPROC_SERVER, __uuidof(IHookManager),
-                                         manager.ReceiveVoid()));
-        return manager;
-    }
-    static bool CanUnload() {
-        const HMODULE module = GetModuleHandleW(L"VelkSub.dll");
-        return module && test::CanUnload(module);
-    }
-
-  private:
-    const std::shared_ptr<void> active_ = Activated(BuiltFile(L"VelkHooks.manifest"));
-};
+// The hook library is found without registration for as long as the result lives.
+inline std::shared_ptr<void> HookLibrary() { return Activated(BuiltFile(L"VelkHooks.manifest")); }
 
 }  // namespace velk::test

@@ -18,17 +18,13 @@ class TestWindow {
 
     explicit TestWindow(DWORD style = WS_OVERLAPPEDWINDOW, Handler first = {}, int width = 300, int height = 200)
         : handler(std::move(first)) {
-        static const ATOM kClass = [] {
-            WNDCLASSW description{};
-            description.lpfnWndProc = Procedure;
-            description.hInstance = GetModuleHandleW(nullptr);
-            description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-            description.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
-            description.lpszClassName = L"VelkTestWindow";
-            return RegisterClassW(&description);
-        }();
+        const HINSTANCE own = GetModuleHandleW(nullptr);
+        const HCURSOR arrow = LoadCursorW(nullptr, IDC_ARROW);
+        const auto white = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
+        const WNDCLASSW made{0, Procedure, 0, 0, own, nullptr, arrow, white, nullptr, L"VelkTestWindow"};
+        static const ATOM kClass = RegisterClassW(&made);
         window_ = CreateWindowExW(0, MAKEINTATOM(kClass), L"test", style, 20, 20, width, height,
-                                  style & WS_CHILD ? HWND_MESSAGE : nullptr, nullptr, GetModuleHandleW(nullptr), this);
+                                  style & WS_CHILD ? HWND_MESSAGE : nullptr, nullptr, own, this);
         EXPECT_NE(nullptr, window_) << "no window: is there a display?";
     }
     TestWindow(const TestWindow&) = delete;

@@ -121,7 +121,7 @@ class Surroundings {
 
   private:
     const std::list<ImportPatch> calm_ = CalmPlatform();
-    const HookLibrary hooks_;
+    const std::shared_ptr<void> hooks_ = HookLibrary();
     const ComPtr<TestHook> hook_ = TestHook::Make();
     const ScratchFolder folder_;
     const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");

@@ -70,6 +70,12 @@ class Hooks : public testing::TestWithParam<std::tuple<char, std::string>> {
   protected:
     Hooks() { events.clear(); }
 
+    static ComPtr<IHookManager> Manager() {
+        ComPtr<IHookManager> manager;
+        EXPECT_EQ(S_OK, CoCreateInstance(__uuidof(HookManager), nullptr, CLSCTX_INPROC_SERVER, __uuidof(IHookManager),
+                                         manager.ReceiveVoid()));
+        return manager;
+    }
     HRESULT Change(const wchar_t* how, const VARIANT& hook, LONG of, UINT message) const {
         const Outcome outcome = Call(manager.get(), how, {hook, Arg(of), Arg(static_cast<LONG>(message))});
         return outcome.result == DISP_E_EXCEPTION ? outcome.code : outcome.result;
@@ -154,8 +160,8 @@ class Hooks : public testing::TestWithParam<std::tuple<char, std::string>> {
         EXPECT_TRUE(!window.get() || (Owner() == 'W' && properties == window.CountProperties()));
     }
 
-    HookLibrary library;
-    ComPtr<IHookManager> manager = library.Manager();
+    const std::shared_ptr<void> library = HookLibrary();
+    ComPtr<IHookManager> manager = Manager();
     TestWindow window{WS_OVERLAPPEDWINDOW,
                       [](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> std::optional<LRESULT> {
                           if (message != kMessage && message != kInner) return std::nullopt;
@@ -252,7 +258,7 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindowsAndWhatIsNone) {
     const LONG low = handle & 0xFFFF, desktop = HandleToLong(GetDesktopWindow());
     Do("+a");
     OnAnotherThread([&] {
-        EXPECT_EQ(manager.As<IUnknown>().get(), library.Manager().As<IUnknown>().get()) << "one manager a process";
+        EXPECT_EQ(manager.As<IUnknown>().get(), Manager().As<IUnknown>().get()) << "one manager a process";
         for (const HRESULT answer : {Add(hook, handle), Remove(hook, handle), CallPrevious(handle)})
             EXPECT_EQ(eErrHookManager_OtherThread, answer);
         EXPECT_EQ(S_OK, Remove(hook, low)) << "the platform answers for it, but no hook can be there";
@@ -280,7 +286,7 @@ TEST_F(Hooks, AreRefusedForWindowsOfOtherThreadsAndForNoWindowsAndWhatIsNone) {
     hook->Release();  // the reference that was left behind
     EXPECT_EQ("", events);
     manager = nullptr;
-    EXPECT_TRUE(HookLibrary::CanUnload());
+    EXPECT_TRUE(CanUnload(GetModuleHandleW(L"VelkSub.dll")));
 }
 
 // Run by the test after it, as a process of its own.
@@ -295,7 +301,7 @@ TEST(HooksAtExit, DoNotDisturbTheEndOfTheProcess) { EXPECT_EQ(42, RunAlone(L"Hoo
 TEST_F(Hooks, GiveEverythingBackWhenUnloaded) {
     Make("a0");
     for (int i = 0; i < 300; ++i) {
-        manager = library.Manager();
+        manager = Manager();
         Do("+a");
         CoFreeUnusedLibrariesEx(0, 0);
         ASSERT_NE(nullptr, GetModuleHandleW(L"VelkSub.dll")) << "a hooked window needs it";

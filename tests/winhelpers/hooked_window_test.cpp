@@ -79,7 +79,7 @@ class HookedWindow : public testing::Test {
         return all;
     }
 
-    const HookLibrary library{};
+    const std::shared_ptr<void> library = HookLibrary();
     const Menu menu = FullMenu();
     // In 64-bit programs the system's records lie above what a Long holds: here in the highest memory that there is.
     void* const place = VirtualAlloc(nullptr, 4096, MEM_RESERVE | MEM_COMMIT | MEM_TOP_DOWN, PAGE_READWRITE);

@@ -33,7 +33,7 @@ std::string DrawnBeside(HMENU twin, HMENU menu) {
             EXPECT_TRUE(spoken.dwMSAASignature == MSAA_MENU_SIG && spoken.cchWText == std::wcslen(wanted.text));
             EXPECT_STREQ(wanted.text, spoken.pszWText) << "for screen readers";
             given.fType ^= MFT_OWNERDRAW;
-            EXPECT_NE(wanted.dwItemData, std::exchange(given.dwItemData, wanted.dwItemData));
+            given.dwItemData = wanted.dwItemData;
         }
         EXPECT_EQ(wanted.Described(), given.Described());
     }
@@ -112,16 +112,12 @@ TEST_F(IconMenu, DrawsMenusWhileTheyAreShownAndKeepsThemAsTheyWere) {
             {'r', [&] { icons_ = another = nullptr; }},
             {'z', [&] { window_.Send(WM_INITMENUPOPUP), window_.Send(WM_INITMENUPOPUP, LongToPtr(0x12345)); }},
             {'k', [&] { menu_ = Menu(), menu_ = FullMenu(), menu = menu_.get(); }},
-            {'p', [&] { icons_->putref_SubmenuPicture(HandleOf(FullMenu().get()), picture.get()); }},
+            {'p', [&] { icons_->putref_SubmenuPicture(HandleToLong(FullMenu().get()), picture.get()); }},
             {'?', [&] { noted += References(picture.get()) > references ? '+' : '-'; }},
             {'<', [&] { SetWindowLongPtrW(window_.get(), GWL_EXSTYLE, WS_EX_LAYOUTRTL); }},
             {'D',
              [&] {
-                 for (UINT i = 0; i < kOwn; ++i) {
-                     const DRAWITEMSTRUCT drawn{
-                         ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, MenuItem(menu, i).dwItemData};
-                     window_.Send(WM_DRAWITEM, nullptr, &drawn);
-                 }
+                 for (UINT i = 0; i < kOwn; ++i) DrawItem(MenuItem(menu, i).dwItemData);
              }},
             {'.', [&] {
                  note('m', DrawnBeside(twin.get(), menu), "ddddddddd.....");
@@ -163,9 +159,9 @@ TEST_F(IconMenu, LetsTheWindowSeeItsMessages) {
         expectPassed(WM_MEASUREITEM, nullptr, &foreign), expectPassed(WM_DRAWITEM, nullptr, &drawn);
     }
     expectPassed(WM_MEASUREITEM), expectPassed(WM_DRAWITEM), expectPassed(WM_MENUCHAR, pressed(L'#'), menu);
-    const DRAWITEMSTRUCT gone{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, MenuItem(menu, kSave).dwItemData};
+    const ULONG_PTR gone = MenuItem(menu, kSave).dwItemData;
     DeleteMenu(menu, kSave, MF_BYPOSITION);
-    EXPECT_EQ(TRUE, window_.Send(WM_DRAWITEM, nullptr, &gone)) << "its data mean nothing to the window";
+    EXPECT_EQ(TRUE, DrawItem(gone)) << "its data mean nothing to the window";
     expectPassed(WM_EXITMENULOOP), expectPassed(WM_MEASUREITEM, nullptr, &measured);
     expectPassed(WM_MENUCHAR, pressed(L'o'), menu), expectPassed(WM_DESTROY);
     EXPECT_EQ(0, AttachedTo());

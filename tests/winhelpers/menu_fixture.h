@@ -50,9 +50,7 @@ inline void Rename(HMENU menu, UINT position, const wchar_t* text) {
 
 // What FullMenu makes, one item of every kind. From kOwn on they have bitmaps or are the client's to draw.
 enum : UINT { kOpen, kSave, kLine, kChecked, kRadio, kDisabled, kDefault, kMore, kLong, kOwn, kBitmap, kOn, kOff };
-constexpr UINT kCount = kOff + 2;  // the last one is a separator
 constexpr LONG CommandAt(UINT position) { return static_cast<LONG>(100 + position); }
-inline LONG HandleOf(HMENU menu) { return HandleToLong(menu); }
 
 inline Menu FullMenu() {
     static const GdiObject made(CreateBitmap(10, 10, 1, 1, nullptr));
@@ -91,8 +89,12 @@ class IconMenuTest : public testing::Test {
     // What the system sends when a menu loop begins and a popup menu opens, and when the last one closes.
     void Open(HMENU opened) { window_.Send(WM_ENTERMENULOOP), window_.Send(WM_INITMENUPOPUP, opened); }
     void Close() { window_.Send(WM_EXITMENULOOP); }
+    LRESULT DrawItem(ULONG_PTR data) const {
+        const DRAWITEMSTRUCT drawn{ODT_MENU, 0, 0, 0, 0, nullptr, nullptr, {}, data};
+        return window_.Send(WM_DRAWITEM, nullptr, &drawn);
+    }
 
-    HookLibrary library_;
+    const std::shared_ptr<void> library_ = HookLibrary();
     TestWindow window_;
     ComPtr<_cIconMenu> icons_ = CreateObject<_cIconMenu>(__uuidof(::cIconMenu));
     Menu menu_ = FullMenu();

@@ -120,7 +120,7 @@ ROOMS = {
     "src/settings": Room(["VelkSprt"], ["facts:settings", "settings"]),
     "src/shell": Room(["VelkSprt"], ["facts:shell", "shell"]),
     "src/sysinfo": Room(["VelkSprt"], ["facts:sysinfo"]),
-    "src/winhelpers/hooks": Room(["VelkSprt"], ["facts:winhelpers", "winhelpers"]),
+    "src/winhelpers/hooks": Room(["VelkSprt"], ["facts:winhelpers", "winhelpers", "library:Library.Stays"]),
     "src/winhelpers/menu": Room(["VelkSprt"], ["facts:winhelpers_cIconMenu", "icon_menu"]),
     "src/winhelpers/support": Room(["VelkSprt", "drawing_support_tests"], ["drawing_support", "icon_menu"]),
     "velksub": Room(["VelkSub"], ["velksub", "winhelpers"]),
