@@ -30,11 +30,6 @@ const std::wstring kClassKey = L"Software\\Classes\\CLSID\\" + GuidText(__uuidof
 const std::wstring kServerKey = kClassKey + L"\\InprocServer32";
 const std::wstring kTypes = GuidText(AttributesOf(LoadTypes(LibraryPath().c_str()))->guid);
 
-std::string Contents(const std::wstring& path) {
-    std::ifstream file(path.c_str(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // A run with this typed into it: what it told, and its exit code.
 struct Doctor {
     explicit Doctor(const std::wstring& arguments, const std::string& typed = "") {
@@ -77,24 +72,12 @@ class Deploy : public testing::Test {
     Deploy() { Unregister(); }
     ~Deploy() override { Unregister(); }
 
-    // As after a double click: a console of its own stays open until Enter, here through all the tests.
-    static void SetUpTestSuite() {
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        EXPECT_TRUE(CreateProcessW(BuiltFile(L"velkdoctor.exe").c_str(), nullptr, nullptr, nullptr, FALSE,
-                                   CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &console_));
-    }
-    static void TearDownTestSuite() {
-        EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(console_.hProcess, 0));
-        TerminateProcess(console_.hProcess, 0);
-    }
-
-    static inline PROCESS_INFORMATION console_;
     const ScratchFolder folder_;
 };
 
 TEST_F(Deploy, TheDoctorNamesTheStateOfTheRegisteredFile) {
-    const std::string whole = Contents(LibraryPath());
+    std::ifstream file(LibraryPath().c_str(), std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(file), {}};
     // A copy in which one number, found by the bytes before it, has another value.
     const auto altered = [&](const wchar_t* name, const std::string& before, DWORD value) {
         std::string bytes = whole;
@@ -196,6 +179,16 @@ TEST_F(Deploy, TheDoctorNamesTheOtherWidth) {
     EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(L"VelkSupport.CCRC32", &clsid)) << "not registered for the other width";
     RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kServerKey.c_str(), kOtherView, 0);
     EXPECT_EQ(0, RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kClassKey.c_str(), kOtherView, 0));
+}
+
+TEST_F(Deploy, ADoctorThatWasClickedStaysOpenUntilEnter) {
+    STARTUPINFOW startup{};
+    PROCESS_INFORMATION console{};
+    startup.cb = sizeof startup;
+    EXPECT_TRUE(CreateProcessW(BuiltFile(L"velkdoctor.exe").c_str(), nullptr, nullptr, nullptr, FALSE,
+                               CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &console));
+    EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(console.hProcess, 1000));
+    TerminateProcess(console.hProcess, 0);
 }
 
 TEST_F(Deploy, TheDoctorSaysWhatItMayNotDo) {

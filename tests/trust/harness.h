@@ -85,8 +85,6 @@ inline const std::vector<Class>& ReadClasses(const wchar_t* library) {
     return classes;
 }
 
-inline std::string Narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
-
 // How much of a long test is run: a part of it with every change, all of it with VELK_TRUST=full in the environment.
 inline int AtScale(int always, int full) { return std::getenv("VELK_TRUST") ? full : always; }
 // A figure for the table that `./dev trust` writes.

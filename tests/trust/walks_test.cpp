@@ -33,7 +33,7 @@ class Walk : public testing::TestWithParam<const wchar_t*> {
     void ForEach(const std::function<void(const Class&, const Member&)>& trial) {
         for (const Class& one : ReadClasses(GetParam())) {
             for (const Member& member : one.members) {
-                SCOPED_TRACE(inHand = Narrow(one.name + L"." + member.name));
+                SCOPED_TRACE(inHand = ToAnsi(one.name + L"." + member.name));
                 trial(one, member);
             }
         }
@@ -41,7 +41,7 @@ class Walk : public testing::TestWithParam<const wchar_t*> {
 
     const bool isMain_ = GetParam() == std::wstring_view(kMain);
     const HMODULE module_ = ReadClasses(GetParam())[0].library;
-    const std::string library_ = "`" + Narrow(GetParam()) + "`";
+    const std::string library_ = "`" + ToAnsi(GetParam()) + "`";
     const Surroundings surroundings_{GetParam()};
 };
 
@@ -139,18 +139,15 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
                 }
                 return failed;
             };
-            const auto failEach = [&] {
-                int number = 1;
-                while (fail(number)) ++number;
-                return number - 1;
-            };
             fail(0);
-            const Snapshot before = Belongings();
-            failures += failEach();
-            if (before == Belongings()) continue;
-            const Snapshot again = Belongings();  // with what is made once and kept
-            failEach();
-            EXPECT_EQ(again, Belongings());
+            for (const bool again : {false, true}) {  // with what is made once and kept
+                const Snapshot before = Belongings();
+                for (int number = 1; fail(number); ++number) ++failures;
+                if (before == Belongings()) break;
+                if (again) {
+                    EXPECT_EQ(before, Belongings());
+                }
+            }
         }
     });
     Tell("Allocations of " + library_ + " that were made to fail, each in turn", std::to_string(failures));
@@ -177,22 +174,21 @@ TEST_P(Walk, ThroughTheVtableMembersGetNullAndRefuseIt) {
     ForEach([](const Class& one, const Member& member) {
         const std::size_t count = member.takes.size();
         const auto call = [&](auto&& given) {
-            std::vector<std::optional<Variant>> places;
-            for (std::size_t i = 0; i < count; ++i) places.push_back(given(i));
+            std::vector<std::optional<Variant>> places(count);
+            for (std::size_t i = 0; i < count; ++i) {
+                if (const std::optional<VARIANT> value = given(i)) places[i] = Owned(*value);
+            }
             ForgetError();
             return CallSlot(one.MakeObject().get(), member, places);
         };
         const HRESULT nothing = call([](std::size_t) { return std::nullopt; });
         EXPECT_TRUE(FAILED(nothing) || (nothing == S_OK && !member.hasResult)) << std::hex << nothing;
-        const HRESULT empty = call([](std::size_t) { return Variant(); });  // which may be refused before
+        const HRESULT empty = call([](std::size_t) { return VARIANT{}; });  // which may be refused before
         for (std::size_t i = 0; i < count; ++i) {
             SCOPED_TRACE(testing::Message() << "argument " << i);
             const bool isResult = i == member.arguments();
             const auto with = [&](std::optional<VARIANT> value) {
-                return call([&](std::size_t at) {
-                    if (at != i) return std::optional(Variant());
-                    return value ? std::optional(Owned(*value)) : std::nullopt;
-                });
+                return call([&](std::size_t at) { return at == i ? value : VARIANT{}; });
             };
             if (!isResult && member.takes[i].type == VT_VARIANT) {
                 VARIANT nowhere = Ref(VT_I4, nullptr), circle = Arg(&circle);
@@ -259,7 +255,7 @@ class Campaign {
 
     void Call() {
         const Member& member = AnyOf(class_->members);
-        inHand = std::to_string(++made_) + ": " + Narrow(class_->name + L"." + member.name);
+        inHand = std::to_string(++made_) + ": " + ToAnsi(class_->name + L"." + member.name);
         Client client;
         if (OneIn(8)) return CallBySlot(member);
         const bool sane = OneIn(3);
