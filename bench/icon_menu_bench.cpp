@@ -42,7 +42,7 @@ HIMAGELIST MakeImages() {
 
 int main() {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    const test::HookLibrary library;
+    const auto library = test::HookLibrary();
     test::TestWindow ours(WS_OVERLAPPEDWINDOW | WS_VISIBLE, &CloseWhenShown);
     test::TestWindow peer(WS_OVERLAPPEDWINDOW | WS_VISIBLE, &CloseWhenShown);
     const auto icons = test::CreateObject<_cIconMenu>(__uuidof(::cIconMenu));

@@ -84,8 +84,10 @@ int main() {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     bool met = false;
     {
-        const test::HookLibrary library;
-        const auto manager = library.Manager();
+        const auto library = test::HookLibrary();
+        ComPtr<IHookManager> manager;
+        CoCreateInstance(__uuidof(HookManager), nullptr, CLSCTX_INPROC_SERVER, __uuidof(IHookManager),
+                         manager.ReceiveVoid());
         met = manager && Costs(manager.get());
     }
     return met ? 0 : 1;

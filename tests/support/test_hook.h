@@ -1,7 +1,10 @@
 // A hook of the tests' own, and the hook library as its clients reach it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
+#include <memory>
 
 #include "support/bare_dispatch.h"
 #include "support/client.h"
