@@ -33,8 +33,8 @@ std::wstring Describe(const VARIANT& value) {
 // Texts and numbers as every type that can hold them, and objects with and without a value.
 std::vector<Variant> EveryKindOfValue() {
     std::vector<Variant> values(1);  // Empty
-    for (const wchar_t* text : {L"0", L"5", L"-1", L" -41 ", L"2.5", L"3.5", L"127", L"255", L"32767", L"32768",
-                                L"2147483646", L"-2147483648", L"1e10", L"-1e300", L"", L"text", L"True"}) {
+    for (const wchar_t* text : {L"0", L"5", L"-1", L" -41 ", L"0.25", L"2.5", L"3.5", L"127", L"255", L"32767",
+                                L"32768", L"2147483646", L"-2147483648", L"1e10", L"-1e300", L"", L"text", L"True"}) {
         for (VARTYPE type = VT_NULL; type <= VT_UINT; ++type) {
             Variant value = Text(text);
             const HRESULT made = VariantChangeTypeEx(&value, &value, LOCALE_INVARIANT, 0, type);

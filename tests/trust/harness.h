@@ -6,8 +6,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <list>
 #include <map>
@@ -20,7 +18,6 @@
 #include "support/heap.h"
 #include "support/malloc_spy.h"
 #include "support/process_counts.h"
-#include "support/scratch_folder.h"
 #include "support/test_hook.h"
 #include "support/test_window.h"
 #include "tools/typelib/resolved_type.h"
@@ -93,37 +90,6 @@ inline void Tell(const std::string& what, const std::string& figure) {
 }
 
 // ---- What surrounds the calls ----
-
-// What no call can harm anything past; see there.
-std::list<ImportPatch> CalmPlatform();
-
-// A platform that they cannot harm, the hook library with a hook to pass to it, and files to read.
-class Surroundings {
-  public:
-    explicit Surroundings(const wchar_t* library) {
-        if (std::wstring_view(library) == kHooks) furtherObjects.push_back(hook_.As<IDispatch>());
-        // Without "[END]" the seal is 0. Settings stand in a file beside the library.
-        furtherTexts = {folder_.Write(L"sealed", "[BEGIN]\r\nA=1\r\n@CRC=0"),
-                        folder_.Write(L"broken", "[BEGIN]\r\n@CRC=1")};
-        EXPECT_TRUE(std::ofstream(std::filesystem::path(settings_)) << "[abc]\nabc=1\n0=2\n[0]\nabc=3\n" << std::flush);
-    }
-    Surroundings(const Surroundings&) = delete;
-    Surroundings& operator=(const Surroundings&) = delete;
-    ~Surroundings() {
-        furtherObjects.clear();
-        furtherTexts.clear();
-        DeleteFileW(settings_.c_str());
-        EXPECT_EQ(1u, hook_->count());
-        for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
-    }
-
-  private:
-    const std::list<ImportPatch> calm_ = CalmPlatform();
-    const std::shared_ptr<void> hooks_ = HookLibrary();
-    const ComPtr<TestHook> hook_ = TestHook::Make();
-    const ScratchFolder folder_;
-    const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
-};
 
 // What belongs to the process and its other code, as far as the library imports anything that changes it, and what a
 // member might leave behind as well, by name.

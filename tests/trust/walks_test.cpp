@@ -2,6 +2,8 @@
 // client's code does what it likes.
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <thread>
 
@@ -9,6 +11,9 @@
 #include "support/fake.h"
 #include "support/heap.h"
 #include "support/library_copy.h"
+#include "support/scratch_folder.h"
+#include "support/test_hook.h"
+#include "trust/calm_platform.h"
 #include "trust/harness.h"
 
 namespace velk::test {
@@ -25,10 +30,25 @@ void TellWhatEnded(int) {
     std::_Exit(3);
 }
 
+// On a platform that no call can harm, with the hook library, a hook to pass to it, and files to read.
 class Walk : public testing::TestWithParam<const wchar_t*> {
   protected:
     static void SetUpTestSuite() {
         for (const int end : {SIGABRT, SIGSEGV, SIGILL, SIGFPE}) std::signal(end, &TellWhatEnded);
+    }
+    Walk() {
+        if (!isMain_) furtherObjects.push_back(hook_.As<IDispatch>());
+        // Without "[END]" the seal is 0. Settings stand in a file beside the library.
+        furtherTexts = {folder_.Write(L"sealed", "[BEGIN]\r\nA=1\r\n@CRC=0"),
+                        folder_.Write(L"broken", "[BEGIN]\r\n@CRC=1")};
+        EXPECT_TRUE(std::ofstream(std::filesystem::path(settings_)) << "[abc]\nabc=1\n0=2\n[0]\nabc=3\n" << std::flush);
+    }
+    ~Walk() override {
+        furtherObjects.clear();
+        furtherTexts.clear();
+        DeleteFileW(settings_.c_str());
+        EXPECT_EQ(1u, hook_->count());
+        for (const auto& object : Objects()) EXPECT_EQ(1u, object->count());
     }
     void ForEach(const std::function<void(const Class&, const Member&)>& trial) {
         for (const Class& one : ReadClasses(GetParam())) {
@@ -42,7 +62,11 @@ class Walk : public testing::TestWithParam<const wchar_t*> {
     const bool isMain_ = GetParam() == std::wstring_view(kMain);
     const HMODULE module_ = ReadClasses(GetParam())[0].library;
     const std::string library_ = "`" + ToAnsi(GetParam()) + "`";
-    const Surroundings surroundings_{GetParam()};
+    const std::list<ImportPatch> calm_ = CalmPlatform();
+    const std::shared_ptr<void> hooks_ = HookLibrary();
+    const ComPtr<TestHook> hook_ = TestHook::Make();
+    const ScratchFolder folder_;
+    const std::wstring settings_ = BuiltFile(L"MyFileSettings.ini");
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, Walk, testing::Values(kMain, kHooks),
@@ -67,24 +91,6 @@ TEST(Process, IsLeftAloneByALibraryThatIsLoaded) {
 // ---- Memory that runs out ----
 
 constexpr auto kUnlessRefused = [](auto...) { return !Heap::Refuses(0); };
-
-// The allocation with the number that is set, counted from then on, fails, on the heap or in the platform.
-class FailingMemory {
-  public:
-    explicit FailingMemory(HMODULE library)
-        : heap_(library, [this](std::size_t) { return left_ > 0 && --left_ == 0; }) {
-        Guard<kUnlessRefused, &SysAllocStringLen, &SysAllocStringByteLen, &SafeArrayCreate, &SafeArrayCopy,
-              &VariantCopy, &VariantCopyInd, &VariantChangeType, &VariantChangeTypeEx, &CreateErrorInfo>(library,
-                                                                                                         patches_);
-    }
-    void FailAt(int number) noexcept { left_ = number; }
-    bool Disarm() noexcept { return std::exchange(left_, 0) == 0; }  // whether it has failed
-
-  private:
-    int left_ = 0;
-    Heap heap_;
-    std::list<ImportPatch> patches_;
-};
 
 // The values of what a client can set, as texts. A window is kept though it could not be hooked.
 std::map<std::wstring, std::wstring> StateOf(const Class& one, IDispatch* object) {
@@ -115,10 +121,14 @@ Outcome Attempt(Subject& subject, const Member& member, unsigned seed) {
     return outcome;
 }
 
-// The object has been called before, so that there is something to lose.
+// Each allocation in turn fails, on the heap or in the platform. The object has been called before, so that there is
+// something to lose.
 TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
-    FailingMemory memory(module_);
-    int failures = 0;
+    int left = 0, failures = 0;
+    const Heap heap(module_, [&](std::size_t) { return left > 0 && --left == 0; });
+    std::list<ImportPatch> patches;
+    Guard<kUnlessRefused, &SysAllocStringLen, &SysAllocStringByteLen, &SafeArrayCreate, &SafeArrayCopy, &VariantCopy,
+          &VariantCopyInd, &VariantChangeType, &VariantChangeTypeEx, &CreateErrorInfo>(module_, patches);
     ForEach([&](const Class& one, const Member& member) {
         for (unsigned seed = 0; seed < static_cast<unsigned>(AtScale(3, 20)); ++seed) {
             HRESULT undisturbed = S_OK;  // what the member fails with anyway
@@ -127,9 +137,9 @@ TEST_P(Walk, WithoutMemoryAMemberSaysSoAndChangesNothing) {
                 Subject subject(one, seed % 2);
                 Attempt(subject, member, seed + 1000);
                 const auto before = StateOf(one, subject.object.get());
-                memory.FailAt(number);
+                left = number;
                 const Outcome answer = Attempt(subject, member, seed);
-                const bool failed = memory.Disarm() && number;
+                const bool failed = std::exchange(left, 0) == 0 && number;
                 if (number == 0) undisturbed = answer.code;
                 if (failed) subject.MayLeaveHooks();
                 EXPECT_TRUE(SaysSo(answer, undisturbed))

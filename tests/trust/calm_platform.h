@@ -1,53 +1,55 @@
 // Keeps calls with any arguments from harming what is not the tests': the machine's names and settings, files of any
 // name, foreign registry keys, boxes that wait for a person. Everything else reaches the platform.
+#pragma once
+
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <commdlg.h>
 #include <shellapi.h>
 #include <wininet.h>
 
+#include <list>
 #include <string_view>
 
 #include "support/departures.h"
 #include "support/fake.h"
-#include "trust/harness.h"
 
 namespace velk::test {
-namespace {
 
-constexpr auto kNever = [](auto...) { return false; };
+inline constexpr auto kNever = [](auto...) { return false; };
 
 // Not drawing into what is no context at all.
-constexpr auto kOnContext = [](HDC context, auto...) {
+inline constexpr auto kOnContext = [](HDC context, auto...) {
     if (!Departs("GetObjectType")) return true;
     constexpr ULONG_PTR kKind = 0x7F, kMetafile = 0x66;
     const ULONG_PTR high = reinterpret_cast<ULONG_PTR>(context) >> 16;
     return high != 0 && ((high & kKind) != kMetafile || GetObjectType(context) != 0);
 };
 
-constexpr auto kIntoSettings = [](LPCSTR, LPCSTR, LPCSTR, LPCSTR file) {
+inline constexpr auto kIntoSettings = [](LPCSTR, LPCSTR, LPCSTR, LPCSTR file) {
     return std::string_view(file).ends_with("\\MyFileSettings.ini");
 };
 
 // A number may happen to be the handle of an open key anywhere in the registry.
-constexpr auto kBelowRoot = [](HKEY root, auto...) { return (reinterpret_cast<ULONG_PTR>(root) & 0x80000000) != 0; };
+inline constexpr auto kBelowRoot = [](HKEY root, auto...) {
+    return (reinterpret_cast<ULONG_PTR>(root) & 0x80000000) != 0;
+};
 
-constexpr auto kOnlyTelling = [](UINT, UINT, PVOID place, UINT) { return place != nullptr; };
+inline constexpr auto kOnlyTelling = [](UINT, UINT, PVOID place, UINT) { return place != nullptr; };
 
 // Asking a volume takes milliseconds, copying a whole screen longer than a thousand other calls; now and then is
 // enough.
-constexpr auto kSometimes = [](auto...) {
+inline constexpr auto kSometimes = [](auto...) {
     static unsigned asked = 0;
     return asked++ % 10 == 0;
 };
 
 // A capture keeps the display's context that it made, on purpose; a lent one goes back.
-HDC WINAPI LendContext(LPCSTR, LPCSTR, LPCSTR, const DEVMODEA*) { return GetDC(nullptr); }
-int WINAPI TakeBackContext(HWND, HDC context) { return ReleaseDC(nullptr, context); }
+inline HDC WINAPI LendContext(LPCSTR, LPCSTR, LPCSTR, const DEVMODEA*) { return GetDC(nullptr); }
+inline int WINAPI TakeBackContext(HWND, HDC context) { return ReleaseDC(nullptr, context); }
 
-}  // namespace
-
-std::list<ImportPatch> CalmPlatform() {
+inline std::list<ImportPatch> CalmPlatform() {
     const auto low = static_cast<ULONG_PTR>(HandleToLong(GetStockObject(WHITE_BRUSH)) & 0xFFFF);
     EXPECT_EQ(Departs("GetObjectType"), GetObjectType(reinterpret_cast<HGDIOBJ>(low)) != 0);
     std::list<ImportPatch> patches;
