@@ -58,9 +58,7 @@ class Reader {
     }
     // The bytes that are left.
     std::wstring Rest() {
-        bool zero = true;
-        while (at_ < start_ + size_) zero = *at_++ == 0 && zero;
-        return Zero(!zero);
+        return Zero(std::any_of(at_, std::max(at_, start_ + size_), [](char byte) { return byte != 0; }));
     }
 
   private:

@@ -298,9 +298,8 @@ class ScenarioRun {
         return stands ? Show(ValueOf(value, variables_)) : value;
     }
 
-    static constexpr WORD kAsCalled = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
-
-    test::Outcome Call(std::wstring call, WORD flags = kAsCalled, const std::wstring& put = L"") {
+    test::Outcome Call(std::wstring call, WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                       const std::wstring& put = L"") {
         IDispatch* object = object_.get();
         if (const std::size_t dot = call.find(L'.'); dot < call.find(L' ')) {
             object = variables_.at(call.substr(0, dot)).pdispVal;

@@ -50,11 +50,10 @@ class User {
         return text == given ? L"" : L"wanted: " + action + L"\n  given:  " + Quote(given);
     }
 
-    // The last one in a combo box that is not selected; Empty before there is one.
+    // The first or second one in a combo box, which is not selected; Empty before there is one.
     static Variant OtherEntry(HWND box) {
-        const LRESULT last = Ask(box, CB_GETCOUNT) - 1;
         wchar_t text[1024] = L"";
-        const LRESULT size = Ask(box, CB_GETLBTEXT, last - (Ask(box, CB_GETCURSEL) == last), text);
+        const LRESULT size = Ask(box, CB_GETLBTEXT, Ask(box, CB_GETCURSEL) == 0, text);
         return size > 0 ? test::Text(text) : Variant();
     }
     static LRESULT Ask(HWND window, UINT message, LRESULT number = 0, const void* text = nullptr) {

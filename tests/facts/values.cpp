@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include "platform/text.h"
@@ -21,15 +22,11 @@ constexpr std::pair<std::wstring_view, VARTYPE> kMarks[] = {
     {L"f", VT_R4},  {L" as UI4", VT_UI4}, {L" as UInt", VT_UINT},      {L" as Error", VT_ERROR},
     {L"c", VT_CY},  {L" as I8", VT_I8},   {L" as Unknown", VT_UNKNOWN}};
 
-struct Constant {
-    std::wstring_view name;
-    VARTYPE type;
-    LONG content;
-};
-constexpr Constant kConstants[] = {{L"Empty", VT_EMPTY, 0},          {L"Null", VT_NULL, 0},
-                                   {L"Nothing", VT_DISPATCH, 0},     {L"Nothing as Unknown", VT_UNKNOWN, 0},
-                                   {L"NullText", VT_BSTR, 0},        {L"Missing", VT_ERROR, DISP_E_PARAMNOTFOUND},
-                                   {L"True", VT_BOOL, VARIANT_TRUE}, {L"False", VT_BOOL, VARIANT_FALSE}};
+constexpr std::tuple<std::wstring_view, VARTYPE, LONG> kConstants[] = {
+    {L"Empty", VT_EMPTY, 0},          {L"Null", VT_NULL, 0},
+    {L"Nothing", VT_DISPATCH, 0},     {L"Nothing as Unknown", VT_UNKNOWN, 0},
+    {L"NullText", VT_BSTR, 0},        {L"Missing", VT_ERROR, DISP_E_PARAMNOTFOUND},
+    {L"True", VT_BOOL, VARIANT_TRUE}, {L"False", VT_BOOL, VARIANT_FALSE}};
 
 Variant Converted(VARIANT value, VARTYPE type) {
     Variant made;
@@ -121,9 +118,8 @@ std::size_t FindOutside(std::wstring_view text, std::wstring_view separator) {
 }  // namespace
 
 std::wstring_view Trim(std::wstring_view text) {
-    while (text.starts_with(L' ')) text.remove_prefix(1);
-    while (text.ends_with(L' ')) text.remove_suffix(1);
-    return text;
+    text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+    return text.substr(0, text.find_last_not_of(L' ') + 1);
 }
 
 bool Alike(std::wstring_view pattern, std::wstring_view line) {

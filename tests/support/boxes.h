@@ -19,8 +19,6 @@ class Boxes {
               module) {
         SetEnvironmentVariableW(L"VELKSPRT_REPORTS", nullptr);
     }
-    Boxes(const Boxes&) = delete;
-    Boxes& operator=(const Boxes&) = delete;
     ~Boxes() { SetEnvironmentVariableW(L"VELKSPRT_REPORTS", L"debugger"); }
 
   private:

@@ -31,10 +31,8 @@ class Fake<Result(WINAPI*)(Given...), Body> {
     static inline std::function<Result(Given...)> body_;  // each lambda has a type, and so a place, of its own
     ImportPatch patch_;
 };
-template <class Function, class Body>
-Fake(const char*, Function, Body) -> Fake<Function, Body>;
-template <class Function, class Body>
-Fake(const char*, Function, Body, HMODULE) -> Fake<Function, Body>;
+template <class Function, class Body, class... Module>
+Fake(const char*, Function, Body, Module...) -> Fake<Function, Body>;
 
 template <auto Allows, auto Function, class = decltype(Function)>
 struct Guarded;
