@@ -1,6 +1,6 @@
-// The usual late-bound call: every argument has the type that the member takes, or becomes one by arithmetic. Such a
-// call is laid down at once; what needs foreign code, the client's memory or the platform's conversions is for
-// Argument.
+// A late-bound call for which lending is not enough (quick_call.h), but whose every argument has the type that the
+// member takes, or becomes one by arithmetic. Such a call is laid down at once; what needs foreign code, the client's
+// memory or the platform's conversions is for Argument.
 #pragma once
 
 #include "frame/dispatch/call_plan.h"
