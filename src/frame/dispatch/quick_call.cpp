@@ -23,6 +23,7 @@ const void* Lent(const Parameter& parameter, const VARIANT* given, Variant* own)
         own->llVal = value.llVal;
         return &own->byref;
     }
+    if (value.vt == (parameter.type | VT_BYREF)) return value.byref;
     if (variable) return variable->vt == parameter.type ? &variable->byref : nullptr;
     return Convert(own, parameter.type, value) ? &own->byref : nullptr;
 }
