@@ -30,6 +30,7 @@ class CCRC32 final : public AutomationObject<_CCRC32> {
 
     LONG ChecksumOfFile();
     LONG ChecksumOf(const void* bytes, std::size_t size) noexcept;
+    LONG EndOfString(std::uint32_t running, std::size_t size) noexcept;
     void RaiseStringProgress(std::size_t size) noexcept;
     void RaiseProgress(FLOAT fraction) noexcept;
 

@@ -56,6 +56,15 @@ bool AppendAscii(std::u16string* text, std::string_view bytes) {
     return true;
 }
 
+bool CopyAscii(char* bytes, std::wstring_view text) noexcept {
+    wchar_t all = 0;  // one pass: it is vectorised
+    for (const wchar_t character : text) {
+        all |= character;
+        *bytes++ = static_cast<char>(character);
+    }
+    return all < 0x80;
+}
+
 std::u16string FromAnsi(std::string_view bytes) {
     const int length = CheckedLength(bytes.size());
     // No ANSI code page gives more UTF-16 units than it has bytes, so one pass suffices.

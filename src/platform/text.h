@@ -66,6 +66,9 @@ std::string ToAnsi(std::wstring_view text);
 std::u16string FromAnsi(std::string_view bytes);
 bool AppendAscii(std::u16string* text, std::string_view bytes);  // false, and nothing appended, if they are not
 
+// A byte for each character. False, and the bytes are not to be used, if one of them needs more than seven bits.
+bool CopyAscii(char* bytes, std::wstring_view text) noexcept;
+
 // The bytes for a platform call that reads up to the first NUL. Error 5 for a text with a NUL.
 std::string ToAnsiArgument(std::wstring_view text);
 
