@@ -195,7 +195,7 @@ bool Creation() {
     };
     bool met = bench::Compare("CFontDialog, StdFont", 0.8, create(__uuidof(::CFontDialog)), font);
     met &= bench::Compare("CDatFile, one lookup", 0.9, create(__uuidof(::CDatFile)), lookup);
-    met &= bench::Compare("CLinkedList, StdFont", 20, create(__uuidof(::CLinkedList)), font);
+    met &= bench::Compare("CLinkedList, StdFont", 7, create(__uuidof(::CLinkedList)), font);
     return met;
 }
 

@@ -91,20 +91,20 @@ class NodeArray {
     }
 
     // Puts a node behind the one that lies before it, as the last of a list, where that takes few steps: both lie in
-    // one block that has links, and the node's own next link leads to the one that lies behind it. Null where it takes
-    // more.
+    // one block that has links and values, and the node's own next link leads to the one that lies behind it. Null
+    // where it takes more.
     Value* TryAppend(Index index) noexcept {
         const Index inside = Inside(index);
         if (static_cast<std::uint32_t>(index) >= count_ || inside < 2) return nullptr;
         const Block& block = blocks_[static_cast<std::uint32_t>(index) / std::uint32_t{kBlock}];
-        if (!block.links || block.links[inside].next != index + 1) return nullptr;
+        if (!block.links || !block.values || block.links[inside].next != index + 1) return nullptr;
         block.links[inside - 1].next = index;
         block.links[inside] = {index - 1, 0};
         return block.values + inside;
     }
 
     // Adds `count` nodes. Then every node from `initial` on has the initial links; a new node before it has links 0.
-    void Extend(Index count, Index initial) {
+    void Extend(std::int64_t count, Index initial) {
         if (count > kMostNodes - 1 - upper()) throw std::bad_alloc();
         AddBlocks(static_cast<std::size_t>(upper() + count) / kBlock + 1);
         const Index first = upper() + 1;
@@ -127,7 +127,7 @@ class NodeArray {
     static constexpr Index kMostNodes = std::numeric_limits<Index>::max() / kNodeSize;
 
     struct Block {
-        Value* values = nullptr;  // null before the first use; never where there are links
+        Value* values = nullptr;  // null before the first use
         Links* links = nullptr;   // null: the initial ones
         Value* valuePlace;        // memory that a block may use, not initialised and not touched before it does
         Links* linkPlace;         // likewise, for this or another block
@@ -160,9 +160,7 @@ class NodeArray {
             links = blocks_[freshLinks_++].linkPlace;
         }
         for (Index i = 0; i < kBlock; ++i) links[i] = {kFree, number * kBlock + i + 1};
-        Block& block = blocks_[static_cast<std::size_t>(number)];
-        block.links = links;
-        if (!block.values) MakeValues(block);
+        blocks_[static_cast<std::size_t>(number)].links = links;
         if (number == 0) return;
         linked_.push_back(number);
         std::ranges::push_heap(linked_);

@@ -119,10 +119,9 @@ class NodeList {
     static constexpr Index kChunk = 100;
     static constexpr Index kMostItems = std::numeric_limits<Index>::max();
 
-    [[gnu::noinline]] void Expand(NodeArray<Value>& nodes, Index by) {
-        if (nodes.upper() < 0) nodes.Extend(1, 1);
-        const Index old = nodes.upper();
-        nodes.Extend(by, freeHead_);
+    [[gnu::noinline]] void Expand(NodeArray<Value>& nodes, std::int64_t by) {
+        const Index old = std::max(nodes.upper(), 0);
+        nodes.Extend(old - nodes.upper() + by, freeHead_);  // node 0 comes with the first
         nodes.At(nodes.upper()).SetNext(freeHead_);
         freeHead_ = old + 1;
     }
@@ -236,7 +235,7 @@ void NodeList<Value>::Unlink(Node node, Index index) {
 template <class Value>
 void NodeList<Value>::SetSize(Index size, Index chunk) {
     CheckSize(size, chunk);
-    if (size > nodes_.upper()) Expand(nodes_, size - nodes_.upper());
+    if (size > nodes_.upper()) Expand(nodes_, std::int64_t{size} - nodes_.upper());
 }
 
 template <class Value>
