@@ -162,7 +162,7 @@ int wmain(int count, wchar_t** arguments) try {
     WaitBeforeConsoleCloses();
     return code;
 } catch (...) {
-    Print(L"velkdoctor: " + CaughtFailure().description + L"\n");
+    Print(std::wstring(L"velkdoctor: ").append(CaughtFailure().description) + L"\n");
     WaitBeforeConsoleCloses();
     return kUsage;
 }

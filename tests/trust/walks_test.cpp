@@ -173,7 +173,7 @@ TEST(Memory, MayBeMissingWhenAThreadsFirstMemberFails) {
         BSTR text = nullptr;
         ended = file->get_Parameter(&text);
     }).join();
-    EXPECT_EQ(E_OUTOFMEMORY, ended);
+    EXPECT_EQ(static_cast<HRESULT>(0x80042716), ended);  // what is wrong, though there is no room to say more
 }
 
 // ---- Nothing ----

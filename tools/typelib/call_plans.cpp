@@ -143,6 +143,6 @@ int main(int count, char** arguments) try {
     if (count != 4 && count != 3) return std::puts("usage: call_plans write TYPES OUTPUT | check LIBRARY"), 2;
     return velk::Run(arguments[1], arguments[2], arguments[count - 1]);
 } catch (...) {
-    std::printf("call_plans: %ls\n", velk::CaughtFailure().description.c_str());
+    std::printf("call_plans: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
     return 1;
 }

@@ -76,6 +76,6 @@ int main(int count, char** arguments) try {
     const std::wstring path(arguments[1], arguments[1] + std::char_traits<char>::length(arguments[1]));
     return velk::WriteUtf8(arguments[2], LibraryText(LoadTypes(path.c_str()))) ? 0 : 1;
 } catch (...) {
-    std::printf("dump_typelib: %ls\n", velk::CaughtFailure().description.c_str());
+    std::printf("dump_typelib: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
     return 1;
 }

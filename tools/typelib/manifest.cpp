@@ -88,6 +88,6 @@ int main(int count, char** arguments) try {
     if (count != 3) return std::puts("usage: manifest LIBRARY OUTPUT"), 2;
     return WriteUtf8(arguments[2], Manifest(arguments[1], std::filesystem::path(arguments[2]).stem())) ? 0 : 1;
 } catch (...) {
-    std::printf("manifest: %ls\n", velk::CaughtFailure().description.c_str());
+    std::printf("manifest: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
     return 1;
 }

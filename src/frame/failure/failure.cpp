@@ -25,11 +25,11 @@ Failure FromObjectError(const ObjectError& error) {
     return {Thrown::Kind::Runtime, error.code, number, error.description, ErrorSource::Library, error.source};
 }
 
-std::wstring SourceName(const Failure& failure, const wchar_t* className) {
-    if (!failure.raisedBy.empty()) return failure.raisedBy;
-    if (failure.source == ErrorSource::Library) return library::kIdentity.name;
+Bstr SourceName(const Failure& failure, const wchar_t* className) {
+    if (!failure.raisedBy.empty()) return Bstr(failure.raisedBy);
+    if (failure.source == ErrorSource::Library) return Bstr(library::kIdentity.name);
     static const std::wstring file = library::FileBaseName() + L".";
-    return file + className;
+    return Bstr(file + className);
 }
 
 }  // namespace
@@ -64,7 +64,7 @@ HRESULT RaiseToClient(const Failure& failure, const wchar_t* className, REFIID i
     ComPtr<ICreateErrorInfo> creator;
     if (FAILED(CreateErrorInfo(creator.Receive()))) return failure.code;
     creator->SetGUID(iid);
-    creator->SetSource(Bstr(SourceName(failure, className)).get());
+    creator->SetSource(SourceName(failure, className).get());
     creator->SetDescription(Bstr(failure.description).get());
     SetErrorInfo(0, creator.As<IErrorInfo>().get());
     return failure.code;

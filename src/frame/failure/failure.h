@@ -2,7 +2,7 @@
 // and CaughtFailure turn whatever was thrown into the one form that reports show and that clients receive.
 #pragma once
 
-#include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "platform/platform.h"
@@ -54,14 +54,15 @@ auto* AsNumber(T* argument) noexcept {
     }
 }
 
+// Its texts are those of what was thrown, and live as long.
 struct Failure {
     Thrown::Kind kind;
     HRESULT code;  // what a client receives
     LONG number;   // what a report shows: n for run-time error n, else the code
-    std::wstring description;
+    std::wstring_view description;
     ErrorSource source;
     // Another object's name for itself, if it was one that failed; stands before `source`. A list may leave it out.
-    std::wstring raisedBy = {};  // NOLINT(readability-redundant-member-init)
+    std::wstring_view raisedBy = {};  // NOLINT(readability-redundant-member-init)
 };
 
 Failure FailureOf(const Thrown& thrown);

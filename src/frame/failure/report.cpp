@@ -35,15 +35,15 @@ void ShowMessage(const wchar_t* text, const wchar_t* title, UINT icon) noexcept 
 }
 
 void ReportFailure(const Failure& failure, const wchar_t* procedure) noexcept try {
-    const std::wstring text = L"Error: " + DecimalText(failure.number) + L". " + failure.description;
+    const std::wstring text = (L"Error: " + DecimalText(failure.number) + L". ").append(failure.description);
     ShowMessage(text.c_str(), procedure);
 } catch (...) {
 }
 
 // The line number is 0: no line numbers are kept.
 void ReportInitialisationFailure(const Failure& failure, const wchar_t* heading) noexcept try {
-    const std::wstring text = std::wstring(heading) + L"\r\n\r\nError:" + DecimalText(failure.number) +
-                              L"\r\nDescription:" + failure.description + L"\r\nLine:0";
+    const std::wstring number = std::wstring(heading) + L"\r\n\r\nError:" + DecimalText(failure.number);
+    const std::wstring text = (number + L"\r\nDescription:").append(failure.description) + L"\r\nLine:0";
     ShowMessage(text.c_str(), nullptr, MB_ICONSTOP);
 } catch (...) {
 }
