@@ -61,6 +61,7 @@ bool LateCalls() {
     const LateCall calls[] = {
         {"late: Long by value", list, L"Move", DISPATCH_METHOD, {ValueOf(VT_I4, LONG{1})}, 12},
         {"late: script's variable", list, L"Move", DISPATCH_METHOD, {ValueOf(VT_BYREF | VT_VARIANT, &variable)}, 11},
+        {"late: Long by reference", list, L"Move", DISPATCH_METHOD, {ValueOf(VT_BYREF | VT_I4, &variable.lVal)}, 11},
         {"late: Double for a Long", list, L"Move", DISPATCH_METHOD, {ValueOf(VT_R8, 1.0)}, 11},
         {"late: property put", stack, L"GrowBy", DISPATCH_PROPERTYPUT, {ValueOf(VT_I4, LONG{9})}, 13},
         {"late: Item(i) = value",
@@ -195,6 +196,9 @@ bool Creation() {
     };
     bool met = bench::Compare("CFontDialog, StdFont", 0.8, create(__uuidof(::CFontDialog)), font);
     met &= bench::Compare("CDatFile, one lookup", 0.9, create(__uuidof(::CDatFile)), lookup);
+    const auto arrow = [shape = LoadCursorW(nullptr, IDC_ARROW)] { SetCursor(shape); };
+    met &=
+        bench::Compare("CHourglass, SetCursor", 0.7, create(__uuidof(::CHourglass)), arrow);  // its value is never set
     met &= bench::Compare("CLinkedList, StdFont", 7, create(__uuidof(::CLinkedList)), font);
     return met;
 }

@@ -26,14 +26,22 @@ using Hooks = std::vector<ThreadHook>;
 SRWLOCK hooksLock = SRWLOCK_INIT;
 Hooks hooks;
 
-HCURSOR Shape(LPCWSTR shape) noexcept { return LoadCursorW(nullptr, shape); }
+// The system's, which stay for as long as it runs.
+HCURSOR Arrow() noexcept {
+    static const HCURSOR shape = LoadCursorW(nullptr, IDC_ARROW);
+    return shape;
+}
+HCURSOR Hourglass() noexcept {
+    static const HCURSOR shape = LoadCursorW(nullptr, IDC_WAIT);
+    return shape;
+}
 
 // Runs after a window has handled a message that was sent to it, in the window's thread.
 LRESULT CALLBACK AfterMessage(int code, WPARAM wParam, LPARAM lParam) noexcept {
     const library::Use use;  // another thread may release the last object meanwhile
     const LRESULT next = CallNextHookEx(nullptr, code, wParam, lParam);
     const bool asked = code == HC_ACTION && reinterpret_cast<const CWPRETSTRUCT*>(lParam)->message == WM_SETCURSOR;
-    if (asked) SetCursor(Shape(IDC_WAIT));
+    if (asked) SetCursor(Hourglass());
     return next;
 }
 
@@ -88,7 +96,7 @@ void ShowHourglass() {
         if (!Hook(GetCurrentThreadId())) ThrowIfFailed(HRESULT_FROM_WIN32(GetLastError()));
         EnumWindows(&HookThreadOf, 0);
     }
-    SetCursor(Shape(IDC_WAIT));
+    SetCursor(Hourglass());
     AskWindowUnderPointer();
 }
 
@@ -98,9 +106,9 @@ void Clear() noexcept {
         const Lock lock(hooksLock);
         released.swap(hooks);
     }
+    const bool wasSet = !released.empty();
     released.clear();
-    SetCursor(Shape(IDC_ARROW));
-    AskWindowUnderPointer();
+    if (SetCursor(Arrow()) != Arrow() || wasSet) AskWindowUnderPointer();
 }
 
 }  // namespace velk::pointer_override

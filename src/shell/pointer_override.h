@@ -10,7 +10,8 @@ namespace velk::pointer_override {
 // once. Throws the run-time error of a hook on the calling thread that the system refuses.
 void ShowHourglass();
 
-// The default: an arrow, and then whatever the window under the pointer chooses. Also without an override.
+// The default: an arrow, and then whatever the window under the pointer chooses. Also without an override, where only
+// an arrow is left as it is.
 void Clear() noexcept;
 
 }  // namespace velk::pointer_override
