@@ -80,9 +80,9 @@ TEST(Hourglass, CoversEveryWindowUntilAnyObjectTakesItAway) {
         {'=', [&] { seen += Shape(); }},
         {'o', [&] { SetCursor(LoadCursorW(nullptr, IDC_CROSS)), SetCursorPos(1000, 700); }},
         {'v', [&] { seen += Fact(first.get(), L"Value") == L"True" ? 'T' : 'F'; }}};
-    for (const char action : std::string("ac1=ac0=ac11+-cv1nc1t0t1cdcn=on=")) actions.at(action)();
+    for (const char action : std::string("ac1=ac0=ac11+-cv1nc1t0t1cdcn=on=o+=-")) actions.at(action)();
     PostMessageW(other, WM_QUIT, 0, 0);
-    EXPECT_EQ("acwwwcaccTcwcwcca", seen);
+    EXPECT_EQ("acwwwcaccTcwcwccaw", seen);
 }
 
 // With the hook on the way.

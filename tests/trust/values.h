@@ -77,12 +77,12 @@ inline Variant TextValue() { return Of(VT_BSTR, OneIn(10) ? 0 : reinterpret_cast
 
 inline Variant NumberValue() {
     // Round the powers of two, and what is no number or infinite: single and double.
-    static const LONGLONG kNoNumbers[] = {0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8LL << 48, 0x7FF0LL << 48};
-    const LONGLONG edge = static_cast<LONGLONG>((1ull << Below(64)) - static_cast<unsigned>(Below(3)));
-    const LONGLONG bits = OneIn(3) ? static_cast<LONGLONG>(engine()) << Below(32) : OneIn(8) ? AnyOf(kNoNumbers) : edge;
+    static const ULONGLONG kNoNumbers[] = {0x7FC00000, 0x7F800000, 0xFF800000, 0x7FF8ull << 48, 0x7FF0ull << 48};
+    const ULONGLONG edge = (1ull << Below(64)) - static_cast<unsigned>(Below(3));
+    const ULONGLONG bits = OneIn(3) ? ULONGLONG{engine()} << Below(32) : OneIn(8) ? AnyOf(kNoNumbers) : edge;
     VARTYPE type = VT_UNKNOWN;
     while (!IsSelfContained(type)) type = static_cast<VARTYPE>(Below(VT_UINT + 1));
-    Variant value = Of(type, OneIn(2) ? bits : -bits);
+    Variant value = Of(type, static_cast<LONGLONG>(OneIn(2) ? bits : 0 - bits));
     if (value.vt == VT_DECIMAL) value.decVal.Hi32 = engine();
     return value;
 }
