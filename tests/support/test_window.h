@@ -54,11 +54,11 @@ class TestWindow {
         return ++*reinterpret_cast<int*>(count);
     }
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-        if (message == WM_NCCREATE) {
-            const auto* const create = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+        auto* self = reinterpret_cast<TestWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (!self && message == WM_NCCREATE) {
+            self = static_cast<TestWindow*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
         }
-        auto* const self = reinterpret_cast<TestWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         const auto answer = self && self->handler ? self->handler(window, message, wParam, lParam) : std::nullopt;
         return answer ? *answer : DefWindowProcW(window, message, wParam, lParam);
     }

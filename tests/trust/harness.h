@@ -259,7 +259,13 @@ class Subject {
     ComPtr<IDispatch> object;
 
   private:
-    const TestWindow windows_[2]{TestWindow(WS_CHILD), TestWindow(WS_CHILD)};
+    // Messages that calls make up bring pointers that they make up, and the platform's own procedure would follow them.
+    static std::optional<LRESULT> Answer(HWND, UINT message, WPARAM, LPARAM) noexcept {
+        if (message == WM_CLOSE || message == WM_DESTROY) return std::nullopt;
+        return message == WM_NCCREATE;
+    }
+
+    const TestWindow windows_[2]{TestWindow(WS_CHILD, &Answer), TestWindow(WS_CHILD, &Answer)};
     const WNDPROC procedure_ = windows_[0].CurrentProcedure();
     const int properties_ = windows_[0].CountProperties();
     bool hooks_;
