@@ -196,9 +196,11 @@ class NodeArray {
         ReserveForBlocks(blocks_.size() + count);
         auto* values = reinterpret_cast<Value*>(slab.get());
         auto* links = reinterpret_cast<Links*>(values + count * kBlock);
+        const std::size_t first = blocks_.size();
         for (std::size_t at = 0; at < count * kBlock; at += kBlock) {
-            blocks_.push_back({.valuePlace = values + at, .linkPlace = links + at, .slab = std::move(slab)});
+            blocks_.push_back({.valuePlace = values + at, .linkPlace = links + at, .slab = nullptr});
         }
+        blocks_[first].slab = std::move(slab);
     }
 
     // So that giving links never fails.
