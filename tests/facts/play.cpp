@@ -51,9 +51,9 @@ std::shared_ptr<IConnectionPoint> Listening(IDispatch* source, std::function<voi
     LoadTypeLib(test::LibraryPath().c_str(), types.Receive());
     types->GetTypeInfoOfGuid(iid, events.Receive());
     const auto sink = test::ValueObject::Make(test::Missing());
-    sink->onRead = [events, hear, &calls = sink->calls](DISPPARAMS* given) {
+    sink->onRead = [events, hear, &called = sink->called](DISPPARAMS* given) {
         Bstr name;
-        events->GetDocumentation(calls.back(), name.Receive(), nullptr, nullptr, nullptr);
+        events->GetDocumentation(called, name.Receive(), nullptr, nullptr, nullptr);
         std::vector<std::wstring> values;
         for (UINT i = given->cArgs; i-- > 0;) {
             Variant value;

@@ -217,7 +217,7 @@ TEST_F(EventSource, SinksAreCalledInOrderAndMayAnswerAndLeaveAndBringOthers) {
     const decltype(heard) expected = {
         {first_.get(), 0.0f}, {second_.get(), 0.0f}, {second_.get(), 1.0f}, {late.get(), 1.0f}};
     EXPECT_EQ(expected, heard);
-    EXPECT_EQ(1, late->calls.at(0));
+    EXPECT_EQ(1, late->called);
 }
 
 // ---- Unloading ----
