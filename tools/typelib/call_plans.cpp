@@ -7,7 +7,8 @@
 #include <string>
 
 #include "frame/dispatch/call_plan.h"
-#include "resolved_type.h"
+#include "tools/typelib/failed.h"
+#include "tools/typelib/resolved_type.h"
 
 namespace velk {
 namespace {
@@ -143,6 +144,5 @@ int main(int count, char** arguments) try {
     if (count != 4 && count != 3) return std::puts("usage: call_plans write TYPES OUTPUT | check LIBRARY"), 2;
     return velk::Run(arguments[1], arguments[2], arguments[count - 1]);
 } catch (...) {
-    std::printf("call_plans: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
-    return 1;
+    return velk::Failed("call_plans");
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "tools/typelib/failed.h"
 #include "tools/typelib/text_file.h"
 #include "tools/typelib/type_text.h"
 
@@ -76,6 +77,5 @@ int main(int count, char** arguments) try {
     const std::wstring path(arguments[1], arguments[1] + std::char_traits<char>::length(arguments[1]));
     return velk::WriteUtf8(arguments[2], LibraryText(LoadTypes(path.c_str()))) ? 0 : 1;
 } catch (...) {
-    std::printf("dump_typelib: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
-    return 1;
+    return velk::Failed("dump_typelib");
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "tools/typelib/failed.h"
 #include "tools/typelib/library_file.h"
 #include "tools/typelib/text_file.h"
 #include "tools/typelib/type_reader.h"
@@ -88,6 +89,5 @@ int main(int count, char** arguments) try {
     if (count != 3) return std::puts("usage: manifest LIBRARY OUTPUT"), 2;
     return WriteUtf8(arguments[2], Manifest(arguments[1], std::filesystem::path(arguments[2]).stem())) ? 0 : 1;
 } catch (...) {
-    std::printf("manifest: %ls\n", std::wstring(velk::CaughtFailure().description).c_str());
-    return 1;
+    return velk::Failed("manifest");
 }

@@ -1,7 +1,7 @@
 // What a parameter or a result of a type library is to a late-bound call.
 #pragma once
 
-#include "type_reader.h"
+#include "tools/typelib/type_reader.h"
 
 namespace velk {
 
